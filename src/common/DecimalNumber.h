@@ -1,0 +1,39 @@
+// Reads decimal numbers the way the rule file and the pattern language mean them.
+
+#ifndef COMMON_DECIMALNUMBER_H
+#define COMMON_DECIMALNUMBER_H
+
+#include <cstdint>
+#include <limits>
+#include <string_view>
+
+namespace CallRecordingUtils {
+
+/// Returns the number at the start of text as strtol with base 10 reads it into 32 bits: leading
+/// white space and one sign are accepted, reading ends at the first character that is no digit, no
+/// digits give 0, and a number too large or too small gives the nearest limit. Saturating here, not
+/// in the width of `long`, keeps 32-bit and 64-bit builds alike.
+inline std::int32_t ParseDecimal(std::string_view text) {
+    constexpr std::string_view blanks = " \t\n\v\f\r";
+    std::size_t at = text.find_first_not_of(blanks);
+    if (at == std::string_view::npos)
+        return 0;
+    bool const negative = text[at] == '-';
+    if (negative || text[at] == '+')
+        ++at;
+    std::int64_t const limit = negative ? -std::int64_t{std::numeric_limits<std::int32_t>::min()}
+                                        : std::int64_t{std::numeric_limits<std::int32_t>::max()};
+    std::int64_t value = 0;
+    for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
+        value = value * 10 + (text[at] - '0');
+        if (value >= limit) {
+            value = limit;
+            break;
+        }
+    }
+    return static_cast<std::int32_t>(negative ? -value : value);
+}
+
+} // namespace CallRecordingUtils
+
+#endif
