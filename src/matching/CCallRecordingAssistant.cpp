@@ -1,0 +1,124 @@
+// The assistant: the recording decision, and the matching operations it exports.
+
+#include <callrecordingutils/CCallRecordingAssistant.h>
+
+#include <memory>
+
+#include <callrecordingutils/CCallRecordingDB.h>
+
+#include "common/MutexGuard.h"
+#include "matching/CallSide.h"
+#include "matching/ItemList.h"
+#include "matching/PatternMatcher.h"
+#include "matching/SymbolClass.h"
+
+namespace CallRecordingUtils {
+
+CCallRecordingAssistant::CCallRecordingAssistant(bool withLogger)
+    : mpCallRecordingDB(nullptr), mpMutex(nullptr) {
+    auto mutex = std::make_unique<ThreadMutex>();
+    mpCallRecordingDB = CCallRecordingDB::GetInstance(true, withLogger);
+    mpMutex = mutex.release();
+}
+
+CCallRecordingAssistant::~CCallRecordingAssistant() {
+    CCallRecordingDB::CloseInstance();
+    delete mpMutex;
+}
+
+bool CCallRecordingAssistant::IsCallRecordingAllowed(CallParams const& caller,
+                                                     CallType const& callerType,
+                                                     CallParams const& called,
+                                                     CallType const& calledType,
+                                                     CallRecordingRuleParams* rule) {
+    MutexGuard const guard(*mpMutex);
+    CallSide callerSide(caller, callerType);
+    CallSide calledSide(called, calledType);
+    for (CallRecordingRuleParams const* candidate : mpCallRecordingDB->GetCallRecordingRules()) {
+        if (candidate == nullptr || candidate->recording_rule_state != RULE_ENABLED)
+            continue;
+        if (callerSide.Satisfies(candidate->caller_pattern, candidate->caller_call_type) &&
+            calledSide.Satisfies(candidate->called_pattern, candidate->called_call_type)) {
+            if (rule != nullptr)
+                *rule = *candidate;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool CCallRecordingAssistant::ReloadCallRecordingRules() {
+    MutexGuard const guard(*mpMutex);
+    return mpCallRecordingDB->Reload();
+}
+
+CCallRecordingLogger* CCallRecordingAssistant::GetLogger() {
+    return CCallRecordingDB::mpLogger;
+}
+
+bool CCallRecordingAssistant::IsSideMatched(CallParams const& params, CallType const& callType,
+                                            std::string const& pattern,
+                                            CallType const& ruleType) const {
+    return CallSide(params, callType).Satisfies(pattern, ruleType);
+}
+
+bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::string& user,
+                                              std::string& host) const {
+    std::string const text = address; // The outputs may be the input.
+    SipAddress parts;
+    if (!SplitSipAddress(text, parts))
+        return false;
+    user = parts.user;
+    host = parts.host;
+    return true;
+}
+
+bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::string& user,
+                                              std::string& host, std::string& port) const {
+    std::string_view portPart;
+    std::string const text = address;
+    std::string const rest(SplitPort(text, portPart));
+    port = portPart;
+    return ParseSIPAddress(rest, user, host);
+}
+
+bool CCallRecordingAssistant::IsMatching(std::string const& address, std::string const& pattern,
+                                         wild_card_counts& counts) const {
+    PatternMatcher matcher(address, pattern);
+    if (!matcher.Matches())
+        return false;
+    matcher.AddCounts(counts);
+    return true;
+}
+
+bool CCallRecordingAssistant::IsInRange(std::string const& itemList, std::string const& candidate,
+                                        wild_card_counts& counts, bool const& grouped) const {
+    Consumed consumed;
+    if (!AcceptsCandidate(itemList, candidate, consumed))
+        return false;
+    std::int32_t& symbols = grouped ? counts.grouped_symbol_count : counts.symbol_count;
+    std::int32_t& questions = grouped ? counts.grouped_question_count : counts.question_count;
+    symbols += static_cast<std::int32_t>(consumed.symbols);
+    questions += static_cast<std::int32_t>(consumed.questions);
+    return true;
+}
+
+bool CCallRecordingAssistant::Exclude(std::string const& itemList,
+                                      std::string const& candidate) const {
+    return !ExcludesCandidate(itemList, candidate);
+}
+
+bool CCallRecordingAssistant::IsAvailableSymbol(char const& c) const {
+    return IsLiteral(c);
+}
+
+bool CCallRecordingAssistant::IsCharacter(std::string const& text) const {
+    return text.size() == 1 && IsLetter(text.front());
+}
+
+void CCallRecordingAssistant::GetCountOfWildCard(std::string const& pattern,
+                                                 wild_card_counts& counts) const {
+    CountConstructs(pattern, counts);
+}
+
+} // namespace CallRecordingUtils

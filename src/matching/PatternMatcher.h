@@ -1,0 +1,94 @@
+// Matches one address against one pattern.
+
+#ifndef MATCHING_PATTERNMATCHER_H
+#define MATCHING_PATTERNMATCHER_H
+
+#include <cstddef>
+#include <memory_resource>
+#include <string_view>
+#include <vector>
+
+#include <callrecordingutils/CCallRecordingAssistant.h>
+
+#include "matching/ItemList.h"
+
+namespace CallRecordingUtils {
+
+/// One search. The meaning of a pattern is that of the plain recursion which at every "*" and every
+/// range expression tries the shortest run first and takes the first one with which the rest
+/// matches.
+///
+/// The search gives the same answer, and the same counts, without recursion or backtracking. It
+/// reads the pattern once from left to right and keeps the places of the address at which the
+/// reading can stand, in the order in which the recursion would come to them. What the rest of the
+/// pattern makes of a place depends on nothing but the place; so of several ways to the same place
+/// only the first can ever be the recursion's, and the others are dropped: there are never more
+/// places than the address has characters. At the end, the first place left that fits is the way
+/// the recursion takes.
+class PatternMatcher {
+  public:
+    /// Both texts must outlive the matcher.
+    PatternMatcher(std::string_view address, std::string_view pattern)
+        : address_(address), pattern_(pattern) {}
+
+    /// Returns whether the whole address matches the whole pattern.
+    bool Matches();
+
+    /// Adds what the match consumed to counts. REQUIRES: Matches() returned true.
+    void AddCounts(wild_card_counts& counts) const;
+
+  private:
+    /// A way to read the pattern up to at_: how far into the address it has come, and what the
+    /// items of its groups consumed.
+    struct Place {
+        std::size_t position;
+        Consumed grouped;
+    };
+    using Places = std::pmr::vector<Place>;
+
+    enum class Construct {
+        End,    // Nothing is left.
+        Step,   // One character: a literal, "?" or a set.
+        AnyRun, // "*"
+        Range,  // "<items>"
+        Stop,   // A character outside the language: success.
+        Broken  // A group that is not closed: no match.
+    };
+
+    struct Element {
+        Construct construct;
+        std::size_t begin; // Where in the pattern it stands.
+        std::size_t end;
+    };
+
+    /// The steps up to the next element of another kind.
+    struct StepRun {
+        std::size_t end;   // Where in the pattern they end.
+        std::size_t width; // How many characters they take.
+        Construct next;    // What follows.
+    };
+
+    Element Read(std::size_t at) const;
+    StepRun ReadSteps(std::size_t at) const;
+    std::string_view Items(Element const& group) const;
+
+    bool TakeStep(Element const& step, Place& place) const;
+    bool TakeSteps(std::size_t end, Place& place) const;
+    bool TakeRange(Element const& range, std::size_t end, Place& place) const;
+
+    bool FitAnyRun(StepRun const& rest);
+    bool MatchFromManyPlaces();
+    void KeepWhatSteps(Element const& step, Places& places) const;
+    void SpreadAnyRun(Places const& from, Places& to) const;
+    void SpreadRange(Element const& range, Places const& from, Places& to) const;
+    bool PickPlaceAtEnd(Places const& places);
+
+    std::string_view const address_;
+    std::string_view const pattern_;
+    std::size_t at_ = 0;     // How far the pattern is read.
+    Place place_{0, {0, 0}}; // The one place while there is but one; at the end the deciding one.
+};
+
+} // namespace CallRecordingUtils
+
+#endif
