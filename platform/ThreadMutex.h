@@ -1,0 +1,28 @@
+/// @file
+/// A plain mutex.
+
+#ifndef PLATFORM_THREADMUTEX_H
+#define PLATFORM_THREADMUTEX_H
+
+#include <mutex>
+
+#include "PlatformExport.h"
+
+/// A mutual-exclusion lock: not recursive, not copyable. A thread that holds it must not lock it
+/// again, and only that thread may unlock it.
+class PLATFORM_EXPORT ThreadMutex {
+  public:
+    ThreadMutex();
+    ~ThreadMutex();
+
+    ThreadMutex(ThreadMutex const&) = delete;
+    ThreadMutex& operator=(ThreadMutex const&) = delete;
+
+    void Lock();
+    void Unlock();
+
+  private:
+    std::mutex mMutex;
+};
+
+#endif

@@ -1,0 +1,23 @@
+/// @file
+/// The scratch buffer of a plain host.
+
+#include "SmartBuffer.h"
+
+namespace {
+
+constexpr std::uint32_t CAPACITY = 64 * 1024;
+
+} // namespace
+
+// Not std::make_unique: that would clear the whole area, of which one value uses a few bytes.
+SmartBuffer::SmartBuffer() : mData(new char[CAPACITY]) {}
+
+SmartBuffer::~SmartBuffer() = default;
+
+char* SmartBuffer::GetData() {
+    return mData.get();
+}
+
+std::uint32_t SmartBuffer::GetCapacity() const {
+    return CAPACITY;
+}

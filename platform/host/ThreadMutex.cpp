@@ -1,0 +1,16 @@
+/// @file
+/// The mutex of a plain host.
+
+#include "ThreadMutex.h"
+
+ThreadMutex::ThreadMutex() = default;
+
+ThreadMutex::~ThreadMutex() = default;
+
+void ThreadMutex::Lock() {
+    mMutex.lock();
+}
+
+void ThreadMutex::Unlock() {
+    mMutex.unlock();
+}
