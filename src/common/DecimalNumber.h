@@ -14,9 +14,10 @@ namespace CallRecordingUtils {
 /// digits give 0, and a number too large or too small gives the nearest limit. Saturating here, not
 /// in the width of `long`, keeps 32-bit and 64-bit builds alike.
 inline std::int32_t ParseDecimal(std::string_view text) {
-    constexpr std::string_view blanks = " \t\n\v\f\r";
-    std::size_t at = text.find_first_not_of(blanks);
-    if (at == std::string_view::npos)
+    std::size_t at = 0;
+    while (at < text.size() && (text[at] == ' ' || (text[at] >= '\t' && text[at] <= '\r')))
+        ++at;
+    if (at == text.size())
         return 0;
     bool const negative = text[at] == '-';
     if (negative || text[at] == '+')

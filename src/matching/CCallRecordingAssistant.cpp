@@ -37,10 +37,13 @@ bool CCallRecordingAssistant::IsCallRecordingAllowed(CallParams const& caller,
     for (CallRecordingRuleParams const* candidate : mpCallRecordingDB->GetCallRecordingRules()) {
         if (candidate == nullptr || candidate->recording_rule_state != RULE_ENABLED)
             continue;
-        if (callerSide.Satisfies(candidate->caller_pattern, candidate->caller_call_type) &&
-            calledSide.Satisfies(candidate->called_pattern, candidate->called_call_type)) {
+        CallRecordingRuleParams const& r = *candidate;
+        if (callerSide.MaySatisfy(r.caller_pattern, r.caller_call_type) &&
+            calledSide.MaySatisfy(r.called_pattern, r.called_call_type) &&
+            callerSide.Satisfies(r.caller_pattern, r.caller_call_type) &&
+            calledSide.Satisfies(r.called_pattern, r.called_call_type)) {
             if (rule != nullptr)
-                *rule = *candidate;
+                *rule = r;
             return true;
         }
     }
@@ -59,7 +62,8 @@ CCallRecordingLogger* CCallRecordingAssistant::GetLogger() {
 bool CCallRecordingAssistant::IsSideMatched(CallParams const& params, CallType const& callType,
                                             std::string const& pattern,
                                             CallType const& ruleType) const {
-    return CallSide(params, callType).Satisfies(pattern, ruleType);
+    CallSide side(params, callType);
+    return side.MaySatisfy(pattern, ruleType) && side.Satisfies(pattern, ruleType);
 }
 
 bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::string& user,

@@ -2,8 +2,6 @@
 
 #include "matching/CallSide.h"
 
-#include "matching/PatternMatcher.h"
-
 namespace CallRecordingUtils {
 namespace {
 
@@ -31,17 +29,17 @@ std::string_view SplitPort(std::string_view address, std::string_view& port) {
     return address.substr(0, colon);
 }
 
-std::string_view CallSide::Address(CallType ruleType) {
-    bool const hasNumber = type_ == CALL_TYPE_NUMBER || type_ == CALL_TYPE_NUMBER2;
-    if (hasNumber || (type_ == CALL_TYPE_SIP && ruleType == CALL_TYPE_ANY))
-        return params_.user;
-    if (type_ != CALL_TYPE_SIP)
-        return {};
-    if (sipAddress_.empty()) {
-        sipAddress_.append(params_.user).append("@").append(params_.host).append(":");
-        sipAddress_.append(params_.port.empty() ? kAnyPort : params_.port);
-    }
-    return sipAddress_;
+CallSide::CallSide(CallParams const& params, CallType type) : type_(type) {
+    bool const hasUser =
+        type == CALL_TYPE_NUMBER || type == CALL_TYPE_NUMBER2 || type == CALL_TYPE_SIP;
+    if (hasUser)
+        address_ = addressForAny_ = params.user;
+    if (type != CALL_TYPE_SIP)
+        return;
+    std::string_view const port = params.port.empty() ? kAnyPort : params.port;
+    sipAddress_.reserve(params.user.size() + params.host.size() + port.size() + 2);
+    sipAddress_.append(params.user).append("@").append(params.host).append(":").append(port);
+    address_ = sipAddress_;
 }
 
 /// Returns the pattern with a port, or the empty text when it has no "@". A pattern that names a
@@ -59,11 +57,15 @@ std::string_view CallSide::SipPattern(std::string_view stored) {
     return sipPattern_;
 }
 
+// MaySatisfy may judge a SIP pattern as it is stored: with its port added it only becomes longer.
 bool CallSide::Satisfies(std::string_view pattern, CallType ruleType) {
-    if (type_ != ruleType && ruleType != CALL_TYPE_ANY)
-        return false;
-    std::string_view const wanted = ruleType == CALL_TYPE_SIP ? SipPattern(pattern) : pattern;
-    return !wanted.empty() && PatternMatcher(Address(ruleType), wanted).Matches();
+    if (ruleType == CALL_TYPE_SIP) {
+        std::string_view const wanted = SipPattern(pattern);
+        return !wanted.empty() && PatternMatcher(address_, wanted).Matches();
+    }
+    if (pattern == "*") // The commonest side of all.
+        return true;
+    return PatternMatcher(ruleType == CALL_TYPE_ANY ? addressForAny_ : address_, pattern).Matches();
 }
 
 } // namespace CallRecordingUtils

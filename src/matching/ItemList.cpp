@@ -3,6 +3,7 @@
 #include "matching/ItemList.h"
 
 #include <algorithm>
+#include <memory>
 #include <string>
 
 #include "common/DecimalNumber.h"
@@ -11,15 +12,18 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// Returns the length of the run of literals, or of digits, at the start of text.
-template <typename Predicate>
-std::size_t RunLength(std::string_view text, Predicate belongs) {
-    return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), belongs) -
-                                    text.begin());
+/// Returns the length of the run of characters at the start of text that belong to a class.
+template <bool (*Belongs)(char)>
+std::size_t RunLength(std::string_view text) {
+    std::size_t length = 0;
+    while (length < text.size() && Belongs(text[length]))
+        ++length;
+    return length;
 }
 
+/// REQUIRES: neither text is empty. (Most answers fall with the first character.)
 bool StartsWith(std::string_view text, std::string_view start) {
-    return text.substr(0, start.size()) == start;
+    return text.front() == start.front() && text.substr(0, start.size()) == start;
 }
 
 /// The low or high part of a range, put together from the runs of its item. All but odd lists
@@ -33,17 +37,18 @@ class RangePart {
             text_ = run;
             return;
         }
-        if (text_.data() != joined_.data())
-            joined_ = text_;
-        joined_ += run;
-        text_ = joined_;
+        if (joined_ == nullptr)
+            joined_ = std::make_unique<std::string>();
+        if (text_.data() != joined_->data())
+            *joined_ = text_;
+        text_ = joined_->append(run);
     }
 
     std::string_view Text() const { return text_; }
 
   private:
     std::string_view text_; // Into the list, or into joined_.
-    std::string joined_;
+    std::unique_ptr<std::string> joined_;
 };
 
 /// Whether candidate is a number from low to high. A low part such as 00 makes the comparison one
@@ -121,7 +126,7 @@ class ItemWalk {
     }
 
     bool TakeLiterals() {
-        std::size_t const length = RunLength(list_.substr(at_), IsLiteral);
+        std::size_t const length = RunLength<IsLiteral>(list_.substr(at_));
         low_.Append(list_.substr(at_, length));
         at_ += length;
         if (!StartsWith(remaining_, low_.Text())) {
@@ -165,7 +170,7 @@ class ItemWalk {
     }
 
     bool TakeNumberRange() {
-        std::size_t const length = RunLength(list_.substr(at_), IsDigit);
+        std::size_t const length = RunLength<IsDigit>(list_.substr(at_));
         high_.Append(list_.substr(at_, length));
         at_ += length;
         if (!IsInNumberRange(candidate_, low_.Text(), high_.Text()))
@@ -228,12 +233,12 @@ std::size_t LongestCandidate(std::string_view list) {
         } else if (rest.front() == '?') {
             ++consumable;
         } else if (rest.front() == '-') {
-            std::size_t const digits = RunLength(rest.substr(1), IsDigit);
+            std::size_t const digits = RunLength<IsDigit>(rest.substr(1));
             bool const hasLetter = rest.size() > 1 && IsLetter(rest[1]);
             high += digits;
             step += hasLetter ? 1 : digits;
         } else if (IsLiteral(rest.front())) {
-            step = RunLength(rest, IsLiteral);
+            step = RunLength<IsLiteral>(rest);
             low += step;
             consumable += low;
         }

@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <array>
 
-#include "matching/SymbolClass.h"
-
 namespace CallRecordingUtils {
 
 PatternMatcher::Element PatternMatcher::Read(std::size_t at) const {

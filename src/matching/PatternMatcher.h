@@ -11,8 +11,20 @@
 #include <callrecordingutils/CCallRecordingAssistant.h>
 
 #include "matching/ItemList.h"
+#include "matching/SymbolClass.h"
 
 namespace CallRecordingUtils {
+
+/// Returns false when pattern is empty, which matches no address of a call, or begins with literals that
+/// address does not begin with. Else pattern may match.
+inline bool MayMatch(std::string_view pattern, std::string_view address) {
+    std::size_t at = 0;
+    for (; at < pattern.size() && IsLiteral(pattern[at]); ++at) {
+        if (at == address.size() || pattern[at] != address[at])
+            return false;
+    }
+    return !pattern.empty();
+}
 
 /// One search. The meaning of a pattern is that of the plain recursion which at every "*" and every
 /// range expression tries the shortest run first and takes the first one with which the rest

@@ -1,0 +1,198 @@
+/// @file
+/// The rule database: the process's one list of call-recording rules, and the one place where the
+/// rule file is edited.
+///
+/// The rule file is "telephony/callrecordingdb" in the directory that the environment variable
+/// QUVA_PATH names (joined as plain text, so the value ends in "/"; "/etc/quva-conf/" when unset).
+/// The environment is read again by every operation that opens the file.
+
+#ifndef CALLRECORDINGUTILS_CCALLRECORDINGDB_H
+#define CALLRECORDINGUTILS_CCALLRECORDINGDB_H
+
+#include <cstdint>
+#include <list>
+#include <string>
+
+#include <ThreadMutex.h>
+
+#include <callrecordingutils/CallRecordingRuleParams.h>
+#include <callrecordingutils/Export.h>
+
+namespace Configuration {
+class MultiSectionFile;
+}
+
+namespace CallRecordingUtils {
+
+class CCallRecordingLogger;
+
+/// Guards CCallRecordingDB's statics and the load that GetInstance makes. Taken by GetInstance and
+/// CloseInstance only; a client has no need to take it.
+CALLRECORDINGUTILS_EXPORT extern ThreadMutex cfgThreadMutex;
+
+/// The rule database.
+///
+/// Life: obtain the one instance with GetInstance, give it back with CloseInstance, once for each
+/// time.
+///
+/// Records: the instance owns every record of its list. Records reached through
+/// GetCallRecordingRules or GetSelectedRule are borrowed and stay valid until the list is next
+/// rebuilt: by Reload, by a Load that reads the file, by Cleanup, or by the last CloseInstance.
+/// Records passed in stay the caller's.
+///
+/// Edits: each edit opens the rule file afresh, changes it and has it on disk when it returns true:
+/// at every instant the file is the old one or the new one, and what an edit does not touch
+/// (comments, unknown keys, order) keeps its bytes. Except where noted an edit leaves the list in
+/// memory alone; Reload makes it visible to decisions. A file that cannot be read is never written.
+///
+/// Errors: no file operation lets an exception out; a failure is traced at level 0 and gives false.
+/// A failure undoes nothing that was saved before it.
+///
+/// Threads: GetInstance and CloseInstance may be called from any thread. Everything else takes no
+/// lock: callers serialise edits, reloads, SetMode and lookups with each other and with decisions.
+class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
+  public:
+    /// An empty, unloaded database. Clients use GetInstance.
+    CCallRecordingDB();
+    virtual ~CCallRecordingDB();
+
+    CCallRecordingDB(CCallRecordingDB const&) = delete;
+    CCallRecordingDB& operator=(CCallRecordingDB const&) = delete;
+
+    // --- Life cycle
+    // -------------------------------------------------------------------------------
+
+    /// Returns the instance and counts one more reference. The first call creates it, and with it
+    /// the trace log when withLogger is true; later calls create no log. With load the rules are
+    /// loaded unless they are already; a failure shows in the trace log and in an empty or partial
+    /// list. Never null. Throws std::bad_alloc only, and counts nothing then.
+    static CCallRecordingDB* GetInstance(bool load, bool withLogger);
+
+    /// Gives one reference back. The last one destroys the instance, its records and the trace log.
+    /// Does nothing when there is no reference.
+    static void CloseInstance();
+
+    /// Chooses how the next load that reads the file lists the rules. true, the initial mode:
+    /// advanced view, one record per section. false: basic view, each rule merged with its mirrored
+    /// twin.
+    static void SetMode(bool advanced);
+
+    /// Loads the rule file unless that was done before. Returns true when loaded or already loaded,
+    /// false when the file could not be read: in advanced view the rules read so far are then
+    /// listed, in basic view none. Either way the database counts as loaded; only Reload reads
+    /// again.
+    bool Load();
+
+    /// Reads the rule file again, whatever was loaded before. Result as Load.
+    bool Reload();
+
+    /// Empties the list and clears mHasAdvancedRules.
+    void Cleanup();
+
+    /// Deletes every record and empties the list.
+    void DestroyCallRecordList();
+
+    // --- The rules in memory
+    // ----------------------------------------------------------------------
+
+    /// The rules in the order in which they are evaluated. The records are borrowed; null entries
+    /// are passed over by every operation.
+    std::list<CallRecordingRuleParams*>& GetCallRecordingRules();
+
+    /// Returns the first record whose identifier is the leading decimal number of ruleId (0 when it
+    /// has none), or null. The record is borrowed.
+    CallRecordingRuleParams* GetSelectedRule(std::string const& ruleId);
+
+    /// Returns whether a listed rule has exactly these two patterns. Bytes are compared; wildcards
+    /// mean nothing here, and a rule with the two patterns exchanged does not count.
+    bool Find(std::string const& callerPattern, std::string const& calledPattern);
+
+    // --- Edits of the rule file
+    // -------------------------------------------------------------------
+
+    /// Appends rule to the file, as the last to be evaluated, under a new identifier, which is also
+    /// written to rule->callrecordingrule_id (on a failure after that point it stays there).
+    /// Returns false at once when rule is null or nothing has been loaded yet.
+    bool AddRule(CallRecordingRuleParams* rule);
+
+    /// Rewrites all ten fields of the section with rule's identifier. With updateTwin the recording
+    /// type, destination, duration and state also go to the first section that mirrored the rule as
+    /// it was before. Returns whether the rewrite succeeded; true when there is no such section
+    /// (nothing is changed then), when rule is null, and when nothing has been loaded yet.
+    bool ModifyRule(CallRecordingRuleParams const* rule, bool updateTwin);
+
+    /// Deletes the section that has rule's identifier, patterns and call types, and the sections
+    /// that mirror it, whatever their identifier: all that stand before it, the first that stands
+    /// behind it. Each deletion is saved at once. Returns false only on a failure; true without
+    /// effect when rule is null.
+    bool DeleteRule(CallRecordingRuleParams const* rule);
+
+    /// Deletes the first section whose identifier is the very text ruleId; "05" does not find 5.
+    /// Returns false only on a failure; true without effect when ruleId is not made of digits.
+    bool DeleteRule(std::string const& ruleId);
+
+    /// Moves a rule one place up (toward the front) or down by exchanging the contents of two
+    /// neighbouring sections, which keep their identifiers: the moved rule takes over its
+    /// neighbour's identifier, in the file and in memory. ruleId is compared as text. Both sections
+    /// are saved at once. Nothing changes when ruleId is not made of digits or unknown, when the
+    /// rule stands first or last, or when the list no longer mirrors the file. Returns false only
+    /// on a failure to read. REQUIRES: the list is as loaded in advanced view. Call Reload after
+    /// each move.
+    bool ReOrderRule(std::string const& ruleId, bool up);
+
+    /// Enables or disables a listed rule in memory, at once, and in the file. Returns false when
+    /// ruleId is not made of digits and on a failure; memory may have changed then. True without
+    /// effect when no listed rule has the identifier.
+    bool SetRuleState(std::string const& ruleId, bool enable);
+
+    // --- Pieces of the edits
+    // ----------------------------------------------------------------------
+
+    /// Writes all fields of rule into the current section of file and saves the file. Returns true
+    /// on success and when file is null; false, with a trace, on a failure. REQUIRES: rule is not
+    /// null.
+    bool SaveSelectedRule(Configuration::MultiSectionFile* file,
+                          CallRecordingRuleParams const* rule);
+
+    /// Returns one more than the greatest identifier in file, at least 0, and leaves the cursor
+    /// behind the last section. Lets the exceptions of file through, and throws std::overflow_error
+    /// when the greatest identifier is 2147483647. REQUIRES: file is not null.
+    std::int32_t GenerateRuleID(Configuration::MultiSectionFile* file);
+
+    /// Reads the current section of file into rule, every field but the identifier. Returns true on
+    /// success and when file is null; false, with a trace and rule partly read, on a failure.
+    bool GetCurrentSection(Configuration::MultiSectionFile* file, CallRecordingRuleParams& rule);
+
+    /// Sets the state of entry to RULE_NOT_SHOWABLE when a side of call type number stands opposite
+    /// to anything but "*" of call type any. Changes nothing else.
+    void VerifyBasicViewModeRuleValidation(CallRecordingRuleMapParams& entry);
+
+    /// Returns whether rule says the same as entry, side for side or with the sides exchanged;
+    /// identifier and description are not compared. Sets entry.has_mirror when rule is keyed on the
+    /// side opposite to entry's, whatever the result. False when rule is null.
+    bool IsIdenticallRules(CallRecordingRuleParams const* rule, CallRecordingRuleMapParams& entry);
+
+    // --- Statics
+    // ----------------------------------------------------------------------------------
+
+    static CCallRecordingDB* mpInstance;   ///< The instance, or null.
+    static std::int32_t mInstancesCount;   ///< References not yet given back.
+    static CCallRecordingLogger* mpLogger; ///< The trace log, or null.
+    static bool mIsAdvancedMode;           ///< View mode of the next load that reads the file.
+
+  private:
+    bool mIsLoaded;
+
+  public:
+    /// The last load, made in basic view mode, met a rule that this view cannot show in full.
+    bool mHasAdvancedRules;
+
+  private:
+    void ReadRuleFile();
+
+    std::list<CallRecordingRuleParams*> mCallRecordList;
+};
+
+} // namespace CallRecordingUtils
+
+#endif

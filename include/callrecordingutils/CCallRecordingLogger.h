@@ -1,0 +1,45 @@
+/// @file
+/// The trace log "callrecording.log".
+
+#ifndef CALLRECORDINGUTILS_CCALLRECORDINGLOGGER_H
+#define CALLRECORDINGUTILS_CCALLRECORDINGLOGGER_H
+
+#include <ThreadMutex.h>
+
+#include <callrecordingutils/Export.h>
+
+class LogStream;
+
+namespace CallRecordingUtils {
+
+/// Writes trace lines. There is at most one logger in a process: it is created by
+/// CCallRecordingDB::GetInstance, destroyed by CCallRecordingDB::CloseInstance, and reached through
+/// CCallRecordingDB::mpLogger or CCallRecordingAssistant::GetLogger.
+///
+/// Threads: any thread may trace; lines never interleave. Tracing must have ended before the last
+/// reference on the database is given back.
+class CCallRecordingLogger {
+  public:
+    /// Opens the log and asks the platform once whether tracing is on.
+    CALLRECORDINGUTILS_EXPORT CCallRecordingLogger();
+    CALLRECORDINGUTILS_EXPORT ~CCallRecordingLogger();
+
+    CCallRecordingLogger(CCallRecordingLogger const&) = delete;
+    CCallRecordingLogger& operator=(CCallRecordingLogger const&) = delete;
+
+    /// Writes one entry and flushes it; does nothing when tracing is off. level 0 marks failures, 3
+    /// notices; the platform's log decides which levels it keeps. With withTimestamp the entry
+    /// begins with the local date and time, a tab, ".", the milliseconds and a blank. format is
+    /// printf's; it brings its own line end. Never throws: an entry that cannot be written is lost.
+    CALLRECORDINGUTILS_EXPORT [[gnu::format(printf, 4, 5)]] void
+    TRACE(unsigned char level, bool withTimestamp, char const* format, ...) noexcept;
+
+  private:
+    LogStream* mpLogStream; // Owned.
+    ThreadMutex mMutex;     // Serialises writing and flushing; nothing is locked while it is held.
+    bool mIsEnabled;
+};
+
+} // namespace CallRecordingUtils
+
+#endif

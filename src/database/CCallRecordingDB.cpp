@@ -1,0 +1,97 @@
+// The one database instance: its life, its list, and the lookups in it.
+
+#include <callrecordingutils/CCallRecordingDB.h>
+
+#include <memory>
+
+#include <callrecordingutils/CCallRecordingLogger.h>
+
+#include "common/DecimalNumber.h"
+#include "common/MutexGuard.h"
+#include "database/Trace.h"
+
+namespace CallRecordingUtils {
+
+ThreadMutex cfgThreadMutex;
+
+CCallRecordingDB* CCallRecordingDB::mpInstance = nullptr;
+std::int32_t CCallRecordingDB::mInstancesCount = 0;
+CCallRecordingLogger* CCallRecordingDB::mpLogger = nullptr;
+bool CCallRecordingDB::mIsAdvancedMode = true;
+
+CCallRecordingDB::CCallRecordingDB() : mIsLoaded(false), mHasAdvancedRules(false) {}
+
+CCallRecordingDB::~CCallRecordingDB() {
+    Cleanup();
+}
+
+CCallRecordingDB* CCallRecordingDB::GetInstance(bool load, bool withLogger) {
+    MutexGuard const guard(cfgThreadMutex);
+    if (mpInstance == nullptr) {
+        auto instance = std::make_unique<CCallRecordingDB>();
+        if (withLogger && mpLogger == nullptr)
+            mpLogger = new CCallRecordingLogger;
+        mpInstance = instance.release();
+    }
+    if (load)
+        mpInstance->Load(); // A failure is in the trace; the instance serves without rules.
+    ++mInstancesCount;
+    return mpInstance;
+}
+
+void CCallRecordingDB::CloseInstance() {
+    MutexGuard const guard(cfgThreadMutex);
+    if (mInstancesCount > 0)
+        --mInstancesCount;
+    if (mInstancesCount > 0)
+        return;
+    delete mpInstance;
+    mpInstance = nullptr;
+    delete mpLogger;
+    mpLogger = nullptr;
+}
+
+void CCallRecordingDB::SetMode(bool advanced) {
+    mIsAdvancedMode = advanced;
+}
+
+bool CCallRecordingDB::Reload() {
+    Trace(kTraceNotice, "Reloading: Call Recording Configuration\n");
+    mIsLoaded = false;
+    return Load();
+}
+
+void CCallRecordingDB::Cleanup() {
+    DestroyCallRecordList();
+    mHasAdvancedRules = false;
+}
+
+void CCallRecordingDB::DestroyCallRecordList() {
+    for (CallRecordingRuleParams* rule : mCallRecordList)
+        delete rule;
+    mCallRecordList.clear();
+}
+
+std::list<CallRecordingRuleParams*>& CCallRecordingDB::GetCallRecordingRules() {
+    return mCallRecordList;
+}
+
+CallRecordingRuleParams* CCallRecordingDB::GetSelectedRule(std::string const& ruleId) {
+    std::int32_t const id = ParseDecimal(ruleId);
+    for (CallRecordingRuleParams* rule : mCallRecordList) {
+        if (rule != nullptr && rule->callrecordingrule_id == id)
+            return rule;
+    }
+    return nullptr;
+}
+
+bool CCallRecordingDB::Find(std::string const& callerPattern, std::string const& calledPattern) {
+    for (CallRecordingRuleParams const* rule : mCallRecordList) {
+        if (rule != nullptr && rule->caller_pattern == callerPattern &&
+            rule->called_pattern == calledPattern)
+            return true;
+    }
+    return false;
+}
+
+} // namespace CallRecordingUtils

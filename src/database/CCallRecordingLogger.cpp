@@ -1,0 +1,66 @@
+// The trace log: puts a line together and hands it to the platform's log.
+
+#include <callrecordingutils/CCallRecordingLogger.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <ctime>
+#include <string>
+
+#include <sys/time.h>
+
+#include <LogStream.h>
+
+#include "common/MutexGuard.h"
+
+namespace CallRecordingUtils {
+namespace {
+
+/// Appends the local date and time, and the milliseconds, as a trace line begins.
+void AppendTimestamp(std::string& line) {
+    timeval now{};
+    gettimeofday(&now, nullptr);
+    std::tm local{};
+    char text[64] = "";
+    if (localtime_r(&now.tv_sec, &local) != nullptr && asctime_r(&local, text) != nullptr)
+        line += text;
+    line.erase(std::min(line.find('\n'), line.size()));
+    char milliseconds[16];
+    std::snprintf(milliseconds, sizeof milliseconds, "\t.%03d ",
+                  static_cast<int>(now.tv_usec / 1000));
+    line += milliseconds;
+}
+
+} // namespace
+
+CCallRecordingLogger::CCallRecordingLogger() : mpLogStream(nullptr), mIsEnabled(false) {
+    mpLogStream = new LogStream("callrecording.log", false, true, 0x7FFFFFFF, 1, 2048, false);
+    GetLogLevel(&mIsEnabled, nullptr);
+}
+
+CCallRecordingLogger::~CCallRecordingLogger() {
+    delete mpLogStream;
+}
+
+void CCallRecordingLogger::TRACE(unsigned char level, bool withTimestamp, char const* format,
+                                 ...) noexcept {
+    if (!mIsEnabled)
+        return;
+    std::va_list arguments;
+    va_start(arguments, format);
+    try {
+        std::string line;
+        if (withTimestamp)
+            AppendTimestamp(line);
+        line += format;
+        MutexGuard const guard(mMutex);
+        mpLogStream->TRACE(level, line.c_str(), arguments, 0);
+        mpLogStream->Flush();
+    } catch (...) {
+        // Out of memory: the entry is lost. The caller may be reporting just that.
+    }
+    va_end(arguments);
+}
+
+} // namespace CallRecordingUtils

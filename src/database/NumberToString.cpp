@@ -1,0 +1,19 @@
+// The decimal text of a number.
+
+#include <callrecordingutils/NumberToString.h>
+
+#include <locale>
+#include <sstream>
+
+template <typename T>
+std::string NumberToString(T const& value) {
+    std::ostringstream text;
+    text.imbue(std::locale::classic()); // The host process's locale may group digits.
+    text << value;
+    return text.str();
+}
+
+template std::string NumberToString<long>(long const&);
+template std::string NumberToString<int>(int const&);
+template std::string NumberToString<CallRecordingUtils::CallRecordingTypes>(
+    CallRecordingUtils::CallRecordingTypes const&);

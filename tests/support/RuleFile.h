@@ -1,0 +1,26 @@
+/// @file
+/// The sectioned file with the syntax of the rule file, for tests.
+
+#ifndef TESTS_SUPPORT_RULEFILE_H
+#define TESTS_SUPPORT_RULEFILE_H
+
+#include <string>
+
+#include <MultiSectionFile.h>
+#include <SmartBuffer.h>
+
+class RuleFile : public Configuration::MultiSectionFile {
+  public:
+    explicit RuleFile(std::string const& path)
+        : MultiSectionFile(path.c_str(), true, false, false, nullptr, "{\n", "}\n", "=", "#",
+                           nullptr) {}
+
+    /// The value of key in the current section.
+    std::string Value(char const* key) {
+        SmartBuffer buffer;
+        GetSectionEntry(key, buffer.GetData(), buffer.GetCapacity());
+        return buffer.GetData();
+    }
+};
+
+#endif

@@ -1,0 +1,42 @@
+/// @file
+/// Makes a chosen system call go wrong, to see what is left of a file then.
+///
+/// Linked into a test's executable, SyscallFaults.cpp takes the place of the C library's functions
+/// below for everything in the process, shared libraries included; the executable exports its
+/// symbols for that. Calls that the C library makes itself are not seen.
+
+#ifndef TESTS_SUPPORT_SYSCALLFAULTS_H
+#define TESTS_SUPPORT_SYSCALLFAULTS_H
+
+#include <cerrno>
+#include <string>
+
+/// The calls that can go wrong, with all their variants (open stands for openat, too).
+enum class Call { ANY, OPEN, READ, WRITE, FCHOWN, FCHMOD, FSYNC, CLOSE, RENAME };
+
+enum class Fault {
+    FAIL,      ///< Nothing is done, and the error is reported; but close does close.
+    INTERRUPT, ///< As FAIL, with EINTR.
+    NOTHING,   ///< Nothing is done, and 0 is returned.
+    CUT,       ///< A write takes the first half of what it is given.
+    KILL       ///< The process is killed before the call, a write after half of it.
+};
+
+/// Counts the calls that are made while the object lives, and lets one of them go wrong. One object
+/// at a time, in a process that does nothing else meanwhile.
+class SyscallFault {
+  public:
+    /// The occurrence is 1 for the first call of that kind; with 0 nothing goes wrong.
+    SyscallFault(Call call, int occurrence, Fault fault, int error = EIO);
+    ~SyscallFault();
+    SyscallFault(SyscallFault const&) = delete;
+    SyscallFault& operator=(SyscallFault const&) = delete;
+
+    /// Whether the call in question has been made.
+    bool WasHit() const;
+    /// The names of the calls made, each with a blank behind it; the one that went wrong is the
+    /// last.
+    std::string const& Calls() const;
+};
+
+#endif
