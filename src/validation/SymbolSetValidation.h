@@ -1,0 +1,18 @@
+// The check of one symbol set.
+
+#ifndef VALIDATION_SYMBOLSETVALIDATION_H
+#define VALIDATION_SYMBOLSETVALIDATION_H
+
+#include <optional>
+#include <string_view>
+
+#include "validation/Finding.h"
+
+namespace CallRecordingUtils {
+
+/// Returns the first thing wrong with the items of set, the text of a symbol set from "[" to "]".
+std::optional<Finding> CheckSymbolSet(std::string_view set);
+
+} // namespace CallRecordingUtils
+
+#endif
