@@ -32,8 +32,8 @@ bool CCallRecordingAssistant::IsCallRecordingAllowed(CallParams const& caller,
                                                      CallType const& calledType,
                                                      CallRecordingRuleParams* rule) {
     MutexGuard const guard(*mpMutex);
-    CallSide callerSide(caller, callerType);
-    CallSide calledSide(called, calledType);
+    CallSide const callerSide(caller, callerType);
+    CallSide const calledSide(called, calledType);
     for (CallRecordingRuleParams const* candidate : mpCallRecordingDB->GetCallRecordingRules()) {
         if (candidate == nullptr || candidate->recording_rule_state != RULE_ENABLED)
             continue;
@@ -62,7 +62,7 @@ CCallRecordingLogger* CCallRecordingAssistant::GetLogger() {
 bool CCallRecordingAssistant::IsSideMatched(CallParams const& params, CallType const& callType,
                                             std::string const& pattern,
                                             CallType const& ruleType) const {
-    CallSide side(params, callType);
+    CallSide const side(params, callType);
     return side.MaySatisfy(pattern, ruleType) && side.Satisfies(pattern, ruleType);
 }
 

@@ -5,9 +5,8 @@
 namespace CallRecordingUtils {
 namespace {
 
-// Stands for an empty port: in a pattern it accepts every port, in an address it is a character
-// that no port of digits accepts.
-constexpr std::string_view kAnyPort = "*";
+// Stands for the empty port of a call: a character that no port of digits in a pattern accepts.
+constexpr std::string_view kNoPort = "*";
 
 } // namespace
 
@@ -36,33 +35,29 @@ CallSide::CallSide(CallParams const& params, CallType type) : type_(type) {
         address_ = addressForAny_ = params.user;
     if (type != CALL_TYPE_SIP)
         return;
-    std::string_view const port = params.port.empty() ? kAnyPort : params.port;
+    std::string_view const port = params.port.empty() ? kNoPort : params.port;
     sipAddress_.reserve(params.user.size() + params.host.size() + port.size() + 2);
     sipAddress_.append(params.user).append("@").append(params.host).append(":").append(port);
     address_ = sipAddress_;
 }
 
-/// Returns the pattern with a port, or the empty text when it has no "@". A pattern that names a
-/// port is returned as it stands: user, "@", host, ":" and port put together again are the same
-/// text.
-std::string_view CallSide::SipPattern(std::string_view stored) {
+/// A pattern that names a port is matched as it stands: user, "@", host, ":" and port put together
+/// again are the same text. To others the port is added.
+bool CallSide::SatisfiesSip(std::string_view pattern) const {
     std::string_view port;
     SipAddress parts;
-    std::string_view const rest = SplitPort(stored, port);
+    std::string_view const rest = SplitPort(pattern, port);
     if (!SplitSipAddress(rest, parts))
-        return {};
+        return false;
     if (!port.empty())
-        return stored;
-    sipPattern_.assign(rest).append(":").append(kAnyPort);
-    return sipPattern_;
+        return PatternMatcher(address_, pattern).Matches();
+    return PatternMatcher(address_, rest, ":*").Matches();
 }
 
 // MaySatisfy may judge a SIP pattern as it is stored: with its port added it only becomes longer.
-bool CallSide::Satisfies(std::string_view pattern, CallType ruleType) {
-    if (ruleType == CALL_TYPE_SIP) {
-        std::string_view const wanted = SipPattern(pattern);
-        return !wanted.empty() && PatternMatcher(address_, wanted).Matches();
-    }
+bool CallSide::Satisfies(std::string_view pattern, CallType ruleType) const {
+    if (ruleType == CALL_TYPE_SIP)
+        return SatisfiesSip(pattern);
     if (pattern == "*") // The commonest side of all.
         return true;
     return PatternMatcher(ruleType == CALL_TYPE_ANY ? addressForAny_ : address_, pattern).Matches();

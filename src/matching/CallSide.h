@@ -28,15 +28,16 @@ bool SplitSipAddress(std::string_view address, SipAddress& parts);
 /// it.
 std::string_view SplitPort(std::string_view address, std::string_view& port);
 
-/// Tests one side of a call against the sides of any number of rules. What a test needs of the call is
-/// put together once and kept for the following rules. Not for several threads at once.
+/// Tests one side of a call against the sides of any number of rules. What the tests need of the
+/// call is put together once.
 class CallSide {
   public:
     /// params must outlive the object.
     CallSide(CallParams const& params, CallType type);
 
-    /// A test that costs next to nothing: false only when Satisfies would be false as well. Most rules
-    /// of a long list end here, by their call type or by the literals that their pattern begins with.
+    /// A test that costs next to nothing: false only when Satisfies would be false as well. Most
+    /// rules of a long list end here, by their call type or by the literals that their pattern
+    /// begins with.
     bool MaySatisfy(std::string_view pattern, CallType ruleType) const {
         if (ruleType == CALL_TYPE_ANY)
             return MayMatch(pattern, addressForAny_);
@@ -45,14 +46,13 @@ class CallSide {
 
     /// Returns whether this side satisfies a rule side. See CCallRecordingAssistant::IsSideMatched.
     /// REQUIRES: MaySatisfy is true for the same rule side.
-    bool Satisfies(std::string_view pattern, CallType ruleType);
+    bool Satisfies(std::string_view pattern, CallType ruleType) const;
 
   private:
-    std::string_view SipPattern(std::string_view stored);
+    bool SatisfiesSip(std::string_view pattern) const;
 
     CallType const type_;
     std::string sipAddress_;
-    std::string sipPattern_;
     std::string_view addressForAny_; // What rule sides of any call type compare,
     std::string_view address_;       // and what those of the call's own type do.
 };

@@ -130,7 +130,8 @@ class ItemWalk {
         low_.Append(list_.substr(at_, length));
         at_ += length;
         if (!StartsWith(remaining_, low_.Text())) {
-            at_ = std::min(list_.find_first_not_of('?', at_), list_.size());
+            while (at_ < list_.size() && list_[at_] == '?')
+                ++at_;
             return false;
         }
         remaining_.remove_prefix(low_.Text().size());

@@ -8,9 +8,9 @@
 namespace CallRecordingUtils {
 
 PatternMatcher::Element PatternMatcher::Read(std::size_t at) const {
-    if (at >= pattern_.size())
+    if (at >= end_)
         return {Construct::End, at, at};
-    char const c = pattern_[at];
+    char const c = PatternAt(at);
     if (IsLiteral(c) || c == '?')
         return {Construct::Step, at, at + 1};
     if (c == '*')
@@ -42,7 +42,7 @@ std::string_view PatternMatcher::Items(Element const& group) const {
 bool PatternMatcher::TakeStep(Element const& step, Place& place) const {
     if (place.position == address_.size())
         return false;
-    char const expected = pattern_[step.begin];
+    char const expected = PatternAt(step.begin);
     if (expected == '[') {
         Consumed consumed;
         if (!AdmitsCandidate(Items(step), address_.substr(place.position, 1), consumed))
@@ -55,9 +55,9 @@ bool PatternMatcher::TakeStep(Element const& step, Place& place) const {
     return true;
 }
 
-/// Takes the steps from at_ to end, of which there is nothing else between.
-bool PatternMatcher::TakeSteps(std::size_t end, Place& place) const {
-    for (std::size_t at = at_; at < end;) {
+/// Takes the steps from begin to end; nothing else stands between.
+bool PatternMatcher::TakeSteps(std::size_t begin, std::size_t end, Place& place) const {
+    for (std::size_t at = begin; at < end;) {
         Element const step = Read(at);
         if (!TakeStep(step, place))
             return false;
@@ -66,21 +66,24 @@ bool PatternMatcher::TakeSteps(std::size_t end, Place& place) const {
     return true;
 }
 
-/// Takes the characters up to end as the candidate of range. The recursion tests the rest of the
-/// pattern before the candidate; both must hold, so the order changes nothing.
-bool PatternMatcher::TakeRange(Element const& range, std::size_t end, Place& place) const {
-    if (end <= place.position)
-        return false;
-    Consumed consumed;
-    std::string_view const candidate = address_.substr(place.position, end - place.position);
-    if (!AdmitsCandidate(Items(range), candidate, consumed))
-        return false;
+/// Takes the characters up to end as the run of "*" or of a range expression. The recursion tests
+/// the rest of the pattern before the candidate of a range; both must hold, so the order changes
+/// nothing.
+bool PatternMatcher::TakeRunTo(Element const& run, std::size_t end, Place& place) const {
+    if (run.construct == Construct::Range) {
+        Consumed consumed;
+        std::string_view const candidate = address_.substr(place.position, end - place.position);
+        if (!AdmitsCandidate(Items(run), candidate, consumed))
+            return false;
+        place.grouped += consumed;
+    }
     place.position = end;
-    place.grouped += consumed;
     return true;
 }
 
 bool PatternMatcher::Matches() {
+    if (!TakeLeadingLiterals())
+        return false;
     for (;;) {
         Element const element = Read(at_);
         switch (element.construct) {
@@ -90,49 +93,58 @@ bool PatternMatcher::Matches() {
         case Construct::Step:
             if (!TakeStep(element, place_))
                 return false;
+            at_ = element.end;
             break;
         case Construct::AnyRun:
         case Construct::Range: {
             StepRun const rest = ReadSteps(element.end);
-            if (rest.width > address_.size() - place_.position)
-                return false;
-            if (rest.next == Construct::End) {
-                // What follows has one length, so the run can only end at one position.
-                std::size_t const end = address_.size() - rest.width;
-                if (element.construct == Construct::AnyRun)
-                    place_.position = end;
-                else if (!TakeRange(element, end, place_))
-                    return false;
-            } else if (element.construct == Construct::Range || rest.next == Construct::Range) {
+            if (rest.next == Construct::Range)
                 return MatchFromManyPlaces();
-            } else {
-                at_ = element.end;
-                if (!FitAnyRun(rest))
-                    return false;
-                continue;
-            }
+            if (!TakeRun(element, rest))
+                return false;
         }
         }
-        at_ = element.end;
     }
 }
 
-/// Finds the shortest run after which the steps of rest fit, when what follows them takes anything:
-/// the next "*", or the end of the language. If the rest matches after a longer run, it does after
-/// this one as well, since the next "*" can take the characters between; so no other run need ever
-/// be tried.
-bool PatternMatcher::FitAnyRun(StepRun const& rest) {
-    if (rest.next == Construct::Broken)
+/// Most patterns begin with literals, and many are nothing else.
+bool PatternMatcher::TakeLeadingLiterals() {
+    for (; at_ < pattern_.size() && IsLiteral(pattern_[at_]); ++at_) {
+        if (at_ == address_.size() || pattern_[at_] != address_[at_])
+            return false;
+    }
+    place_.position = at_;
+    return true;
+}
+
+/// Takes a "*" or range expression, and the steps of rest behind it when the run has to be
+/// searched.
+bool PatternMatcher::TakeRun(Element const& run, StepRun const& rest) {
+    std::size_t const left = address_.size() - place_.position;
+    if (rest.next == Construct::Broken || rest.width > left)
         return false;
-    for (; address_.size() - place_.position >= rest.width; ++place_.position) {
+    if (rest.next != Construct::End)
+        return SearchRun(run, rest, left - rest.width);
+    // What follows has one length, so the run can only end at one position.
+    at_ = run.end;
+    return TakeRunTo(run, address_.size() - rest.width, place_);
+}
+
+/// Finds the shortest run, of at most longest characters, behind which the steps of rest fit. After
+/// them comes a "*", or the end of the language. If that matches after a longer run, it does after
+/// this one as well, since the "*" can take the characters between; so no other run need ever be
+/// tried.
+bool PatternMatcher::SearchRun(Element const& run, StepRun const& rest, std::size_t longest) {
+    bool const isRange = run.construct == Construct::Range;
+    if (isRange)
+        longest = std::min(longest, LongestCandidate(Items(run)));
+    for (std::size_t length = isRange ? 1 : 0; length <= longest; ++length) {
         Place place = place_;
-        if (TakeSteps(rest.end, place)) {
+        if (TakeRunTo(run, place.position + length, place) && TakeSteps(run.end, rest.end, place)) {
             place_ = place;
             at_ = rest.end;
             return true;
         }
-        if (place_.position == address_.size())
-            break;
     }
     return false;
 }
@@ -197,7 +209,7 @@ void PatternMatcher::SpreadRange(Element const& range, Places const& from, Place
         for (std::size_t length = 1; length <= reach; ++length) {
             Place moved = place;
             std::size_t const end = place.position + length;
-            if (!taken[end] && TakeRange(range, end, moved)) {
+            if (!taken[end] && TakeRunTo(range, end, moved)) {
                 taken[end] = true;
                 to.push_back(moved);
             }
@@ -218,6 +230,7 @@ bool PatternMatcher::PickPlaceAtEnd(Places const& places) {
 void PatternMatcher::AddCounts(wild_card_counts& counts) const {
     // Outside the groups a match takes every element that was read exactly once, whatever the way.
     CountConstructs(pattern_.substr(0, at_), counts);
+    CountConstructs(tail_.substr(0, at_ - std::min(at_, pattern_.size())), counts);
     counts.grouped_symbol_count += static_cast<std::int32_t>(place_.grouped.symbols);
     counts.grouped_question_count += static_cast<std::int32_t>(place_.grouped.questions);
 }

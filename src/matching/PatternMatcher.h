@@ -15,8 +15,8 @@
 
 namespace CallRecordingUtils {
 
-/// Returns false when pattern is empty, which matches no address of a call, or begins with literals that
-/// address does not begin with. Else pattern may match.
+/// Returns false when pattern is empty, which matches no address of a call, or begins with literals
+/// that address does not begin with. Else pattern may match.
 inline bool MayMatch(std::string_view pattern, std::string_view address) {
     std::size_t at = 0;
     for (; at < pattern.size() && IsLiteral(pattern[at]); ++at) {
@@ -39,9 +39,10 @@ inline bool MayMatch(std::string_view pattern, std::string_view address) {
 /// the recursion takes.
 class PatternMatcher {
   public:
-    /// Both texts must outlive the matcher.
-    PatternMatcher(std::string_view address, std::string_view pattern)
-        : address_(address), pattern_(pattern) {}
+    /// The pattern is pattern with tail behind it. A group of pattern does not end in tail. The
+    /// texts must outlive the matcher.
+    PatternMatcher(std::string_view address, std::string_view pattern, std::string_view tail = {})
+        : address_(address), pattern_(pattern), tail_(tail), end_(pattern.size() + tail.size()) {}
 
     /// Returns whether the whole address matches the whole pattern.
     bool Matches();
@@ -80,15 +81,20 @@ class PatternMatcher {
         Construct next;    // What follows.
     };
 
+    char PatternAt(std::size_t at) const {
+        return at < pattern_.size() ? pattern_[at] : tail_[at - pattern_.size()];
+    }
     Element Read(std::size_t at) const;
     StepRun ReadSteps(std::size_t at) const;
     std::string_view Items(Element const& group) const;
 
     bool TakeStep(Element const& step, Place& place) const;
-    bool TakeSteps(std::size_t end, Place& place) const;
-    bool TakeRange(Element const& range, std::size_t end, Place& place) const;
+    bool TakeSteps(std::size_t begin, std::size_t end, Place& place) const;
+    bool TakeRunTo(Element const& run, std::size_t end, Place& place) const;
 
-    bool FitAnyRun(StepRun const& rest);
+    bool TakeLeadingLiterals();
+    bool TakeRun(Element const& run, StepRun const& rest);
+    bool SearchRun(Element const& run, StepRun const& rest, std::size_t longest);
     bool MatchFromManyPlaces();
     void KeepWhatSteps(Element const& step, Places& places) const;
     void SpreadAnyRun(Places const& from, Places& to) const;
@@ -97,6 +103,8 @@ class PatternMatcher {
 
     std::string_view const address_;
     std::string_view const pattern_;
+    std::string_view const tail_;
+    std::size_t const end_;
     std::size_t at_ = 0;     // How far the pattern is read.
     Place place_{0, {0, 0}}; // The one place while there is but one; at the end the deciding one.
 };
