@@ -130,11 +130,14 @@ class CCallRecordingAssistant {
     /// range expression takes the shortest run with which the rest still matches. On false counts
     /// is as it was.
     ///
-    /// A group that is not closed never matches; an item that holds a character outside the pattern
-    /// language accepts nothing once the reading gets there.
+    /// A group that is not closed does not match once the match reaches it; an item that holds a
+    /// character outside the pattern language accepts nothing once the reading gets there.
     ///
-    /// Time is bounded by (pattern length) x (address length) steps, for a range expression of
-    /// items of w characters by w x w of them at each place of the address. Stack use is fixed.
+    /// Time is bounded by (pattern length) x (address length) steps; a range expression takes at
+    /// each place of the address (longest run that it can accept) x (length of its list) of them.
+    /// Stack use is fixed. Memory beyond that is taken only where range expressions follow each
+    /// other without a
+    /// "*" between: at most some 33 bytes for each character of the address.
     CALLRECORDINGUTILS_EXPORT bool IsMatching(std::string const& address,
                                               std::string const& pattern,
                                               wild_card_counts& counts) const;
@@ -143,7 +146,8 @@ class CCallRecordingAssistant {
     /// accepts the whole candidate; exclusions are passed over. On true counts has grown by what
     /// was consumed: in the grouped_ counters when grouped, else in symbol_count and
     /// question_count. What items before the accepting one consumed of the candidate stays counted,
-    /// unless such an item used up the whole candidate too early. On false counts is as it was.
+    /// unless such an item used up the whole candidate too early or held a character outside the
+    /// pattern language. On false counts is as it was.
     CALLRECORDINGUTILS_EXPORT bool IsInRange(std::string const& itemList,
                                              std::string const& candidate, wild_card_counts& counts,
                                              bool const& grouped) const;

@@ -68,8 +68,10 @@ bool IsInNumberRange(std::string_view candidate, std::string_view low, std::stri
 /// The methods return true when the candidate is accepted.
 class ItemWalk {
   public:
-    ItemWalk(std::string_view list, std::string_view candidate)
-        : list_(list), candidate_(candidate), remaining_(candidate) {}
+    enum Extent { ManyItems, OneItem };
+
+    ItemWalk(std::string_view list, std::string_view candidate, Extent extent)
+        : list_(list), candidate_(candidate), extent_(extent), remaining_(candidate) {}
 
     bool Run() {
         if (candidate_.empty())
@@ -106,7 +108,9 @@ class ItemWalk {
         high_.Clear();
     }
 
-    void SkipItem() { at_ = std::min(list_.find(',', at_), list_.size()); }
+    void SkipItem() {
+        at_ = extent_ == OneItem ? list_.size() : std::min(list_.find(',', at_), list_.size());
+    }
 
     void FailItem() {
         consumed_ = {};
@@ -182,6 +186,7 @@ class ItemWalk {
 
     std::string_view const list_;
     std::string_view const candidate_;
+    Extent const extent_;
     std::string_view remaining_; // Never empty at the head of the walk: an item ends when it is.
     std::size_t at_ = 0;
     RangePart low_;
@@ -192,18 +197,21 @@ class ItemWalk {
 } // namespace
 
 bool AcceptsCandidate(std::string_view list, std::string_view candidate, Consumed& consumed) {
-    ItemWalk walk(list, candidate);
+    ItemWalk walk(list, candidate, ItemWalk::ManyItems);
     bool const accepted = walk.Run();
     consumed = walk.GetConsumed();
     return accepted;
 }
 
+// The value of the last item is the rest of the list, exclusions within it included; so neither the
+// search for a "," nor the walk may run to the end of the list for every "!".
 bool ExcludesCandidate(std::string_view list, std::string_view candidate) {
-    Consumed ignored;
+    std::size_t comma = 0;
     for (std::size_t at = list.find('!'); at != std::string_view::npos; at = list.find('!', at)) {
         ++at;
-        std::size_t const comma = list.find(',', at);
-        if (AcceptsCandidate(list.substr(at, comma - at), candidate, ignored))
+        if (comma < at)
+            comma = list.find(',', at);
+        if (ItemWalk(list.substr(at, comma - at), candidate, ItemWalk::OneItem).Run())
             return true;
         if (comma != std::string_view::npos)
             at = comma + 1;
