@@ -13,13 +13,13 @@
 class PLATFORM_EXPORT ThreadMutex {
   public:
     ThreadMutex();
-    ~ThreadMutex();
+    ~ThreadMutex(); // NOLINT(performance-trivially-destructible): a device's need not be.
 
     ThreadMutex(ThreadMutex const&) = delete;
     ThreadMutex& operator=(ThreadMutex const&) = delete;
 
-    void Lock();
-    void Unlock();
+    void Lock();   ///< Waits until no other thread holds the lock, and takes it.
+    void Unlock(); ///< Gives the lock back.
 
   private:
     std::mutex mMutex;

@@ -70,17 +70,17 @@ struct wild_card_counts {
 /// all.
 ///
 /// Errors: nothing is thrown but std::bad_alloc, and every lock is released then.
-class CCallRecordingAssistant {
+class CALLRECORDINGUTILS_EXPORT CCallRecordingAssistant {
   public:
     /// Takes a reference on the database and makes sure that its rules are loaded. A rule file that
     /// cannot be read leaves the list empty or partial; the trace log says so.
     /// withLogger asks for the trace log. It has an effect only on the first reference of the
     /// process.
-    CALLRECORDINGUTILS_EXPORT explicit CCallRecordingAssistant(bool withLogger);
+    explicit CCallRecordingAssistant(bool withLogger);
 
     /// Gives the reference back; the last one destroys the database and the trace log.
     /// REQUIRES: no operation of this assistant is running.
-    CALLRECORDINGUTILS_EXPORT virtual ~CCallRecordingAssistant();
+    virtual ~CCallRecordingAssistant();
 
     CCallRecordingAssistant(CCallRecordingAssistant const&) = delete;
     CCallRecordingAssistant& operator=(CCallRecordingAssistant const&) = delete;
@@ -88,19 +88,17 @@ class CCallRecordingAssistant {
     /// Returns whether an enabled rule matches the call: the first one, in list order, whose two
     /// sides both match (see IsSideMatched). On true the rule is copied to *rule; rule may be null.
     /// On false *rule is left as it was. Reads memory only: no file access, no log line.
-    CALLRECORDINGUTILS_EXPORT bool IsCallRecordingAllowed(CallParams const& caller,
-                                                          CallType const& callerType,
-                                                          CallParams const& called,
-                                                          CallType const& calledType,
-                                                          CallRecordingRuleParams* rule);
+    bool IsCallRecordingAllowed(CallParams const& caller, CallType const& callerType,
+                                CallParams const& called, CallType const& calledType,
+                                CallRecordingRuleParams* rule);
 
     /// Reads the rule file again, in the current view mode. Returns false when it could not be
     /// read; the list is then empty or partial. Records borrowed from the database become invalid.
-    CALLRECORDINGUTILS_EXPORT bool ReloadCallRecordingRules();
+    bool ReloadCallRecordingRules();
 
     /// The process-wide trace log, or null when there is none. Borrowed: it lives as long as some
     /// reference on the database.
-    CALLRECORDINGUTILS_EXPORT CCallRecordingLogger* GetLogger();
+    CCallRecordingLogger* GetLogger();
 
     /// Returns whether one side of a call satisfies one side of a rule. Types that differ never
     /// match unless ruleType is CALL_TYPE_ANY. Compared is, by callType:
@@ -110,20 +108,18 @@ class CCallRecordingAssistant {
     ///   anything else                         the empty text
     /// A SIP rule pattern is brought into the form user@host:port too, with "*" for a port that it
     /// lacks; without an "@" it never matches. An empty pattern never matches.
-    CALLRECORDINGUTILS_EXPORT bool IsSideMatched(CallParams const& params, CallType const& callType,
-                                                 std::string const& pattern,
-                                                 CallType const& ruleType) const;
+    bool IsSideMatched(CallParams const& params, CallType const& callType,
+                       std::string const& pattern, CallType const& ruleType) const;
 
     /// Splits address at its last "@". Returns false, and leaves both outputs as they were, when
     /// there is none.
-    CALLRECORDINGUTILS_EXPORT bool ParseSIPAddress(std::string const& address, std::string& user,
-                                                   std::string& host) const;
+    bool ParseSIPAddress(std::string const& address, std::string& user, std::string& host) const;
 
     /// Splits off the port behind the last ":", then splits the text before it like the
     /// three-argument form, whose result is returned. port is always written; it is empty when
     /// there is no ":".
-    CALLRECORDINGUTILS_EXPORT bool ParseSIPAddress(std::string const& address, std::string& user,
-                                                   std::string& host, std::string& port) const;
+    bool ParseSIPAddress(std::string const& address, std::string& user, std::string& host,
+                         std::string& port) const;
 
     /// Returns whether the whole address matches the whole pattern. Note the order of the
     /// arguments. On true, counts has grown by what the match consumed, where every "*" and every
@@ -138,9 +134,8 @@ class CCallRecordingAssistant {
     /// Stack use is fixed. Memory beyond that is taken only where range expressions follow each
     /// other without a
     /// "*" between: at most some 33 bytes for each character of the address.
-    CALLRECORDINGUTILS_EXPORT bool IsMatching(std::string const& address,
-                                              std::string const& pattern,
-                                              wild_card_counts& counts) const;
+    bool IsMatching(std::string const& address, std::string const& pattern,
+                    wild_card_counts& counts) const;
 
     /// Returns whether some positive item of itemList (the text between the brackets of a group)
     /// accepts the whole candidate; exclusions are passed over. On true counts has grown by what
@@ -148,24 +143,21 @@ class CCallRecordingAssistant {
     /// question_count. What items before the accepting one consumed of the candidate stays counted,
     /// unless such an item used up the whole candidate too early or held a character outside the
     /// pattern language. On false counts is as it was.
-    CALLRECORDINGUTILS_EXPORT bool IsInRange(std::string const& itemList,
-                                             std::string const& candidate, wild_card_counts& counts,
-                                             bool const& grouped) const;
+    bool IsInRange(std::string const& itemList, std::string const& candidate,
+                   wild_card_counts& counts, bool const& grouped) const;
 
     /// Returns whether candidate survives the exclusions of itemList: true when none accepts it.
-    CALLRECORDINGUTILS_EXPORT bool Exclude(std::string const& itemList,
-                                           std::string const& candidate) const;
+    bool Exclude(std::string const& itemList, std::string const& candidate) const;
 
     /// Returns whether c is a literal of the pattern language.
-    CALLRECORDINGUTILS_EXPORT bool IsAvailableSymbol(char const& c) const;
+    bool IsAvailableSymbol(char const& c) const;
 
     /// Returns whether text is exactly one ASCII letter.
-    CALLRECORDINGUTILS_EXPORT bool IsCharacter(std::string const& text) const;
+    bool IsCharacter(std::string const& text) const;
 
     /// Adds the constructs of pattern to counts; what stands inside groups is not counted. A group
     /// that is not closed counts as one group, and the counting ends there.
-    CALLRECORDINGUTILS_EXPORT void GetCountOfWildCard(std::string const& pattern,
-                                                      wild_card_counts& counts) const;
+    void GetCountOfWildCard(std::string const& pattern, wild_card_counts& counts) const;
 
   private:
     CCallRecordingDB* mpCallRecordingDB; // Shared; given back through CloseInstance.

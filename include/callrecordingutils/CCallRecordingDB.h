@@ -121,10 +121,10 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     /// (nothing is changed then), when rule is null, and when nothing has been loaded yet.
     bool ModifyRule(CallRecordingRuleParams const* rule, bool updateTwin);
 
-    /// Deletes the section that has rule's identifier, patterns and call types, and the sections
-    /// that mirror it, whatever their identifier: all that stand before it, the first that stands
-    /// behind it. Each deletion is saved at once. Returns false only on a failure; true without
-    /// effect when rule is null.
+    /// Deletes the section that has rule's identifier, patterns and call types, and with it the
+    /// sections that mirror it, whatever their identifier: all that stand before it or, when there
+    /// is none, the first that stands behind it. Each deletion is saved at once. Returns false only
+    /// on a failure; true without effect when rule is null.
     bool DeleteRule(CallRecordingRuleParams const* rule);
 
     /// Deletes the first section whose identifier is the very text ruleId; "05" does not find 5.
@@ -188,7 +188,7 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     bool mHasAdvancedRules;
 
   private:
-    void ReadRuleFile();
+    [[gnu::visibility("hidden")]] void ReadRuleFile();
 
     std::list<CallRecordingRuleParams*> mCallRecordList;
 };

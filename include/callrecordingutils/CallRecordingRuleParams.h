@@ -24,7 +24,10 @@ namespace CallRecordingUtils {
 
 /// The kind of recording that a rule asks for. The library stores and compares it; what the two
 /// values mean belongs to the client that records.
-enum CallRecordingTypes : std::int32_t { CALL_RECORDING_TYPE_0 = 0, CALL_RECORDING_TYPE_1 = 1 };
+enum CALLRECORDINGUTILS_EXPORT CallRecordingTypes : std::int32_t {
+    CALL_RECORDING_TYPE_0 = 0,
+    CALL_RECORDING_TYPE_1 = 1
+};
 
 /// Values of CallRecordingRuleParams::recording_rule_state.
 enum RecordingRuleStates : std::int32_t {
@@ -38,7 +41,9 @@ enum RecordingRuleStates : std::int32_t {
 struct CALLRECORDINGUTILS_EXPORT CallRecordingRuleParams {
     /// A rule not yet stored: identifier -1, both sides of any call type, enabled, all texts empty.
     CallRecordingRuleParams();
+    /// Copies every field.
     CallRecordingRuleParams(CallRecordingRuleParams const& other);
+    /// Copies every field. Copying a record onto itself leaves it as it is.
     CallRecordingRuleParams& operator=(CallRecordingRuleParams const& other);
     ~CallRecordingRuleParams();
 

@@ -106,7 +106,7 @@ enum class PatternFault {
 
 /// Why a text is rejected: the first thing that the checks found wrong with it.
 struct PatternRejection {
-    PatternFault fault;
+    PatternFault fault; ///< What is wrong.
     /// The byte, counted from 0 in the text as the caller gave it, that the user has to look at. At
     /// most the length of the text.
     std::size_t position;

@@ -20,7 +20,7 @@
 namespace {
 
 /// Entries that are not flushed are handed to the file once they have grown to this size.
-constexpr std::size_t MOST_PENDING = 64 * 1024;
+constexpr std::size_t MOST_PENDING = 65536;
 
 /// The number in QUVA_LOG_LEVEL, the greatest there is for a greater one; nothing when it is no
 /// number.
@@ -54,6 +54,7 @@ int OpenLog(std::string const& path) {
 void AppendFormatted(std::string& text, char const* format, va_list& arguments) {
     va_list measured;
     va_copy(measured, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy has initialised it.
     int const length = std::vsnprintf(nullptr, 0, format, measured);
     va_end(measured);
     if (length < 0) {

@@ -123,17 +123,40 @@ ListedPair FindPair(std::list<CallRecordingRuleParams*> const& list, std::int32_
     return {nullptr, nullptr};
 }
 
+/// Sets rule in the current section. A failure is reported as SaveSelectedRule's; some of the
+/// entries may be set then.
+bool TrySet(Configuration::MultiSectionFile& file, CallRecordingRuleParams const* rule) {
+    return RunEdit(kSaveSelectedFailed, [&] {
+        if (rule == nullptr)
+            throw std::invalid_argument("there is no rule to save");
+        SetEntries(file, RuleEntries(*rule));
+        return true;
+    });
+}
+
+/// Saves file. A failure is reported as SaveSelectedRule's.
+bool TrySave(Configuration::MultiSectionFile& file) {
+    return RunEdit(kSaveSelectedFailed, [&] {
+        Save(file);
+        return true;
+    });
+}
+
+/// Gives the first rule that mirrors previous the recording settings of rule.
+void UpdateTwin(RuleFile& file, CallRecordingRuleParams const& previous,
+                CallRecordingRuleParams const& rule) {
+    Sides const twin = Crossed(SidesOf(previous));
+    if (!file.Find([&](SectionReader& section) { return ReadSides(section) == twin; }))
+        return;
+    SetEntries(file.File(), RecordingSettings(rule));
+    Save(file.File());
+}
+
 } // namespace
 
 bool CCallRecordingDB::SaveSelectedRule(Configuration::MultiSectionFile* file,
                                         CallRecordingRuleParams const* rule) {
-    if (file == nullptr)
-        return true;
-    return RunEdit(kSaveSelectedFailed, [&] {
-        SetEntries(*file, RuleEntries(*rule));
-        Save(*file);
-        return true;
-    });
+    return file == nullptr || (TrySet(*file, rule) && TrySave(*file));
 }
 
 std::int32_t CCallRecordingDB::GenerateRuleID(Configuration::MultiSectionFile* file) {
@@ -168,14 +191,16 @@ bool CCallRecordingDB::ModifyRule(CallRecordingRuleParams const* rule, bool upda
         CallRecordingRuleParams previous;
         if (updateTwin)
             GetCurrentSection(&file.File(), previous);
-        bool const saved = SaveSelectedRule(&file.File(), rule);
-        Sides const twin = Crossed(SidesOf(previous));
-        if (updateTwin &&
-            file.Find([&](SectionReader& section) { return ReadSides(section) == twin; })) {
-            SetEntries(file.File(), RecordingSettings(*rule));
-            Save(file.File());
+        bool const isSet = TrySet(file.File(), rule);
+        bool const isSaved = isSet && TrySave(file.File());
+        if (updateTwin && isSet) {
+            UpdateTwin(file, previous, *rule);
+        } else if (updateTwin) {
+            // The save for the twin must not take a rule along that is only half set.
+            RuleFile unchanged;
+            UpdateTwin(unchanged, previous, *rule);
         }
-        return saved;
+        return isSaved;
     });
 }
 
@@ -229,13 +254,8 @@ bool CCallRecordingDB::ReOrderRule(std::string const& ruleId, bool up) {
             !HasNeighbour(file, up, neighbour->callrecordingrule_id))
             return true;
         std::swap(moved->callrecordingrule_id, neighbour->callrecordingrule_id);
-        // Both sections are set before the one save, so that the file holds the old order or the
-        // new.
-        bool const isSet = RunEdit(kSaveSelectedFailed, [&, other = neighbour] {
-            SetEntries(file.File(), RuleEntries(*other));
-            return true;
-        });
-        if (isSet && GotoNeighbour(file, up))
+        // Both sections are set before the one save, so the file holds the old order or the new.
+        if (TrySet(file.File(), neighbour) && GotoNeighbour(file, up))
             SaveSelectedRule(&file.File(), moved);
         return true;
     });

@@ -23,10 +23,17 @@ std::string RuleFilePath() {
     return path.append("telephony/").append("callrecordingdb");
 }
 
+namespace {
+
+bool IsUsable(SmartBuffer const& buffer) {
+    return buffer.GetCapacity() != 0 && buffer.GetCapacity() != 0xFFFFFFFFU;
+}
+
+} // namespace
+
 char const* SectionReader::Read(RuleFileKeys key) {
     file_.GetSectionEntry(tokensArray[key], buffer_.GetData(), buffer_.GetCapacity());
-    std::uint32_t const capacity = buffer_.GetCapacity();
-    return capacity != 0 && capacity != 0xFFFFFFFFU ? buffer_.GetData() : nullptr;
+    return IsUsable(buffer_) ? buffer_.GetData() : nullptr;
 }
 
 void SectionReader::ReadText(RuleFileKeys key, std::string& field) {
@@ -95,10 +102,11 @@ std::vector<SectionEntry> RuleEntries(CallRecordingRuleParams const& rule) {
 
 namespace {
 
-void RequireStorable(SectionEntry const& entry, std::size_t capacity) {
+void RequireStorable(SectionEntry const& entry, SmartBuffer const& buffer) {
     using namespace std::string_view_literals;
+    bool const fits = !IsUsable(buffer) || entry.text.size() < buffer.GetCapacity();
     bool const isOneLine = entry.text.find_first_of("\n\r\0"sv) == std::string::npos;
-    if (!isOneLine || entry.text.size() >= capacity)
+    if (!isOneLine || !fits)
         throw std::invalid_argument(std::string(tokensArray[entry.key]) +
                                     " cannot be stored as one line");
 }
@@ -108,9 +116,9 @@ void RequireStorable(SectionEntry const& entry, std::size_t capacity) {
 // All texts are judged before the first is set: a rule that cannot be stored must not be half set
 // when its file object is saved for another reason.
 void SetEntries(Configuration::MultiSectionFile& file, std::vector<SectionEntry> const& entries) {
-    std::uint32_t const capacity = SmartBuffer().GetCapacity();
+    SmartBuffer const buffer; // What a reader will have.
     for (SectionEntry const& entry : entries)
-        RequireStorable(entry, capacity);
+        RequireStorable(entry, buffer);
     for (SectionEntry const& entry : entries)
         file.SetSectionEntry(tokensArray[entry.key], entry.text.c_str());
 }

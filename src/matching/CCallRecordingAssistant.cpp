@@ -3,6 +3,7 @@
 #include <callrecordingutils/CCallRecordingAssistant.h>
 
 #include <memory>
+#include <utility>
 
 #include <callrecordingutils/CCallRecordingDB.h>
 
@@ -66,23 +67,25 @@ bool CCallRecordingAssistant::IsSideMatched(CallParams const& params, CallType c
     return side.MaySatisfy(pattern, ruleType) && side.Satisfies(pattern, ruleType);
 }
 
+// An output may be the input, so nothing is assigned before everything is copied.
 bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::string& user,
                                               std::string& host) const {
-    std::string const text = address; // The outputs may be the input.
     SipAddress parts;
-    if (!SplitSipAddress(text, parts))
+    if (!SplitSipAddress(address, parts))
         return false;
-    user = parts.user;
-    host = parts.host;
+    std::string userCopy(parts.user);
+    std::string hostCopy(parts.host);
+    user = std::move(userCopy);
+    host = std::move(hostCopy);
     return true;
 }
 
 bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::string& user,
                                               std::string& host, std::string& port) const {
     std::string_view portPart;
-    std::string const text = address;
-    std::string const rest(SplitPort(text, portPart));
-    port = portPart;
+    std::string const rest(SplitPort(address, portPart));
+    std::string portCopy(portPart);
+    port = std::move(portCopy);
     return ParseSIPAddress(rest, user, host);
 }
 

@@ -107,6 +107,7 @@ std::string DescribeRepeated(std::string_view culprit, char symbol) {
     return Quoted(culprit) + " is given twice in this set: remove it here or before";
 }
 
+// NOLINTNEXTLINE(readability-function-size): a table of sentences, one line each.
 std::string Describe(PatternFault fault, std::string_view culprit, char symbol) {
     switch (fault) {
     case PatternFault::ReservedCharacter: return DescribeReserved(culprit);

@@ -1,0 +1,43 @@
+# What `cmake --install` puts where. The components are: runtime (the library), development (what it
+# takes to build against it) and client (callrecordingctl, whose own folder installs it).
+include(CMakePackageConfigHelpers)
+
+set(headers_dir "${CMAKE_INSTALL_INCLUDEDIR}/callrecordingutils")
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/callrecordingutils")
+
+install(TARGETS callrecordingutils EXPORT callrecordingutilsTargets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+  COMPONENT runtime NAMELINK_COMPONENT development)
+
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/callrecordingutils/" DESTINATION "${headers_dir}"
+  COMPONENT development FILES_MATCHING PATTERN "*.h")
+
+# The public headers include CallParams.h and ThreadMutex.h, and who calls the pieces of the edits
+# needs MultiSectionFile.h. They are the chosen platform's, as the library was compiled with them.
+get_target_property(platform_dirs callrecordingutils_platform INTERFACE_INCLUDE_DIRECTORIES)
+foreach(header CallParams.h MultiSectionFile.h PlatformExport.h ThreadMutex.h)
+  find_file(platform_header ${header} PATHS ${platform_dirs} NO_DEFAULT_PATH NO_CACHE REQUIRED)
+  install(FILES "${platform_header}" DESTINATION "${headers_dir}/platform" COMPONENT development)
+  unset(platform_header)
+endforeach()
+
+install(EXPORT callrecordingutilsTargets NAMESPACE callrecordingutils::
+  DESTINATION "${package_dir}" COMPONENT development)
+configure_package_config_file(
+  "${CMAKE_CURRENT_LIST_DIR}/callrecordingutilsConfig.cmake.in" callrecordingutilsConfig.cmake
+  INSTALL_DESTINATION "${package_dir}")
+write_basic_package_version_file(callrecordingutilsConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+
+# Relative to where the file lies, so that it is right under any prefix and in any scratch root.
+cmake_path(SET pkgconfig_dir NORMALIZE "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig")
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_INCLUDEDIR BASE_DIRECTORY "${pkgconfig_dir}"
+  OUTPUT_VARIABLE pkgconfig_includedir)
+configure_file("${CMAKE_CURRENT_LIST_DIR}/callrecordingutils.pc.in" callrecordingutils.pc @ONLY)
+
+install(FILES
+  "${CMAKE_CURRENT_BINARY_DIR}/callrecordingutilsConfig.cmake"
+  "${CMAKE_CURRENT_BINARY_DIR}/callrecordingutilsConfigVersion.cmake"
+  DESTINATION "${package_dir}" COMPONENT development)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/callrecordingutils.pc"
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
