@@ -1,0 +1,102 @@
+/// @file
+/// A rule in words and in JSON.
+
+#include "RuleText.h"
+
+#include <fmt/format.h>
+
+#include "Table.h"
+
+namespace callrecordingctl {
+
+char const* CallTypeName(CallType type) {
+    return CALL_TYPE_NAMES[type];
+}
+
+std::optional<CallType> ParseCallType(std::string const& text) {
+    for (int type = CALL_TYPE_NUMBER; type <= CALL_TYPE_ANY; ++type) {
+        if (text == CALL_TYPE_NAMES[type] || text == std::to_string(type))
+            return static_cast<CallType>(type);
+    }
+    return std::nullopt;
+}
+
+char const* StateText(Rule const& rule) {
+    switch (rule.recording_rule_state) {
+    case CallRecordingUtils::RULE_ENABLED: return "on";
+    case CallRecordingUtils::RULE_DISABLED: return "off";
+    default: return "adv";
+    }
+}
+
+std::string SideText(std::string const& stored, CallType type) {
+    if (stored.empty())
+        return fmt::format("{} (empty)", CallTypeName(type));
+    return fmt::format("{} {}{}", CallTypeName(type), ToEntry(stored, type),
+                       ExplainStored(stored, type) ? " (malformed)" : "");
+}
+
+namespace {
+
+constexpr char const* STATE_NAMES[] = {"enabled", "disabled", "not_showable"};
+
+void AddSide(nlohmann::ordered_json& json, std::string const& side, std::string const& pattern,
+             CallType type) {
+    json[side + "_pattern"] = pattern;
+    json[side + "_pattern_entry"] = ToEntry(pattern, type);
+    json[side + "_pattern_malformed"] = ExplainStored(pattern, type).has_value();
+    json[side + "_call_type"] = static_cast<int>(type);
+    json[side + "_call_type_name"] = CallTypeName(type);
+}
+
+} // namespace
+
+std::vector<std::string> ListRow(Rule const& rule, std::size_t position) {
+    return {std::to_string(position),
+            std::to_string(rule.callrecordingrule_id),
+            StateText(rule),
+            SideText(rule.caller_pattern, rule.caller_call_type),
+            SideText(rule.called_pattern, rule.called_call_type),
+            std::to_string(rule.call_recording_type),
+            rule.record_to,
+            rule.recording_duration,
+            rule.description};
+}
+
+std::vector<std::string> ListHeaders() {
+    return {"#", "ID", "STATE", "FROM", "TO", "REC", "RECORD TO", "FOR", "DESCRIPTION"};
+}
+
+std::string CaretText(std::string const& entry, PatternProblem const& problem) {
+    // What surrounds the place is enough of a pattern that would not fit on a line.
+    constexpr std::size_t MOST_BEFORE = 50;
+    constexpr std::size_t MOST = 70;
+    std::size_t const begin = problem.position > MOST_BEFORE ? problem.position - MOST_BEFORE : 0;
+    std::string const left =
+        (begin > 0 ? "..." : "") + entry.substr(begin, problem.position - begin);
+    std::string const right = entry.substr(problem.position, begin + MOST - problem.position);
+    bool const isCut = begin + MOST < entry.size();
+    return fmt::format("    {}{}{}\n    {:{}}^", Printable(left), Printable(right),
+                       isCut ? "..." : "", "", DisplayWidth(left));
+}
+
+nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position) {
+    nlohmann::ordered_json json;
+    json["position"] = position;
+    json["callrecordingrule_id"] = rule.callrecordingrule_id;
+    AddSide(json, "caller", rule.caller_pattern, rule.caller_call_type);
+    AddSide(json, "called", rule.called_pattern, rule.called_call_type);
+    json["call_recording_type"] = static_cast<int>(rule.call_recording_type);
+    json["record_to"] = rule.record_to;
+    json["recording_duration"] = rule.recording_duration;
+    json["description"] = rule.description;
+    json["recording_rule_state"] = rule.recording_rule_state;
+    json["recording_rule_state_name"] = STATE_NAMES[rule.recording_rule_state];
+    return json;
+}
+
+void PrintJson(nlohmann::ordered_json const& document) {
+    fmt::print("{}\n", document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace));
+}
+
+} // namespace callrecordingctl

@@ -1,0 +1,49 @@
+/// @file
+/// A rule in words and in JSON.
+
+#ifndef CALLRECORDINGCTL_RULETEXT_H
+#define CALLRECORDINGCTL_RULETEXT_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "EntryForm.h"
+#include "RuleStore.h"
+
+namespace callrecordingctl {
+
+/// The names of the call types, by their numbers.
+constexpr char const* CALL_TYPE_NAMES[] = {"number", "sip", "number2", "any"};
+
+char const* CallTypeName(CallType type);
+
+/// Reads a name or a number from 0 to 3.
+std::optional<CallType> ParseCallType(std::string const& text);
+
+/// "on", "off", or "adv" for a rule that the basic view cannot show.
+char const* StateText(Rule const& rule);
+
+/// Call type and pattern in the entry form, with a mark when the pattern is malformed or empty.
+std::string SideText(std::string const& stored, CallType type);
+
+/// What list shows of a rule, a column each, and the headers of these columns.
+std::vector<std::string> ListRow(Rule const& rule, std::size_t position);
+std::vector<std::string> ListHeaders();
+
+/// The pattern, and on the next line a caret under the place of the problem; both indented.
+std::string CaretText(std::string const& entry, PatternProblem const& problem);
+
+/// The record under its field names, its position, and what the numbers mean; the man page lists
+/// it.
+nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position);
+
+/// Prints a document. Bytes that are no UTF-8 are printed as U+FFFD.
+void PrintJson(nlohmann::ordered_json const& document);
+
+} // namespace callrecordingctl
+
+#endif

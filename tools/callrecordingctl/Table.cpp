@@ -1,0 +1,194 @@
+/// @file
+/// Layout of a table: the width of the columns, and cells wrapped into them.
+
+#include "Table.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <numeric>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+namespace callrecordingctl {
+namespace {
+
+constexpr std::size_t GAP = 2;
+constexpr std::size_t UNLIMITED = std::numeric_limits<std::size_t>::max();
+
+bool IsTerminal() {
+    return isatty(STDOUT_FILENO) != 0;
+}
+
+std::size_t ScreenWidth() {
+    winsize size{};
+    if (IsTerminal() && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return size.ws_col;
+    char const* const columns = std::getenv("COLUMNS");
+    std::size_t const width = columns != nullptr ? std::strtoul(columns, nullptr, 10) : 0;
+    return width > 0 ? width : IsTerminal() ? 80 : UNLIMITED;
+}
+
+bool IsContinuation(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+/// The bytes that the first width characters of text take.
+std::size_t BytesOf(std::string_view text, std::size_t width) {
+    std::size_t at = 0;
+    for (; at < text.size(); ++at) {
+        if (!IsContinuation(text[at]) && width-- == 0)
+            break;
+    }
+    return at;
+}
+
+bool IsJoint(char before, char after) {
+    return std::string_view(",@:./]}").find(before) != std::string_view::npos ||
+           std::string_view("[{").find(after) != std::string_view::npos;
+}
+
+/// Where to break text, which is longer than length bytes: at the last blank, else at the last
+/// joint of numbers and addresses, else anywhere.
+std::size_t BreakAt(std::string_view text, std::size_t length) {
+    std::size_t const blank = text.substr(0, length + 1).rfind(' ');
+    if (blank != std::string_view::npos && blank > 0)
+        return blank;
+    for (std::size_t at = length; at > length / 4 && at > 0; --at) {
+        if (IsJoint(text[at - 1], text[at]))
+            return at;
+    }
+    return length;
+}
+
+/// Takes one line of at most width characters from the front of text.
+std::string_view TakeLine(std::string_view& text, std::size_t width) {
+    std::size_t length = BytesOf(text, width);
+    if (length < text.size())
+        length = BreakAt(text, length);
+    std::string_view const line = text.substr(0, length);
+    text.remove_prefix(length);
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    return line;
+}
+
+std::size_t Total(std::vector<std::size_t> const& widths) {
+    return std::accumulate(widths.begin(), widths.end(), GAP * (widths.size() - 1));
+}
+
+/// A run of columns that share their lines.
+struct Columns {
+    std::size_t first;
+    std::size_t indent;
+    std::vector<std::size_t> widths;
+};
+
+/// Narrows the widest columns step by step until they fit the screen.
+void Narrow(Columns& columns, std::size_t screen) {
+    constexpr std::size_t NARROWEST = 8;
+    while (columns.indent + Total(columns.widths) > screen) {
+        auto const widest = std::max_element(columns.widths.begin(), columns.widths.end());
+        if (*widest <= NARROWEST)
+            break;
+        --*widest;
+    }
+}
+
+/// Prints the cells of one row that belong to columns, on as many lines as they need.
+void PrintCells(std::vector<std::string> const& cells, Columns const& columns, char const* style) {
+    auto const first = cells.begin() + static_cast<std::ptrdiff_t>(columns.first);
+    std::size_t const count = columns.widths.size();
+    std::vector<std::string_view> rest(first, first + static_cast<std::ptrdiff_t>(count));
+    auto const isEmpty = [](std::string_view cell) { return cell.empty(); };
+    do {
+        std::string line(columns.indent, ' ');
+        for (std::size_t i = 0; i < count; ++i) {
+            std::string_view const part = TakeLine(rest[i], columns.widths[i]);
+            line.append(part).append(columns.widths[i] + GAP - DisplayWidth(part), ' ');
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        fmt::print("{}{}{}\n", style, line, *style != '\0' ? "\x1B[0m" : "");
+    } while (!std::all_of(rest.begin(), rest.end(), isEmpty));
+}
+
+/// The columns of each line that a row takes: one line if that fits the screen or if there is no
+/// second column to break at, else two.
+std::vector<Columns> Lines(std::vector<std::size_t> const& widths, std::size_t second,
+                           std::size_t under, std::size_t screen) {
+    auto const at = [&](std::size_t i) { return widths.begin() + static_cast<std::ptrdiff_t>(i); };
+    std::vector<Columns> lines{{0, 0, widths}};
+    if (second > 0 && Total(widths) > screen) {
+        lines[0].widths.assign(widths.begin(), at(second));
+        std::size_t const indent = std::accumulate(widths.begin(), at(under), GAP * under);
+        lines.push_back({second, indent, {at(second), widths.end()}});
+    }
+    for (Columns& line : lines)
+        Narrow(line, screen);
+    return lines;
+}
+
+} // namespace
+
+bool HasColour() {
+    char const* const refusal = std::getenv("NO_COLOR");
+    return IsTerminal() && (refusal == nullptr || *refusal == '\0');
+}
+
+std::string Printable(std::string_view text) {
+    std::string printable(text);
+    auto const isControl = [](char c) {
+        return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
+    };
+    std::replace_if(printable.begin(), printable.end(), isControl, '?');
+    // U+0080 to U+009F, which some terminals obey as well.
+    for (std::size_t i = 1; i < printable.size(); ++i) {
+        if (printable[i - 1] == '\xC2' && static_cast<unsigned char>(printable[i]) < 0xA0)
+            printable.replace(i - 1, 2, "??");
+    }
+    return printable;
+}
+
+std::size_t DisplayWidth(std::string_view text) {
+    return text.size() -
+           static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsContinuation));
+}
+
+void Table::Add(std::vector<std::string> cells, bool isPale) {
+    for (std::string& cell : cells)
+        cell = Printable(cell);
+    mRows.push_back({std::move(cells), isPale});
+}
+
+std::vector<std::size_t> Table::NaturalWidths() const {
+    std::vector<std::size_t> widths(mRows.front().cells.size());
+    for (Row const& row : mRows) {
+        for (std::size_t i = 0; i < row.cells.size(); ++i)
+            widths[i] = std::max(widths[i], DisplayWidth(row.cells[i]));
+    }
+    return widths;
+}
+
+void Table::Print() const {
+    std::size_t const screen = ScreenWidth();
+    bool const hasColour = HasColour();
+    std::vector<Columns> const lines = Lines(NaturalWidths(), mSecond, mUnder, screen);
+    std::size_t border = 0;
+    for (Columns const& line : lines)
+        border = std::max(border, line.indent + Total(line.widths));
+    for (Row const& row : mRows) {
+        bool const isHeader = &row == &mRows.front();
+        char const* const style = !hasColour   ? ""
+                                  : isHeader   ? "\x1B[1m"
+                                  : row.isPale ? "\x1B[2m"
+                                               : "";
+        for (Columns const& line : lines)
+            PrintCells(row.cells, line, style);
+        if (isHeader && IsTerminal())
+            fmt::print("{}\n", std::string(border, '-'));
+    }
+}
+
+} // namespace callrecordingctl
