@@ -9,7 +9,7 @@
 #include <callrecordingutils/CCallRecordingAssistant.h>
 #include <callrecordingutils/CCallRecordingDB.h>
 
-#include "support/TempDir.h"
+#include <support/TempDir.h>
 
 namespace CallRecordingUtils {
 namespace {

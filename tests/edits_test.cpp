@@ -10,7 +10,7 @@
 #include <callrecordingutils/CCallRecordingLogger.h>
 
 #include "support/Edits.h"
-#include "support/TempDir.h"
+#include <support/TempDir.h>
 
 namespace CallRecordingUtils {
 namespace {

@@ -14,7 +14,7 @@
 #include <callrecordingutils/CCallRecordingLogger.h>
 #include <callrecordingutils/NumberToString.h>
 
-#include "support/TempDir.h"
+#include <support/TempDir.h>
 
 namespace CallRecordingUtils {
 namespace {
