@@ -1,0 +1,173 @@
+/// @file
+/// The engines, and the walk over a rule list that those without one share.
+
+#include "engines.h"
+
+#include <stdexcept>
+
+#include <benchmark/benchmark.h>
+#include <fnmatch.h>
+
+#include "translation.h"
+
+namespace bench {
+namespace {
+
+using namespace CallRecordingUtils;
+
+class Library final : public Engine {
+  public:
+    explicit Library(CCallRecordingAssistant& assistant) : assistant_(assistant) {}
+
+    int Decide(Call const& call) override {
+        bool const isAllowed = assistant_.IsCallRecordingAllowed(
+            call.caller, call.callerType, call.called, call.calledType, &rule_);
+        return isAllowed ? rule_.callrecordingrule_id : -1;
+    }
+
+  private:
+    CCallRecordingAssistant& assistant_;
+    Rule rule_;
+};
+
+class Floor final : public Engine {
+  public:
+    explicit Floor(std::list<Rule*> const& rules)
+        : rules_(rules), size_(static_cast<int>(rules.size())) {}
+
+    int Decide(Call const& call) override {
+        int left = call.decidedBy >= 0 ? call.decidedBy + 1 : size_;
+        int seen = 0;
+        for (auto rule = rules_.begin(); left > 0; ++rule, --left)
+            seen += (*rule)->recording_rule_state + *(*rule)->caller_pattern.c_str() +
+                    *(*rule)->called_pattern.c_str();
+        benchmark::DoNotOptimize(seen);
+        return call.decidedBy;
+    }
+
+  private:
+    std::list<Rule*> const& rules_;
+    int const size_;
+};
+
+/// What one side of a call offers to rules of any type. The texts are built once for a call, in
+/// memory that stays.
+class Addresses {
+  public:
+    void Take(CallParams const& params, CallType type) {
+        user_ = &params.user;
+        if (type != CALL_TYPE_SIP)
+            return;
+        sip_.assign(params.user).append("@").append(params.host).append(":");
+        sip_.append(params.port.empty() ? "*" : params.port);
+    }
+
+    std::string const& For(CallType ruleType) const {
+        return ruleType == CALL_TYPE_SIP ? sip_ : *user_;
+    }
+
+  private:
+    std::string const* user_ = nullptr;
+    std::string sip_;
+};
+
+template <typename Pattern>
+class PatternWalk final : public Engine {
+  public:
+    explicit PatternWalk(std::vector<Rule> const& rules) {
+        for (Rule const& rule : rules) {
+            rules_.push_back({rule.recording_rule_state == RULE_ENABLED, rule.caller_call_type,
+                              rule.called_call_type,
+                              Pattern(SidePattern(rule.caller_pattern, rule.caller_call_type)),
+                              Pattern(SidePattern(rule.called_pattern, rule.called_call_type))});
+        }
+    }
+
+    int Decide(Call const& call) override {
+        caller_.Take(call.caller, call.callerType);
+        called_.Take(call.called, call.calledType);
+        int place = 0;
+        for (Compiled const& rule : rules_) {
+            if (rule.isEnabled && Fits(rule.callerType, call.callerType) &&
+                Fits(rule.calledType, call.calledType) &&
+                rule.caller.Matches(caller_.For(rule.callerType)) &&
+                rule.called.Matches(called_.For(rule.calledType)))
+                return place;
+            ++place;
+        }
+        return -1;
+    }
+
+  private:
+    struct Compiled {
+        bool isEnabled;
+        CallType callerType;
+        CallType calledType;
+        Pattern caller;
+        Pattern called;
+    };
+
+    static bool Fits(CallType ruleType, CallType callType) {
+        return ruleType == callType || ruleType == CALL_TYPE_ANY;
+    }
+
+    std::vector<Compiled> rules_;
+    Addresses caller_;
+    Addresses called_;
+};
+
+} // namespace
+
+std::unique_ptr<Engine> MakeLibrary(CCallRecordingAssistant& assistant) {
+    return std::make_unique<Library>(assistant);
+}
+
+std::unique_ptr<Engine> MakeFloor(std::list<Rule*> const& rules) {
+    return std::make_unique<Floor>(rules);
+}
+
+std::unique_ptr<Engine> MakePcre2(std::vector<Rule> const& rules) {
+    return std::make_unique<PatternWalk<Pcre2Pattern>>(rules);
+}
+
+std::unique_ptr<Engine> MakeRe2(std::vector<Rule> const& rules) {
+    return std::make_unique<PatternWalk<Re2Pattern>>(rules);
+}
+
+std::unique_ptr<Engine> MakeFnmatch(std::vector<Rule> const& rules) {
+    return std::make_unique<PatternWalk<FnmatchPattern>>(rules);
+}
+
+Pcre2Pattern::Pcre2Pattern(std::string const& pattern) {
+    std::string const regex = ToRegex(pattern, Exclusion::Lookahead);
+    int error = 0;
+    PCRE2_SIZE offset = 0;
+    code_.reset(pcre2_compile(reinterpret_cast<PCRE2_SPTR>(regex.data()), regex.size(),
+                              PCRE2_ANCHORED | PCRE2_ENDANCHORED | PCRE2_DOTALL, &error, &offset,
+                              nullptr));
+    if (!code_ || pcre2_jit_compile(code_.get(), PCRE2_JIT_COMPLETE) != 0)
+        throw std::runtime_error("PCRE2 does not take " + regex);
+}
+
+int Pcre2Pattern::Run(std::string const& address) const {
+    static pcre2_match_data* const data = pcre2_match_data_create(1, nullptr);
+    return pcre2_jit_match(code_.get(), reinterpret_cast<PCRE2_SPTR>(address.data()),
+                           address.size(), 0, 0, data, nullptr);
+}
+
+Re2Pattern::Re2Pattern(std::string const& pattern) {
+    RE2::Options options(RE2::Latin1);
+    options.set_dot_nl(true);
+    options.set_never_capture(true);
+    regex_ = std::make_unique<RE2>(ToRegex(pattern, Exclusion::Split), options);
+    if (!regex_->ok())
+        throw std::runtime_error("RE2 does not take " + regex_->pattern());
+}
+
+FnmatchPattern::FnmatchPattern(std::string const& pattern) : glob_(ToGlob(pattern)) {}
+
+bool FnmatchPattern::Matches(std::string const& address) const {
+    return fnmatch(glob_.c_str(), address.c_str(), 0) == 0;
+}
+
+} // namespace bench

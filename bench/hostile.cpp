@@ -1,0 +1,206 @@
+/// @file
+/// Table 2: patterns made to cost time, against the length of the address.
+
+#include <array>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <set>
+#include <stdexcept>
+
+#include <benchmark/benchmark.h>
+#include <fmt/format.h>
+
+#include "benchmarks.h"
+#include "engines.h"
+
+namespace bench {
+namespace {
+
+constexpr std::array<std::size_t, 7> LENGTHS{64, 128, 256, 512, 1024, 2048, 4096};
+constexpr std::size_t FIRST_FITTED = 3; // Below it constant costs hide the growth.
+constexpr char const* ENGINES[] = {"decision", "with counts", "PCRE2", "RE2"};
+
+std::string Repeat(std::string const& text, std::size_t times) {
+    std::string repeated;
+    while (times-- > 0)
+        repeated += text;
+    return repeated;
+}
+
+struct Family {
+    char const* name;
+    std::string piece;
+    std::size_t count;
+    std::string start;
+    std::string end;
+    char taken; // A character that the piece can take, and one that it cannot.
+    char refused;
+
+    std::string Title() const { return fmt::format("{} x {}", name, count); }
+    std::string Pattern() const { return start + Repeat(piece, count) + end; }
+
+    /// Nothing but what the pieces take; the same with a fitting end in its middle; and ever again
+    /// one less than the pieces need, with a fitting end at the end, which no look at the last
+    /// character tells from a match.
+    std::array<std::string, 3> Addresses(std::size_t length) const {
+        std::string const run(length, taken);
+        std::string middle = run;
+        middle[length / 2] = 'b';
+        return {run, middle, Scarce(length)};
+    }
+
+  private:
+    std::string Scarce(std::size_t length) const {
+        std::string address(length, refused);
+        for (std::size_t i = 0; i < length; ++i) {
+            // The "a" may stand anywhere, the texts of range expressions only side by side.
+            bool const takes = piece == "*a" ? i + 1 < count : i % count != 0;
+            if (takes)
+                address[i] = taken;
+        }
+        address.back() = 'b';
+        return address;
+    }
+};
+
+// The items of the range expression accept the same texts everywhere: between equally wide ends
+// stand digits only.
+constexpr char const* RANGE = "<1-9,10-99,100-999>";
+
+std::vector<Family> Families() {
+    std::vector<Family> families;
+    for (std::size_t count : {10, 20, 40})
+        families.push_back({"\"*a\"", "*a", count, "", "*b", 'a', 'x'});
+    for (std::size_t count : {10, 20, 30})
+        families.push_back({"range expression", RANGE, count, "*", "*b", '1', 'x'});
+    return families;
+}
+
+using Matcher = std::function<int(std::string const&)>; // 1, 0, or below when it gave up.
+
+Matcher MakeMatcher(std::string const& engine, std::string const& pattern, Bench const& bench) {
+    auto const& assistant = bench.assistant;
+    if (engine == "decision")
+        return [&assistant, pattern](std::string const& address) {
+            CallParams const params{address, {}, "", ""};
+            return assistant.IsSideMatched(params, CALL_TYPE_NUMBER, pattern, CALL_TYPE_NUMBER);
+        };
+    if (engine == "with counts")
+        return [&assistant, pattern](std::string const& address) {
+            CallRecordingUtils::wild_card_counts counts;
+            return assistant.IsMatching(address, pattern, counts);
+        };
+    if (engine == "RE2")
+        return [regex = std::make_shared<Re2Pattern>(pattern)](std::string const& address) {
+            return regex->Matches(address);
+        };
+    return [regex = std::make_shared<Pcre2Pattern>(pattern)](std::string const& address) {
+        int const result = regex->Run(address);
+        return result >= 0 ? 1 : result == PCRE2_ERROR_NOMATCH ? 0 : -1;
+    };
+}
+
+/// Whether the engine comes to an answer for every address; throws when one is wrong.
+bool Answers(Family const& family, std::size_t length, Matcher const& matcher,
+             Matcher const& library) {
+    for (std::string const& address : family.Addresses(length)) {
+        int const answer = matcher(address);
+        if (answer < 0)
+            return false;
+        if (answer != library(address))
+            throw std::runtime_error("engines differ over " + family.Pattern());
+    }
+    return true;
+}
+
+std::string Name(char const* engine, Family const& family, std::size_t length) {
+    return fmt::format("{} {} {}", engine, family.Title(), length);
+}
+
+void Register(Bench const& bench, Family const& family, char const* engine, std::size_t length) {
+    auto const run = [matcher = MakeMatcher(engine, family.Pattern(), bench),
+                      addresses = family.Addresses(length)](benchmark::State& state) {
+        for (auto _ : state) {
+            for (std::string const& address : addresses)
+                benchmark::DoNotOptimize(matcher(address));
+        }
+    };
+    benchmark::RegisterBenchmark(Name(engine, family, length).c_str(), run)
+        ->MinTime(bench.isQuick ? 0.0005 : 0.002);
+}
+
+/// The exponent of the growth: the slope of the straight line through the logarithms, by least
+/// squares.
+double Growth(std::vector<double> const& times) {
+    double sumX = 0, sumY = 0, sumXX = 0, sumXY = 0;
+    std::size_t const count = LENGTHS.size() - FIRST_FITTED;
+    for (std::size_t i = FIRST_FITTED; i < LENGTHS.size(); ++i) {
+        double const x = std::log(static_cast<double>(LENGTHS[i]));
+        double const y = std::log(times[i]);
+        sumX += x, sumY += y, sumXX += x * x, sumXY += x * y;
+    }
+    double const n = static_cast<double>(count);
+    return (n * sumXY - sumX * sumY) / (n * sumXX - sumX * sumX);
+}
+
+void PrintHead() {
+    fmt::print(
+        "\n2. Hostile patterns: three addresses against one pattern, by address length.\n"
+        "In brackets the time after which an engine gives up without an answer. Growth is the\n"
+        "exponent fitted to the lengths from {} on.\n\n{:<21} {:<11}",
+        LENGTHS[FIRST_FITTED], "", "");
+    for (std::size_t length : LENGTHS)
+        fmt::print(" {:>9}", length);
+    fmt::print(" {:>7}\n", "growth");
+}
+
+/// Returns the growth.
+double PrintRow(Results const& results, std::set<std::string> const& givenUp, Family const& family,
+                char const* engine) {
+    fmt::print("{:<21} {:<11}", family.Title(), engine);
+    std::vector<double> times;
+    bool hasAnswers = true;
+    for (std::size_t length : LENGTHS) {
+        std::string const name = Name(engine, family, length);
+        bool const isAnswer = givenUp.count(name) == 0;
+        times.push_back(results.Median(name));
+        std::string const time = Duration(times.back());
+        fmt::print(" {:>9}", isAnswer ? time : "(" + time + ")");
+        hasAnswers = hasAnswers && isAnswer;
+    }
+    double const growth = Growth(times);
+    fmt::print(" {:>7}\n", hasAnswers ? fmt::format("{:.2f}", growth) : "-");
+    return growth;
+}
+
+} // namespace
+
+void MeasureHostilePatterns(Bench const& bench) {
+    Results results;
+    std::set<std::string> givenUp;
+    for (Family const& family : Families()) {
+        Matcher const library = MakeMatcher("with counts", family.Pattern(), bench);
+        for (char const* engine : ENGINES) {
+            Matcher const matcher = MakeMatcher(engine, family.Pattern(), bench);
+            for (std::size_t length : LENGTHS) {
+                if (!Answers(family, length, matcher, library))
+                    givenUp.insert(Name(engine, family, length));
+                Register(bench, family, engine, length);
+            }
+        }
+    }
+    results.RunRounds(bench.isQuick ? 3 : 7);
+
+    PrintHead();
+    for (Family const& family : Families()) {
+        for (char const* engine : ENGINES) {
+            double const growth = PrintRow(results, givenUp, family, engine);
+            if (engine == ENGINES[0] || engine == ENGINES[1])
+                bench.targets.AtMost(fmt::format("growth of {}, {}", family.Title(), engine), 2,
+                                     growth, "");
+        }
+    }
+}
+
+} // namespace bench

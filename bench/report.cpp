@@ -1,0 +1,64 @@
+/// @file
+/// Medians, and the table of targets.
+
+#include "report.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace bench {
+
+void Results::RunRounds(int rounds) {
+    for (int round = 0; round < rounds; ++round)
+        benchmark::RunSpecifiedBenchmarks(this);
+    benchmark::ClearRegisteredBenchmarks();
+}
+
+void Results::ReportRuns(std::vector<Run> const& runs) {
+    for (Run const& run : runs) {
+        // Processor time, which other processes disturb least, unless a benchmark takes its own
+        // time.
+        bool const isTimed = !run.run_name.time_type.empty();
+        times_[run.run_name.function_name].push_back(isTimed ? run.GetAdjustedRealTime()
+                                                             : run.GetAdjustedCPUTime());
+    }
+}
+
+double Results::Median(std::string const& name) const {
+    std::vector<double> times = times_.at(name);
+    auto const middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+    std::nth_element(times.begin(), middle, times.end());
+    return *middle;
+}
+
+void Targets::AtLeast(std::string const& what, double bound, double measured, char const* unit) {
+    Add(what, fmt::format(">= {:g}{}", bound, unit), measured, unit, measured >= bound);
+}
+
+void Targets::AtMost(std::string const& what, double bound, double measured, char const* unit) {
+    Add(what, fmt::format("<= {:g}{}", bound, unit), measured, unit, measured <= bound);
+}
+
+void Targets::Add(std::string const& what, std::string const& bound, double measured,
+                  char const* unit, bool isMet) {
+    lines_ += fmt::format("{:<60} {:>9} {:>9.2f}{:<3} {}\n", what, bound, measured, unit,
+                          isMet ? "yes" : "NO");
+}
+
+void Targets::Print() const {
+    fmt::print("\n{:<60} {:>9} {:>12} {}\n{}", "Targets", "target", "measured   ", "met", lines_);
+}
+
+std::string Duration(double nanoseconds) {
+    static char const* const units[] = {"ns", "us", "ms", "s"};
+    int unit = 0;
+    while (nanoseconds >= 999.5 && unit < 3) {
+        nanoseconds /= 1000;
+        ++unit;
+    }
+    int const decimals = nanoseconds < 9.995 ? 2 : nanoseconds < 99.95 ? 1 : 0;
+    return fmt::format("{:.{}f} {}", nanoseconds, decimals, units[unit]);
+}
+
+} // namespace bench
