@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Fuzzes the matcher, the checks of patterns and the sectioned file with clang's libFuzzer, each for
+# the given time, from the checked-in corpus. New inputs of interest go to build-fuzz/corpus and are
+# used by the next run as well. Stops at the first finding and names the file that reproduces it.
+# Usage: fuzz.sh [SECONDS-PER-TARGET]   (60)
+set -euo pipefail
+
+source=$(cd "$(dirname "$0")/.." && pwd)
+duration=${1:-60}
+[[ $duration =~ ^[1-9][0-9]*$ ]] || { echo "usage: fuzz.sh [SECONDS-PER-TARGET]" >&2 && exit 2; }
+
+"$source/scripts/install-packages.sh" clang libclang-rt-14-dev make cmake
+build=$source/build-fuzz
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+if ! { cmake -S "$source/fuzz" -B "$build" -DCMAKE_CXX_COMPILER=clang++ &&
+    cmake --build "$build" -j"$(nproc)"; } >"$scratch/log" 2>&1; then
+    cat "$scratch/log" >&2
+    exit 1
+fi
+mkdir -p "$build/findings"
+
+# The targets that write files do so in memory where possible: every save waits for the disk.
+[ ! -w /dev/shm ] || files=$(mktemp -d -p /dev/shm)
+trap 'rm -rf "$scratch" "${files:-}"' EXIT
+export TMPDIR=${files:-$scratch}
+
+for target in matcher validation section_file; do
+    mkdir -p "$build/corpus/$target"
+    if "$build/fuzz_$target" -max_total_time="$duration" -max_len=256 -timeout=10 -rss_limit_mb=1024 \
+        -artifact_prefix="$build/findings/$target-" \
+        "$build/corpus/$target" "$source/fuzz/corpus/$target" >"$scratch/log" 2>&1; then
+        echo "ok: $target, $(sed -n 's/^Done \([0-9]*\) runs.*/\1/p' "$scratch/log") inputs"
+        continue
+    fi
+    grep -av '^#' "$scratch/log" | tail -n 60 >&2
+    finding=$(sed -n 's/.*Test unit written to //p' "$scratch/log" | tail -n 1)
+    echo "FAILED: $target. Again: $build/fuzz_$target $finding" >&2
+    exit 1
+done
