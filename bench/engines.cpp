@@ -19,6 +19,11 @@ class Library final : public Engine {
   public:
     explicit Library(CCallRecordingAssistant& assistant) : assistant_(assistant) {}
 
+    bool IsAllowed(Call const& call) override {
+        return assistant_.IsCallRecordingAllowed(call.caller, call.callerType, call.called,
+                                                 call.calledType, nullptr);
+    }
+
     int Decide(Call const& call) override {
         bool const isAllowed = assistant_.IsCallRecordingAllowed(
             call.caller, call.callerType, call.called, call.calledType, &rule_);

@@ -35,18 +35,25 @@ bool CCallRecordingAssistant::IsCallRecordingAllowed(CallParams const& caller,
     MutexGuard const guard(*mpMutex);
     CallSide const callerSide(caller, callerType);
     CallSide const calledSide(called, calledType);
-    for (CallRecordingRuleParams const* candidate : mpCallRecordingDB->GetCallRecordingRules()) {
-        if (candidate == nullptr || candidate->recording_rule_state != RULE_ENABLED)
+    for (CallRecordingRuleParams const* listed : mpCallRecordingDB->GetCallRecordingRules()) {
+        if (listed == nullptr)
             continue;
-        CallRecordingRuleParams const& r = *candidate;
-        if (callerSide.MaySatisfy(r.caller_pattern, r.caller_call_type) &&
-            calledSide.MaySatisfy(r.called_pattern, r.called_call_type) &&
-            callerSide.Satisfies(r.caller_pattern, r.caller_call_type) &&
-            calledSide.Satisfies(r.called_pattern, r.called_call_type)) {
-            if (rule != nullptr)
-                *rule = r;
-            return true;
-        }
+        CallRecordingRuleParams const& r = *listed;
+        // The cheap tests of both sides before the search of either; and last of them the state,
+        // which lies in a part of the record that need not be fetched for most rules.
+        std::size_t const callerLiterals =
+            callerSide.FittingLiterals(r.caller_pattern, r.caller_call_type);
+        if (callerLiterals == kDiffers)
+            continue;
+        std::size_t const calledLiterals =
+            calledSide.FittingLiterals(r.called_pattern, r.called_call_type);
+        if (calledLiterals == kDiffers || r.recording_rule_state != RULE_ENABLED ||
+            !callerSide.Satisfies(r.caller_pattern, r.caller_call_type, callerLiterals) ||
+            !calledSide.Satisfies(r.called_pattern, r.called_call_type, calledLiterals))
+            continue;
+        if (rule != nullptr)
+            *rule = r;
+        return true;
     }
     return false;
 }
@@ -64,7 +71,7 @@ bool CCallRecordingAssistant::IsSideMatched(CallParams const& params, CallType c
                                             std::string const& pattern,
                                             CallType const& ruleType) const {
     CallSide const side(params, callType);
-    return side.MaySatisfy(pattern, ruleType) && side.Satisfies(pattern, ruleType);
+    return side.Satisfies(pattern, ruleType, side.FittingLiterals(pattern, ruleType));
 }
 
 // An output may be the input, so nothing is assigned before everything is copied.
@@ -91,7 +98,10 @@ bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::s
 
 bool CCallRecordingAssistant::IsMatching(std::string const& address, std::string const& pattern,
                                          wild_card_counts& counts) const {
-    PatternMatcher matcher(address, pattern);
+    std::size_t const literals = SharedLiterals(pattern, address);
+    if (literals == kDiffers)
+        return false;
+    PatternMatcher matcher(address, pattern, literals);
     if (!matcher.Matches())
         return false;
     matcher.AddCounts(counts);

@@ -19,7 +19,9 @@ bool SplitSipAddress(std::string_view address, SipAddress& parts) {
 }
 
 std::string_view SplitPort(std::string_view address, std::string_view& port) {
-    std::size_t const colon = address.rfind(':');
+    // Most have no ":", and to find none forwards is several times as fast as backwards.
+    std::size_t const colon =
+        address.find(':') == std::string_view::npos ? std::string_view::npos : address.rfind(':');
     if (colon == std::string_view::npos) {
         port = {};
         return address;
@@ -33,34 +35,45 @@ CallSide::CallSide(CallParams const& params, CallType type) : type_(type) {
         type == CALL_TYPE_NUMBER || type == CALL_TYPE_NUMBER2 || type == CALL_TYPE_SIP;
     if (hasUser)
         address_ = addressForAny_ = params.user;
-    if (type != CALL_TYPE_SIP)
-        return;
+    if (type == CALL_TYPE_SIP)
+        PutSipAddressTogether(params);
+}
+
+void CallSide::PutSipAddressTogether(CallParams const& params) {
     std::string_view const port = params.port.empty() ? kNoPort : params.port;
-    sipAddress_.reserve(params.user.size() + params.host.size() + port.size() + 2);
-    sipAddress_.append(params.user).append("@").append(params.host).append(":").append(port);
-    address_ = sipAddress_;
+    std::size_t const size = params.user.size() + params.host.size() + port.size() + 2;
+    char* text = shortSipAddress_.data();
+    if (size > shortSipAddress_.size()) {
+        longSipAddress_.resize(size);
+        text = longSipAddress_.data();
+    }
+    address_ = {text, size};
+    for (std::string_view const part : {std::string_view(params.user), std::string_view("@"),
+                                        std::string_view(params.host), std::string_view(":"), port})
+        text += part.copy(text, part.size());
 }
 
 /// A pattern that names a port is matched as it stands: user, "@", host, ":" and port put together
 /// again are the same text. To others the port is added.
-bool CallSide::SatisfiesSip(std::string_view pattern) const {
+bool CallSide::SatisfiesSip(std::string_view pattern, std::size_t literals) const {
     std::string_view port;
-    SipAddress parts;
     std::string_view const rest = SplitPort(pattern, port);
-    if (!SplitSipAddress(rest, parts))
+    if (rest.find('@') == std::string_view::npos)
         return false;
     if (!port.empty())
-        return PatternMatcher(address_, pattern).Matches();
-    return PatternMatcher(address_, rest, ":*").Matches();
+        return PatternMatcher(address_, pattern, literals).Matches();
+    return PatternMatcher(address_, rest, literals, ":*").Matches();
 }
 
-// MaySatisfy may judge a SIP pattern as it is stored: with its port added it only becomes longer.
-bool CallSide::Satisfies(std::string_view pattern, CallType ruleType) const {
+bool CallSide::Satisfies(std::string_view pattern, CallType ruleType, std::size_t literals) const {
+    if (literals == kDiffers || pattern.empty())
+        return false;
     if (ruleType == CALL_TYPE_SIP)
-        return SatisfiesSip(pattern);
+        return SatisfiesSip(pattern, literals);
     if (pattern == "*") // The commonest side of all.
         return true;
-    return PatternMatcher(ruleType == CALL_TYPE_ANY ? addressForAny_ : address_, pattern).Matches();
+    std::string_view const address = ruleType == CALL_TYPE_ANY ? addressForAny_ : address_;
+    return PatternMatcher(address, pattern, literals).Matches();
 }
 
 } // namespace CallRecordingUtils

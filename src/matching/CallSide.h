@@ -3,6 +3,7 @@
 #ifndef MATCHING_CALLSIDE_H
 #define MATCHING_CALLSIDE_H
 
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -35,26 +36,33 @@ class CallSide {
     /// params must outlive the object.
     CallSide(CallParams const& params, CallType type);
 
-    /// A test that costs next to nothing: false only when Satisfies would be false as well. Most
-    /// rules of a long list end here, by their call type or by the literals that their pattern
-    /// begins with.
-    bool MaySatisfy(std::string_view pattern, CallType ruleType) const {
+    CallSide(CallSide const&) = delete;
+    CallSide& operator=(CallSide const&) = delete;
+
+    /// A test that costs next to nothing, where most rules of a long list end: by their call type,
+    /// or by the literals that their pattern begins with. Returns kDiffers when the rule side is
+    /// not satisfied, else how many literals of its pattern are known to fit. (A SIP pattern is
+    /// judged as it is stored: with the port that it lacks it only becomes longer.)
+    std::size_t FittingLiterals(std::string_view pattern, CallType ruleType) const {
         if (ruleType == CALL_TYPE_ANY)
-            return MayMatch(pattern, addressForAny_);
-        return ruleType == type_ && MayMatch(pattern, address_);
+            return SharedLiterals(pattern, addressForAny_);
+        return ruleType == type_ ? SharedLiterals(pattern, address_) : kDiffers;
     }
 
     /// Returns whether this side satisfies a rule side. See CCallRecordingAssistant::IsSideMatched.
-    /// REQUIRES: MaySatisfy is true for the same rule side.
-    bool Satisfies(std::string_view pattern, CallType ruleType) const;
+    /// literals is what FittingLiterals returned for the same rule side.
+    bool Satisfies(std::string_view pattern, CallType ruleType, std::size_t literals) const;
 
   private:
-    bool SatisfiesSip(std::string_view pattern) const;
+    void PutSipAddressTogether(CallParams const& params);
+    bool SatisfiesSip(std::string_view pattern, std::size_t literals) const;
 
     CallType const type_;
-    std::string sipAddress_;
     std::string_view addressForAny_; // What rule sides of any call type compare,
     std::string_view address_;       // and what those of the call's own type do.
+    std::array<char, 128>
+        shortSipAddress_; // Where it fits, which is nearly always; no allocation then.
+    std::string longSipAddress_;
 };
 
 } // namespace CallRecordingUtils

@@ -26,6 +26,8 @@ PatternMatcher::Element PatternMatcher::Read(std::size_t at) const {
 PatternMatcher::StepRun PatternMatcher::ReadSteps(std::size_t at) const {
     StepRun run{at, 0, Construct::End};
     for (;;) {
+        for (; run.end < pattern_.size() && IsLiteral(pattern_[run.end]); ++run.end)
+            ++run.width;
         Element const element = Read(run.end);
         run.next = element.construct;
         if (run.next != Construct::Step)
@@ -55,15 +57,28 @@ bool PatternMatcher::TakeStep(Element const& step, Place& place) const {
     return true;
 }
 
+/// Takes the literals from at on; at ends behind them. The commonest steps, without the detour of
+/// an element for each.
+bool PatternMatcher::TakeLiterals(std::size_t& at, Place& place) const {
+    for (; at < pattern_.size() && IsLiteral(pattern_[at]); ++at, ++place.position) {
+        if (place.position == address_.size() || pattern_[at] != address_[place.position])
+            return false;
+    }
+    return true;
+}
+
 /// Takes the steps from begin to end; nothing else stands between.
 bool PatternMatcher::TakeSteps(std::size_t begin, std::size_t end, Place& place) const {
-    for (std::size_t at = begin; at < end;) {
+    for (std::size_t at = begin;;) {
+        if (!TakeLiterals(at, place))
+            return false;
+        if (at >= end)
+            return true;
         Element const step = Read(at);
         if (!TakeStep(step, place))
             return false;
         at = step.end;
     }
-    return true;
 }
 
 /// Takes the characters up to end as the run of "*" or of a range expression. The recursion tests
@@ -82,9 +97,9 @@ bool PatternMatcher::TakeRunTo(Element const& run, std::size_t end, Place& place
 }
 
 bool PatternMatcher::Matches() {
-    if (!TakeLeadingLiterals())
-        return false;
     for (;;) {
+        if (!TakeLiterals(at_, place_))
+            return false;
         Element const element = Read(at_);
         switch (element.construct) {
         case Construct::End: return place_.position == address_.size();
@@ -105,16 +120,6 @@ bool PatternMatcher::Matches() {
         }
         }
     }
-}
-
-/// Most patterns begin with literals, and many are nothing else.
-bool PatternMatcher::TakeLeadingLiterals() {
-    for (; at_ < pattern_.size() && IsLiteral(pattern_[at_]); ++at_) {
-        if (at_ == address_.size() || pattern_[at_] != address_[at_])
-            return false;
-    }
-    place_.position = at_;
-    return true;
 }
 
 /// Takes a "*" or range expression, and the steps of rest behind it when the run has to be

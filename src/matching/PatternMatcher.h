@@ -15,15 +15,18 @@
 
 namespace CallRecordingUtils {
 
-/// Returns false when pattern is empty, which matches no address of a call, or begins with literals
-/// that address does not begin with. Else pattern may match.
-inline bool MayMatch(std::string_view pattern, std::string_view address) {
+/// What SharedLiterals returns when pattern cannot match address.
+inline constexpr std::size_t kDiffers = std::string_view::npos;
+
+/// Returns how many literals pattern begins with, when address begins with the same ones; else
+/// kDiffers.
+inline std::size_t SharedLiterals(std::string_view pattern, std::string_view address) {
     std::size_t at = 0;
     for (; at < pattern.size() && IsLiteral(pattern[at]); ++at) {
         if (at == address.size() || pattern[at] != address[at])
-            return false;
+            return kDiffers;
     }
-    return !pattern.empty();
+    return at;
 }
 
 /// One search. The meaning of a pattern is that of the plain recursion which at every "*" and every
@@ -39,10 +42,12 @@ inline bool MayMatch(std::string_view pattern, std::string_view address) {
 /// the recursion takes.
 class PatternMatcher {
   public:
-    /// The pattern is pattern with tail behind it. A group of pattern does not end in tail. The
-    /// texts must outlive the matcher.
-    PatternMatcher(std::string_view address, std::string_view pattern, std::string_view tail = {})
-        : address_(address), pattern_(pattern), tail_(tail), end_(pattern.size() + tail.size()) {}
+    /// The pattern is pattern with tail behind it; a group of pattern does not end in tail.
+    /// literals is what SharedLiterals found, not kDiffers. The texts must outlive the matcher.
+    PatternMatcher(std::string_view address, std::string_view pattern, std::size_t literals,
+                   std::string_view tail = {})
+        : address_(address), pattern_(pattern), tail_(tail), end_(pattern.size() + tail.size()),
+          at_(literals), place_{literals, {}} {}
 
     /// Returns whether the whole address matches the whole pattern.
     bool Matches();
@@ -89,10 +94,10 @@ class PatternMatcher {
     std::string_view Items(Element const& group) const;
 
     bool TakeStep(Element const& step, Place& place) const;
+    bool TakeLiterals(std::size_t& at, Place& place) const;
     bool TakeSteps(std::size_t begin, std::size_t end, Place& place) const;
     bool TakeRunTo(Element const& run, std::size_t end, Place& place) const;
 
-    bool TakeLeadingLiterals();
     bool TakeRun(Element const& run, StepRun const& rest);
     bool SearchRun(Element const& run, StepRun const& rest, std::size_t longest);
     bool MatchFromManyPlaces();
@@ -105,8 +110,8 @@ class PatternMatcher {
     std::string_view const pattern_;
     std::string_view const tail_;
     std::size_t const end_;
-    std::size_t at_ = 0;     // How far the pattern is read.
-    Place place_{0, {0, 0}}; // The one place while there is but one; at the end the deciding one.
+    std::size_t at_; // How far the pattern is read.
+    Place place_;    // The one place while there is but one; at the end the deciding one.
 };
 
 } // namespace CallRecordingUtils
