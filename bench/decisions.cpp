@@ -100,10 +100,9 @@ class Contest {
         Engine& engine = *engines_.at(name);
         for (Call const& call : group.calls) // Warms the caches; RE2 completes its automata.
             benchmark::DoNotOptimize(engine.IsAllowed(call));
-        for (auto _ : state) {
+        for (auto _ : state)
             for (Call const& call : group.calls)
                 benchmark::DoNotOptimize(engine.IsAllowed(call));
-        }
     }
 
     static inline Contest* open = nullptr;

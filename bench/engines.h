@@ -26,8 +26,9 @@ class Engine {
   public:
     virtual ~Engine() = default;
 
-    /// Returns whether a rule decides for recording. This is what is timed: the place of the rule alone,
-    /// as the others find it, without the copy of its record that the library makes for who wants it.
+    /// Returns whether a rule decides for recording. This is what is timed: the place of the rule
+    /// alone, as the others find it, without the copy of its record that the library makes for who
+    /// wants it.
     virtual bool IsAllowed(Call const& call) { return Decide(call) >= 0; }
 
     /// Returns the place in the list of the first rule that matches, or -1.

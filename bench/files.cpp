@@ -153,10 +153,12 @@ void MeasureFiles(Bench const& bench) {
     if (!ini.Holds(bench.db.GetCallRecordingRules()))
         throw std::runtime_error("inih reads other rules");
 
-    benchmark::RegisterBenchmark("load, library", [&](benchmark::State& state) {
-        for (auto _ : state)
-            bench.assistant.ReloadCallRecordingRules();
-    });
+    benchmark::RegisterBenchmark(
+        "load, library",
+        [&](benchmark::State& state) {
+            for (auto _ : state)
+                bench.assistant.ReloadCallRecordingRules();
+        });
     benchmark::RegisterBenchmark("load, inih", [&](benchmark::State& state) {
         for (auto _ : state)
             ini.Load();
@@ -165,10 +167,12 @@ void MeasureFiles(Bench const& bench) {
     results.RunRounds(bench.isQuick ? 3 : 7);
 
     Rule rule = rules.front();
-    RegisterEdit("AddRule", bench.directory, text, [&] {
-        if (!bench.db.AddRule(&rule))
-            throw std::runtime_error("AddRule fails");
-    });
+    RegisterEdit(
+        "AddRule", bench.directory, text,
+        [&] {
+            if (!bench.db.AddRule(&rule))
+                throw std::runtime_error("AddRule fails");
+        });
     RegisterEdit("plain read and durable write", bench.directory, text,
                  [&] { WriteDurably(bench.directory, ReadWhole(bench.directory.RuleFile())); });
     results.RunRounds(bench.isQuick ? 5 : 25);

@@ -121,10 +121,9 @@ std::string Name(char const* engine, Family const& family, std::size_t length) {
 void Register(Bench const& bench, Family const& family, char const* engine, std::size_t length) {
     auto const run = [matcher = MakeMatcher(engine, family.Pattern(), bench),
                       addresses = family.Addresses(length)](benchmark::State& state) {
-        for (auto _ : state) {
+        for (auto _ : state)
             for (std::string const& address : addresses)
                 benchmark::DoNotOptimize(matcher(address));
-        }
     };
     benchmark::RegisterBenchmark(Name(engine, family, length).c_str(), run)
         ->MinTime(bench.isQuick ? 0.0005 : 0.002);

@@ -97,12 +97,11 @@ Texts Pieces(std::string const& low, std::string const& high, Texts excluded) {
 std::string RangeText(std::string_view items, Exclusion exclusion) {
     Texts positive;
     Texts excluded;
-    for (std::string const& item : Split(items)) {
+    for (std::string const& item : Split(items))
         if (item.front() == '!')
             excluded.push_back(item.substr(1));
         else
             positive.push_back(item);
-    }
     Texts alternatives;
     for (std::string const& item : positive) {
         std::size_t const dash = item.find('-');

@@ -63,9 +63,8 @@ class EditFaults : public testing::TestWithParam<int> {
     void Restore() {
         std::filesystem::remove_all(dir.Path("telephony")); // With what a kill left behind.
         dir.WriteRules(row.states.front());
-        if (geteuid() == 0) { // Else there is no owner to take over.
-            ASSERT_EQ(chown(dir.Path(TempDir::RULE_FILE).c_str(), 1, 1), 0);
-        }
+        // Not root has no other owner to take over.
+        ASSERT_TRUE(geteuid() != 0 || chown(dir.Path(TempDir::RULE_FILE).c_str(), 1, 1) == 0);
         ASSERT_TRUE(db->Reload());
     }
 

@@ -16,12 +16,9 @@ namespace {
 /// Every text of at most length pieces.
 std::vector<std::string> Texts(int length, std::vector<std::string> const& pieces) {
     std::vector<std::string> texts{""};
-    for (auto const& shorter :
-         length > 0 ? Texts(length - 1, pieces) : std::vector<std::string>{}) {
-        for (auto const& piece : pieces) {
+    for (auto const& shorter : length > 0 ? Texts(length - 1, pieces) : std::vector<std::string>{})
+        for (auto const& piece : pieces)
             texts.push_back(piece + shorter);
-        }
-    }
     return texts;
 }
 
@@ -31,11 +28,10 @@ TEST(MatcherExhaustive, AgreesWithASlowOne) {
     CCallRecordingAssistant const assistant(false);
     auto const compare = [&](std::string const& pattern,
                              std::vector<std::string> const& addresses) {
-        for (auto const& address : addresses) {
+        for (auto const& address : addresses)
             ASSERT_EQ(SlowMatcher::Match(address, pattern),
                       SlowMatcher::LibraryMatch(assistant, address, pattern))
                 << pattern << " against " << address;
-        }
     };
 
     auto const numbers = Texts(5, {"1", "2"});

@@ -133,9 +133,8 @@ TEST(MultiSectionFileTest, OpensWhatCanBecomeARuleFileOnly) {
     dir.Write("file", "");
     std::filesystem::create_symlink("loop", dir.Path("loop"));
     std::filesystem::create_symlink("missing/rules", dir.Path("astray"));
-    for (char const* const name : {"", "pipe", "missing/rules", "file/rules", "loop", "astray"}) {
+    for (char const* const name : {"", "pipe", "missing/rules", "file/rules", "loop", "astray"})
         EXPECT_EQ(ThrownBy([&] { RuleFile(dir.Path(name)); }).find(dir.Path(name) + ": "), 0u);
-    }
 }
 
 TEST(MultiSectionFileTest, TheCursorWalksBothWays) {
@@ -177,9 +176,8 @@ TEST(MultiSectionFileTest, TakesNoEntryThatItCouldNotGiveBack) {
     RuleFile file(dir.Path("rules"));
     file.GotoNextSection();
     std::string const longest(SmartBuffer().GetCapacity() - 1, 'x');
-    for (std::string const& value : {longest + "x", "a\nb"s, "a\r"s}) {
+    for (std::string const& value : {longest + "x", "a\nb"s, "a\r"s})
         EXPECT_TRUE(Throws([&] { file.SetSectionEntry("k", value.c_str()); }));
-    }
     for (char const* const key : {"", " k", "#k", "k=", "k\n"}) {
         EXPECT_TRUE(Throws([&] { file.SetSectionEntry(key, "1"); })) << key;
         EXPECT_EQ(file.Value(key), "");

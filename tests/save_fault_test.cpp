@@ -33,9 +33,8 @@ class SaveFaultTest : public ::testing::Test {
 
     void Restore() {
         mDir.Write("rules", OLD);
-        if (geteuid() == 0) { // Else there is no owner to take over.
-            ASSERT_EQ(chown(mDir.Path("rules").c_str(), 1, 1), 0);
-        }
+        // Not root has no other owner to take over.
+        ASSERT_TRUE(geteuid() != 0 || chown(mDir.Path("rules").c_str(), 1, 1) == 0);
     }
 
     /// Changes the file with the given fault during the save, and returns whether that threw.

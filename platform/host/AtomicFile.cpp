@@ -25,9 +25,8 @@ namespace {
 template <typename Call>
 auto Uninterrupted(Call call) {
     auto result = call();
-    while (result == -1 && errno == EINTR) {
+    while (result == -1 && errno == EINTR)
         result = call();
-    }
     return result;
 }
 
@@ -38,9 +37,8 @@ class Descriptor {
     Descriptor(Descriptor const&) = delete;
     Descriptor& operator=(Descriptor const&) = delete;
     ~Descriptor() {
-        if (number_ >= 0) {
+        if (number_ >= 0)
             close(number_);
-        }
     }
 
     int Number() const { return number_; }
@@ -61,9 +59,8 @@ struct Place {
 
 Place Split(std::string const& path) {
     std::size_t const slash = path.rfind('/');
-    if (slash == std::string::npos) {
+    if (slash == std::string::npos)
         return {".", path};
-    }
     return {path.substr(0, slash == 0 ? 1 : slash), path.substr(slash + 1)};
 }
 
@@ -72,14 +69,12 @@ bool FollowLink(std::string& link) {
     char target[PATH_MAX];
     ssize_t const length = readlink(link.c_str(), target, sizeof target);
     if (length < 0) {
-        if (errno != EINVAL && errno != ENOENT) {
+        if (errno != EINVAL && errno != ENOENT)
             Fail(link, "cannot be looked up");
-        }
         return false;
     }
-    if (length == 0 || static_cast<std::size_t>(length) == sizeof target) {
+    if (length == 0 || static_cast<std::size_t>(length) == sizeof target)
         Fail(link, "the symbolic link cannot be followed", ENAMETOOLONG);
-    }
     std::string const text(target, static_cast<std::size_t>(length));
     link = text[0] == '/' ? text : Split(link).directory + "/" + text;
     return true;
@@ -91,24 +86,20 @@ Place Resolve(std::string const& path) {
     // As many as the kernel follows.
     constexpr int MOST_LINKS = 40;
     std::string end(path);
-    for (int links = 0; FollowLink(end); ++links) {
-        if (links == MOST_LINKS) {
+    for (int links = 0; FollowLink(end); ++links)
+        if (links == MOST_LINKS)
             Fail(path, "cannot be looked up", ELOOP);
-        }
-    }
     Place place = Split(end);
-    if (place.name.empty()) {
+    if (place.name.empty())
         Fail(path, "is no name of a file", ENOENT);
-    }
     return place;
 }
 
 int OpenDirectory(std::string const& path) {
     int const directory = Uninterrupted(
         [&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK); });
-    if (directory < 0) {
+    if (directory < 0)
         Fail(path, "the directory cannot be opened");
-    }
     return directory;
 }
 
@@ -117,14 +108,12 @@ std::optional<struct stat> OldFile(Descriptor const& directory, std::string cons
                                    std::string const& path) {
     struct stat status {};
     if (fstatat(directory.Number(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        if (errno != ENOENT) {
+        if (errno != ENOENT)
             Fail(path, "cannot be looked up");
-        }
         return std::nullopt;
     }
-    if (!S_ISREG(status.st_mode)) {
+    if (!S_ISREG(status.st_mode))
         Fail(path, "is no regular file", EINVAL);
-    }
     return status;
 }
 
@@ -138,9 +127,8 @@ class Temporary {
     Temporary(Temporary const&) = delete;
     Temporary& operator=(Temporary const&) = delete;
     ~Temporary() {
-        if (!isRenamed_) {
+        if (!isRenamed_)
             unlinkat(directory_.Number(), name_.c_str(), 0);
-        }
     }
 
     void TakeOwnerAndMode(struct stat const& old);
@@ -169,28 +157,23 @@ int Temporary::Create(std::string const& name, mode_t mode) {
             return openat(directory_.Number(), name_.c_str(),
                           O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
         });
-        if (file >= 0) {
+        if (file >= 0)
             return file;
-        }
-        if (errno != EEXIST || names == MOST_NAMES) {
+        if (errno != EEXIST || names == MOST_NAMES)
             Fail(path_, "a temporary file cannot be made beside it");
-        }
     }
 }
 
 void Temporary::TakeOwnerAndMode(struct stat const& old) {
     struct stat own {};
-    if (fstat(file_.Number(), &own) != 0) {
+    if (fstat(file_.Number(), &own) != 0)
         Fail(path_, "its temporary file cannot be looked up");
-    }
     // The owner first: a change of owner takes some of the mode's bits away.
     if ((own.st_uid != old.st_uid || own.st_gid != old.st_gid) &&
-        fchown(file_.Number(), old.st_uid, old.st_gid) != 0) {
+        fchown(file_.Number(), old.st_uid, old.st_gid) != 0)
         Fail(path_, "its owner cannot be kept");
-    }
-    if (fchmod(file_.Number(), old.st_mode & 07777) != 0) {
+    if (fchmod(file_.Number(), old.st_mode & 07777) != 0)
         Fail(path_, "its mode cannot be kept");
-    }
 }
 
 void Temporary::Write(std::string_view content) {
@@ -208,34 +191,29 @@ void Temporary::Write(std::string_view content) {
 void Temporary::Sync() {
     // Only an interrupted call is repeated. After any other failure the kernel may have dropped the
     // data that it could not write, and a second call would report success for it.
-    if (Uninterrupted([&] { return fsync(file_.Number()); }) != 0) {
+    if (Uninterrupted([&] { return fsync(file_.Number()); }) != 0)
         Fail(path_, "its temporary file cannot be made durable");
-    }
 }
 
 void Temporary::Close() {
     // An interrupted close has closed the file, and what it held is durable already.
-    if (file_.Close() != 0 && errno != EINTR) {
+    if (file_.Close() != 0 && errno != EINTR)
         Fail(path_, "its temporary file cannot be closed");
-    }
 }
 
 void Temporary::Rename(std::string const& name) {
-    if (renameat(directory_.Number(), name_.c_str(), directory_.Number(), name.c_str()) != 0) {
+    if (renameat(directory_.Number(), name_.c_str(), directory_.Number(), name.c_str()) != 0)
         Fail(path_, "cannot be replaced by its temporary file");
-    }
     isRenamed_ = true;
 }
 
 void SyncDirectory(Descriptor const& directory, std::string const& path) {
-    if (Uninterrupted([&] { return fsync(directory.Number()); }) == 0) {
+    if (Uninterrupted([&] { return fsync(directory.Number()); }) == 0)
         return;
-    }
     // Some file systems cannot sync a directory at all. The file is replaced, there is nothing left
     // that could be done for it, and calling every edit a failure would help nobody.
-    if (errno != EINVAL && errno != ENOTSUP) {
+    if (errno != EINVAL && errno != ENOTSUP)
         Fail(path, "is replaced, but this may not survive a loss of power");
-    }
 }
 
 /// Opens the file at path for reading. Returns -1 when there is none but its directory exists.
@@ -243,13 +221,11 @@ int OpenForReading(std::string const& path) {
     int const file = Uninterrupted(
         [&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
     if (file < 0) {
-        if (errno != ENOENT) {
+        if (errno != ENOENT)
             Fail(path, "cannot be opened");
-        }
         struct stat status {};
-        if (stat(Resolve(path).directory.c_str(), &status) != 0) {
+        if (stat(Resolve(path).directory.c_str(), &status) != 0)
             Fail(path, "its directory cannot be looked up");
-        }
     }
     return file;
 }
@@ -258,16 +234,13 @@ int OpenForReading(std::string const& path) {
 
 std::string ReadFile(std::string const& path) {
     Descriptor const file(OpenForReading(path));
-    if (file.Number() < 0) {
+    if (file.Number() < 0)
         return {};
-    }
     struct stat status {};
-    if (fstat(file.Number(), &status) != 0) {
+    if (fstat(file.Number(), &status) != 0)
         Fail(path, "cannot be looked up");
-    }
-    if (!S_ISREG(status.st_mode)) {
+    if (!S_ISREG(status.st_mode))
         Fail(path, "is no regular file", EINVAL);
-    }
 
     // More than the file has: its end shows without growing the text, and an edit finds room.
     constexpr std::size_t ROOM = 4096;
@@ -276,17 +249,15 @@ std::string ReadFile(std::string const& path) {
     for (;;) {
         ssize_t const count = Uninterrupted(
             [&] { return read(file.Number(), text.data() + length, text.size() - length); });
-        if (count < 0) {
+        if (count < 0)
             Fail(path, "cannot be read");
-        }
         if (count == 0) {
             text.resize(length);
             return text;
         }
         length += static_cast<std::size_t>(count);
-        if (length == text.size()) {
+        if (length == text.size())
             text.resize(2 * length); // The file has grown meanwhile.
-        }
     }
 }
 
@@ -298,9 +269,8 @@ void ReplaceFile(std::string const& path, std::string_view content) {
 
     // Nobody may look into the new file before it has the old one's owner and mode.
     Temporary temporary(directory, target.name, old ? 0600 : 0666, path);
-    if (old) {
+    if (old)
         temporary.TakeOwnerAndMode(*old);
-    }
     temporary.Write(content);
     temporary.Sync();
     temporary.Close();

@@ -26,9 +26,8 @@ constexpr std::size_t MOST_PENDING = 65536;
 /// number.
 std::optional<unsigned long> LogLevel() {
     char const* const level = std::getenv("QUVA_LOG_LEVEL");
-    if (level == nullptr || !StringUtils::IsNumeric(level, false, false)) {
+    if (level == nullptr || !StringUtils::IsNumeric(level, false, false))
         return std::nullopt;
-    }
     return std::strtoul(level, nullptr, 10);
 }
 
@@ -57,9 +56,8 @@ void AppendFormatted(std::string& text, char const* format, va_list& arguments) 
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy has initialised it.
     int const length = std::vsnprintf(nullptr, 0, format, measured);
     va_end(measured);
-    if (length < 0) {
+    if (length < 0)
         return;
-    }
     std::size_t const begin = text.size();
     std::size_t const size = static_cast<std::size_t>(length);
     text.resize(begin + size + 1); // vsnprintf adds a NUL.
@@ -75,13 +73,12 @@ void WriteLog(int file, std::string_view text) {
     constexpr int MOST_INTERRUPTIONS = 10;
     for (int interruptions = 0; !text.empty() && interruptions < MOST_INTERRUPTIONS;) {
         ssize_t const count = write(file, text.data(), text.size());
-        if (count > 0) {
+        if (count > 0)
             text.remove_prefix(static_cast<std::size_t>(count));
-        } else if (count < 0 && errno == EINTR) {
+        else if (count < 0 && errno == EINTR)
             ++interruptions;
-        } else {
+        else
             return;
-        }
     }
 }
 
@@ -101,35 +98,30 @@ LogStream::LogStream(char const* name, bool /*option1*/, bool /*option2*/, int /
 
 LogStream::~LogStream() {
     Flush();
-    if (mFile >= 0) {
+    if (mFile >= 0)
         close(mFile);
-    }
 }
 
 void LogStream::TRACE(unsigned char level, char const* format, va_list& arguments,
                       unsigned char /*option*/) {
-    if (mFile < 0 || level > mHighestLevel) {
+    if (mFile < 0 || level > mHighestLevel)
         return;
-    }
     try {
         AppendFormatted(mPending, format, arguments);
     } catch (std::exception const&) {
         return; // No memory: the entry is lost.
     }
-    if (mPending.size() >= MOST_PENDING) {
+    if (mPending.size() >= MOST_PENDING)
         Flush();
-    }
 }
 
 void LogStream::Flush() {
-    if (mFile >= 0) {
+    if (mFile >= 0)
         WriteLog(mFile, mPending);
-    }
     mPending.clear();
 }
 
 void GetLogLevel(bool* isEnabled, bool* /*unused*/) {
-    if (isEnabled != nullptr) {
+    if (isEnabled != nullptr)
         *isEnabled = LogLevel().has_value();
-    }
 }

@@ -47,12 +47,10 @@ bool HasLineBreak(std::string_view text) {
 
 /// A carriage return counts as part of the line end, also where the file ends behind it.
 std::string_view WithoutLineEnd(std::string_view line) {
-    if (!line.empty() && line.back() == '\n') {
+    if (!line.empty() && line.back() == '\n')
         line.remove_suffix(1);
-    }
-    if (!line.empty() && line.back() == '\r') {
+    if (!line.empty() && line.back() == '\r')
         line.remove_suffix(1);
-    }
     return line;
 }
 
@@ -63,16 +61,14 @@ std::string_view LineEnd(std::string_view line) {
 /// What counts of a line: not the blanks before it, and not its end.
 std::string_view Content(std::string_view line) {
     line = WithoutLineEnd(line);
-    while (!line.empty() && IsBlank(line.front())) {
+    while (!line.empty() && IsBlank(line.front()))
         line.remove_prefix(1);
-    }
     return line;
 }
 
 std::string_view WithoutTrailingBlanks(std::string_view text) {
-    while (!text.empty() && IsBlank(text.back())) {
+    while (!text.empty() && IsBlank(text.back()))
         text.remove_suffix(1);
-    }
     return text;
 }
 
@@ -89,9 +85,8 @@ std::string Quoted(std::string_view text) {
 
 /// A null pointer would otherwise end the process.
 char const* Required(char const* argument) {
-    if (argument == nullptr) {
+    if (argument == nullptr)
         throw std::invalid_argument("MultiSectionFile: an argument is null");
-    }
     return argument;
 }
 
@@ -174,32 +169,28 @@ MultiSectionFile::Impl::Impl(std::string_view path, std::string_view sectionOpen
 
 void MultiSectionFile::Impl::Parse() {
     std::size_t const nul = mText.find('\0');
-    if (nul != std::string::npos) {
+    if (nul != std::string::npos)
         Fail(nul, "found a NUL, expected text");
-    }
     for (std::size_t offset = 0; offset < mText.size();) {
         std::string_view const line = LineAt(offset);
         TakeLine(offset, line);
         offset += line.size();
     }
-    if (IsInSection()) {
+    if (IsInSection())
         Fail(mText.size() - 1, "the file ends" + OpenedWhere() + ", expected " + Quoted(mClose));
-    }
 }
 
 void MultiSectionFile::Impl::TakeLine(std::size_t offset, std::string_view line) {
     std::string_view const content = Content(line);
-    if (content.empty() || StartsWith(content, mComment)) {
+    if (content.empty() || StartsWith(content, mComment))
         return;
-    }
     std::string_view const marker = WithoutTrailingBlanks(content);
-    if (marker == mOpen) {
+    if (marker == mOpen)
         OpenSection(offset);
-    } else if (marker == mClose) {
+    else if (marker == mClose)
         CloseSection(offset);
-    } else {
+    else
         RequireEntry(offset, content);
-    }
 }
 
 void MultiSectionFile::Impl::OpenSection(std::size_t offset) {
@@ -228,9 +219,8 @@ void MultiSectionFile::Impl::RequireEntry(std::size_t offset, std::string_view c
         Fail(offset, "found " + Quoted(content) + ", expected a key, " + Quoted(mSeparator) +
                          " and a value, or " + Quoted(mClose));
     }
-    if (separator == 0) {
+    if (separator == 0)
         Fail(offset, "found " + Quoted(content) + ", an entry without a key");
-    }
 }
 
 std::string MultiSectionFile::Impl::OpenedWhere() const {
@@ -262,9 +252,8 @@ int MultiSectionFile::Impl::GotoPreviousSection() {
 }
 
 std::size_t MultiSectionFile::Impl::Current() const {
-    if (!mIsOnSection) {
+    if (!mIsOnSection)
         Fail("no section is selected");
-    }
     return mNext - 1;
 }
 
@@ -272,9 +261,8 @@ std::size_t MultiSectionFile::Impl::Current() const {
 
 std::vector<Entry> const& MultiSectionFile::Impl::Entries() {
     Section const& section = mSections[Current()];
-    if (mAreEntriesKnown) {
+    if (mAreEntriesKnown)
         return mEntries;
-    }
     mEntries.clear();
     std::string_view line = LineAt(section.open);
     for (std::size_t offset = section.open + line.size(); offset < section.close;
@@ -293,11 +281,9 @@ std::vector<Entry> const& MultiSectionFile::Impl::Entries() {
 
 /// Returns the first entry of key, or null.
 Entry const* MultiSectionFile::Impl::FindEntry(std::string_view key) {
-    for (Entry const& entry : Entries()) {
-        if (entry.key == key) {
+    for (Entry const& entry : Entries())
+        if (entry.key == key)
             return &entry;
-        }
-    }
     return nullptr;
 }
 
@@ -330,12 +316,10 @@ int MultiSectionFile::Impl::SetSectionEntry(std::string_view key, std::string_vi
 /// Throws when key or value would not be read back the same.
 void MultiSectionFile::Impl::RequireStorable(std::string_view key, std::string_view value) const {
     if (key.empty() || IsBlank(key.front()) || HasLineBreak(key) || StartsWith(key, mComment) ||
-        key.find(mSeparator) != std::string_view::npos) {
+        key.find(mSeparator) != std::string_view::npos)
         Fail(Quoted(key) + " cannot be a key");
-    }
-    if (HasLineBreak(value)) {
+    if (HasLineBreak(value))
         Fail("the new value of " + Quoted(key) + " has a line break");
-    }
     if (value.size() > LONGEST_VALUE) {
         Fail("the new value of " + Quoted(key) + " has " + std::to_string(value.size()) +
              " characters, expected at most " + std::to_string(LONGEST_VALUE));
@@ -375,9 +359,8 @@ int MultiSectionFile::Impl::DeleteSection() {
 /// A new section ends its lines as the file does.
 std::string MultiSectionFile::Impl::NewLineEnd() const {
     std::string_view const firstLine = LineAt(0);
-    if (!firstLine.empty() && firstLine.back() == '\n') {
+    if (!firstLine.empty() && firstLine.back() == '\n')
         return std::string(LineEnd(firstLine));
-    }
     return mDefaultLineEnd.empty() ? "\n" : mDefaultLineEnd;
 }
 
@@ -410,11 +393,9 @@ void MultiSectionFile::Impl::Splice(std::size_t offset, std::size_t length,
     mText.replace(offset, length, replacement);
     mAreEntriesKnown = false;
     for (std::size_t index = firstSection; index < mSections.size(); ++index) {
-        for (std::size_t* line : {&mSections[index].open, &mSections[index].close}) {
-            if (*line >= offset) {
+        for (std::size_t* line : {&mSections[index].open, &mSections[index].close})
+            if (*line >= offset)
                 *line = *line + replacement.size() - length;
-            }
-        }
     }
 }
 

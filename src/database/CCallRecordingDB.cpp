@@ -78,19 +78,17 @@ std::list<CallRecordingRuleParams*>& CCallRecordingDB::GetCallRecordingRules() {
 
 CallRecordingRuleParams* CCallRecordingDB::GetSelectedRule(std::string const& ruleId) {
     std::int32_t const id = ParseDecimal(ruleId);
-    for (CallRecordingRuleParams* rule : mCallRecordList) {
+    for (CallRecordingRuleParams* rule : mCallRecordList)
         if (rule != nullptr && rule->callrecordingrule_id == id)
             return rule;
-    }
     return nullptr;
 }
 
 bool CCallRecordingDB::Find(std::string const& callerPattern, std::string const& calledPattern) {
-    for (CallRecordingRuleParams const* rule : mCallRecordList) {
+    for (CallRecordingRuleParams const* rule : mCallRecordList)
         if (rule != nullptr && rule->caller_pattern == callerPattern &&
             rule->called_pattern == calledPattern)
             return true;
-    }
     return false;
 }
 

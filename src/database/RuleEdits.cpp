@@ -126,20 +126,24 @@ ListedPair FindPair(std::list<CallRecordingRuleParams*> const& list, std::int32_
 /// Sets rule in the current section. A failure is reported as SaveSelectedRule's; some of the
 /// entries may be set then.
 bool TrySet(Configuration::MultiSectionFile& file, CallRecordingRuleParams const* rule) {
-    return RunEdit(kSaveSelectedFailed, [&] {
-        if (rule == nullptr)
-            throw std::invalid_argument("there is no rule to save");
-        SetEntries(file, RuleEntries(*rule));
-        return true;
-    });
+    return RunEdit(
+        kSaveSelectedFailed,
+        [&] {
+            if (rule == nullptr)
+                throw std::invalid_argument("there is no rule to save");
+            SetEntries(file, RuleEntries(*rule));
+            return true;
+        });
 }
 
 /// Saves file. A failure is reported as SaveSelectedRule's.
 bool TrySave(Configuration::MultiSectionFile& file) {
-    return RunEdit(kSaveSelectedFailed, [&] {
-        Save(file);
-        return true;
-    });
+    return RunEdit(
+        kSaveSelectedFailed,
+        [&] {
+            Save(file);
+            return true;
+        });
 }
 
 /// Gives the first rule that mirrors previous the recording settings of rule.
@@ -232,50 +236,57 @@ bool CCallRecordingDB::DeleteRule(CallRecordingRuleParams const* rule) {
 }
 
 bool CCallRecordingDB::DeleteRule(std::string const& ruleId) {
-    return RunEdit(kRemovingFailed, [&] {
-        if (!IsRuleId(ruleId))
+    return RunEdit(
+        kRemovingFailed,
+        [&] {
+            if (!IsRuleId(ruleId))
+                return true;
+            RuleFile file;
+            if (file.Find(HasIdText(ruleId)))
+                DeleteCurrent(file);
             return true;
-        RuleFile file;
-        if (file.Find(HasIdText(ruleId)))
-            DeleteCurrent(file);
-        return true;
-    });
+        });
 }
 
 bool CCallRecordingDB::ReOrderRule(std::string const& ruleId, bool up) {
-    return RunEdit("Reordering recording rule failed\n", [&] {
-        if (!IsRuleId(ruleId))
+    return RunEdit(
+        "Reordering recording rule failed\n",
+        [&] {
+            if (!IsRuleId(ruleId))
+                return true;
+            RuleFile file;
+            if (!file.Find(HasIdText(ruleId)))
+                return true;
+            auto const [moved, neighbour] = FindPair(mCallRecordList, ParseDecimal(ruleId), up);
+            if (moved == nullptr || neighbour == nullptr ||
+                !HasNeighbour(file, up, neighbour->callrecordingrule_id))
+                return true;
+            std::swap(moved->callrecordingrule_id, neighbour->callrecordingrule_id);
+            // Both sections are set before the one save, so the file holds the old order or the
+            // new.
+            if (TrySet(file.File(), neighbour) && GotoNeighbour(file, up))
+                SaveSelectedRule(&file.File(), moved);
             return true;
-        RuleFile file;
-        if (!file.Find(HasIdText(ruleId)))
-            return true;
-        auto const [moved, neighbour] = FindPair(mCallRecordList, ParseDecimal(ruleId), up);
-        if (moved == nullptr || neighbour == nullptr ||
-            !HasNeighbour(file, up, neighbour->callrecordingrule_id))
-            return true;
-        std::swap(moved->callrecordingrule_id, neighbour->callrecordingrule_id);
-        // Both sections are set before the one save, so the file holds the old order or the new.
-        if (TrySet(file.File(), neighbour) && GotoNeighbour(file, up))
-            SaveSelectedRule(&file.File(), moved);
-        return true;
-    });
+        });
 }
 
 bool CCallRecordingDB::SetRuleState(std::string const& ruleId, bool enable) {
-    return RunEdit("Set call recording rule state failed\n", [&] {
-        if (!IsRuleId(ruleId))
-            return false;
-        RuleFile file;
-        CallRecordingRuleParams* const rule = GetSelectedRule(ruleId);
-        if (rule == nullptr)
+    return RunEdit(
+        "Set call recording rule state failed\n",
+        [&] {
+            if (!IsRuleId(ruleId))
+                return false;
+            RuleFile file;
+            CallRecordingRuleParams* const rule = GetSelectedRule(ruleId);
+            if (rule == nullptr)
+                return true;
+            rule->recording_rule_state = enable ? RULE_ENABLED : RULE_DISABLED;
+            if (file.Find(HasId(rule->callrecordingrule_id))) {
+                SetEntries(file.File(), {StateEntry(enable)});
+                Save(file.File());
+            }
             return true;
-        rule->recording_rule_state = enable ? RULE_ENABLED : RULE_DISABLED;
-        if (file.Find(HasId(rule->callrecordingrule_id))) {
-            SetEntries(file.File(), {StateEntry(enable)});
-            Save(file.File());
-        }
-        return true;
-    });
+        });
 }
 
 } // namespace CallRecordingUtils

@@ -79,10 +79,9 @@ class RuleFile {
     template <typename Wanted>
     bool Find(Wanted wanted) {
         file_.Restart();
-        while (Next()) {
+        while (Next())
             if (wanted(reader_))
                 return true;
-        }
         return false;
     }
 

@@ -76,10 +76,9 @@ class ItemWalk {
     bool Run() {
         if (candidate_.empty())
             return false;
-        while (at_ < list_.size()) {
+        while (at_ < list_.size())
             if (TakeNext())
                 return true;
-        }
         consumed_ = {};
         return false;
     }

@@ -60,10 +60,9 @@ bool PatternMatcher::TakeStep(Element const& step, Place& place) const {
 /// Takes the literals from at on; at ends behind them. The commonest steps, without the detour of
 /// an element for each.
 bool PatternMatcher::TakeLiterals(std::size_t& at, Place& place) const {
-    for (; at < pattern_.size() && IsLiteral(pattern_[at]); ++at, ++place.position) {
+    for (; at < pattern_.size() && IsLiteral(pattern_[at]); ++at, ++place.position)
         if (place.position == address_.size() || pattern_[at] != address_[place.position])
             return false;
-    }
     return true;
 }
 
@@ -187,10 +186,9 @@ bool PatternMatcher::MatchFromManyPlaces() {
 
 void PatternMatcher::KeepWhatSteps(Element const& step, Places& places) const {
     auto kept = places.begin();
-    for (Place place : places) {
+    for (Place place : places)
         if (TakeStep(step, place))
             *kept++ = place;
-    }
     places.erase(kept, places.end());
 }
 

@@ -22,10 +22,9 @@ inline constexpr std::size_t kDiffers = std::string_view::npos;
 /// kDiffers.
 inline std::size_t SharedLiterals(std::string_view pattern, std::string_view address) {
     std::size_t at = 0;
-    for (; at < pattern.size() && IsLiteral(pattern[at]); ++at) {
+    for (; at < pattern.size() && IsLiteral(pattern[at]); ++at)
         if (at == address.size() || pattern[at] != address[at])
             return kDiffers;
-    }
     return at;
 }
 

@@ -22,10 +22,9 @@ constexpr std::array<bool, 256> MakeLiteralTable() {
     std::array<bool, 256> table{};
     for (char c : std::string_view("#^/_=+%~@;().:$&'"))
         table[static_cast<unsigned char>(c)] = true;
-    for (int c = 0; c < 128; ++c) {
+    for (int c = 0; c < 128; ++c)
         if (IsDigit(static_cast<char>(c)) || IsLetter(static_cast<char>(c)))
             table[static_cast<std::size_t>(c)] = true;
-    }
     return table;
 }
 

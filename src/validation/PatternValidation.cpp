@@ -88,20 +88,18 @@ std::optional<Finding> CheckCharactersAndRunningBalance(std::string_view text) {
 }
 
 std::optional<Finding> CheckFinalBalance(std::string_view text) {
-    for (Brackets brackets : kAllBrackets) {
+    for (Brackets brackets : kAllBrackets)
         if (std::count(text.begin(), text.end(), brackets.opening) !=
             std::count(text.begin(), text.end(), brackets.closing))
             return FirstMisplacedBracket(text, brackets);
-    }
     return std::nullopt;
 }
 
 std::optional<Finding> CheckForbiddenPairs(std::string_view text) {
     for (std::size_t at = 0; at + 1 < text.size(); ++at) {
-        for (ForbiddenPair const& forbidden : kForbiddenPairs) {
+        for (ForbiddenPair const& forbidden : kForbiddenPairs)
             if (text[at] == forbidden.pair[0] && text[at + 1] == forbidden.pair[1])
                 return At(forbidden.fault, at + forbidden.culprit);
-        }
     }
     return std::nullopt;
 }
@@ -153,10 +151,9 @@ std::optional<Finding> CheckTextAfterGroups(std::string_view text) {
 /// Returns the first separator of the kind that no group covers.
 std::optional<Finding> CheckSeparators(std::string_view text, char separator) {
     GroupExtent const groups(text);
-    for (std::size_t at = text.find(separator); at != npos; at = text.find(separator, at + 1)) {
+    for (std::size_t at = text.find(separator); at != npos; at = text.find(separator, at + 1))
         if (!groups.Covers(at))
             return At(PatternFault::SeparatorOutsideGroup, at);
-    }
     return std::nullopt;
 }
 
@@ -225,10 +222,9 @@ std::optional<Finding> CheckAndStoreEscapes(std::string& pattern) {
     if (auto finding = CheckReservedCharacters(pattern))
         return finding;
     StoreEscapes(pattern);
-    for (Step step : kStepsOnStoredForm) {
+    for (Step step : kStepsOnStoredForm)
         if (auto finding = step(pattern))
             return finding;
-    }
     return std::nullopt;
 }
 

@@ -26,10 +26,9 @@ class RangeScan {
     std::optional<Finding> Run() {
         if (range_.empty())
             return Finding{PatternFault::EmptyGroup, 0, 0};
-        for (; at_ < range_.size(); ++at_) {
+        for (; at_ < range_.size(); ++at_)
             if (auto finding = Visit(range_[at_]))
                 return finding;
-        }
         return RequirePositiveItem();
     }
 

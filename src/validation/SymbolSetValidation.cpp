@@ -53,10 +53,9 @@ class SymbolSetCheck {
             return WrongItem();
         if (first >= last)
             return About(PatternFault::DescendingRange);
-        for (char symbol = first; symbol <= last; ++symbol) {
+        for (char symbol = first; symbol <= last; ++symbol)
             if (auto finding = GiveOnce(symbol))
                 return finding;
-        }
         return std::nullopt;
     }
 

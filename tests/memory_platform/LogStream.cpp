@@ -25,9 +25,8 @@ LogStream::~LogStream() = default;
 void LogStream::TRACE(unsigned char level, char const* format, va_list& arguments,
                       unsigned char /*option*/) {
     char entry[1024];
-    if (level <= mHighestLevel && std::vsnprintf(entry, sizeof entry, format, arguments) > 0) {
+    if (level <= mHighestLevel && std::vsnprintf(entry, sizeof entry, format, arguments) > 0)
         MemoryPlatform::AppendToFile(mPending, entry);
-    }
 }
 
 void LogStream::Flush() {

@@ -44,9 +44,8 @@ void AppendToFile(std::string const& path, std::string const& text) {
 void RemoveFiles(std::string const& start) {
     Lock const lock(state.mutex);
     auto file = state.files.lower_bound(start);
-    while (file != state.files.end() && file->first.compare(0, start.size(), start) == 0) {
+    while (file != state.files.end() && file->first.compare(0, start.size(), start) == 0)
         file = state.files.erase(file);
-    }
 }
 
 void FailCall(int occurrence) {

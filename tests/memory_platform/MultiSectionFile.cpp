@@ -18,9 +18,8 @@ namespace {
 /// A line without the blanks before it and the carriage return behind it.
 std::string_view Content(std::string_view line) {
     line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
-    if (!line.empty() && line.back() == '\r') {
+    if (!line.empty() && line.back() == '\r')
         line.remove_suffix(1);
-    }
     return line;
 }
 
@@ -39,9 +38,8 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
 
     void Split(std::string_view text) {
         std::size_t end = 0;
-        for (; (end = text.find('\n')) != std::string_view::npos; text.remove_prefix(end + 1)) {
+        for (; (end = text.find('\n')) != std::string_view::npos; text.remove_prefix(end + 1))
             lines.emplace_back(text.substr(0, end));
-        }
         lines.emplace_back(text);
     }
 
@@ -49,16 +47,14 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
         bool isOpen = false;
         for (std::string const& line : lines) {
             std::string_view const content = Content(line);
-            if (content == (isOpen ? close : open)) {
+            if (content == (isOpen ? close : open))
                 isOpen = !isOpen;
-            } else if (!content.empty() && content.substr(0, comment.size()) != comment &&
-                       (!isOpen || content.find(separator) == std::string_view::npos)) {
+            else if (!content.empty() && content.substr(0, comment.size()) != comment &&
+                     (!isOpen || content.find(separator) == std::string_view::npos))
                 throw std::runtime_error(path + ": found " + line);
-            }
         }
-        if (isOpen) {
+        if (isOpen)
             throw std::runtime_error(path + ": a section is not closed");
-        }
     }
 
     /// Selects the section that opens at line; when none does, the cursor stands at the line
@@ -66,23 +62,20 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
     int Select(std::size_t line, std::size_t otherwise) {
         isOnSection = line < lines.size();
         first = last = isOnSection ? line : otherwise;
-        while (isOnSection && Content(lines[last]) != close) {
+        while (isOnSection && Content(lines[last]) != close)
             ++last;
-        }
         return isOnSection ? 1 : 0;
     }
 
     /// Returns the line of the current section that has the entry of key, or the section's last
     /// line.
     std::size_t FindEntry(std::string const& key) const {
-        if (!isOnSection) {
+        if (!isOnSection)
             throw std::logic_error(path + ": no section is selected");
-        }
         std::string const start = key + separator;
         std::size_t line = first + 1;
-        while (line < last && Content(lines[line]).substr(0, start.size()) != start) {
+        while (line < last && Content(lines[line]).substr(0, start.size()) != start)
             ++line;
-        }
         return line;
     }
 
@@ -115,33 +108,29 @@ void MultiSectionFile::Restart() {
 int MultiSectionFile::GotoNextSection() {
     MemoryPlatform::CountCall();
     std::size_t line = mpImpl->isOnSection ? mpImpl->last : mpImpl->first;
-    while (line < mpImpl->lines.size() && Content(mpImpl->lines[line]) != mpImpl->open) {
+    while (line < mpImpl->lines.size() && Content(mpImpl->lines[line]) != mpImpl->open)
         ++line;
-    }
     return mpImpl->Select(line, line);
 }
 
 int MultiSectionFile::GotoPreviousSection() {
     MemoryPlatform::CountCall();
     std::size_t line = mpImpl->first;
-    while (line > 0 && Content(mpImpl->lines[line - 1]) != mpImpl->open) {
+    while (line > 0 && Content(mpImpl->lines[line - 1]) != mpImpl->open)
         --line;
-    }
     return mpImpl->Select(line > 0 ? line - 1 : mpImpl->lines.size(), 0);
 }
 
 int MultiSectionFile::GetSectionEntry(char const* key, char* buffer, unsigned size) {
     MemoryPlatform::CountCall();
-    if (size == 0 || size == UINT32_MAX) {
+    if (size == 0 || size == UINT32_MAX)
         return 0; // The buffer is not usable.
-    }
     std::size_t const line = mpImpl->FindEntry(key);
     bool const isFound = line != mpImpl->last;
     std::string_view value = isFound ? Content(mpImpl->lines[line]) : std::string_view();
     value.remove_prefix(isFound ? (key + mpImpl->separator).size() : 0);
-    if (value.size() >= size) {
+    if (value.size() >= size)
         throw std::runtime_error(mpImpl->path + ": a value is too long");
-    }
     buffer[value.copy(buffer, value.size())] = '\0';
     return isFound ? 1 : 0;
 }
@@ -149,18 +138,16 @@ int MultiSectionFile::GetSectionEntry(char const* key, char* buffer, unsigned si
 int MultiSectionFile::SetSectionEntry(char const* key, char const* value) {
     MemoryPlatform::CountCall();
     std::size_t const line = mpImpl->FindEntry(key);
-    if (line == mpImpl->last) {
+    if (line == mpImpl->last)
         mpImpl->lines.emplace(mpImpl->At(mpImpl->last++));
-    }
     mpImpl->lines[line] = key + mpImpl->separator + value;
     return 1;
 }
 
 int MultiSectionFile::AddSection(bool /*flag*/) {
     MemoryPlatform::CountCall();
-    if (mpImpl->lines.empty() || !mpImpl->lines.back().empty()) {
+    if (mpImpl->lines.empty() || !mpImpl->lines.back().empty())
         mpImpl->lines.emplace_back();
-    }
     std::size_t const line = mpImpl->lines.size() - 1;
     mpImpl->lines.insert(mpImpl->At(line), {mpImpl->open, mpImpl->close});
     return mpImpl->Select(line, line);
@@ -177,9 +164,8 @@ int MultiSectionFile::DeleteSection() {
 int MultiSectionFile::Save(bool /*flag*/, char const* /*unused*/) {
     MemoryPlatform::CountCall();
     std::string text;
-    for (std::string const& line : mpImpl->lines) {
+    for (std::string const& line : mpImpl->lines)
         text.append(&line != mpImpl->lines.data() ? "\n" : "").append(line);
-    }
     MemoryPlatform::SetFile(mpImpl->path, text);
     return 1;
 }

@@ -54,9 +54,8 @@ class Faults : public testing::Test {
         saves = MemoryPlatform::Saves();
         MemoryPlatform::FailCall(0);
         std::string const trace = dir.Read("callrecording.log");
-        for (std::size_t at = 0; (at = trace.find("\t.", at)) != std::string::npos; ++at) {
+        for (std::size_t at = 0; (at = trace.find("\t.", at)) != std::string::npos; ++at)
             outcome += " " + trace.substr(at + 6, trace.find('\n', at) - at - 6);
-        }
         return outcome;
     }
 

@@ -37,12 +37,10 @@ inline bool IsBetween(std::string const& run, std::string const& low, std::strin
         return run.size() == 1 && std::isalpha(static_cast<unsigned char>(run[0])) &&
                !low.empty() && low[0] < run[0] && run <= high;
     }
-    if (run.size() < low.size() || run.size() > high.size()) {
+    if (run.size() < low.size() || run.size() > high.size())
         return false;
-    }
-    if (low.size() > 1 && low[0] == '0') {
+    if (low.size() > 1 && low[0] == '0')
         return run.size() == low.size() && low <= run && run <= high;
-    }
     return std::isdigit(static_cast<unsigned char>(run[0])) && (run[0] != '0' || run == "0") &&
            Value(low) <= Value(run) && Value(run) <= Value(high);
 }
@@ -68,9 +66,8 @@ inline bool Accepts(std::string const& list, std::string const& run, Counts& cou
                 ++at;
                 bool const isRange = is(std::isalnum);
                 std::string letter = is(std::isalpha) ? item.substr(at++, 1) : "";
-                if (letter.empty()) {
+                if (letter.empty())
                     take(std::isdigit, high);
-                }
                 if (isRange && IsBetween(run, low, letter.empty() ? high : letter)) {
                     counts[GROUPED_SYMBOL] += static_cast<int>(rest.size());
                     return true;
@@ -93,9 +90,8 @@ inline bool Accepts(std::string const& list, std::string const& run, Counts& cou
                 break;
             }
             if (rest.empty()) {
-                if (at == item.size() || (item[at] == '-' && c != '?')) {
+                if (at == item.size() || (item[at] == '-' && c != '?'))
                     return true;
-                }
                 counts = before;
                 break;
             }
@@ -107,9 +103,8 @@ inline bool Accepts(std::string const& list, std::string const& run, Counts& cou
 
 inline bool Excludes(std::string const& list, std::string const& run) {
     std::size_t const mark = list.find('!');
-    if (mark == std::string::npos) {
+    if (mark == std::string::npos)
         return false;
-    }
     std::size_t const comma = list.find(',', mark);
     Counts ignored{};
     return Accepts(list.substr(mark + 1, comma - mark - 1), run, ignored) ||
@@ -127,24 +122,20 @@ inline bool Takes(char construct, std::string const& list, std::string const& ru
 }
 
 inline Answer Match(std::string const& address, std::string const& pattern) {
-    if (pattern.empty()) {
+    if (pattern.empty())
         return address.empty() ? Answer(Counts{}) : std::nullopt;
-    }
     char const c = pattern[0];
     bool const isGroup = c == '[' || c == '<';
-    if (!isGroup && c != '*' && c != '?' && !IsLiteral(static_cast<unsigned char>(c))) {
+    if (!isGroup && c != '*' && c != '?' && !IsLiteral(static_cast<unsigned char>(c)))
         return Counts{}; // It ends the match with success.
-    }
     std::size_t const end = isGroup ? pattern.find(c == '[' ? ']' : '>') : 0;
-    if (end == std::string::npos) {
+    if (end == std::string::npos)
         return std::nullopt;
-    }
     std::size_t const longest = c == '*' || c == '<' ? address.size() : 1;
     for (std::size_t n = c == '*' ? 0 : 1; n <= std::min(longest, address.size()); ++n) {
         Answer answer = Match(address.substr(n), pattern.substr(end + 1));
-        if (answer && Takes(c, pattern.substr(1, end - 1), address.substr(0, n), *answer)) {
+        if (answer && Takes(c, pattern.substr(1, end - 1), address.substr(0, n), *answer))
             return answer;
-        }
     }
     return std::nullopt;
 }
@@ -153,9 +144,8 @@ inline Answer Match(std::string const& address, std::string const& pattern) {
 inline Answer LibraryMatch(CallRecordingUtils::CCallRecordingAssistant const& assistant,
                            std::string const& address, std::string const& pattern) {
     CallRecordingUtils::wild_card_counts n;
-    if (!assistant.IsMatching(address, pattern, n)) {
+    if (!assistant.IsMatching(address, pattern, n))
         return std::nullopt;
-    }
     return Counts{
         n.symbol_count,     n.grouped_symbol_count,   n.question_count, n.grouped_question_count,
         n.symbol_set_count, n.range_expression_count, n.star_count};

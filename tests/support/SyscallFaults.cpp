@@ -23,25 +23,21 @@ std::string calls;
 
 /// Notes a call, and returns what is to become of it.
 std::optional<Fault> FaultOf(Call call, char const* name) {
-    if (!isArmed || wasHit) {
+    if (!isArmed || wasHit)
         return std::nullopt;
-    }
     calls.append(name).append(" ");
-    if ((chosenCall != Call::ANY && chosenCall != call) || --callsToGo != 0) {
+    if ((chosenCall != Call::ANY && chosenCall != call) || --callsToGo != 0)
         return std::nullopt;
-    }
     wasHit = true;
     return chosenFault;
 }
 
 /// Lets a call go wrong, and returns its result.
 int Fail(Fault fault) {
-    if (fault == Fault::KILL) {
+    if (fault == Fault::KILL)
         kill(getpid(), SIGKILL);
-    }
-    if (fault == Fault::NOTHING) {
+    if (fault == Fault::NOTHING)
         return 0;
-    }
     errno = fault == Fault::INTERRUPT ? EINTR : chosenError;
     return -1;
 }
@@ -132,9 +128,8 @@ ssize_t InterposedRead(int file, void* data, size_t size) {
 ssize_t InterposedWrite(int file, void const* data, size_t size) {
     auto* const real = Real<ssize_t(int, void const*, size_t)>("write");
     std::optional<Fault> const fault = FaultOf(Call::WRITE, "write");
-    if (!fault) {
+    if (!fault)
         return real(file, data, size);
-    }
     bool const isHalf = *fault == Fault::CUT || *fault == Fault::KILL;
     ssize_t const written = isHalf ? real(file, data, size / 2) : 0;
     return *fault == Fault::CUT ? written : Fail(*fault);
@@ -154,9 +149,8 @@ int InterposedFsync(int file) {
 
 int InterposedClose(int file) {
     std::optional<Fault> const fault = FaultOf(Call::CLOSE, "close");
-    if (fault == Fault::KILL) {
+    if (fault == Fault::KILL)
         return Fail(*fault);
-    }
     int const result = Real<int(int)>("close")(file);
     return fault ? Fail(*fault) : result;
 }

@@ -16,9 +16,8 @@
 class TempDir {
   public:
     TempDir() : mPath((std::filesystem::temp_directory_path() / "callrecording.XXXXXX").string()) {
-        if (mkdtemp(mPath.data()) == nullptr) {
+        if (mkdtemp(mPath.data()) == nullptr)
             throw std::runtime_error(mPath + ": cannot be made");
-        }
     }
     ~TempDir() {
         std::error_code ignored;
@@ -38,17 +37,15 @@ class TempDir {
         std::filesystem::create_directories(path.parent_path());
         std::ofstream file(path, std::ios::binary | std::ios::trunc);
         file.write(content.data(), static_cast<std::streamsize>(content.size()));
-        if (!file.flush()) {
+        if (!file.flush())
             throw std::runtime_error(path.string() + ": cannot be written");
-        }
     }
 
     /// The bytes of the file name.
     std::string Read(std::string_view name) const {
         std::ifstream file(Path(name), std::ios::binary);
-        if (!file) {
+        if (!file)
             throw std::runtime_error(Path(name) + ": cannot be read");
-        }
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
 

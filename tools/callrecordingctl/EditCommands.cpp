@@ -193,10 +193,9 @@ void PlanTwin(Plan& plan, RuleList const& rules, std::size_t index) {
 std::vector<std::size_t> TwinsToDelete(RuleList const& rules, std::size_t index) {
     std::vector<std::size_t> twins;
     FindTwin(rules, index);
-    for (std::size_t i = 0; i < rules.size() && (i < index || twins.empty()); ++i) {
+    for (std::size_t i = 0; i < rules.size() && (i < index || twins.empty()); ++i)
         if (i != index && IsTwin(rules[index], rules[i]))
             twins.push_back(i);
-    }
     return twins;
 }
 
@@ -275,40 +274,46 @@ ExitCode Modify(std::int32_t id, RuleFields const& fields, EditOptions const& op
 }
 
 ExitCode Delete(std::int32_t id, EditOptions const& options) {
-    return RunEdit(options, [&](RuleList const& rules) {
-        return PlanDelete(rules, FindRule(rules, id), options.twin);
-    });
+    return RunEdit(
+        options,
+        [&](RuleList const& rules) {
+            return PlanDelete(rules, FindRule(rules, id), options.twin);
+        });
 }
 
 ExitCode Move(std::int32_t id, std::size_t places, bool up, EditOptions const& options) {
-    return RunEdit(options, [&](RuleList const& rules) {
-        std::size_t const index = FindRule(rules, id);
-        std::size_t const room = up ? index : rules.size() - 1 - index;
-        if (room == 0)
-            throw Failure(EXIT_CODE_NO,
-                          fmt::format("rule {} is the {} already; nothing was changed", id,
-                                      up ? "first" : "last"));
-        std::size_t const distance = std::min(places, room);
-        std::size_t const target = up ? index - distance : index + distance;
-        Plan plan = PlanOf(rules, target);
-        PlanMove(plan, index, target);
-        return plan;
-    });
+    return RunEdit(
+        options,
+        [&](RuleList const& rules) {
+            std::size_t const index = FindRule(rules, id);
+            std::size_t const room = up ? index : rules.size() - 1 - index;
+            if (room == 0)
+                throw Failure(EXIT_CODE_NO,
+                              fmt::format("rule {} is the {} already; nothing was changed", id,
+                                          up ? "first" : "last"));
+            std::size_t const distance = std::min(places, room);
+            std::size_t const target = up ? index - distance : index + distance;
+            Plan plan = PlanOf(rules, target);
+            PlanMove(plan, index, target);
+            return plan;
+        });
 }
 
 ExitCode SetState(std::int32_t id, bool enable, EditOptions const& options) {
-    return RunEdit(options, [&](RuleList const& rules) {
-        std::size_t const index = FindRule(rules, id);
-        Plan plan = PlanOf(rules, index);
-        Rule& rule = plan.after[index].rule;
-        rule.recording_rule_state =
-            enable ? CallRecordingUtils::RULE_ENABLED : CallRecordingUtils::RULE_DISABLED;
-        plan.steps.push_back({[id, enable](CCallRecordingDB& database) {
-                                  return database.SetRuleState(std::to_string(id), enable);
-                              },
-                              index, rule});
-        return plan;
-    });
+    return RunEdit(
+        options,
+        [&](RuleList const& rules) {
+            std::size_t const index = FindRule(rules, id);
+            Plan plan = PlanOf(rules, index);
+            Rule& rule = plan.after[index].rule;
+            rule.recording_rule_state =
+                enable ? CallRecordingUtils::RULE_ENABLED : CallRecordingUtils::RULE_DISABLED;
+            plan.steps.push_back({[id, enable](CCallRecordingDB& database) {
+                                      return database.SetRuleState(std::to_string(id), enable);
+                                  },
+                                  index, rule});
+            return plan;
+        });
 }
 
 } // namespace callrecordingctl

@@ -103,10 +103,9 @@ std::vector<Change> Changes(RuleList const& before, Plan const& plan) {
         else if (change.before == nullptr || !IsSame(*change.before, rule))
             changes.push_back(change);
     }
-    for (std::size_t i = 0; i < before.size(); ++i) {
+    for (std::size_t i = 0; i < before.size(); ++i)
         if (!isKept[i])
             changes.push_back({&before[i], i + 1, nullptr, 0});
-    }
     return changes;
 }
 

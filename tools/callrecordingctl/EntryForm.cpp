@@ -102,10 +102,9 @@ StoredPattern StoreSip(std::string_view entry) {
     StoredPattern const host = StoreSipPiece(pieces->host, hostBegin);
     StoredPattern const port = StoreSipPiece(pieces->port.value_or(""), portBegin);
     StoredPattern const misread = ExplainMisread(*pieces, hostBegin, portBegin);
-    for (StoredPattern const* part : {&user, &host, &port, &misread}) {
+    for (StoredPattern const* part : {&user, &host, &port, &misread})
         if (part->problem)
             return *part;
-    }
     return {user.stored + '@' + host.stored + (pieces->port ? ':' + port.stored : ""),
             std::nullopt};
 }

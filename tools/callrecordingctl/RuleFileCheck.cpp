@@ -48,10 +48,9 @@ struct Section {
 /// Letters and digits only, in lower case: what a hand tends to get right in a key.
 std::string Essence(std::string const& key) {
     std::string essence;
-    for (char const c : key) {
+    for (char const c : key)
         if (std::isalnum(static_cast<unsigned char>(c)) != 0)
             essence += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    }
     return essence;
 }
 
@@ -104,10 +103,9 @@ std::vector<Section> ReadSections() {
         auto const file = OpenRuleFile();
         std::vector<Section> sections = Locate();
         RuleStore store;
-        for (Section& section : sections) {
+        for (Section& section : sections)
             if (file->GotoNextSection() != 0)
                 ReadValues(*file, store, section);
-        }
         return sections;
     } catch (std::exception const& error) {
         throw Failure(EXIT_CODE_UNREADABLE, error.what());

@@ -23,10 +23,9 @@ std::string WhyUnreadable() {
     try {
         auto const file = OpenRuleFile();
         std::vector<char> buffer(64 * 1024);
-        while (file->GotoNextSection() != 0) {
+        while (file->GotoNextSection() != 0)
             for (char const* key : CallRecordingUtils::tokensArray)
                 file->GetSectionEntry(key, buffer.data(), static_cast<unsigned>(buffer.size()));
-        }
     } catch (std::exception const& error) {
         return error.what();
     }

@@ -14,10 +14,9 @@ char const* CallTypeName(CallType type) {
 }
 
 std::optional<CallType> ParseCallType(std::string const& text) {
-    for (int type = CALL_TYPE_NUMBER; type <= CALL_TYPE_ANY; ++type) {
+    for (int type = CALL_TYPE_NUMBER; type <= CALL_TYPE_ANY; ++type)
         if (text == CALL_TYPE_NAMES[type] || text == std::to_string(type))
             return static_cast<CallType>(type);
-    }
     return std::nullopt;
 }
 

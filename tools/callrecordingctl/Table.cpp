@@ -39,10 +39,9 @@ bool IsContinuation(char c) {
 /// The bytes that the first width characters of text take.
 std::size_t BytesOf(std::string_view text, std::size_t width) {
     std::size_t at = 0;
-    for (; at < text.size(); ++at) {
+    for (; at < text.size(); ++at)
         if (!IsContinuation(text[at]) && width-- == 0)
             break;
-    }
     return at;
 }
 
@@ -57,10 +56,9 @@ std::size_t BreakAt(std::string_view text, std::size_t length) {
     std::size_t const blank = text.substr(0, length + 1).rfind(' ');
     if (blank != std::string_view::npos && blank > 0)
         return blank;
-    for (std::size_t at = length; at > length / 4 && at > 0; --at) {
+    for (std::size_t at = length; at > length / 4 && at > 0; --at)
         if (IsJoint(text[at - 1], text[at]))
             return at;
-    }
     return length;
 }
 
@@ -144,10 +142,9 @@ std::string Printable(std::string_view text) {
     };
     std::replace_if(printable.begin(), printable.end(), isControl, '?');
     // U+0080 to U+009F, which some terminals obey as well.
-    for (std::size_t i = 1; i < printable.size(); ++i) {
+    for (std::size_t i = 1; i < printable.size(); ++i)
         if (printable[i - 1] == '\xC2' && static_cast<unsigned char>(printable[i]) < 0xA0)
             printable.replace(i - 1, 2, "??");
-    }
     return printable;
 }
 
@@ -164,10 +161,9 @@ void Table::Add(std::vector<std::string> cells, bool isPale) {
 
 std::vector<std::size_t> Table::NaturalWidths() const {
     std::vector<std::size_t> widths(mRows.front().cells.size());
-    for (Row const& row : mRows) {
+    for (Row const& row : mRows)
         for (std::size_t i = 0; i < row.cells.size(); ++i)
             widths[i] = std::max(widths[i], DisplayWidth(row.cells[i]));
-    }
     return widths;
 }
 

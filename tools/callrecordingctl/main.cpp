@@ -60,30 +60,34 @@ CLI::Option* AddText(CLI::App& command, std::string const& name, char const* wha
 template <typename Store>
 CLI::Option* AddNumber(CLI::App& command, std::string const& name, char const* what,
                        char const* help, std::uint32_t least, Store store) {
-    return AddText(command, name, what, help, [name, least, store](std::string const& text) {
-        store(ParseNumber(name, text, least));
-    });
+    return AddText(
+        command, name, what, help,
+        [name, least, store](std::string const& text) { store(ParseNumber(name, text, least)); });
 }
 
 template <typename Store>
 void AddCallType(CLI::App& command, std::string const& name, char const* help, Store store) {
-    AddText(command, name, "TYPE", help, [name, store](std::string const& text) {
-        auto const type = ParseCallType(text);
-        if (!type)
-            throw CLI::ValidationError(
-                name,
-                fmt::format("\"{}\" is no call type; it is number, sip, number2, any, or 0 to 3",
-                            text));
-        store(*type);
-    });
+    AddText(
+        command, name, "TYPE", help,
+        [name, store](std::string const& text) {
+            auto const type = ParseCallType(text);
+            if (!type)
+                throw CLI::ValidationError(
+                    name, fmt::format(
+                              "\"{}\" is no call type; it is number, sip, number2, any, or 0 to 3",
+                              text));
+            store(*type);
+        });
 }
 
 void AddConfigDir(CLI::App& command, CommandLine& line) {
-    AddText(command, "--config-dir", "DIR", CONFIG_DIR_HELP, [&line](std::string const& directory) {
-        if (directory.empty())
-            throw CLI::ValidationError("--config-dir", "the directory is empty");
-        line.configDir = directory;
-    });
+    AddText(
+        command, "--config-dir", "DIR", CONFIG_DIR_HELP,
+        [&line](std::string const& directory) {
+            if (directory.empty())
+                throw CLI::ValidationError("--config-dir", "the directory is empty");
+            line.configDir = directory;
+        });
 }
 
 /// A subcommand with the options that all have.
@@ -98,8 +102,9 @@ CLI::App& AddCommand(CLI::App& app, CommandLine& line, char const* name, char co
 }
 
 void AddId(CLI::App& command, CommandLine& line) {
-    AddNumber(command, "ID", "", "Identifier of the rule, as list shows it", 0,
-              [&line](std::uint32_t id) { line.id = static_cast<std::int32_t>(id); })
+    AddNumber(
+        command, "ID", "", "Identifier of the rule, as list shows it", 0,
+        [&line](std::uint32_t id) { line.id = static_cast<std::int32_t>(id); })
         ->required();
 }
 
@@ -142,13 +147,12 @@ void TakePatterns(CLI::App const& check, std::vector<std::string>& patterns) {
 }
 
 void AddCheck(CLI::App& app, CommandLine& line) {
-    CLI::App& check =
-        AddCommand(app, line, "check", "Check patterns, or without any the whole rule file",
-                   CHECK_HELP, [&line] {
-                       return line.patterns.empty()
-                                  ? CheckRuleFile(line.json)
-                                  : CheckPatterns(line.patterns, line.type, line.json);
-                   });
+    CLI::App& check = AddCommand(
+        app, line, "check", "Check patterns, or without any the whole rule file", CHECK_HELP,
+        [&line] {
+            return line.patterns.empty() ? CheckRuleFile(line.json)
+                                         : CheckPatterns(line.patterns, line.type, line.json);
+        });
     AddText(check, "PATTERN...", "", "Patterns as they would be given to add",
             [&line](std::string const& text) { line.patterns.push_back(text); })
         ->expected(0, 1); // For the help: all patterns are left over.
@@ -174,10 +178,11 @@ CLI::App& AddEdit(CLI::App& app, CommandLine& line, char const* name, char const
 
 void AddSide(CLI::App& command, SideFields& side, std::string const& name, char const* who,
              bool isNew) {
-    AddText(command, "--" + name, "PATTERN",
-            fmt::format("Pattern of the {} side{}", who, isNew ? " (default: *, everyone)" : "")
-                .c_str(),
-            [&side](std::string const& text) { side.pattern = text; });
+    AddText(
+        command, "--" + name, "PATTERN",
+        fmt::format("Pattern of the {} side{}", who, isNew ? " (default: *, everyone)" : "")
+            .c_str(),
+        [&side](std::string const& text) { side.pattern = text; });
     AddCallType(command, "--" + name + "-type",
                 isNew ? "Its call type (default: sip with an \"@\" in it,\nany for *, else number)"
                       : "Its call type",
@@ -188,19 +193,22 @@ void AddFields(CLI::App& command, RuleFields& fields, bool isNew) {
     using namespace CallRecordingUtils;
     AddSide(command, fields.from, "from", "calling", isNew);
     AddSide(command, fields.to, "to", "called", isNew);
-    AddText(command, "--record-to", "TEXT", "Where to record to",
-            [&fields](std::string const& text) { fields.recordTo = text; });
-    AddText(command, "--duration", "TEXT", "How long to record",
-            [&fields](std::string const& text) { fields.duration = text; });
+    AddText(
+        command, "--record-to", "TEXT", "Where to record to",
+        [&fields](std::string const& text) { fields.recordTo = text; });
+    AddText(
+        command, "--duration", "TEXT", "How long to record",
+        [&fields](std::string const& text) { fields.duration = text; });
     AddText(command, "--description", "TEXT", "What the rule is for",
             [&fields](std::string const& text) { fields.description = text; });
-    AddText(command, "--recording-type", "0|1", "Kind of recording",
-            [&fields](std::string const& text) {
-                if (text != "0" && text != "1")
-                    throw CLI::ValidationError("--recording-type",
-                                               fmt::format("\"{}\" is not 0 or 1", text));
-                fields.recordingType = text == "0" ? CALL_RECORDING_TYPE_0 : CALL_RECORDING_TYPE_1;
-            });
+    AddText(
+        command, "--recording-type", "0|1", "Kind of recording",
+        [&fields](std::string const& text) {
+            if (text != "0" && text != "1")
+                throw CLI::ValidationError("--recording-type",
+                                           fmt::format("\"{}\" is not 0 or 1", text));
+            fields.recordingType = text == "0" ? CALL_RECORDING_TYPE_0 : CALL_RECORDING_TYPE_1;
+        });
     command.add_flag_callback(
         "--disabled", [&fields] { fields.state = RULE_DISABLED; }, "Switch the rule off");
     auto const enable = [&fields] {

@@ -30,9 +30,8 @@ class TempDir {
     }
     std::string Read(std::string_view name) const {
         auto const text = MemoryPlatform::GetFile(Path(name));
-        if (!text) {
+        if (!text)
             throw std::runtime_error(Path(name) + ": does not exist");
-        }
         return *text;
     }
 
