@@ -1,0 +1,60 @@
+// Adds a rule, changes it, switches it off and on, moves it up, and deletes it again.
+// Usage: edit_rules DIRECTORY (which stays as it is: the edits are made to a copy)
+
+#include <algorithm>
+#include <iostream>
+#include <string>
+
+#include <callrecordingutils/CCallRecordingDB.h>
+#include <callrecordingutils/PatternValidation.h>
+
+#include "SampleCopy.h"
+
+using namespace CallRecordingUtils;
+
+namespace {
+
+/// Turns a pattern as people write it into the form that is stored and matched.
+bool ToStored(std::string& pattern) {
+    if (IsPatternIncorrect(pattern)) // Replaces the escapes as well.
+        return false;
+    std::replace(pattern.begin(), pattern.end(), '{', '<');
+    std::replace(pattern.begin(), pattern.end(), '}', '>');
+    return true;
+}
+
+bool Edit(CCallRecordingDB& database) {
+    CallRecordingRuleParams rule;
+    rule.caller_pattern = "*"; // Of any call type, as all new records.
+    rule.called_pattern = "0900{00-99}";
+    rule.called_call_type = CALL_TYPE_NUMBER;
+    if (!ToStored(rule.called_pattern) || !database.AddRule(&rule))
+        return false;
+    rule.record_to = "archive:/premium";
+    if (!database.ModifyRule(&rule, false) || !database.Reload())
+        return false;
+
+    std::string const id = std::to_string(rule.callrecordingrule_id);
+    CallRecordingRuleParams const* const listed = database.GetSelectedRule(id); // Borrowed.
+    if (listed == nullptr || listed->record_to != rule.record_to ||
+        !database.SetRuleState(id, false) || !database.SetRuleState(id, true))
+        return false;
+
+    // A move exchanges the identifiers with the neighbour; listed is good until the reload.
+    bool const isSaved = database.ReOrderRule(id, true);
+    std::string const newId = std::to_string(listed->callrecordingrule_id);
+    if (!isSaved || newId == id || !database.Reload())
+        return false;
+    return database.DeleteRule(newId) && database.Reload() &&
+           !database.Find("*", rule.called_pattern);
+}
+
+} // namespace
+
+int main(int, char** argv) {
+    SampleCopy const copy(argv[1]);
+    bool const isDone = Edit(*CCallRecordingDB::GetInstance(true, false));
+    CCallRecordingDB::CloseInstance(); // The records are gone with the last reference.
+    std::cout << (isDone ? "all edits done\n" : "an edit failed\n");
+    return isDone ? 0 : 1;
+}
