@@ -85,7 +85,7 @@ std::vector<Section> Locate() {
 }
 
 void ReadValues(Configuration::MultiSectionFile& file, RuleStore& store, Section& section) {
-    std::vector<char> buffer(64 * 1024);
+    std::vector<char> buffer(65536);
     for (int key = 0; key < RULE_FILE_KEY_COUNT; ++key) {
         file.GetSectionEntry(tokensArray[key], buffer.data(), static_cast<unsigned>(buffer.size()));
         section.values[key] = buffer.data();

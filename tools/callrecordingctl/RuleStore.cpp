@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 std::string WhyUnreadable() {
     try {
         auto const file = OpenRuleFile();
-        std::vector<char> buffer(64 * 1024);
+        std::vector<char> buffer(65536);
         while (file->GotoNextSection() != 0)
             for (char const* key : CallRecordingUtils::tokensArray)
                 file->GetSectionEntry(key, buffer.data(), static_cast<unsigned>(buffer.size()));

@@ -92,7 +92,7 @@ void AddConfigDir(CLI::App& command, CommandLine& line) {
 
 /// A subcommand with the options that all have.
 CLI::App& AddCommand(CLI::App& app, CommandLine& line, char const* name, char const* summary,
-                     char const* help, std::function<ExitCode()> command) {
+                     char const* help, std::function<ExitCode()> const& command) {
     CLI::App& added = *app.add_subcommand(name, summary);
     added.footer(help);
     added.callback([&line, command] { line.command = command; });
@@ -164,7 +164,7 @@ void AddCheck(CLI::App& app, CommandLine& line) {
 
 /// A command that edits, with the options that all edits have.
 CLI::App& AddEdit(CLI::App& app, CommandLine& line, char const* name, char const* summary,
-                  char const* help, std::function<ExitCode()> command) {
+                  char const* help, std::function<ExitCode()> const& command) {
     CLI::App& edit = AddCommand(app, line, name, summary, help, [&line, command] {
         line.edit.json = line.json;
         return command();
