@@ -66,16 +66,18 @@ struct wild_card_counts {
 /// Threads: one assistant may be used by any number of threads. A decision and a reload made
 /// through the same assistant never overlap. A reload through another assistant, or an edit or
 /// reload made on the database itself, is not held off: callers that mix these on several threads
-/// put a lock of their own around them. The matching operations touch no state and need no lock at
-/// all.
+/// put a lock of their own around them. Construct assistants while no load or reload runs, through
+/// whichever object: both would load. A decision waits while a decision or a reload through the
+/// same assistant runs; a reload reads the file. The matching operations touch no state and need no
+/// lock at all.
 ///
 /// Errors: nothing is thrown but std::bad_alloc, and every lock is released then.
 class CALLRECORDINGUTILS_EXPORT CCallRecordingAssistant {
   public:
     /// Takes a reference on the database and makes sure that its rules are loaded. A rule file that
-    /// cannot be read leaves the list empty or partial; the trace log says so.
-    /// withLogger asks for the trace log. It has an effect only on the first reference of the
-    /// process.
+    /// cannot be read leaves the list empty or partial; the trace log says so. To be told, call
+    /// CCallRecordingDB::GetInstance without load, and then Load, before. withLogger asks for the
+    /// trace log. It has an effect only on the first reference of the process.
     explicit CCallRecordingAssistant(bool withLogger);
 
     /// Gives the reference back; the last one destroys the database and the trace log.
@@ -93,7 +95,8 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingAssistant {
                                 CallRecordingRuleParams* rule);
 
     /// Reads the rule file again, in the current view mode. Returns false when it could not be
-    /// read; the list is then empty or partial. Records borrowed from the database become invalid.
+    /// read; the list is then empty or partial, and the rules listed before are gone. Records
+    /// borrowed from the database become invalid.
     bool ReloadCallRecordingRules();
 
     /// The process-wide trace log, or null when there is none. Borrowed: it lives as long as some
@@ -138,11 +141,11 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingAssistant {
                     wild_card_counts& counts) const;
 
     /// Returns whether some positive item of itemList (the text between the brackets of a group)
-    /// accepts the whole candidate; exclusions are passed over. On true counts has grown by what
-    /// was consumed: in the grouped_ counters when grouped, else in symbol_count and
-    /// question_count. What items before the accepting one consumed of the candidate stays counted,
-    /// unless such an item used up the whole candidate too early or held a character outside the
-    /// pattern language. On false counts is as it was.
+    /// accepts the whole candidate; exclusions are passed over. An empty candidate is never
+    /// accepted. On true counts has grown by what was consumed: in the grouped_ counters when
+    /// grouped, else in symbol_count and question_count. What items before the accepting one
+    /// consumed of the candidate stays counted, unless such an item used up the whole candidate too
+    /// early or held a character outside the pattern language. On false counts is as it was.
     bool IsInRange(std::string const& itemList, std::string const& candidate,
                    wild_card_counts& counts, bool const& grouped) const;
 

@@ -44,12 +44,18 @@ CALLRECORDINGUTILS_EXPORT extern ThreadMutex cfgThreadMutex;
 /// at every instant the file is the old one or the new one, and what an edit does not touch
 /// (comments, unknown keys, order) keeps its bytes. Except where noted an edit leaves the list in
 /// memory alone; Reload makes it visible to decisions. A file that cannot be read is never written.
+/// Patterns are stored as they are: check and convert them first. A text that is no line of the
+/// file (a line break, a NUL, more than 65535 bytes) fails the edit with none of the rule's fields
+/// written. Call types outside 0 to 3 read back as any.
 ///
 /// Errors: no file operation lets an exception out; a failure is traced at level 0 and gives false.
-/// A failure undoes nothing that was saved before it.
+/// A failure undoes nothing that was saved before it. When the very last step of a save fails,
+/// false means that the new file is in place and may not survive a loss of power.
 ///
 /// Threads: GetInstance and CloseInstance may be called from any thread. Everything else takes no
-/// lock: callers serialise edits, reloads, SetMode and lookups with each other and with decisions.
+/// lock: callers serialise edits, reloads, SetMode and lookups with each other, with decisions, and
+/// with a GetInstance that loads. Not for signal handlers. The environment is read with getenv, so
+/// set it before there are threads.
 class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
   public:
     /// An empty, unloaded database. Clients use GetInstance.
@@ -59,22 +65,24 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     CCallRecordingDB(CCallRecordingDB const&) = delete;
     CCallRecordingDB& operator=(CCallRecordingDB const&) = delete;
 
-    // --- Life cycle
-    // -------------------------------------------------------------------------------
+    // --- Life cycle ---
 
     /// Returns the instance and counts one more reference. The first call creates it, and with it
     /// the trace log when withLogger is true; later calls create no log. With load the rules are
     /// loaded unless they are already; a failure shows in the trace log and in an empty or partial
-    /// list. Never null. Throws std::bad_alloc only, and counts nothing then.
+    /// list. The file is read under cfgThreadMutex, so others wait. Never null. Throws
+    /// std::bad_alloc only, and counts nothing then.
     static CCallRecordingDB* GetInstance(bool load, bool withLogger);
 
     /// Gives one reference back. The last one destroys the instance, its records and the trace log.
-    /// Does nothing when there is no reference.
+    /// Does nothing when there is no reference. Calls beyond one's own take away the references of
+    /// others; the last one must not run beside any other operation.
     static void CloseInstance();
 
     /// Chooses how the next load that reads the file lists the rules. true, the initial mode:
     /// advanced view, one record per section. false: basic view, each rule merged with its mirrored
-    /// twin.
+    /// twin, listed by its key pattern, and never matching without a twin. A process that decides
+    /// calls stays in advanced view.
     static void SetMode(bool advanced);
 
     /// Loads the rule file unless that was done before. Returns true when loaded or already loaded,
@@ -86,17 +94,17 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     /// Reads the rule file again, whatever was loaded before. Result as Load.
     bool Reload();
 
-    /// Empties the list and clears mHasAdvancedRules.
+    /// Empties the list and clears mHasAdvancedRules. The database still counts as loaded.
     void Cleanup();
 
     /// Deletes every record and empties the list.
     void DestroyCallRecordList();
 
-    // --- The rules in memory
-    // ----------------------------------------------------------------------
+    // --- The rules in memory ---
 
     /// The rules in the order in which they are evaluated. The records are borrowed; null entries
-    /// are passed over by every operation.
+    /// are passed over by every operation. Leave list and records as they are: a change would act
+    /// on decisions and never reach the file.
     std::list<CallRecordingRuleParams*>& GetCallRecordingRules();
 
     /// Returns the first record whose identifier is the leading decimal number of ruleId (0 when it
@@ -107,8 +115,7 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     /// mean nothing here, and a rule with the two patterns exchanged does not count.
     bool Find(std::string const& callerPattern, std::string const& calledPattern);
 
-    // --- Edits of the rule file
-    // -------------------------------------------------------------------
+    // --- Edits of the rule file ---
 
     /// Appends rule to the file, as the last to be evaluated, under a new identifier, which is also
     /// written to rule->callrecordingrule_id (on a failure after that point it stays there).
@@ -117,8 +124,9 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
 
     /// Rewrites all ten fields of the section with rule's identifier. With updateTwin the recording
     /// type, destination, duration and state also go to the first section that mirrored the rule as
-    /// it was before. Returns whether the rewrite succeeded; true when there is no such section
-    /// (nothing is changed then), when rule is null, and when nothing has been loaded yet.
+    /// it was before. Returns whether the rewrite succeeded, and false as well when only the twin
+    /// could not be saved; true when there is no such section (nothing is changed then), when rule
+    /// is null, and when nothing has been loaded yet.
     bool ModifyRule(CallRecordingRuleParams const* rule, bool updateTwin);
 
     /// Deletes the section that has rule's identifier, patterns and call types, and with it the
@@ -127,8 +135,9 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     /// on a failure; true without effect when rule is null.
     bool DeleteRule(CallRecordingRuleParams const* rule);
 
-    /// Deletes the first section whose identifier is the very text ruleId; "05" does not find 5.
-    /// Returns false only on a failure; true without effect when ruleId is not made of digits.
+    /// Deletes the first section whose identifier is the very text ruleId; "05" does not find 5. A
+    /// twin is not touched. Returns false only on a failure; true without effect when ruleId is not
+    /// made of digits.
     bool DeleteRule(std::string const& ruleId);
 
     /// Moves a rule one place up (toward the front) or down by exchanging the contents of two
@@ -136,17 +145,18 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     /// neighbour's identifier, in the file and in memory. ruleId is compared as text. Both sections
     /// are saved at once. Nothing changes when ruleId is not made of digits or unknown, when the
     /// rule stands first or last, or when the list no longer mirrors the file. Returns false only
-    /// on a failure to read. REQUIRES: the list is as loaded in advanced view. Call Reload after
-    /// each move.
+    /// when the file cannot be read; after a failed save, which is traced, the identifiers in
+    /// memory stay exchanged until the next Reload. REQUIRES: the list is as loaded in advanced
+    /// view. Call Reload after each move.
     bool ReOrderRule(std::string const& ruleId, bool up);
 
     /// Enables or disables a listed rule in memory, at once, and in the file. Returns false when
     /// ruleId is not made of digits and on a failure; memory may have changed then. True without
-    /// effect when no listed rule has the identifier.
+    /// effect when no listed rule has the identifier, which is compared as a number (07 finds 7),
+    /// and without effect on the file when it holds no such rule.
     bool SetRuleState(std::string const& ruleId, bool enable);
 
-    // --- Pieces of the edits
-    // ----------------------------------------------------------------------
+    // --- Pieces of the edits ---
 
     /// Writes all fields of rule into the current section of file and saves the file. Returns true
     /// on success and when file is null; false, with a trace, on a failure. REQUIRES: rule is not
@@ -172,8 +182,7 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     /// side opposite to entry's, whatever the result. False when rule is null.
     bool IsIdenticallRules(CallRecordingRuleParams const* rule, CallRecordingRuleMapParams& entry);
 
-    // --- Statics
-    // ----------------------------------------------------------------------------------
+    // --- Statics ---
 
     static CCallRecordingDB* mpInstance;   ///< The instance, or null.
     static std::int32_t mInstancesCount;   ///< References not yet given back.

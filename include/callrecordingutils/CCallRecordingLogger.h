@@ -14,10 +14,14 @@ namespace CallRecordingUtils {
 
 /// Writes trace lines. There is at most one logger in a process: it is created by
 /// CCallRecordingDB::GetInstance, destroyed by CCallRecordingDB::CloseInstance, and reached through
-/// CCallRecordingDB::mpLogger or CCallRecordingAssistant::GetLogger.
+/// CCallRecordingDB::mpLogger or CCallRecordingAssistant::GetLogger. Clients do not construct one.
 ///
 /// Threads: any thread may trace; lines never interleave. Tracing must have ended before the last
-/// reference on the database is given back.
+/// reference on the database is given back. TRACE writes before it returns, one thread at a time.
+///
+/// On a plain host tracing is on when the environment variable QUVA_LOG_LEVEL is a number, the
+/// highest level that is kept; the file lies in the directory QUVA_LOG_PATH ("/var/log/" when
+/// unset). Both are read when the logger is created.
 class CCallRecordingLogger {
   public:
     /// Opens the log and asks the platform once whether tracing is on.

@@ -28,7 +28,7 @@
 ///   only the first of each end are compared, by their ASCII codes.
 ///
 ///     accepted              because
-///     (empty)               it matches the empty number
+///     (empty)               well formed; as a rule's pattern it never matches
 ///     0?5*                  "?" and "*" stand anywhere outside of groups
 ///     \*72                  an escaped "*"; stored as #72
 ///     [1-3,7,a-f,?,!2]      symbols, ranges of symbols, any symbol, an exclusion

@@ -160,6 +160,7 @@ bool PatternMatcher::MatchFromManyPlaces() {
     std::pmr::monotonic_buffer_resource arena(memory.data(), memory.size());
     Places places(&arena);
     Places next(&arena);
+    Marks taken(address_.size() + 1, false, &arena);
     places.reserve(address_.size() + 1);
     next.reserve(address_.size() + 1);
     places.push_back(place_);
@@ -175,7 +176,7 @@ bool PatternMatcher::MatchFromManyPlaces() {
             places.swap(next);
             break;
         case Construct::Range:
-            SpreadRange(element, places, next);
+            SpreadRange(element, places, next, taken);
             places.swap(next);
             break;
         }
@@ -203,10 +204,11 @@ void PatternMatcher::SpreadAnyRun(Places const& from, Places& to) const {
     }
 }
 
-void PatternMatcher::SpreadRange(Element const& range, Places const& from, Places& to) const {
+void PatternMatcher::SpreadRange(Element const& range, Places const& from, Places& to,
+                                 Marks& taken) const {
     to.clear();
     std::size_t const longest = LongestCandidate(Items(range));
-    std::vector<bool> taken(address_.size() + 1);
+    std::fill(taken.begin(), taken.end(), false);
     for (Place place : from) {
         std::size_t const reach = std::min(longest, address_.size() - place.position);
         for (std::size_t length = 1; length <= reach; ++length) {

@@ -62,6 +62,7 @@ class PatternMatcher {
         Consumed grouped;
     };
     using Places = std::pmr::vector<Place>;
+    using Marks = std::pmr::vector<bool>; // One for each position of the address.
 
     enum class Construct {
         End,    // Nothing is left.
@@ -102,7 +103,7 @@ class PatternMatcher {
     bool MatchFromManyPlaces();
     void KeepWhatSteps(Element const& step, Places& places) const;
     void SpreadAnyRun(Places const& from, Places& to) const;
-    void SpreadRange(Element const& range, Places const& from, Places& to) const;
+    void SpreadRange(Element const& range, Places const& from, Places& to, Marks& taken) const;
     bool PickPlaceAtEnd(Places const& places);
 
     std::string_view const address_;
