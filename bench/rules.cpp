@@ -126,7 +126,11 @@ class Generator {
         std::size_t const low = 100 * (1 + Below(8)) + Below(50);
         std::size_t const width = 10 + Below(150);
         std::size_t const excluded = low + 1 + Below(width - 1);
-        if (Below(3) == 0)
+        std::size_t const kind = Below(4);
+        if (kind == 0)
+            return {fmt::format("{}<{}-9><00-99>", start, low % 9 + 1),
+                    start + std::to_string(low % 9 + 1) + Digits(2)};
+        if (kind == 1)
             return {fmt::format("{}<00-{},!{:02}>", start, 10 + Below(90), Below(10)),
                     start + "10"};
         return {fmt::format("{}<{}-{},!{}>", start, low, low + width, excluded),

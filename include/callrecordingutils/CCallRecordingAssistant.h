@@ -134,9 +134,9 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingAssistant {
     ///
     /// Time is bounded by (pattern length) x (address length) steps; a range expression takes at
     /// each place of the address (longest run that it can accept) x (length of its list) of them.
-    /// Stack use is fixed. Memory beyond that is taken only where range expressions follow each
-    /// other without a
-    /// "*" between: at most some 33 bytes for each character of the address.
+    /// Stack use is fixed. Heap is used only where range expressions follow each other without a
+    /// "*" between and the address has more than 120 characters, some 33 bytes for each of them,
+    /// and for items such as a-bc, whose range goes on.
     bool IsMatching(std::string const& address, std::string const& pattern,
                     wild_card_counts& counts) const;
 

@@ -40,17 +40,18 @@ CALLRECORDINGUTILS_EXPORT extern ThreadMutex cfgThreadMutex;
 /// rebuilt: by Reload, by a Load that reads the file, by Cleanup, or by the last CloseInstance.
 /// Records passed in stay the caller's.
 ///
-/// Edits: each edit opens the rule file afresh, changes it and has it on disk when it returns true:
-/// at every instant the file is the old one or the new one, and what an edit does not touch
-/// (comments, unknown keys, order) keeps its bytes. Except where noted an edit leaves the list in
-/// memory alone; Reload makes it visible to decisions. A file that cannot be read is never written.
-/// Patterns are stored as they are: check and convert them first. A text that is no line of the
-/// file (a line break, a NUL, more than 65535 bytes) fails the edit with none of the rule's fields
-/// written. Call types outside 0 to 3 read back as any.
+/// Edits: each edit opens the rule file afresh, changes it and has it on disk when it returns true,
+/// ReOrderRule excepted: at every instant the file is the old one or the new one, and what an edit
+/// does not touch (comments, unknown keys, order) keeps its bytes. Except where noted an edit
+/// leaves the list in memory alone; Reload makes it visible to decisions. A file that cannot be
+/// read is never written. Patterns are stored as they are: check and convert them first. A text
+/// that is no line of the file (a line break, a NUL, more than 65535 bytes) fails the edit with
+/// none of the rule's fields written. Call types outside 0 to 3 read back as any.
 ///
 /// Errors: no file operation lets an exception out; a failure is traced at level 0 and gives false.
-/// A failure undoes nothing that was saved before it. When the very last step of a save fails,
-/// false means that the new file is in place and may not survive a loss of power.
+/// A failure undoes nothing that was saved before it. (ReOrderRule gives true when only its save
+/// failed; see there.) When the very last step of a save fails, false means that the new file is in
+/// place and may not survive a loss of power.
 ///
 /// Threads: GetInstance and CloseInstance may be called from any thread. Everything else takes no
 /// lock: callers serialise edits, reloads, SetMode and lookups with each other, with decisions, and
@@ -124,15 +125,16 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
 
     /// Rewrites all ten fields of the section with rule's identifier. With updateTwin the recording
     /// type, destination, duration and state also go to the first section that mirrored the rule as
-    /// it was before. Returns whether the rewrite succeeded, and false as well when only the twin
-    /// could not be saved; true when there is no such section (nothing is changed then), when rule
-    /// is null, and when nothing has been loaded yet.
+    /// it was before. Returns whether the rewrite succeeded, and false as well when the twin could
+    /// not be brought up to date, with the rewrite on disk; true when there is no such section
+    /// (nothing is changed then), when rule is null, and when nothing has been loaded yet.
     bool ModifyRule(CallRecordingRuleParams const* rule, bool updateTwin);
 
     /// Deletes the section that has rule's identifier, patterns and call types, and with it the
     /// sections that mirror it, whatever their identifier: all that stand before it or, when there
-    /// is none, the first that stands behind it. Each deletion is saved at once. Returns false only
-    /// on a failure; true without effect when rule is null.
+    /// is none, the first that stands behind it. When no section is the rule itself, every section
+    /// that mirrors it is deleted. Each deletion is saved at once. Returns false only on a failure;
+    /// true without effect when rule is null.
     bool DeleteRule(CallRecordingRuleParams const* rule);
 
     /// Deletes the first section whose identifier is the very text ruleId; "05" does not find 5. A

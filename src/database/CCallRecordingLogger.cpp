@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <ctime>
+#include <memory>
 #include <string>
 
 #include <sys/time.h>
@@ -35,8 +36,10 @@ void AppendTimestamp(std::string& line) {
 } // namespace
 
 CCallRecordingLogger::CCallRecordingLogger() : mpLogStream(nullptr), mIsEnabled(false) {
-    mpLogStream = new LogStream("callrecording.log", false, true, 0x7FFFFFFF, 1, 2048, false);
+    auto stream =
+        std::make_unique<LogStream>("callrecording.log", false, true, 0x7FFFFFFF, 1, 2048U, false);
     GetLogLevel(&mIsEnabled, nullptr);
+    mpLogStream = stream.release();
 }
 
 CCallRecordingLogger::~CCallRecordingLogger() {

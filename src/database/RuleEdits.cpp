@@ -219,7 +219,10 @@ bool CCallRecordingDB::DeleteRule(CallRecordingRuleParams const* rule) {
         RuleFile file;
         while (file.Next()) {
             Sides const sides = ReadSides(file.Reader());
-            if (sides == own && file.Reader().ReadId() == rule->callrecordingrule_id) {
+            char const* const id = file.Reader().Read(KEY_CALLRECORDINGRULE_ID);
+            if (id == nullptr)
+                continue; // Nothing of the section is known, and it only looks like a match.
+            if (sides == own && ParseDecimal(id) == rule->callrecordingrule_id) {
                 DeleteCurrent(file);
                 ownDeleted = true;
                 // A rule that mirrors itself has no other twin.

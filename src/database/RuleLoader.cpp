@@ -80,6 +80,8 @@ bool CCallRecordingDB::Load() {
     try {
         ReadRuleFile();
     } catch (...) {
+        if (!mIsAdvancedMode)
+            DestroyCallRecordList(); // Half of the merged rules would mislead.
         Trace(kTraceFailure, kLoadingFailed);
         succeeded = false;
     }

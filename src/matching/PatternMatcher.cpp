@@ -156,7 +156,7 @@ bool PatternMatcher::SearchRun(Element const& run, StepRun const& rest, std::siz
 /// Goes on from place_ when a range expression can end in several positions. For addresses of usual
 /// lengths the places fit into the arena, and nothing is allocated.
 bool PatternMatcher::MatchFromManyPlaces() {
-    std::array<std::byte, 4096> memory;
+    std::array<std::byte, 4608> memory;
     std::pmr::monotonic_buffer_resource arena(memory.data(), memory.size());
     Places places(&arena);
     Places next(&arena);

@@ -95,6 +95,7 @@ std::optional<Finding> CheckFinalBalance(std::string_view text) {
     return std::nullopt;
 }
 
+// By place rather than by pair: the first one is what the user sees first.
 std::optional<Finding> CheckForbiddenPairs(std::string_view text) {
     for (std::size_t at = 0; at + 1 < text.size(); ++at) {
         for (ForbiddenPair const& forbidden : kForbiddenPairs)
@@ -207,8 +208,8 @@ constexpr Step kStepsOnStoredForm[] = {
     CheckForbiddenPairs,
     CheckExtentOfSets,
     CheckTextBeforeGroups,
-    CheckTextBetweenGroups,
     CheckTextAfterGroups,
+    CheckTextBetweenGroups,
     CheckDashes,
     CheckCommas,
     CheckItemsOfSets,

@@ -41,7 +41,8 @@ bool IsSame(Rule const& left, Rule const& right) {
 /// is: the platform's class then says what the matter is.
 std::string WhyUnsaved() {
     try {
-        OpenRuleFile()->Save(true, nullptr);
+        if (HasRuleFile())
+            OpenRuleFile()->Save(true, nullptr);
     } catch (std::exception const& error) {
         return error.what();
     }
