@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the Debian packages in BUILD-DIR, looks into them, extracts them into a scratch root, and
-# uses what lies there: the client, and a small project built with CMake and with pkg-config.
+# uses what lies there: the client, and the examples, built with CMake and with pkg-config.
 # A build that is there already becomes one for /usr, and keeps its other options.
 # Usage: check-packages.sh BUILD-DIR [CMAKE-OPTION...]
 set -euo pipefail
@@ -18,6 +18,7 @@ scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 root=$scratch/root
 multiarch=$(dpkg-architecture -q DEB_HOST_MULTIARCH)
+sample=$source/examples/sample
 libdir=$root/usr/lib/$multiarch
 export LD_LIBRARY_PATH=$libdir
 
@@ -80,7 +81,8 @@ client_runs() {
 
 build_with_cmake() {
     cmake -S "$source/tests/package" -B "$scratch/cmake" -DCMAKE_PREFIX_PATH="$root/usr" &&
-        cmake --build "$scratch/cmake" && "$scratch/cmake/recording_client"
+        cmake --build "$scratch/cmake" && "$scratch/cmake/edit_rules" "$sample" &&
+        "$scratch/cmake/decide_call" "$sample" 500 0049123 | grep -F 'under rule 4'
 }
 
 build_with_pkg_config() {
@@ -88,8 +90,11 @@ build_with_pkg_config() {
     export PKG_CONFIG_LIBDIR=$libdir/pkgconfig
     pkg-config --print-errors --exists "callrecordingutils = $version" &&
         read -ra flags < <(pkg-config --cflags --libs callrecordingutils) &&
-        "${CXX:-g++}" -std=c++17 "$source/tests/package/main.cpp" "${flags[@]}" -o "$scratch/client" &&
-        "$scratch/client"
+        "${CXX:-g++}" -std=c++17 "$source/examples/check_pattern.cpp" "${flags[@]}" \
+            -o "$scratch/check_pattern" &&
+        "$scratch/check_pattern" '0{01-20}' | grep -F '0<01-20>' &&
+        printf '#include <%s>\n' "${headers[@]#usr/include/}" "${platform_headers[@]#*/platform/}" |
+        "${CXX:-g++}" -std=c++17 -Werror -x c++ -fsyntax-only "${flags[@]}" -
 }
 
 check "packages are made" make_packages
@@ -101,8 +106,9 @@ check "runtime: dependencies" says libcallrecordingutils1 Depends 'libc6 (>=' 'l
 check "runtime: is known to the linker and to packages that need it" registers_library
 
 mapfile -t headers < <(cd "$source/include" && printf 'usr/include/%s\n' callrecordingutils/*.h)
-check "development: files" holds libcallrecordingutils-dev "${headers[@]}" \
-    usr/include/callrecordingutils/platform/{CallParams,MultiSectionFile,PlatformExport,ThreadMutex}.h \
+platform_headers=(
+    usr/include/callrecordingutils/platform/{CallParams,MultiSectionFile,PlatformExport,ThreadMutex}.h)
+check "development: files" holds libcallrecordingutils-dev "${headers[@]}" "${platform_headers[@]}" \
     "usr/lib/$multiarch/libcallrecordingutils.so" \
     "usr/lib/$multiarch/pkgconfig/callrecordingutils.pc" \
     "usr/lib/$multiarch/cmake/callrecordingutils"/callrecordingutils{Config,ConfigVersion,Targets,Targets-release}.cmake

@@ -42,6 +42,14 @@ struct ProblemRow {
     char const* message; // A part of it.
 };
 
+template <typename Problem>
+void ExpectProblem(ProblemRow const& row, Problem const& problem) {
+    ASSERT_TRUE(problem) << row.pattern;
+    EXPECT_EQ(problem->position, row.position) << row.pattern;
+    EXPECT_NE(problem->message.find(row.message), std::string::npos)
+        << row.pattern << ": " << problem->message;
+}
+
 TEST(EntryForm, SaysWhatIsWrongAndWhere) {
     ProblemRow const rows[] = {
         {CALL_TYPE_NUMBER, "12-3", 2, "\"-\""},
@@ -59,13 +67,8 @@ TEST(EntryForm, SaysWhatIsWrongAndWhere) {
         {CALL_TYPE_SIP, "a@b\\!h", 3, "add the port"},
         {CALL_TYPE_SIP, "a@h:1\\!2", 5, "begin the port"},
     };
-    for (ProblemRow const& row : rows) {
-        StoredPattern const converted = ToStored(row.pattern, row.type);
-        ASSERT_TRUE(converted.problem) << row.pattern;
-        EXPECT_EQ(converted.problem->position, row.position) << row.pattern;
-        EXPECT_NE(converted.problem->message.find(row.message), std::string::npos)
-            << row.pattern << ": " << converted.problem->message;
-    }
+    for (ProblemRow const& row : rows)
+        ExpectProblem(row, ToStored(row.pattern, row.type).problem);
 }
 
 TEST(EntryForm, ShowsWhatAHandWroteAsItIs) {
@@ -77,10 +80,7 @@ TEST(EntryForm, ShowsWhatAHandWroteAsItIs) {
     };
     for (ProblemRow const& row : rows) {
         EXPECT_EQ(ToEntry(row.pattern, row.type), row.pattern);
-        auto const problem = ExplainStored(row.pattern, row.type);
-        ASSERT_TRUE(problem) << row.pattern;
-        EXPECT_EQ(problem->position, row.position) << row.pattern;
-        EXPECT_NE(problem->message.find(row.message), std::string::npos) << problem->message;
+        ExpectProblem(row, ExplainStored(row.pattern, row.type));
     }
 }
 

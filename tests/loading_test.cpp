@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -12,43 +11,16 @@
 #include <callrecordingutils/CCallRecordingAssistant.h>
 #include <callrecordingutils/CCallRecordingDB.h>
 #include <callrecordingutils/CCallRecordingLogger.h>
-#include <callrecordingutils/NumberToString.h>
 
-#include <support/TempDir.h>
+#include "support/DatabaseTest.h"
+#include "support/Edits.h"
 
 namespace CallRecordingUtils {
 namespace {
 
-constexpr char kLog[] = "callrecording.log";
-
-class Loading : public testing::Test {
+class Loading : public DatabaseTest {
   protected:
-    Loading() {
-        dir.UseAsConfiguration();
-        setenv("QUVA_LOG_PATH", dir.Path("").c_str(), 1);
-        setenv("QUVA_LOG_LEVEL", "9", 1);
-    }
-    ~Loading() override {
-        while (CCallRecordingDB::mInstancesCount > 0)
-            CCallRecordingDB::CloseInstance();
-        CCallRecordingDB::SetMode(true);
-    }
-
-    /// The trace so far without its timestamps, which must all be well formed.
-    std::string Trace() const {
-        std::istringstream log(dir.Read(kLog));
-        std::regex const timestamp(
-            R"([A-Z][a-z]{2} [A-Z][a-z]{2} [ 1-3]\d \d\d:\d\d:\d\d \d{4}\t\.\d{3} )");
-        std::string messages;
-        for (std::string line; std::getline(log, line);) {
-            std::smatch match;
-            EXPECT_TRUE(
-                std::regex_search(line, match, timestamp, std::regex_constants::match_continuous))
-                << line;
-            messages += match.suffix().str() + "\n";
-        }
-        return messages;
-    }
+    Loading() : DatabaseTest("9") {}
 
     /// The listed rules in short: identifier, sides, recording type, state, then the texts.
     static std::string Listing(CCallRecordingDB& db) {
@@ -61,27 +33,17 @@ class Loading : public testing::Test {
                 << rule->recording_duration << "|" << rule->description << "\n";
         return out.str();
     }
-
-    TempDir dir;
 };
-
-std::string Section(std::string const& id, std::string const& caller, char const* callerType,
-                    std::string const& called, char const* calledType,
-                    std::string const& rest = "call_recording_type=0\nrecording_rule_state=1\n") {
-    return "{\ncallrecordingrule_id=" + id + "\ncaller_pattern=" + caller +
-           "\ncaller_call_type=" + callerType + "\ncalled_pattern=" + called +
-           "\ncalled_call_type=" + calledType + "\n" + rest + "}\n";
-}
 
 TEST_F(Loading, AdvancedViewListsEverySectionAsItDecodes) {
     dir.WriteRules("# rules by hand\n{\n}\n"
                    "{\r\n  callrecordingrule_id= +12abc\r\ncaller_pattern=<1-9>#\r\n"
                    "caller_call_type=7\r\ncalled_call_type=2\r\ncall_recording_type=2\r\n"
                    "record_to= a = b # {\r\nrecording_rule_state=10\r\n\tdescription=x \r\n}\r\n" +
-                   Section("99999999999", "1", "0", "2", "1") +
-                   Section("-3", "*", "3", "*", " 0",
-                           "call_recording_type=1\n"
-                           "recording_rule_state=yes\n"));
+                   Section(Rule(0, "1", CALL_TYPE_NUMBER, "2", CALL_TYPE_SIP), "99999999999") +
+                   "{\ncallrecordingrule_id=-3\ncaller_pattern=*\ncaller_call_type=3\n"
+                   "called_pattern=*\ncalled_call_type= 0\ncall_recording_type=1\n"
+                   "recording_rule_state=yes\n}\n");
     CCallRecordingDB* const db = CCallRecordingDB::GetInstance(true, false);
     EXPECT_EQ(Listing(*db), "0 /3>/3 11 ||\n"
                             "12 <1-9>#/3>/2 10  a = b # {||x \n"
@@ -98,27 +60,27 @@ struct BasicRow {
 };
 
 TEST_F(Loading, BasicViewMergesMirroredPairs) {
-    std::string const pair =
-        Section("4", "*", "3", "100", "0") + Section("5", "100", "0", "*", "3");
-    std::string const settings = "record_to=x\ncall_recording_type=0\nrecording_rule_state=1\n";
+    std::string const star = Section(Rule(1, "*", CALL_TYPE_ANY, "100", CALL_TYPE_NUMBER));
+    std::string const mirror = Section(Rule(2, "100", CALL_TYPE_NUMBER, "*", CALL_TYPE_ANY));
     BasicRow const rows[] = {
-        {"pair", pair, "4 */3>100/0 00 ||\n", false},
-        {"the first of a pair is listed, whichever side it is keyed on",
-         Section("5", "100", "0", "*", "3") + Section("4", "*", "3", "100", "0"),
-         "5 100/0>*/3 00 ||\n", false},
-        {"alone", Section("1", "*", "3", "100", "0"), "1 */3>100/0 02 ||\n", false},
-        {"a duplicate is no mirror",
-         Section("1", "*", "3", "100", "0") + Section("2", "*", "3", "100", "0"),
-         "1 */3>100/0 02 ||\n", false},
+        {"pair", star + mirror, "1 */3>100/0 00 ||\n", false},
+        {"the first of a pair is listed, whichever side it is keyed on", mirror + star,
+         "2 100/0>*/3 00 ||\n", false},
+        {"alone", star, "1 */3>100/0 02 ||\n", false},
+        {"a duplicate is no mirror", star + star, "1 */3>100/0 02 ||\n", false},
         {"the pair disagrees",
-         Section("1", "*", "3", "100", "0") + Section("2", "100", "0", "*", "3", settings),
+         star + Section(Rule(2, "100", CALL_TYPE_NUMBER, "*", CALL_TYPE_ANY, "x")),
          "1 */3>100/0 02 ||\n", false},
-        {"other side is not everyone", Section("1", "1*", "3", "100", "0"), "1 1*/3>100/0 02 ||\n",
+        {"other side is not everyone",
+         Section(Rule(1, "1*", CALL_TYPE_ANY, "100", CALL_TYPE_NUMBER)), "1 1*/3>100/0 02 ||\n",
          false},
-        {"other side has a type", Section("1", "*", "1", "100", "0"), "1 */1>100/0 02 ||\n", true},
-        {"no key side", Section("1", "a", "1", "*", "3") + pair, "4 */3>100/0 00 ||\n", true},
+        {"other side has a type", Section(Rule(1, "*", CALL_TYPE_SIP, "100", CALL_TYPE_NUMBER)),
+         "1 */1>100/0 02 ||\n", true},
+        {"no key side", Section(Rule(4, "a", CALL_TYPE_SIP, "*", CALL_TYPE_ANY)) + star + mirror,
+         "1 */3>100/0 00 ||\n", true},
         {"listed by bytes of the key pattern",
-         Section("1", "*", "3", "9", "0") + Section("2", "*", "3", "10", "0"),
+         Section(Rule(1, "*", CALL_TYPE_ANY, "9", CALL_TYPE_NUMBER)) +
+             Section(Rule(2, "*", CALL_TYPE_ANY, "10", CALL_TYPE_NUMBER)),
          "2 */3>10/0 02 ||\n1 */3>9/0 02 ||\n", false},
     };
     for (BasicRow const& row : rows) {
@@ -153,7 +115,7 @@ TEST_F(Loading, ComparisonsWhereBothSidesAreKeys) {
 }
 
 TEST_F(Loading, InstanceAndLoggerLiveFromTheFirstReferenceToTheLast) {
-    dir.WriteRules(Section("1", "*", "3", "*", "3"));
+    dir.WriteRules(Section(kA));
     CCallRecordingDB::CloseInstance();
     EXPECT_EQ(CCallRecordingDB::mInstancesCount, 0);
     CCallRecordingDB* const db = CCallRecordingDB::GetInstance(false, true);
@@ -182,8 +144,8 @@ TEST_F(Loading, InstanceAndLoggerLiveFromTheFirstReferenceToTheLast) {
 }
 
 TEST_F(Loading, AFailedLoadKeepsWhatWasReadAndCountsAsLoaded) {
-    std::string const good = Section("1", "1", "0", "2", "0");
-    dir.WriteRules(good + Section("2", std::string(70000, '1'), "0", "2", "0") + good);
+    std::string const good = Section(kB);
+    dir.WriteRules(good + Section(With(kA, 2, std::string(70000, '1').c_str())) + good);
     CCallRecordingDB* const db = CCallRecordingDB::GetInstance(false, true);
     EXPECT_FALSE(db->Load());
     EXPECT_EQ(db->GetCallRecordingRules().size(), 1U);
@@ -204,7 +166,7 @@ TEST_F(Loading, AFailedLoadKeepsWhatWasReadAndCountsAsLoaded) {
 }
 
 TEST_F(Loading, TheDirectoryIsJoinedAsPlainTextAndReadAgain) {
-    dir.Write("deeptelephony/callrecordingdb", Section("1", "*", "3", "*", "3"));
+    dir.Write("deeptelephony/callrecordingdb", Section(kA));
     CCallRecordingDB* const db = CCallRecordingDB::GetInstance(true, false);
     EXPECT_TRUE(db->GetCallRecordingRules().empty()); // No file there is a file without rules.
     setenv("QUVA_PATH", dir.Path("deep").c_str(), 1);
@@ -213,22 +175,20 @@ TEST_F(Loading, TheDirectoryIsJoinedAsPlainTextAndReadAgain) {
 }
 
 TEST_F(Loading, TracingIsDecidedWhenTheLoggerIsMade) {
-    unsetenv("QUVA_LOG_LEVEL");
-    CCallRecordingDB::GetInstance(false, true);
-    setenv("QUVA_LOG_LEVEL", "9", 1);
-    CCallRecordingDB::mpLogger->TRACE(0, false, "lost %d\n", 1);
-    CCallRecordingDB::CloseInstance();
-    EXPECT_EQ(dir.Read(kLog), "");
-    CCallRecordingDB::GetInstance(false, true);
-    CCallRecordingDB::mpLogger->TRACE(0, false, "%d%%s %s\n", 3, "%s");
-    CCallRecordingDB::CloseInstance();
-    EXPECT_EQ(dir.Read(kLog), "3%s %s\n");
+    for (bool const isTraced : {false, true}) {
+        isTraced ? setenv("QUVA_LOG_LEVEL", "9", 1) : unsetenv("QUVA_LOG_LEVEL");
+        CCallRecordingDB::GetInstance(false, true);
+        setenv("QUVA_LOG_LEVEL", "9", 1);
+        CCallRecordingDB::mpLogger->TRACE(0, false, "%d%%s %s\n", 3, "%s");
+        CCallRecordingDB::CloseInstance();
+        EXPECT_EQ(dir.Read("callrecording.log"), isTraced ? "3%s %s\n" : "");
+    }
 }
 
 TEST_F(Loading, ThreadsTraceWholeLinesAndShareTheInstance) {
-    dir.WriteRules(Section("1", "*", "3", "*", "3"));
+    dir.WriteRules(Section(kA));
     CCallRecordingDB::GetInstance(true, true);
-    CallParams const side{"1", {}, "", ""};
+    CallParams const side{"100", {}, "", ""};
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&] {
@@ -244,13 +204,6 @@ TEST_F(Loading, ThreadsTraceWholeLinesAndShareTheInstance) {
     std::string const trace = Trace();
     EXPECT_EQ(std::count(trace.begin(), trace.end(), '\n'), 1 + 4 * 50 * 2);
     EXPECT_EQ(CCallRecordingDB::mInstancesCount, 1);
-}
-
-TEST(NumberText, IsPlainDecimal) {
-    EXPECT_EQ(NumberToString<int>(-5), "-5");
-    EXPECT_EQ(NumberToString<int>(0), "0");
-    EXPECT_EQ(NumberToString<long>(2147483647L), "2147483647");
-    EXPECT_EQ(NumberToString(CALL_RECORDING_TYPE_1), "1");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 /// @file
 /// Tests of the plain host's platform: the sectioned file, the log, the small helpers.
 
+#include <cctype>
 #include <cstdarg>
 #include <cstdlib>
 #include <filesystem>
@@ -8,7 +9,7 @@
 #include <string>
 
 #include <LogStream.h>
-#include <StringUtils.h>
+#include <SmartBuffer.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -31,10 +32,6 @@ std::string ThrownBy(std::function<void()> const& action) {
         return exception.what();
     }
     return "";
-}
-
-bool Throws(std::function<void()> const& action) {
-    return !ThrownBy(action).empty();
 }
 
 TEST(MultiSectionFileTest, AnEditChangesItsLinesAndNoOtherByte) {
@@ -150,16 +147,17 @@ TEST(MultiSectionFileTest, TheCursorWalksBothWays) {
         }
         return values;
     };
-    auto const isNowhere = [&] {
-        return Throws([&] { file.Value("k"); }) && Throws([&] { file.DeleteSection(); }) &&
-               Throws([&] { file.SetSectionEntry("k", "v"); });
+    auto const expectNowhere = [&] {
+        EXPECT_ANY_THROW(file.Value("k"));
+        EXPECT_ANY_THROW(file.DeleteSection());
+        EXPECT_ANY_THROW(file.SetSectionEntry("k", "v"));
     };
-    EXPECT_TRUE(isNowhere());
+    expectNowhere();
     EXPECT_EQ(walk("<>>>>>"), "-123--");
-    EXPECT_TRUE(isNowhere());
+    expectNowhere();
     EXPECT_EQ(walk("<<<<>>"), "321-12");
     file.DeleteSection();
-    EXPECT_TRUE(isNowhere());
+    expectNowhere();
     EXPECT_EQ(walk("><"), "31");
     file.DeleteSection();
     EXPECT_EQ(walk("<>"), "-3");
@@ -175,28 +173,20 @@ TEST(MultiSectionFileTest, TakesNoEntryThatItCouldNotGiveBack) {
     dir.Write("rules", TWO);
     RuleFile file(dir.Path("rules"));
     file.GotoNextSection();
-    std::string const longest(SmartBuffer().GetCapacity() - 1, 'x');
-    for (std::string const& value : {longest + "x", "a\nb"s, "a\r"s})
-        EXPECT_TRUE(Throws([&] { file.SetSectionEntry("k", value.c_str()); }));
-    for (char const* const key : {"", " k", "#k", "k=", "k\n"}) {
-        EXPECT_TRUE(Throws([&] { file.SetSectionEntry(key, "1"); })) << key;
-        EXPECT_EQ(file.Value(key), "");
-    }
+    std::string area(SmartBuffer().GetCapacity() - 1, 'x');
+    for (std::string const& value : {area + "x", "a\nb"s, "a\r"s})
+        EXPECT_ANY_THROW(file.SetSectionEntry("k", value.c_str()));
+    for (char const* const key : {"", " k", "#k", "k=", "k\n"})
+        EXPECT_ANY_THROW(file.SetSectionEntry(key, "1")) << key;
     file.Save(true, nullptr);
     EXPECT_EQ(dir.Read("rules"), TWO);
 
-    file.SetSectionEntry("k", longest.c_str());
-    EXPECT_EQ(file.Value("k"), longest);
-    file.Save(true, nullptr);
-    RuleFile again(dir.Path("rules"));
-    again.GotoNextSection();
-    EXPECT_EQ(again.Value("k"), longest);
-    std::string area(longest.size(), '?');
-    auto const size = static_cast<unsigned>(area.size());
-    EXPECT_NE(ThrownBy([&] { again.GetSectionEntry("k", area.data(), size); }).find(":2: "),
-              std::string::npos);
-    EXPECT_EQ(area, std::string(longest.size(), '?'));
-    EXPECT_EQ(again.GetSectionEntry("none", area.data(), 1), 0);
+    file.SetSectionEntry("k", area.c_str());
+    EXPECT_EQ(file.Value("k"), area);
+    std::string const untouched = area = std::string(area.size(), '?');
+    EXPECT_ANY_THROW(file.GetSectionEntry("k", area.data(), static_cast<unsigned>(area.size())));
+    EXPECT_EQ(area, untouched);
+    EXPECT_EQ(file.GetSectionEntry("none", area.data(), 1), 0);
     EXPECT_EQ(area.substr(0, 2), "\0?"s);
 }
 
@@ -230,27 +220,23 @@ void Trace(LogStream& log, unsigned char level, char const* format, ...) {
 TEST(LogStreamTest, AppendsTheEntriesOfItsLevels) {
     struct {
         char const* level;
-        bool isEnabled;
         char const* added;
-    } const rows[] = {
-        {nullptr, false, "0 a|9 b|"}, {"", false, "0 a|9 b|"},
-        {"x3", false, "0 a|9 b|"},    {"0", true, "0 a|"},
-        {"9", true, "0 a|9 b|"},      {"99999999999999999999999", true, "0 a|9 b|"},
-        {"8", true, "0 a|"},
-    };
+    } const rows[] = {{"", "0 a|9 b|"}, {"x3", "0 a|9 b|"},
+                      {"0", "0 a|"},    {"9", "0 a|9 b|"},
+                      {"8", "0 a|"},    {"99999999999999999999999", "0 a|9 b|"}};
     TempDir dir;
     setenv("QUVA_LOG_PATH", (dir.Path() + "/pre-").c_str(), 1);
     std::string expected;
     for (auto const& row : rows) {
-        row.level != nullptr ? setenv("QUVA_LOG_LEVEL", row.level, 1) : unsetenv("QUVA_LOG_LEVEL");
+        setenv("QUVA_LOG_LEVEL", row.level, 1);
         LogStream log("log", false, true, 0x7FFFFFFF, 1, 2048, false);
         Trace(log, 0, "%d %s|", 0, "a");
         Trace(log, 9, "%d %s|", 9, "b");
         log.Flush();
         EXPECT_EQ(dir.Read("pre-log"), expected += row.added);
-        bool isEnabled = !row.isEnabled;
+        bool isEnabled = false;
         GetLogLevel(&isEnabled, nullptr);
-        EXPECT_EQ(isEnabled, row.isEnabled);
+        EXPECT_EQ(isEnabled, std::isdigit(row.level[0]) != 0);
     }
 }
 
@@ -266,21 +252,6 @@ TEST(LogStreamTest, ALogThatCannotBeWrittenDisturbsNobody) {
         close(reader); // Writing to the pipe would now end the process.
         EXPECT_NO_THROW(Trace(log, 0, "%s", std::string(1 << 20, 'x').c_str()));
         EXPECT_NO_THROW(log.Flush());
-    }
-}
-
-TEST(StringUtilsTest, KnowsAsciiOnly) {
-    struct {
-        char const* text;
-        bool isNumeric, isAlpha;
-    } const rows[] = {
-        {"", false, false},     {"0123456789", true, false}, {"azAZ", false, true},
-        {"1a", false, false},   {"-1", false, false},        {"1 ", false, false},
-        {"@[`{", false, false}, {"/:", false, false},        {"\xE9", false, false},
-    };
-    for (auto const& row : rows) {
-        EXPECT_EQ(StringUtils::IsNumeric(row.text, false, false), row.isNumeric) << row.text;
-        EXPECT_EQ(StringUtils::IsAlpha(row.text, false), row.isAlpha) << row.text;
     }
 }
 

@@ -17,7 +17,7 @@ LogStream::LogStream(char const* name, bool /*option1*/, bool /*option2*/, int /
     char const* const level = std::getenv("QUVA_LOG_LEVEL");
     mPending = std::string(directory != nullptr ? directory : "") + name;
     mHighestLevel = level != nullptr ? std::strtoul(level, nullptr, 10) : 0;
-    MemoryPlatform::AppendToFile(mPending, "");
+    TheMemory().files[mPending];
 }
 
 LogStream::~LogStream() = default;
@@ -26,7 +26,7 @@ void LogStream::TRACE(unsigned char level, char const* format, va_list& argument
                       unsigned char /*option*/) {
     char entry[1024];
     if (level <= mHighestLevel && std::vsnprintf(entry, sizeof entry, format, arguments) > 0)
-        MemoryPlatform::AppendToFile(mPending, entry);
+        TheMemory().files[mPending] += entry;
 }
 
 void LogStream::Flush() {

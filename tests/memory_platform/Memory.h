@@ -4,39 +4,32 @@
 #ifndef MEMORYPLATFORM_MEMORY_H
 #define MEMORYPLATFORM_MEMORY_H
 
+#include <atomic>
 #include <cstdint>
-#include <optional>
+#include <map>
 #include <string>
 #include <vector>
 
 #include <PlatformExport.h>
 
-namespace MemoryPlatform {
+/// One for the process. The library locks its files and its log by itself, and counts of calls are
+/// the only thing that decisions share.
+struct Memory {
+    std::map<std::string, std::string> files; // By their paths, which are any texts.
+    std::vector<std::string> saves;           // All texts that were saved.
+    std::atomic<int> callsToGo{0}; // Until one of the platform's calls fails, if above 0.
+    std::uint32_t bufferCapacity = 64 * 1024; // What buffers report; they do have 64 KiB.
 
-/// Makes or replaces the file at path, which is any text.
-PLATFORM_EXPORT void SetFile(std::string const& path, std::string const& text);
-PLATFORM_EXPORT std::optional<std::string> GetFile(std::string const& path);
-void AppendToFile(std::string const& path, std::string const& text);
-/// Removes all files whose path begins with start.
-PLATFORM_EXPORT void RemoveFiles(std::string const& start);
+    /// What a call throws that is to fail: nothing that anyone could expect.
+    struct Fault {};
 
-/// What a call throws that is to fail: nothing that anyone could expect.
-struct Fault {};
+    /// Counts a call of the platform, and throws a Fault when it is the one that is to fail.
+    void CountCall() {
+        if (callsToGo > 0 && --callsToGo == 0)
+            throw Fault{};
+    }
+};
 
-/// Begins to count the library's calls of the platform, and lets one of them fail: the occurrence
-/// is 1 for the next one; with 0 none fails.
-PLATFORM_EXPORT void FailCall(int occurrence);
-/// Whether that call has been made.
-PLATFORM_EXPORT bool WasHit();
-/// The texts given to SetFile since FailCall.
-PLATFORM_EXPORT std::vector<std::string> Saves();
-/// Lets every SmartBuffer report this capacity. Initially 64 KiB, which the buffers do have.
-PLATFORM_EXPORT void SetBufferCapacity(std::uint32_t capacity);
-std::uint32_t BufferCapacity();
-
-/// Counts a call of the platform; throws a Fault when it is the one that is to fail.
-void CountCall();
-
-} // namespace MemoryPlatform
+PLATFORM_EXPORT Memory& TheMemory();
 
 #endif

@@ -1,10 +1,13 @@
 /// @file
-/// The sectioned file of the in-memory platform: a list of lines, searched from the cursor on.
+/// The sectioned file of the in-memory platform: a list of sections and of what lies between them.
 
 #include <MultiSectionFile.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
+#include <list>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -23,112 +26,100 @@ std::string_view Content(std::string_view line) {
     return line;
 }
 
+/// The lines from "{" to "}", or one line that is in no section.
+struct Part {
+    std::vector<std::string> lines;
+
+    bool IsSection() const { return Content(lines.front()) == "{"; }
+};
+
 } // namespace
 
 class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
   public:
     std::string path;
-    std::string open;
-    std::string close;
-    std::string separator;
-    std::vector<std::string> lines; // What the line breaks part; at least one, maybe empty.
-    std::size_t first = 0;          // Of the current section; without one, where to go on from.
-    std::size_t last = 0;           // Its closing line.
+    std::list<Part> parts;
+    std::list<Part>::iterator cursor = parts.end(); // Where to go on from, at least.
     bool isOnSection = false;
+    std::string end; // Of the last line.
 
-    void Split(std::string_view text) {
-        std::size_t end = 0;
-        for (; (end = text.find('\n')) != std::string_view::npos; text.remove_prefix(end + 1))
-            lines.emplace_back(text.substr(0, end));
-        lines.emplace_back(text);
-    }
-
-    void Check(std::string_view comment) const {
+    void Parse(std::string const& text) {
+        end = text.empty() || text.back() == '\n' ? "\n" : "";
+        std::istringstream input(text);
         bool isOpen = false;
-        for (std::string const& line : lines) {
+        for (std::string line; std::getline(input, line);) {
             std::string_view const content = Content(line);
-            if (content == (isOpen ? close : open))
-                isOpen = !isOpen;
-            else if (!content.empty() && content.substr(0, comment.size()) != comment &&
-                     (!isOpen || content.find(separator) == std::string_view::npos))
+            bool const isMarker = content == (isOpen ? "}" : "{");
+            bool const isEntry = isOpen && content.find('=') != std::string_view::npos;
+            if (!isMarker && !isEntry && !content.empty() && content[0] != '#')
                 throw std::runtime_error(path + ": found " + line);
+            if (!isOpen)
+                parts.emplace_back();
+            parts.back().lines.push_back(line);
+            isOpen = isOpen != isMarker;
         }
         if (isOpen)
             throw std::runtime_error(path + ": a section is not closed");
+        cursor = parts.begin();
     }
 
-    /// Selects the section that opens at line; when none does, the cursor stands at the line
-    /// otherwise.
-    int Select(std::size_t line, std::size_t otherwise) {
-        isOnSection = line < lines.size();
-        first = last = isOnSection ? line : otherwise;
-        while (isOnSection && Content(lines[last]) != close)
-            ++last;
-        return isOnSection ? 1 : 0;
+    int Select(std::list<Part>::iterator part, bool isSection) {
+        cursor = part;
+        isOnSection = isSection;
+        return isSection ? 1 : 0;
     }
 
-    /// Returns the line of the current section that has the entry of key, or the section's last
-    /// line.
-    std::size_t FindEntry(std::string const& key) const {
+    /// Returns the line of the current section that has the entry of key, or the closing one.
+    std::vector<std::string>::iterator FindEntry(std::string const& key) {
         if (!isOnSection)
             throw std::logic_error(path + ": no section is selected");
-        std::string const start = key + separator;
-        std::size_t line = first + 1;
-        while (line < last && Content(lines[line]).substr(0, start.size()) != start)
-            ++line;
-        return line;
-    }
-
-    auto At(std::size_t line) {
-        return lines.begin() + static_cast<std::ptrdiff_t>(line);
+        return std::find_if(cursor->lines.begin(), cursor->lines.end() - 1, [&](auto const& line) {
+            return Content(line).substr(0, key.size() + 1) == key + "=";
+        });
     }
 };
 
 MultiSectionFile::MultiSectionFile(char const* path, bool /*flag1*/, bool /*flag2*/, bool /*flag3*/,
-                                   char const* /*unused1*/, char const* sectionOpen,
-                                   char const* sectionClose, char const* separator,
-                                   char const* comment, char const* /*unused2*/)
+                                   char const* /*unused1*/, char const* /*sectionOpen*/,
+                                   char const* /*sectionClose*/, char const* /*separator*/,
+                                   char const* /*comment*/, char const* /*unused2*/)
     : mpImpl(std::make_unique<Impl>()) {
-    MemoryPlatform::CountCall();
+    TheMemory().CountCall();
     mpImpl->path = path;
-    mpImpl->open = std::string(sectionOpen, std::string_view(sectionOpen).find('\n'));
-    mpImpl->close = std::string(sectionClose, std::string_view(sectionClose).find('\n'));
-    mpImpl->separator = separator;
-    mpImpl->Split(MemoryPlatform::GetFile(path).value_or(""));
-    mpImpl->Check(comment);
+    mpImpl->Parse(TheMemory().files[path]);
 }
 
 MultiSectionFile::~MultiSectionFile() = default;
 
 void MultiSectionFile::Restart() {
-    MemoryPlatform::CountCall();
-    mpImpl->Select(mpImpl->lines.size(), 0);
+    TheMemory().CountCall();
+    mpImpl->Select(mpImpl->parts.begin(), false);
 }
 
 int MultiSectionFile::GotoNextSection() {
-    MemoryPlatform::CountCall();
-    std::size_t line = mpImpl->isOnSection ? mpImpl->last : mpImpl->first;
-    while (line < mpImpl->lines.size() && Content(mpImpl->lines[line]) != mpImpl->open)
-        ++line;
-    return mpImpl->Select(line, line);
+    TheMemory().CountCall();
+    auto const next =
+        std::find_if(mpImpl->isOnSection ? std::next(mpImpl->cursor) : mpImpl->cursor,
+                     mpImpl->parts.end(), [](Part const& part) { return part.IsSection(); });
+    return mpImpl->Select(next, next != mpImpl->parts.end());
 }
 
 int MultiSectionFile::GotoPreviousSection() {
-    MemoryPlatform::CountCall();
-    std::size_t line = mpImpl->first;
-    while (line > 0 && Content(mpImpl->lines[line - 1]) != mpImpl->open)
-        --line;
-    return mpImpl->Select(line > 0 ? line - 1 : mpImpl->lines.size(), 0);
+    TheMemory().CountCall();
+    while (mpImpl->cursor != mpImpl->parts.begin())
+        if ((--mpImpl->cursor)->IsSection())
+            return mpImpl->Select(mpImpl->cursor, true);
+    return mpImpl->Select(mpImpl->cursor, false);
 }
 
 int MultiSectionFile::GetSectionEntry(char const* key, char* buffer, unsigned size) {
-    MemoryPlatform::CountCall();
+    TheMemory().CountCall();
     if (size == 0 || size == UINT32_MAX)
         return 0; // The buffer is not usable.
-    std::size_t const line = mpImpl->FindEntry(key);
-    bool const isFound = line != mpImpl->last;
-    std::string_view value = isFound ? Content(mpImpl->lines[line]) : std::string_view();
-    value.remove_prefix(isFound ? (key + mpImpl->separator).size() : 0);
+    auto const line = mpImpl->FindEntry(key);
+    bool const isFound = line != mpImpl->cursor->lines.end() - 1;
+    std::string_view const content = isFound ? Content(*line) : "=";
+    std::string_view const value = content.substr(content.find('=') + 1);
     if (value.size() >= size)
         throw std::runtime_error(mpImpl->path + ": a value is too long");
     buffer[value.copy(buffer, value.size())] = '\0';
@@ -136,37 +127,37 @@ int MultiSectionFile::GetSectionEntry(char const* key, char* buffer, unsigned si
 }
 
 int MultiSectionFile::SetSectionEntry(char const* key, char const* value) {
-    MemoryPlatform::CountCall();
-    std::size_t const line = mpImpl->FindEntry(key);
-    if (line == mpImpl->last)
-        mpImpl->lines.emplace(mpImpl->At(mpImpl->last++));
-    mpImpl->lines[line] = key + mpImpl->separator + value;
+    TheMemory().CountCall();
+    auto line = mpImpl->FindEntry(key);
+    if (line == mpImpl->cursor->lines.end() - 1)
+        line = mpImpl->cursor->lines.emplace(line);
+    *line = std::string(key) + "=" + value;
     return 1;
 }
 
 int MultiSectionFile::AddSection(bool /*flag*/) {
-    MemoryPlatform::CountCall();
-    if (mpImpl->lines.empty() || !mpImpl->lines.back().empty())
-        mpImpl->lines.emplace_back();
-    std::size_t const line = mpImpl->lines.size() - 1;
-    mpImpl->lines.insert(mpImpl->At(line), {mpImpl->open, mpImpl->close});
-    return mpImpl->Select(line, line);
+    TheMemory().CountCall();
+    mpImpl->parts.push_back({{"{", "}"}});
+    mpImpl->end = "\n";
+    return mpImpl->Select(std::prev(mpImpl->parts.end()), true);
 }
 
 int MultiSectionFile::DeleteSection() {
-    MemoryPlatform::CountCall();
+    TheMemory().CountCall();
     mpImpl->FindEntry(""); // Throws without a section.
-    mpImpl->lines.erase(mpImpl->At(mpImpl->first), mpImpl->At(mpImpl->last + 1));
-    mpImpl->Select(mpImpl->lines.size(), mpImpl->first);
+    mpImpl->Select(mpImpl->parts.erase(mpImpl->cursor), false);
     return 1;
 }
 
 int MultiSectionFile::Save(bool /*flag*/, char const* /*unused*/) {
-    MemoryPlatform::CountCall();
+    TheMemory().CountCall();
     std::string text;
-    for (std::string const& line : mpImpl->lines)
-        text.append(&line != mpImpl->lines.data() ? "\n" : "").append(line);
-    MemoryPlatform::SetFile(mpImpl->path, text);
+    for (Part const& part : mpImpl->parts)
+        for (std::string const& line : part.lines)
+            text.append(text.empty() ? "" : "\n").append(line);
+    text += text.empty() ? "" : mpImpl->end;
+    TheMemory().saves.push_back(text);
+    TheMemory().files[mpImpl->path] = text;
     return 1;
 }
 

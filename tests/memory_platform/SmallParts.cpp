@@ -1,5 +1,5 @@
 /// @file
-/// The small services of the in-memory platform: buffer, mutex, tests of characters.
+/// The small services of the in-memory platform: memory, buffer, mutex, tests of characters.
 
 #include <SmartBuffer.h>
 #include <StringUtils.h>
@@ -7,7 +7,12 @@
 
 #include "Memory.h"
 
-SmartBuffer::SmartBuffer() : mData((MemoryPlatform::CountCall(), new char[64 * 1024])) {}
+Memory& TheMemory() {
+    static Memory memory;
+    return memory;
+}
+
+SmartBuffer::SmartBuffer() : mData((TheMemory().CountCall(), new char[64 * 1024])) {}
 
 SmartBuffer::~SmartBuffer() = default;
 
@@ -16,7 +21,7 @@ char* SmartBuffer::GetData() {
 }
 
 std::uint32_t SmartBuffer::GetCapacity() const {
-    return MemoryPlatform::BufferCapacity();
+    return TheMemory().bufferCapacity;
 }
 
 ThreadMutex::ThreadMutex() = default;
@@ -32,7 +37,7 @@ void ThreadMutex::Unlock() {
 }
 
 bool StringUtils::IsNumeric(std::string const& text, bool /*flag1*/, bool /*flag2*/) {
-    MemoryPlatform::CountCall();
+    TheMemory().CountCall();
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
 }
 

@@ -4,49 +4,35 @@
 #ifndef TESTS_SUPPORT_PROCESS_H
 #define TESTS_SUPPORT_PROCESS_H
 
-#include <cstdio>
-#include <stdexcept>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include <sys/wait.h>
-#include <unistd.h>
+
+#include "support/TempDir.h"
 
 struct Outcome {
-    int code; // The exit status; 128 and the number of the signal when one ended the program.
+    int code; // The exit status; -1 when the program ended in another way.
     std::string out;
     std::string err;
 };
 
-inline std::string TakeContent(std::FILE* file) {
-    std::string content;
-    std::rewind(file);
-    for (int c = std::fgetc(file); c != EOF; c = std::fgetc(file))
-        content += static_cast<char>(c);
-    std::fclose(file);
-    return content;
+/// Runs a line of the shell. May be called by several threads at once.
+inline Outcome RunShell(std::string const& line) {
+    TempDir const files;
+    std::string const redirected =
+        "{ " + line + "; } >" + files.Path("out") + " 2>" + files.Path("err");
+    int const status = std::system(redirected.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, files.Read("out"), files.Read("err")};
 }
 
-/// Runs command, whose first word is a path. May be called by several threads at once.
-inline Outcome RunProcess(std::vector<std::string> const& command) {
-    std::vector<char*> arguments;
+/// The line of the shell that runs a command of these words, of which none has a "'".
+inline std::string Line(std::vector<std::string> const& command) {
+    std::string line;
     for (std::string const& word : command)
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    std::FILE* const out = std::tmpfile();
-    std::FILE* const err = std::tmpfile();
-    pid_t const child = fork();
-    if (child == 0) {
-        dup2(fileno(out), STDOUT_FILENO);
-        dup2(fileno(err), STDERR_FILENO);
-        execv(arguments[0], arguments.data());
-        _exit(127);
-    }
-    int status = 0;
-    if (out == nullptr || err == nullptr || child < 0 || waitpid(child, &status, 0) != child)
-        throw std::runtime_error("cannot run " + command.front());
-    int const code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    return {code, TakeContent(out), TakeContent(err)};
+        line += "'" + word + "' ";
+    return line;
 }
 
 #endif

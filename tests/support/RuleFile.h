@@ -7,7 +7,6 @@
 #include <string>
 
 #include <MultiSectionFile.h>
-#include <SmartBuffer.h>
 
 class RuleFile : public Configuration::MultiSectionFile {
   public:
@@ -17,9 +16,9 @@ class RuleFile : public Configuration::MultiSectionFile {
 
     /// The value of key in the current section.
     std::string Value(char const* key) {
-        SmartBuffer buffer;
-        GetSectionEntry(key, buffer.GetData(), buffer.GetCapacity());
-        return buffer.GetData();
+        char value[64 * 1024];
+        GetSectionEntry(key, value, sizeof value);
+        return value;
     }
 };
 

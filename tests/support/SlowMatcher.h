@@ -140,15 +140,19 @@ inline Answer Match(std::string const& address, std::string const& pattern) {
     return std::nullopt;
 }
 
+/// The library's counters in the same form.
+inline Counts CountsOf(CallRecordingUtils::wild_card_counts const& n) {
+    return {
+        n.symbol_count,     n.grouped_symbol_count,   n.question_count, n.grouped_question_count,
+        n.symbol_set_count, n.range_expression_count, n.star_count};
+}
+
 /// What the library's matcher says, in the same form.
 inline Answer LibraryMatch(CallRecordingUtils::CCallRecordingAssistant const& assistant,
                            std::string const& address, std::string const& pattern) {
     CallRecordingUtils::wild_card_counts n;
-    if (!assistant.IsMatching(address, pattern, n))
-        return std::nullopt;
-    return Counts{
-        n.symbol_count,     n.grouped_symbol_count,   n.question_count, n.grouped_question_count,
-        n.symbol_set_count, n.range_expression_count, n.star_count};
+    bool const isMatching = assistant.IsMatching(address, pattern, n);
+    return isMatching ? Answer(CountsOf(n)) : std::nullopt;
 }
 
 } // namespace SlowMatcher

@@ -11,32 +11,29 @@
 #include <cerrno>
 #include <string>
 
-/// The calls that can go wrong, with all their variants (open stands for openat, too).
-enum class Call { ANY, OPEN, READ, WRITE, FCHOWN, FCHMOD, FSYNC, CLOSE, RENAME };
-
 enum class Fault {
-    FAIL,      ///< Nothing is done, and the error is reported; but close does close.
-    INTERRUPT, ///< As FAIL, with EINTR.
-    NOTHING,   ///< Nothing is done, and 0 is returned.
-    CUT,       ///< A write takes the first half of what it is given.
-    KILL       ///< The process is killed before the call, a write after half of it.
+    FAIL,    ///< Nothing is done, and the error is reported; but close does close.
+    NOTHING, ///< Nothing is done, and 0 is returned.
+    CUT,     ///< A write takes the first half of what it is given.
+    KILL     ///< The process is killed before the call, a write after half of it.
 };
 
 /// Counts the calls that are made while the object lives, and lets one of them go wrong. One object
 /// at a time, in a process that does nothing else meanwhile.
-class SyscallFault {
-  public:
-    /// The occurrence is 1 for the first call of that kind; with 0 nothing goes wrong.
-    SyscallFault(Call call, int occurrence, Fault fault, int error = EIO);
+struct SyscallFault {
+    /// The occurrence is 1 for the first call of that name ("": of any), open standing for openat
+    /// as well, and so on; with 0 nothing goes wrong.
+    SyscallFault(std::string name, int occurrence, Fault whatHappens, int error = EIO);
     ~SyscallFault();
     SyscallFault(SyscallFault const&) = delete;
     SyscallFault& operator=(SyscallFault const&) = delete;
 
-    /// Whether the call in question has been made.
-    bool WasHit() const;
-    /// The names of the calls made, each with a blank behind it; the one that went wrong is the
-    /// last.
-    std::string const& Calls() const;
+    std::string const call;
+    int callsToGo;
+    Fault const fault;
+    int const errorNumber;
+    bool wasHit = false; // Whether the call in question has been made.
+    std::string calls;   // Their names, each with a blank behind it, up to the one that went wrong.
 };
 
 #endif

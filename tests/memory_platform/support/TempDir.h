@@ -4,9 +4,7 @@
 #ifndef TESTS_SUPPORT_TEMPDIR_H
 #define TESTS_SUPPORT_TEMPDIR_H
 
-#include <atomic>
 #include <cstdlib>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -14,11 +12,8 @@
 
 class TempDir {
   public:
-    TempDir() {
-        static std::atomic<int> count{0};
-        mPath = "memory" + std::to_string(count++);
-    }
-    ~TempDir() { MemoryPlatform::RemoveFiles(Path("")); }
+    TempDir() = default;
+    ~TempDir() { TheMemory().files.clear(); }
     TempDir(TempDir const&) = delete;
     TempDir& operator=(TempDir const&) = delete;
 
@@ -26,14 +21,9 @@ class TempDir {
     std::string Path(std::string_view name) const { return mPath + "/" + std::string(name); }
 
     void Write(std::string_view name, std::string_view content) const {
-        MemoryPlatform::SetFile(Path(name), std::string(content));
+        TheMemory().files[Path(name)] = content;
     }
-    std::string Read(std::string_view name) const {
-        auto const text = MemoryPlatform::GetFile(Path(name));
-        if (!text)
-            throw std::runtime_error(Path(name) + ": does not exist");
-        return *text;
-    }
+    std::string Read(std::string_view name) const { return TheMemory().files.at(Path(name)); }
 
     void WriteRules(std::string_view content) const { Write(RULE_FILE, content); }
     std::string ReadRules() const { return Read(RULE_FILE); }
@@ -43,7 +33,7 @@ class TempDir {
     static constexpr std::string_view RULE_FILE = "telephony/callrecordingdb";
 
   private:
-    std::string mPath;
+    std::string mPath = "memory";
 };
 
 #endif
