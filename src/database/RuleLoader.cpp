@@ -106,8 +106,8 @@ void CCallRecordingDB::ReadRuleFile() {
     }
     if (!mIsAdvancedMode)
         basicView.List(mCallRecordList);
-    // A copy has its nodes side by side instead of among the records. Every decision walks them, each
-    // node telling where the next one is, and that wait is most of the walk.
+    // A copy has its nodes side by side instead of among the records. Every decision walks them,
+    // each node telling where the next one is, and that wait is most of the walk.
     RuleList(mCallRecordList).swap(mCallRecordList);
 }
 
