@@ -15,8 +15,8 @@
 
 namespace CallRecordingUtils {
 
-/// The user, host and port of a SIP address, or of a pattern for one. The views live as long as the
-/// text that was split.
+/// The user and host of a SIP address, or of a pattern for one. The views live as long as the text
+/// that was split.
 struct SipAddress {
     std::string_view user;
     std::string_view host;
