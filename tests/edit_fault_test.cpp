@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,30 +22,23 @@ namespace {
 
 /// An edit with the contents that the file may have: before it, after each of its saves.
 struct FaultRow {
-    char const* name;
     Edit edit;
     std::vector<std::string> states;
 };
 
 std::vector<FaultRow> Rows() {
-    std::string const a = Section(kA), t = Section(kTwinOfA), b = Section(kB);
-    std::string const before = "# kept\n" + a + t + b;
-    std::string const newA = Section(With(kA, 0, "new"));
+    std::string const top = "# kept\n", a = Section(kA), t = Section(kTwinOfA), b = Section(kB);
+    std::string const newA = Section(With(kA, 0, "n")), newT = Section(With(kTwinOfA, 1, "n"));
+    std::string const before = top + a + t + b;
     return {
-        {"disable", SetState("0", false), {before, "# kept\n" + Section(Disabled(kA)) + t + b}},
-        {"add", Add(kC), {before, before + Section(With(kC, 8))}},
-        {"modify",
-         Modify(With(kB, 7, "new"), false),
-         {before, "# kept\n" + a + t + Section(With(kB, 7, "new"))}},
-        {"modify with twin",
-         Modify(With(kA, 0, "new"), true),
-         {before, "# kept\n" + newA + t + b,
-          "# kept\n" + newA + Section(With(kTwinOfA, 1, "new")) + b}},
-        {"delete pair", Delete(kA), {before, "# kept\n" + t + b, "# kept\n" + b}},
-        {"delete by text", Delete("7"), {before, "# kept\n" + a + t}},
-        {"move",
-         Move("7", true),
-         {before, "# kept\n" + a + Section(With(kB, 1)) + Section(With(kTwinOfA, 7))}},
+        {SetState("0", false), {before, top + Section(Disabled(kA)) + t + b}},
+        {Add(kC), {before, before + Section(With(kC, 8))}},
+        {Modify(With(kB, 7, "n"), false), {before, top + a + t + Section(With(kB, 7, "n"))}},
+        {Modify(With(kA, 0, "n"), true),
+         {before, top + a + newT + b, top + newA + t + b, top + newA + newT + b}},
+        {Delete(kA), {before, top + t + b, top + b}},
+        {Delete("7"), {before, top + a + t}},
+        {Move("7", true), {before, top + a + Section(With(kB, 1)) + Section(With(kTwinOfA, 7))}},
     };
 }
 
@@ -83,7 +77,7 @@ class EditFaults : public testing::Test {
     void ForEachCall(std::function<bool(FaultRow const&, int)> const& check) {
         for (FaultRow const& row : rows) {
             for (int occurrence = 1, hits = 1; hits == occurrence; ++occurrence) {
-                SCOPED_TRACE(std::string(row.name) + ", call " + std::to_string(occurrence));
+                SCOPED_TRACE(row.states.back() + "call " + std::to_string(occurrence));
                 Restore();
                 bool const isHit = check(row, occurrence);
                 hits += isHit ? 1 : 0;
@@ -105,13 +99,26 @@ class EditFaults : public testing::Test {
 
 TEST_F(EditFaults, AFailingCallLeavesAWholeFileAndNothingElse) {
     std::ptrdiff_t const descriptors = CountEntries("/proc/self/fd");
-    ForEachCall([&](FaultRow const& row, int occurrence) {
-        bool const isDone = Run(row.edit, "", occurrence, Fault::FAIL);
-        EXPECT_TRUE(isDone || wasHit);
-        EXPECT_EQ(CountEntries(dir.Path("telephony")), 1);
-        EXPECT_EQ(CountEntries("/proc/self/fd"), descriptors);
-        return wasHit;
-    });
+    for (char const* const call : {"", "new"}) {
+        ForEachCall([&](FaultRow const& row, int occurrence) {
+            bool const isDone = Run(row.edit, call, occurrence, Fault::FAIL);
+            EXPECT_TRUE(isDone || wasHit);
+            EXPECT_EQ(CountEntries(dir.Path("telephony")), 1);
+            EXPECT_EQ(CountEntries("/proc/self/fd"), descriptors);
+            return wasHit;
+        });
+    }
+}
+
+TEST_F(EditFaults, ALoadWithoutMemoryListsNoTornRule) {
+    std::string const whole[] = {Section(kA), Section(kTwinOfA), Section(kB)};
+    for (int call = 1; call == 1 || wasHit; ++call) {
+        EXPECT_NE(Run(&CCallRecordingDB::Reload, "new", call, Fault::FAIL), wasHit);
+        std::size_t at = 0;
+        for (CallRecordingRuleParams const* const rule : db->GetCallRecordingRules())
+            EXPECT_EQ(Section(*rule), whole[at++]);
+        EXPECT_TRUE(wasHit || at == 3);
+    }
 }
 
 TEST_F(EditFaults, AKillLeavesAWholeFile) {
@@ -131,21 +138,25 @@ TEST_F(EditFaults, AKillLeavesAWholeFile) {
 // What survives a loss of power is decided by this order: the new file is durable before it gets
 // the name, and the directory afterwards.
 TEST_F(EditFaults, ASaveTakesItsStepsInOrder) {
-    EXPECT_TRUE(Run(rows.front().edit, "", 0, Fault::FAIL));
-    std::string const owner = geteuid() == 0 ? "fchown " : "";
-    EXPECT_EQ(calls, "open read read close open open " + owner +
-                         "fchmod write fsync close rename fsync close ");
+    std::string const path = dir.Path(TempDir::RULE_FILE);
+    for (auto const& [user, group] : {std::pair{1, 0}, {0, 1}}) {
+        bool const isOwned = chown(path.c_str(), user, group) == 0; // Not so for other than root.
+        EXPECT_TRUE(Run(rows.front().edit, "", 0, Fault::FAIL));
+        EXPECT_EQ(calls, "open read read close open open " + std::string(isOwned ? "fchown " : "") +
+                             "fchmod write fsync close rename fsync close ");
+        struct stat status = {};
+        EXPECT_EQ(stat(path.c_str(), &status), 0);
+        EXPECT_TRUE(!isOwned || (status.st_uid == uid_t(user) && status.st_gid == gid_t(group)));
+    }
 }
 
 TEST_F(EditFaults, AnEditGoesOnWhereThatIsRight) {
     struct {
-        char const* name;
-        char const* call;
+        char const *name, *call;
         int occurrence;
         Fault fault;
         int error;
-        bool isDone;
-        bool isReplaced;
+        bool isDone, isReplaced;
     } const table[] = {
         // Taking a file that cannot be read for an empty one would end in overwriting it.
         {"no open", "open", 1, Fault::FAIL, EACCES, false, false},
@@ -156,6 +167,7 @@ TEST_F(EditFaults, AnEditGoesOnWhereThatIsRight) {
         {"interrupted write", "write", 1, Fault::FAIL, EINTR, true, true},
         {"interrupted fsync", "fsync", 1, Fault::FAIL, EINTR, true, true},
         {"interrupted close", "close", 2, Fault::FAIL, EINTR, true, true},
+        {"no file beside it", "open", 3, Fault::FAIL, EACCES, false, false},
         {"name taken", "open", 3, Fault::FAIL, EEXIST, true, true},
         {"files cannot be synced here", "fsync", 1, Fault::FAIL, EINVAL, false, false},
         {"directories cannot be synced here", "fsync", 2, Fault::FAIL, EINVAL, true, true},

@@ -1,13 +1,17 @@
-// The matching operations: item lists, exclusions, the matcher with its counters, sides of a call.
+// Matching and deciding: item lists, the matcher with its counters, sides of a call, whole rules.
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <string>
+#include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include <callrecordingutils/CCallRecordingAssistant.h>
 
+#include "support/Edits.h"
 #include "support/SlowMatcher.h"
 #include "support/TempDir.h"
 
@@ -22,138 +26,95 @@ class Matching : public testing::Test {
   protected:
     Matching() { dir.UseAsConfiguration(); }
 
+    void Load(std::string const& rules) {
+        dir.WriteRules(rules);
+        ASSERT_TRUE(assistant.ReloadCallRecordingRules());
+    }
+
     TempDir dir;
     CCallRecordingAssistant assistant{false};
 };
 
-struct ItemRow {
-    char const* list;
-    std::vector<std::string> accepted;
-    std::vector<std::string> rejected;
-};
-
-/// Every candidate is in the one list of its row or the other, as isAccepted says.
-template <std::size_t N, typename IsAccepted>
-void ExpectAnswers(ItemRow const (&rows)[N], IsAccepted isAccepted) {
-    for (ItemRow const& row : rows) {
-        for (std::string const& candidate : row.accepted)
-            EXPECT_TRUE(isAccepted(row.list, candidate)) << row.list << " " << candidate;
-        for (std::string const& candidate : row.rejected)
-            EXPECT_FALSE(isAccepted(row.list, candidate)) << row.list << " " << candidate;
-    }
-}
-
-TEST_F(Matching, ItemListsAcceptWholeCandidates) {
-    ItemRow const rows[] = {
+TEST_F(Matching, GroupsAdmitWholeCandidates) {
+    struct {
+        std::string list;
+        std::vector<std::string> admitted, others;
+    } const rows[] = {
         {"1-5", {"1", "3", "5"}, {"0", "6", "05", "15", ""}},
         {"10-20", {"10", "15", "20"}, {"9", "100", "21", "1"}},
         {"10-200", {"10", "100", "150", "200"}, {"201", "1000", "010"}},
         {"00-59", {"00", "07", "59"}, {"7", "60", "007"}},
         {"0-9", {"0", "7"}, {"07", "a"}},
-        {"1-9", {"1"}, {"12"}},
         {"a-f", {"a", "c", "f"}, {"g", "A", "ab", "5"}},
         {"a-bc", {"a", "b", "aac"}, {"ac", "c", "bc"}}, // The low part grows to "ac".
-        {"1,3,5", {"3"}, {"2", "35"}},
-        {"1?3", {"123", "1x3"}, {"13", "1234", "2x3"}},
-        {"?", {"1", "*", "\xff"}, {"12"}},
-        {"12,1", {"12", "1"}, {"2"}},
-        {"!5", {}, {"5", "6"}},
-        {"!5,1-9", {"5", "6"}, {"10"}},
-        {"1-9,!5", {"5"}, {}},
-        {"", {}, {"1", ""}},
-        {"1-20", {"5a"}, {"a5", "05"}}, // Valued by the leading digits.
+        {"1?3,?", {"123", "1x3", "2", "*", "\xff"}, {"13", "1234", "2x3"}},
+        {"5-20", {"5a"}, {"a5", "05"}}, // Valued by the leading digits.
+        {"1-2,1-3,?-1-0", {"3", "10"}, {"5", "11"}},
         {"5-99999999999", {"2147483648"}, {"4"}},
-        {"1,{,2", {"1", "2"}, {"{"}},
-        {"1,2-", {"1", "2"}, {"-"}},
-    };
-    ExpectAnswers(rows, [this](char const* list, std::string const& candidate) {
-        wild_card_counts counts;
-        bool const isAccepted = assistant.IsInRange(list, candidate, counts, true);
-        EXPECT_TRUE(isAccepted || CountsOf(counts) == Counts()) << list << " " << candidate;
-        return isAccepted;
-    });
-}
-
-TEST_F(Matching, ExclusionsStandAnywhereInTheList) {
-    ItemRow const rows[] = {
-        // Here "accepted" means: survives.
-        {"0-9,!5", {"4", ""}, {"5"}},
-        {"!5,!7,0-9", {"6"}, {"5", "7"}},
+        {"1,{,2-", {"1", "2"}, {"{", "-"}},
+        {"!5,!7,0-9", {"6"}, {"5", "7", "10"}},
         {"100-199,!150", {"151"}, {"150"}},
-        {"1-9", {"1", "x"}, {}},
-        {"0-9,!?", {"12"}, {"1", "x"}},
-        {"", {"1"}, {}},
-        {"1,!", {"1"}, {}},
         {"1-9,!3-5", {"2", "6"}, {"3", "4", "5"}},
-        {"1,!!", {"1", "!"}, {}},
+        {"!5", {}, {"5", "6"}},
+        {"1,!,2,!!", {"1", "2"}, {"!"}},
     };
-    ExpectAnswers(rows, [this](char const* list, std::string const& candidate) {
-        return assistant.Exclude(list, candidate);
-    });
-}
-
-struct MatchRow {
-    char const* pattern;
-    char const* address;
-    Counts counts; // What the match adds.
-};
-
-TEST_F(Matching, MatchesWithTheCountsOfTheShortestRuns) {
-    MatchRow const rows[] = {
-        {"", "", {}},
-        {"*", "", {0, 0, 0, 0, 0, 0, 1}},
-        {"**", "12", {0, 0, 0, 0, 0, 0, 2}},
-        {"12*", "12", {2, 0, 0, 0, 0, 0, 1}},
-        {"*45", "4512345", {2, 0, 0, 0, 0, 0, 1}},
-        {"1?3", "1x3", {2, 0, 1, 0, 0, 0, 0}},
-        {"[1-3]5", "25", {1, 1, 0, 0, 1, 0, 0}},
-        {"[1,?]", "1", {0, 1, 0, 0, 1, 0, 0}},
-        {"[1,?]", "2", {0, 0, 0, 1, 1, 0, 0}},
-        {"[a-c,!b]", "c", {0, 1, 0, 0, 1, 0, 0}},
-        {"9<1-20>", "915", {1, 2, 0, 0, 0, 1, 0}}, // The 1 of 15, then what remains.
-        {"<1,12>", "12", {0, 3, 0, 0, 0, 1, 0}},   // What 1 consumed of 12 stays counted.
-        {"<1,11>*", "111", {0, 1, 0, 0, 0, 1, 1}},
-        {"<1,11>1", "111", {1, 3, 0, 0, 0, 1, 0}},
-        {"<?,?4><?,?4>5", "4445", {1, 1, 0, 3, 0, 2, 0}},
-        {"*[1,?]*2", "3112", {1, 0, 0, 1, 1, 0, 2}},
-        {"<?3,?>*[2,?]", "123", {0, 0, 0, 2, 1, 1, 1}},
-        {"12{3-5}", "129", {2, 0, 0, 0, 0, 0, 0}}, // "{" ends the match with success.
-        {"*5}", "1525", {1, 0, 0, 0, 0, 0, 1}},
-        {"<1-3> ", "1234", {0, 1, 0, 0, 0, 1, 0}},
-    };
-    for (MatchRow const& row : rows)
-        EXPECT_EQ(SlowMatcher::LibraryMatch(assistant, row.address, row.pattern), row.counts)
-            << row.pattern << " " << row.address;
-}
-
-TEST_F(Matching, RejectsNearMisses) {
-    std::pair<char const*, char const*> const rows[] = {
-        {"", "1"},          {"?", ""},        {"5", ""},          {"[5]", ""},
-        {"<5>", ""},        {"12*", "1"},     {"1?3", "13"},      {"1?3", "1234"},
-        {"abc", "ABC"},     {"[1-3]5", "45"}, {"[1-3]5", "225"},  {"[1,3]", "2"},
-        {"<10-20>", "21"},  {"[!5]", "6"},    {"<!5,!6>", "7"},   {"[1", "1"},
-        {"*<1", "1"},       {"*[", "1"},      {"<1-9,!5>", "5"},  {"*a*b", "bbbba"},
-        {"1*2*3", "1213x"}, {"<1-9>*4", "5"}, {"<00-99>5", "12"},
-    };
-    for (auto const& [pattern, address] : rows) {
-        wild_card_counts counts;
-        EXPECT_FALSE(assistant.IsMatching(address, pattern, counts)) << pattern << " " << address;
-        EXPECT_EQ(CountsOf(counts), Counts()) << pattern << " " << address;
+    for (auto const& [list, admitted, others] : rows) {
+        auto const expect = [&, list = list](std::string const& candidate, bool isAdmitted) {
+            SCOPED_TRACE(list + " " + candidate);
+            wild_card_counts counts, ungrouped;
+            bool const accepts = assistant.IsInRange(list, candidate, counts, true);
+            EXPECT_EQ(accepts && assistant.Exclude(list, candidate), isAdmitted);
+            EXPECT_TRUE(accepts || CountsOf(counts) == Counts());
+            assistant.IsInRange(list, candidate, ungrouped, false);
+            EXPECT_EQ(ungrouped.symbol_count, counts.grouped_symbol_count);
+            EXPECT_EQ(ungrouped.question_count, counts.grouped_question_count);
+            EXPECT_EQ(assistant.IsMatching(candidate + "/", "<" + list + ">/*", counts),
+                      isAdmitted);
+        };
+        for (std::string const& candidate : admitted)
+            expect(candidate, true);
+        for (std::string const& candidate : others)
+            expect(candidate, false);
     }
 }
 
-TEST_F(Matching, CountsConstructsOutsideGroups) {
-    std::pair<char const*, Counts> const rows[] = {
-        {"1?[2-4]<10-20>*", {1, 0, 1, 0, 1, 1, 1}},
-        {"", {}},
-        {"a-b,{1}", {3, 0, 0, 0, 0, 0, 0}},
-        {"1[2?*", {1, 0, 0, 0, 1, 0, 0}}, // Not closed: nothing after it counts.
-        {"<1?", {0, 0, 0, 0, 0, 1, 0}},
+TEST_F(Matching, MatchesWithTheCountsOfTheShortestRuns) {
+    struct {
+        char const *pattern, *address;
+        Counts counts; // What the match adds.
+    } const rows[] = {
+        {"", "", {}},
+        {"*45", "4512345", {2, 0, 0, 0, 0, 0, 1}},
+        {"1?3**", "1x3", {2, 0, 1, 0, 0, 0, 2}},
+        {"[1-3]5", "25", {1, 1, 0, 0, 1, 0, 0}},
+        {"[a-c,!b]", "c", {0, 1, 0, 0, 1, 0, 0}},
+        {"9<1-20>", "915", {1, 2, 0, 0, 0, 1, 0}}, // The 1 of 15, then what remains.
+        {"<1,12>", "12", {0, 3, 0, 0, 0, 1, 0}},   // What 1 consumed of 12 stays counted.
+        {"<?,?4><?,?4>5", "4445", {1, 1, 0, 3, 0, 2, 0}},
+        {"*[1,?]*2", "3112", {1, 0, 0, 1, 1, 0, 2}},
+        {"<?3,?>*[2,?]", "123", {0, 0, 0, 2, 1, 1, 1}},
     };
-    for (auto const& [pattern, expected] : rows) {
+    for (auto const& [pattern, address, expected] : rows) {
+        EXPECT_EQ(SlowMatcher::LibraryMatch(assistant, address, pattern), expected) << pattern;
         wild_card_counts counts;
         assistant.GetCountOfWildCard(pattern, counts);
+        counts.grouped_symbol_count = expected[1];
+        counts.grouped_question_count = expected[3];
         EXPECT_EQ(CountsOf(counts), expected) << pattern;
+    }
+    wild_card_counts odd;
+    assistant.GetCountOfWildCard("a-b,{1}[2?*", odd); // Not closed: nothing after it counts.
+    EXPECT_EQ(CountsOf(odd), (Counts{3, 0, 0, 0, 1, 0, 0}));
+    EXPECT_TRUE(assistant.IsMatching("129", "12{3-5}", odd)); // "{" ends the match with success.
+
+    std::pair<char const*, char const*> const misses[] = {
+        {"1?3", "1234"},   {"abc", "ABC"},     {"[1-3]5", "225"}, {"[1", "1"},
+        {"*a*b", "bbbba"}, {"1*2*3", "1213x"}, {"<1-9>*4", "5"},  {"<00-99>5", "12"},
+    };
+    for (auto const& [pattern, address] : misses) {
+        wild_card_counts counts;
+        EXPECT_FALSE(assistant.IsMatching(address, pattern, counts)) << pattern << " " << address;
+        EXPECT_EQ(CountsOf(counts), Counts()) << pattern << " " << address;
     }
     for (char c : std::string("7xZ#^/_=+%~@;().:$&'"))
         EXPECT_TRUE(assistant.IsAvailableSymbol(c)) << c;
@@ -164,87 +125,154 @@ TEST_F(Matching, CountsConstructsOutsideGroups) {
         EXPECT_FALSE(assistant.IsCharacter(text)) << text;
 }
 
+/// Every text of at most length pieces.
+std::vector<std::string> Texts(int length, std::vector<std::string> const& pieces) {
+    std::vector<std::string> texts{""};
+    for (auto const& shorter : length > 0 ? Texts(length - 1, pieces) : std::vector<std::string>{})
+        for (auto const& piece : pieces)
+            texts.push_back(piece + shorter);
+    return texts;
+}
+
+TEST_F(Matching, AgreesWithASlowMatcher) {
+    auto const addresses = Texts(5, {"1", "2"});
+    for (auto const& pattern : Texts(4, {"1", "?", "*", "[2,!1]", "[1?,?]", "<1,12>", "<1-21,!12>",
+                                         "<1??,2?>", "<1-12>", "]"}))
+        for (auto const& tail : {"", "<"}) // Not closed.
+            for (auto const& address : addresses)
+                ASSERT_EQ(SlowMatcher::Match(assistant, address, pattern + tail),
+                          SlowMatcher::LibraryMatch(assistant, address, pattern + tail))
+                    << pattern << tail << " against " << address;
+}
+
 // Nothing here may take long or much stack: the caller chooses the address.
 TEST_F(Matching, HostileTextsEndSoon) {
-    std::string const manyA(2000, 'a');
-    std::string stars, ranges, sets;
-    for (int i = 0; i < 40; ++i)
-        stars += "*a";
-    for (int i = 0; i < 30; ++i)
-        ranges += "<a,aa,1-99>";
-    for (int i = 0; i < 100000; ++i)
-        sets += "[1-9]";
-    std::string const huge(1 << 20, '5');
+    auto const repeated = [](int times, char const* part) {
+        std::string text;
+        while (times-- > 0)
+            text += part;
+        return text;
+    };
+    std::string const manyA(2000, 'a'), huge(1 << 20, '5');
+    std::string const ranges = "*" + repeated(30, "<a,aa,1-99>") + "*b";
+    std::string const sets = repeated(100000, "[1-9]");
     wild_card_counts counts;
-    EXPECT_FALSE(assistant.IsMatching(manyA, stars + "*b", counts));
-    EXPECT_FALSE(assistant.IsMatching(manyA, "*" + ranges + "*b", counts));
-    EXPECT_TRUE(assistant.IsMatching(manyA + "b", "*" + ranges + "*b", counts));
+    EXPECT_FALSE(assistant.IsMatching(manyA, repeated(40, "*a") + "*b", counts));
+    EXPECT_FALSE(assistant.IsMatching(manyA, ranges, counts));
+    EXPECT_TRUE(assistant.IsMatching(manyA + "b", ranges, counts));
     EXPECT_TRUE(assistant.IsMatching(huge, huge, counts));
     EXPECT_FALSE(assistant.IsMatching(huge, sets, counts));
     EXPECT_TRUE(assistant.IsMatching(huge, "*5*" + sets, counts));
     EXPECT_FALSE(assistant.IsMatching(huge, "<1-9>*<1-9>6", counts));
     EXPECT_FALSE(assistant.IsMatching("1", std::string(1 << 20, '*') + "2", counts));
+    CallParams const side{manyA, {}, huge, ""};
+    EXPECT_TRUE(assistant.IsSideMatched(side, CALL_TYPE_SIP, "a*a@5*5", CALL_TYPE_SIP));
+    EXPECT_FALSE(assistant.IsSideMatched(side, CALL_TYPE_SIP, "a*a@5*6", CALL_TYPE_SIP));
 }
-
-struct SideRow {
-    CallParams side;
-    CallType type;
-    char const* pattern;
-    CallType ruleType;
-    bool matches;
-};
 
 TEST_F(Matching, SidesByCallType) {
     auto const side = [](char const* user, char const* host, char const* port) {
         return CallParams{user, {}, host, port};
     };
-    SideRow const rows[] = {
-        {side("201", "", ""), CALL_TYPE_NUMBER, "2*", CALL_TYPE_NUMBER, true},
-        {side("201", "", ""), CALL_TYPE_NUMBER2, "2*", CALL_TYPE_NUMBER2, true},
-        {side("201", "", ""), CALL_TYPE_NUMBER2, "*", CALL_TYPE_NUMBER, false},
-        {side("201", "", ""), CALL_TYPE_NUMBER, "*", CALL_TYPE_NUMBER2, false},
-        {side("201", "pbx", "5070"), CALL_TYPE_SIP, "201@pbx", CALL_TYPE_SIP, true},
-        {side("201", "pbx", "5060"), CALL_TYPE_SIP, "201@pbx:", CALL_TYPE_SIP, true},
-        {side("201", "pbx", "5060"), CALL_TYPE_SIP, "2*@p?x:<5060-5069>", CALL_TYPE_SIP, true},
-        {side("201", "pbx", ""), CALL_TYPE_SIP, "201@pbx:5060", CALL_TYPE_SIP, false},
-        {side("201", "pbx", ""), CALL_TYPE_SIP, "201@pbx", CALL_TYPE_SIP, true},
+    CallParams const number = side("201", "", ""), sip = side("201", "pbx", "5060");
+    CallParams const noPort = side("201", "pbx", "");
+    struct {
+        CallParams side;
+        CallType type;
+        char const* pattern;
+        CallType ruleType;
+        bool matches;
+    } const rows[] = {
+        {number, CALL_TYPE_NUMBER, "2*", CALL_TYPE_NUMBER, true},
+        {number, CALL_TYPE_NUMBER2, "2*", CALL_TYPE_NUMBER2, true},
+        {number, CALL_TYPE_NUMBER2, "*", CALL_TYPE_NUMBER, false},
+        {number, CALL_TYPE_NUMBER, "*", CALL_TYPE_NUMBER2, false},
+        {number, CALL_TYPE_NUMBER, "", CALL_TYPE_NUMBER, false},
+        {number, CALL_TYPE_ANY, "*", CALL_TYPE_ANY, true},
+        {number, CALL_TYPE_ANY, "201", CALL_TYPE_ANY, false},
+        {number, static_cast<CallType>(7), "*", CALL_TYPE_ANY, true},
+        {side("", "", ""), CALL_TYPE_NUMBER, "", CALL_TYPE_ANY, false},
+        {sip, CALL_TYPE_SIP, "201@pbx", CALL_TYPE_SIP, true},
+        {sip, CALL_TYPE_SIP, "201@pbx:", CALL_TYPE_SIP, true},
+        {sip, CALL_TYPE_SIP, "2*@p?x:<5060-5069>", CALL_TYPE_SIP, true},
+        {sip, CALL_TYPE_SIP, "2*@p?x:<5061-5069>", CALL_TYPE_SIP, false},
+        {sip, CALL_TYPE_SIP, "201", CALL_TYPE_SIP, false},
+        {sip, CALL_TYPE_SIP, "*", CALL_TYPE_SIP, false},
+        {sip, CALL_TYPE_SIP, "sip:201@pbx", CALL_TYPE_SIP, false},
+        {sip, CALL_TYPE_SIP, "201", CALL_TYPE_ANY, true},
+        {sip, CALL_TYPE_SIP, "201@pbx", CALL_TYPE_ANY, false},
+        {noPort, CALL_TYPE_SIP, "201@pbx:5060", CALL_TYPE_SIP, false},
+        {noPort, CALL_TYPE_SIP, "201@pbx", CALL_TYPE_SIP, true},
         {side("", "", ""), CALL_TYPE_SIP, "@", CALL_TYPE_SIP, true},
         {side("a@b", "c", ""), CALL_TYPE_SIP, "a@b@c", CALL_TYPE_SIP, true},
-        {side("201", "pbx", "5060"), CALL_TYPE_SIP, "201", CALL_TYPE_SIP, false},
-        {side("201", "pbx", "5060"), CALL_TYPE_SIP, "*", CALL_TYPE_SIP, false},
-        {side("201", "pbx", "5060"), CALL_TYPE_SIP, "sip:201@pbx", CALL_TYPE_SIP, false},
-        {side("201", "pbx", "5060"), CALL_TYPE_SIP, "201", CALL_TYPE_ANY, true},
-        {side("201", "pbx", "5060"), CALL_TYPE_SIP, "201@pbx", CALL_TYPE_ANY, false},
-        {side("201", "", ""), CALL_TYPE_NUMBER, "", CALL_TYPE_NUMBER, false},
-        {side("", "", ""), CALL_TYPE_NUMBER, "", CALL_TYPE_ANY, false},
-        {side("201", "", ""), CALL_TYPE_ANY, "*", CALL_TYPE_ANY, true},
-        {side("5", "", ""), CALL_TYPE_ANY, "5", CALL_TYPE_ANY, false},
-        {side("5", "", ""), static_cast<CallType>(7), "*", CALL_TYPE_ANY, true},
     };
-    for (SideRow const& row : rows)
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.pattern);
         EXPECT_EQ(assistant.IsSideMatched(row.side, row.type, row.pattern, row.ruleType),
-                  row.matches)
-            << row.pattern << " of type " << row.ruleType << " for type " << row.type;
+                  row.matches);
+        for (bool const isCaller : {true, false}) {
+            CallRecordingRuleParams rule;
+            (isCaller ? rule.caller_pattern : rule.called_pattern) = row.pattern;
+            (isCaller ? rule.called_pattern : rule.caller_pattern) = "*";
+            (isCaller ? rule.caller_call_type : rule.called_call_type) = row.ruleType;
+            Load(Section(rule));
+            EXPECT_EQ(
+                assistant.IsCallRecordingAllowed(row.side, row.type, row.side, row.type, nullptr),
+                row.matches);
+        }
+    }
+}
+
+TEST_F(Matching, TheFirstEnabledRuleWithBothSidesDecides) {
+    CallRecordingRuleParams const first = Rule(2, "20?", CALL_TYPE_NUMBER, "0044*", CALL_TYPE_ANY);
+    CallRecordingRuleParams const second =
+        Rule(3, "2*", CALL_TYPE_ANY, "00*", CALL_TYPE_NUMBER, "there");
+    Load(Section(Disabled(kTwinOfA)) + Section(first) + Section(second));
+    for (auto const& [from, to, expected] : {std::tuple{"201", "00441", &first},
+                                             {"211", "00441", &second},
+                                             {"201", "0041", &second},
+                                             {"201", "100", &kB},
+                                             {"300", "00441", &kB}}) {
+        CallRecordingRuleParams rule = kB; // Which stays where there is none.
+        EXPECT_EQ(assistant.IsCallRecordingAllowed({from, {}, "", ""}, CALL_TYPE_NUMBER,
+                                                   {to, {}, "", ""}, CALL_TYPE_NUMBER, &rule),
+                  expected != &kB);
+        EXPECT_EQ(Section(rule), Section(*expected));
+    }
+}
+
+TEST_F(Matching, ReloadSwitchesBetweenWholeLists) {
+    std::string const odd = Section(Rule(1, "*", CALL_TYPE_ANY, "*", CALL_TYPE_ANY, "1"));
+    std::string const even =
+        Section(kC) + Section(Rule(2, "*", CALL_TYPE_ANY, "*", CALL_TYPE_ANY, "2"));
+    Load(even);
+    std::atomic<bool> done{false};
+    std::thread decider([&] {
+        CallParams const side{"6", {}, "", ""};
+        while (!done) {
+            CallRecordingRuleParams rule;
+            EXPECT_TRUE(assistant.IsCallRecordingAllowed(side, CALL_TYPE_NUMBER, side,
+                                                         CALL_TYPE_NUMBER, &rule));
+            EXPECT_EQ(rule.record_to, std::to_string(rule.callrecordingrule_id));
+        }
+    });
+    for (int i = 0; i < 100; ++i)
+        Load(i % 2 == 0 ? odd : even);
+    done = true;
+    decider.join();
 }
 
 TEST_F(Matching, SipAddressesSplitAtTheirLastSeparators) {
-    struct Row {
-        char const *address, *user, *host, *port;
-        bool found;
-    } const rows[] = {
-        {"201@pbx:5060", "201", "pbx", "5060", true},
-        {"201@pbx", "201", "pbx", "", true},
-        {"1@2@3", "1@2", "3", "", true},
-        {"sip:201@pbx", "u", "h", "201@pbx", false},
-        {"1234", "u", "h", "", false},
-        {"@:", "", "", "", true},
-    };
-    for (Row const& row : rows) {
+    for (auto const& [address, parts] : {std::pair{"201@pbx:5060", "1 201|pbx|5060"},
+                                         {"201@pbx", "1 201|pbx|"},
+                                         {"1@2@3", "1 1@2|3|"},
+                                         {"sip:201@pbx", "0 u|h|201@pbx"},
+                                         {"1234", "0 u|h|"},
+                                         {"@:", "1 ||"}}) {
         std::string user = "u", host = "h", port = "p";
-        EXPECT_EQ(assistant.ParseSIPAddress(row.address, user, host, port), row.found);
-        EXPECT_EQ(user + "|" + host + "|" + port,
-                  std::string(row.user) + "|" + row.host + "|" + row.port)
-            << row.address;
+        std::string const found =
+            assistant.ParseSIPAddress(address, user, host, port) ? "1 " : "0 ";
+        EXPECT_EQ(found + user + "|" + host + "|" + port, parts) << address;
     }
     std::string text = "1@2:3", host;
     EXPECT_TRUE(assistant.ParseSIPAddress(text, text, host)); // An output may be the input.

@@ -5,7 +5,6 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <string>
 
 #include <LogStream.h>
@@ -24,10 +23,10 @@ using namespace std::string_literals;
 
 std::string const TWO = "{\nk=1\n}\n{\nk=2\n}\n";
 
-/// Returns the message of the exception that action throws; empty when there is none.
-std::string ThrownBy(std::function<void()> const& action) {
+/// Returns why the file at path is refused; empty when it is not.
+std::string Refusal(std::string const& path) {
     try {
-        action();
+        RuleFile const file(path);
     } catch (std::exception const& exception) {
         return exception.what();
     }
@@ -35,55 +34,29 @@ std::string ThrownBy(std::function<void()> const& action) {
 }
 
 TEST(MultiSectionFileTest, AnEditChangesItsLinesAndNoOtherByte) {
-    auto const set = [](char const* key, char const* value) {
-        return [=](RuleFile& file) {
-            file.GotoNextSection();
-            file.SetSectionEntry(key, value);
-        };
-    };
-    auto const add = [](RuleFile& file) {
-        file.AddSection(false);
-        file.SetSectionEntry("k", "v");
-    };
-    auto const remove = [](RuleFile& file) {
-        file.GotoNextSection();
-        file.DeleteSection();
-    };
-    auto const several = [&](RuleFile& file) {
-        set("k", "longer")(file);
-        set("k", "")(file);
-        set("k", "x")(file);
-        file.GotoPreviousSection();
-        file.DeleteSection();
-        set("j", "y")(file);
-        file.GotoPreviousSection();
-        file.SetSectionEntry("j", "z");
-        file.SetSectionEntry("k", "w");
-    };
+    // "+" adds a section, ">" and "<" move, "-" deletes, what else there is sets an entry.
     struct {
         std::string before;
-        std::function<void(RuleFile&)> edit;
+        std::vector<char const*> steps;
         std::string after;
     } const rows[] = {
-        {"", [](RuleFile&) {}, ""},
-        {"# a\n\n{\n#k=0\n \tk=1#x\nx= y \n\n}\n#b", [](RuleFile&) {},
-         "# a\n\n{\n#k=0\n \tk=1#x\nx= y \n\n}\n#b"},
-        {"# a\n{\n#k=0\n \tk= 1#x\nx= y \n}\n", set("k", " 2# "),
-         "# a\n{\n#k=0\n \tk= 2# \nx= y \n}\n"},
-        {"{\nk=1\nk=2\n}\n", set("k", "3"), "{\nk=3\nk=2\n}\n"},
-        {"{\nkk=1\nK=1\n#k=1\nk =1\n}\n", set("k", ""), "{\nkk=1\nK=1\n#k=1\nk =1\nk=\n}\n"},
-        {"{\nk==1=\n}\n", set("k", "={}"), "{\nk=={}\n}\n"},
-        {"{\r\nk=1\r\n}\r\n", set("k", "22"), "{\r\nk=22\r\n}\r\n"},
-        {"{\r\nj=1\n}\n", set("k", "2"), "{\r\nj=1\nk=2\r\n}\n"},
-        {" {\t\nk=1\n\t} ", set("k", "2"), " {\t\nk=2\n\t} "},
-        {"", add, "{\nk=v\n}\n"},
-        {"#\n{\n}", add, "#\n{\n}\n{\nk=v\n}\n"},
-        {"#\r\n{\r\n}", add, "#\r\n{\r\n}\r\n{\r\nk=v\r\n}\r\n"},
-        {"{\r\n}\r", add, "{\r\n}\r\n{\r\nk=v\r\n}\r\n"},
-        {"# only", add, "# only\n{\nk=v\n}\n"},
-        {"#a\n{\n#b\nk=1\n}\n#c\n{\n}\n", remove, "#a\n#c\n{\n}\n"},
-        {"#a\n{\nk=1\n}", remove, "#a\n"},
-        {"{\nk=1\n}\n#a\n{\nk=2\n}\n#b\n{\nk=3\n}\n#c\n", several,
+        {"# a\n{\n#k=0\n \tk= 1#x\nx= y \n}\n\n#b",
+         {">", "k= 2# "},
+         "# a\n{\n#k=0\n \tk= 2# \nx= y \n}\n\n#b"},
+        {"{\nk=1\nk=2\n}\n", {">", "k=3"}, "{\nk=3\nk=2\n}\n"},
+        {"{\nkk=1\nK=1\n#k=1\nk =1\n}\n", {">", "k="}, "{\nkk=1\nK=1\n#k=1\nk =1\nk=\n}\n"},
+        {"{\nk==1=\n}\n", {">", "k=={}"}, "{\nk=={}\n}\n"},
+        {"{\r\nk=1\r\n}\r\n", {">", "k=22"}, "{\r\nk=22\r\n}\r\n"},
+        {"{\r\nj=1\n}\n", {">", "k=2"}, "{\r\nj=1\nk=2\r\n}\n"},
+        {" {\t\nk=1\n\t} ", {">", "k=2"}, " {\t\nk=2\n\t} "},
+        {"", {"+", "k=v"}, "{\nk=v\n}\n"},
+        {"# only", {"+"}, "# only\n{\n}\n"},
+        {"#\r\n{\r\n}", {"+", "k=v"}, "#\r\n{\r\n}\r\n{\r\nk=v\r\n}\r\n"},
+        {"{\r\n}\r", {"+"}, "{\r\n}\r\n{\r\n}\r\n"},
+        {"#a\n{\n#b\nk=1\n}\n#c\n{\n}\n", {">", "-"}, "#a\n#c\n{\n}\n"},
+        {"#a\n{\nk=1\n}", {">", "-"}, "#a\n"},
+        {"{\nk=1\n}\n#a\n{\nk=2\n}\n#b\n{\nk=3\n}\n#c\n",
+         {">", "k=longer", "k=", ">", "-", ">", "j=y", "<", "k=w", "j=z", ">", "k=x"},
          "{\nk=w\nj=z\n}\n#a\n#b\n{\nk=x\nj=y\n}\n#c\n"},
     };
     TempDir dir;
@@ -91,7 +64,16 @@ TEST(MultiSectionFileTest, AnEditChangesItsLinesAndNoOtherByte) {
         SCOPED_TRACE(row.before);
         dir.Write("rules", row.before);
         RuleFile file(dir.Path("rules"));
-        row.edit(file);
+        for (std::string const step : row.steps) {
+            if (step.size() > 1)
+                file.SetSectionEntry(step.substr(0, 1).c_str(), step.substr(2).c_str());
+            else if (step == "-")
+                file.DeleteSection();
+            else
+                step == "+"   ? file.AddSection(false)
+                : step == ">" ? file.GotoNextSection()
+                              : file.GotoPreviousSection();
+        }
         EXPECT_EQ(dir.Read("rules"), row.before) << "written without Save";
         file.Save(true, nullptr);
         EXPECT_EQ(dir.Read("rules"), row.after);
@@ -117,7 +99,7 @@ TEST(MultiSectionFileTest, SaysWhereAFileIsMalformed) {
     TempDir dir;
     for (auto const& row : rows) {
         dir.Write("rules", row.content);
-        std::string const message = ThrownBy([&] { RuleFile(dir.Path("rules")); });
+        std::string const message = Refusal(dir.Path("rules"));
         EXPECT_EQ(message.find(dir.Path("rules") + row.message), 0u) << message;
         EXPECT_LT(message.size(), 300u);
     }
@@ -131,36 +113,33 @@ TEST(MultiSectionFileTest, OpensWhatCanBecomeARuleFileOnly) {
     std::filesystem::create_symlink("loop", dir.Path("loop"));
     std::filesystem::create_symlink("missing/rules", dir.Path("astray"));
     for (char const* const name : {"", "pipe", "missing/rules", "file/rules", "loop", "astray"})
-        EXPECT_EQ(ThrownBy([&] { RuleFile(dir.Path(name)); }).find(dir.Path(name) + ": "), 0u);
+        EXPECT_EQ(Refusal(dir.Path(name)).find(dir.Path(name) + ": "), 0u);
 }
 
 TEST(MultiSectionFileTest, TheCursorWalksBothWays) {
     TempDir dir;
     dir.Write("rules", "{\nk=1\n}\n{\nk=2\n}\n{\nk=3\n}\n");
     RuleFile file(dir.Path("rules"));
-    // Takes the steps and returns the value of k after each, "-" where there is no section.
+    // Takes the steps, "x" deleting, and returns the value of k after each, "-" where there is no
+    // section.
     auto const walk = [&](std::string const& steps) {
         std::string values;
         for (char const step : steps) {
-            int const isThere = step == '>' ? file.GotoNextSection() : file.GotoPreviousSection();
-            values += isThere != 0 ? file.Value("k") : "-";
+            bool const isThere = step == 'x'   ? file.DeleteSection() == 0
+                                 : step == '>' ? file.GotoNextSection() != 0
+                                               : file.GotoPreviousSection() != 0;
+            values += isThere ? file.Value("k") : "-";
+            if (!isThere) {
+                EXPECT_ANY_THROW(file.Value("k"));
+                EXPECT_ANY_THROW(file.DeleteSection());
+                EXPECT_ANY_THROW(file.SetSectionEntry("k", "v"));
+            }
         }
         return values;
     };
-    auto const expectNowhere = [&] {
-        EXPECT_ANY_THROW(file.Value("k"));
-        EXPECT_ANY_THROW(file.DeleteSection());
-        EXPECT_ANY_THROW(file.SetSectionEntry("k", "v"));
-    };
-    expectNowhere();
-    EXPECT_EQ(walk("<>>>>>"), "-123--");
-    expectNowhere();
-    EXPECT_EQ(walk("<<<<>>"), "321-12");
-    file.DeleteSection();
-    expectNowhere();
-    EXPECT_EQ(walk("><"), "31");
-    file.DeleteSection();
-    EXPECT_EQ(walk("<>"), "-3");
+    EXPECT_ANY_THROW(file.Value("k"));
+    EXPECT_EQ(walk("<>>>>><<<<>>"), "-123--321-12");
+    EXPECT_EQ(walk("x><x<>"), "-31--3");
     file.AddSection(false);
     file.SetSectionEntry("k", "4");
     EXPECT_EQ(walk("<>><"), "34-4");
@@ -197,6 +176,7 @@ TEST(MultiSectionFileTest, SaveKeepsTheModeAndFollowsLinks) {
     std::filesystem::create_symlink("real/rules", dir.Path("inner"));
     std::filesystem::create_symlink(dir.Path("inner"), dir.Path("outer"));
     std::filesystem::create_symlink("real/new", dir.Path("dangling"));
+    umask(2);
     for (char const* const name : {"outer", "dangling"}) {
         RuleFile file(dir.Path(name));
         file.AddSection(false);
@@ -205,9 +185,11 @@ TEST(MultiSectionFileTest, SaveKeepsTheModeAndFollowsLinks) {
     }
     EXPECT_EQ(dir.Read("real/rules"), TWO + "{\n}\n");
     EXPECT_EQ(dir.Read("real/new"), "{\n}\n");
-    struct stat status = {};
-    ASSERT_EQ(stat(dir.Path("real/rules").c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777u, 0640u);
+    for (auto const& [name, mode] : {std::pair{"outer", 0640u}, {"dangling", 0664u}}) {
+        struct stat status = {};
+        ASSERT_EQ(stat(dir.Path(name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777u, mode);
+    }
 }
 
 void Trace(LogStream& log, unsigned char level, char const* format, ...) {
@@ -218,25 +200,20 @@ void Trace(LogStream& log, unsigned char level, char const* format, ...) {
 }
 
 TEST(LogStreamTest, AppendsTheEntriesOfItsLevels) {
-    struct {
-        char const* level;
-        char const* added;
-    } const rows[] = {{"", "0 a|9 b|"}, {"x3", "0 a|9 b|"},
-                      {"0", "0 a|"},    {"9", "0 a|9 b|"},
-                      {"8", "0 a|"},    {"99999999999999999999999", "0 a|9 b|"}};
     TempDir dir;
     setenv("QUVA_LOG_PATH", (dir.Path() + "/pre-").c_str(), 1);
     std::string expected;
-    for (auto const& row : rows) {
-        setenv("QUVA_LOG_LEVEL", row.level, 1);
-        LogStream log("log", false, true, 0x7FFFFFFF, 1, 2048, false);
-        Trace(log, 0, "%d %s|", 0, "a");
-        Trace(log, 9, "%d %s|", 9, "b");
-        log.Flush();
-        EXPECT_EQ(dir.Read("pre-log"), expected += row.added);
+    for (std::string const level : {"", "x3", "0", "10", "9", "99999999999999999999999"}) {
+        setenv("QUVA_LOG_LEVEL", level.c_str(), 1);
+        {
+            LogStream log("log", false, true, 0x7FFFFFFF, 1, 2048, false);
+            Trace(log, 0, "%d %s|", 0, "a");
+            Trace(log, 10, "%d %s|", 9, "b");
+        }
+        EXPECT_EQ(dir.Read("pre-log"), expected += level.size() == 1 ? "0 a|" : "0 a|9 b|");
         bool isEnabled = false;
         GetLogLevel(&isEnabled, nullptr);
-        EXPECT_EQ(isEnabled, std::isdigit(row.level[0]) != 0);
+        EXPECT_EQ(isEnabled, std::isdigit(level[0]) != 0);
     }
 }
 

@@ -16,25 +16,11 @@ namespace {
 
 using F = PatternFault;
 
-struct Rejections {
-    PatternFault fault;
-    std::vector<std::pair<std::string, std::size_t>> texts; // Each with the position of the fault.
-};
-
-template <std::size_t N, typename Explain>
-void ExpectRejected(Rejections const (&rows)[N], Explain explain) {
-    for (Rejections const& row : rows) {
-        for (auto const& [text, position] : row.texts) {
-            std::optional<PatternRejection> const rejection = explain(text);
-            ASSERT_TRUE(rejection) << text;
-            EXPECT_EQ(rejection->fault, row.fault) << text << ": " << rejection->message;
-            EXPECT_EQ(rejection->position, position) << text << ": " << rejection->message;
-        }
-    }
-}
-
-TEST(PatternValidation, WellFormedPatternsComeBackInStoredForm) {
-    std::pair<char const*, char const*> const rows[] = {
+TEST(PatternValidation, PatternsComeBackInStoredForm) {
+    struct {
+        char const *written, *stored;
+        bool isIncorrect = false; // It is rewritten all the same, unless a character is reserved.
+    } const rows[] = {
         {"", ""},
         {"a'_+=/~().;$&", "a'_+=/~().;$&"},
         {"*?*9", "*?*9"},
@@ -47,57 +33,81 @@ TEST(PatternValidation, WellFormedPatternsComeBackInStoredForm) {
         {"[1,!!]", "[1,!!]"},
         {"[1,!2]!3", "[1,!2]!3"},
         {"{[1]2,3}", "{[1]2,3}"}, // Values of a range expression are not looked at.
+        {R"(\*[5-5])", "#[5-5]", true},
+        {R"(\*\\*)", "#\\#", true},
+        {R"(\*72%)", R"(\*72%)", true},
     };
-    for (auto const& [written, stored] : rows) {
+    for (auto const& [written, stored, isIncorrect] : rows) {
         std::string pattern = written;
-        EXPECT_FALSE(IsPatternIncorrect(pattern)) << written;
+        EXPECT_EQ(IsPatternIncorrect(pattern), isIncorrect) << written;
         EXPECT_EQ(pattern, stored);
     }
 }
 
-TEST(PatternValidation, MalformedPatternsAreExplained) {
-    Rejections const rows[] = {
-        {F::ReservedCharacter, {{R"(\*9#72)", 3}}},
-        {F::StrayBackslash, {{R"(\*\72)", 2}, {R"(\\*)", 0}, {"72\\", 2}}},
-        {F::ExclusionOutsideGroup, {{"!3[1,!2]", 0}, {"[1]!2", 3}}},
-        {F::UnclosedGroup, {{"0[1,!2", 1}, {"[1]2[3", 4}}},
-        {F::UnopenedGroup, {{"1,!2}", 4}, {"1]", 1}, {"}{", 0}, {"]1[2[3]", 0}}},
-        {F::InvalidCharacter, {{"<1-5>", 0}, {R"(\*\* 1)", 4}, {"0\xc3\xa9", 1}}},
-        {F::NestedGroup, {{"[1[2]", 2}, {"[[1]]", 1}, {"]1[[2]", 3}}},
-        {F::EmptyGroup, {{"0[]", 1}}},
-        {F::EmptyItem, {{"[,1]", 1}, {"[1,]", 2}, {"[1,,2]", 3}, {"{1,}", 2}}},
+TEST(PatternValidation, WhatIsMalformedIsExplained) {
+    using Places =
+        std::vector<std::pair<std::string, std::size_t>>; // Each with where the fault is.
+    struct {
+        PatternFault fault;
+        Places patterns, ranges;
+    } const rows[] = {
+        {F::ReservedCharacter, {{R"(\*9#72)", 3}}, {}},
+        {F::StrayBackslash, {{R"(\*\72)", 2}, {R"(\\*)", 0}, {"72\\", 2}}, {}},
+        {F::ExclusionOutsideGroup, {{"!3[1,!2]", 0}, {"[1]!2", 3}}, {}},
+        {F::UnclosedGroup, {{"0[1,!2", 1}, {"[1]2[3", 4}}, {{"5", 0}, {"{5", 0}, {"{!5", 0}}},
+        {F::UnopenedGroup, {{"1,!2}", 4}, {"1]", 1}, {"}{", 0}, {"]1[2[3]", 0}}, {{"{1}}", 3}}},
+        {F::InvalidCharacter, {{"<1-5>", 0}, {R"(\*\* 1)", 4}, {"0\xc3\xa9", 1}}, {}},
+        {F::NestedGroup, {{"[1[2]", 2}, {"[[1]]", 1}, {"]1[[2]", 3}}, {}},
+        {F::EmptyGroup, {{"0[]", 1}}, {{"", 0}, {"{}", 0}}},
+        {F::EmptyItem, {{"[,1]", 1}, {"[1,]", 2}, {"[1,,2]", 3}}, {{"{1,,2}", 3}, {"{1,}", 2}}},
         {F::IncompleteRange,
-         {{"[-5]", 1}, {"[5-]", 2}, {"[5-,1]", 2}, {"[1,-5]", 3}, {"{1,2-}", 4}}},
-        {F::RepeatedDash, {{"[1--3]", 3}, {"{1-2-3}", 4}}},
-        {F::RepeatedStar, {{R"(\***)", 3}}},
-        {F::StarInGroup, {{"[1*2]", 2}, {"{1-*}", 3}}},
-        {F::SeparatorOutsideGroup, {{"12,3", 2}, {"1-[2]", 1}, {R"([1]\,-[2])", 5}, {"{1-5},", 5}}},
-        {F::LongSetItem, {{"[0,12]", 3}, {"[10-20]", 1}, {"[1,!23]", 3}}},
-        {F::MixedBrackets, {{"[1,{2}]", 3}, {"{[1-5]}", 1}}},
-        {F::EmptyExclusion, {{"[1,!]", 3}}},
-        {F::MisplacedExclusion, {{"[1!2]", 2}, {"{1-!5}", 3}}},
-        {F::ExclusionOfRange, {{"{9,!1-5}", 3}}},
-        {F::MixedRange, {{"[a-Z]", 1}, {"{1a-5}", 1}, {"{0a-100}", 1}}},
-        {F::DescendingRange, {{"[0,5-5]", 3}, {"{1-5}{5-1}", 6}}},
-        {F::UnequalWidth, {{"{01-100}", 1}}},
-        {F::RepeatedSymbol, {{"[1-5,5]", 5}, {"[3,1-5]", 3}, {R"([\*,\*])", 4}}},
-        {F::NoPositiveItem, {{"0[!1]", 1}, {"9{!3}", 1}}},
+         {{"[-5]", 1}, {"[5-]", 2}, {"[5-,1]", 2}, {"[1,-5]", 3}, {"{1,2-}", 4}},
+         {{"{-5}", 1}, {"{5-}", 2}}},
+        {F::RepeatedDash, {{"[1--3]", 3}, {"{1-2-3}", 4}}, {}},
+        {F::RepeatedStar, {{R"(\***)", 3}}, {}},
+        {F::StarInGroup, {{"[1*2]", 2}, {"{1-*}", 3}}, {{"1*", 1}}},
+        {F::SeparatorOutsideGroup,
+         {{"12,3", 2}, {"1-[2]", 1}, {R"([1]\,-[2])", 5}, {"{1-5},", 5}},
+         {}},
+        {F::LongSetItem, {{"[0,12]", 3}, {"[10-20]", 1}, {"[1,!23]", 3}}, {}},
+        {F::MixedBrackets, {{"[1,{2}]", 3}, {"{[1-5]}", 1}}, {}},
+        {F::EmptyExclusion, {{"[1,!]", 3}}, {{"{!,5}", 1}, {"{5,!}", 3}}},
+        {F::MisplacedExclusion, {{"[1!2!3]", 2}, {"{1-!5}", 3}}, {{"!5}", 0}}},
+        {F::ExclusionOfRange, {{"{9,!1-5}", 3}}, {}},
+        {F::MixedRange,
+         {{"[a-Z]", 1}, {"[9-A]", 1}, {"{1a-5}", 1}, {"{0a-100}", 1}},
+         {{"{a-5}", 1}}},
+        {F::DescendingRange,
+         {{"[0,5-5]", 3}, {"{1-5}{5-1}", 6}},
+         {{"{1-5,7-2}", 5},
+          {"{7,c-a}", 3},
+          {"{ab-ac}", 1},
+          {"{2147483647-99999999999}", 1},
+          {"{1{5-1{2}", 1}}}, // 15 and 12
+        {F::UnequalWidth, {{"{01-100}", 1}}, {{"{10-050}", 1}}},
+        {F::RepeatedSymbol, {{"[1-5,5]", 5}, {"[3,1-5]", 3}, {R"([\*,\*])", 4}}, {}},
+        {F::NoPositiveItem, {{"0[!1]", 1}, {"9{!3}", 1}}, {{"{!5}7", 0}}},
     };
-    ExpectRejected(rows, ExplainPattern);
-}
-
-TEST(PatternValidation, RejectedPatternsAreRewrittenUnlessACharacterIsReserved) {
-    for (auto const& [written, left] :
-         {std::pair{R"(\*[5-5])", "#[5-5]"}, {R"(\*\\*)", "#\\#"}, {R"(\*72%)", R"(\*72%)"}}) {
-        std::string pattern = written;
-        EXPECT_TRUE(IsPatternIncorrect(pattern)) << written;
-        EXPECT_EQ(pattern, left);
+    for (auto const& [fault, patterns, ranges] : rows) {
+        for (Places const* const places : {&patterns, &ranges}) {
+            for (auto const& [text, position] : *places) {
+                auto const rejection =
+                    places == &patterns ? ExplainPattern(text) : ExplainRange(text);
+                ASSERT_TRUE(rejection) << text;
+                EXPECT_EQ(rejection->fault, fault) << text << ": " << rejection->message;
+                EXPECT_EQ(rejection->position, position) << text << ": " << rejection->message;
+                EXPECT_NE(rejection->message, "") << text;
+            }
+        }
     }
 }
 
 TEST(PatternValidation, MessagesQuoteWhatTheUserWrote) {
     std::pair<char const*, char const*> const rows[] = {
         {"#72", R"("\*")"},
+        {"<1-5>", "in braces"},
+        {"[1", R"("]" after)"},
+        {"{5-1,7}", R"("5-1" does not)"},
         {R"([\*,\*])", R"("\*" is given twice)"},
         {"[4-6,1-5]", R"("4" is given twice in this set: "1-5")"},
         {"0\xc3", R"("\xC3")"},
@@ -118,29 +128,6 @@ TEST(RangeValidation, AcceptsWellFormedRanges) {
         EXPECT_TRUE(IsRangeCorrect(range)) << range;
 }
 
-TEST(RangeValidation, MalformedRangesAreExplained) {
-    Rejections const rows[] = {
-        {F::EmptyGroup, {{"", 0}, {"{}", 0}}},
-        {F::UnclosedGroup, {{"{5", 0}, {"{!5", 0}}},
-        {F::UnopenedGroup, {{"{1}}", 3}}},
-        {F::EmptyItem, {{"{1,,2}", 3}, {"{1,}", 2}}},
-        {F::IncompleteRange, {{"{-5}", 1}, {"{5-}", 2}}},
-        {F::StarInGroup, {{"1*", 1}}},
-        {F::MisplacedExclusion, {{"!5}", 0}}},
-        {F::EmptyExclusion, {{"{!,5}", 1}, {"{5,!}", 3}}},
-        {F::NoPositiveItem, {{"{!5}7", 0}}},
-        {F::UnequalWidth, {{"{10-050}", 1}}},
-        {F::DescendingRange,
-         {{"{1-5,7-2}", 5},
-          {"{7,c-a}", 3},
-          {"{ab-ac}", 1},
-          {"{2147483647-99999999999}", 1},
-          {"{1{5-1{2}", 1}}}, // 15 and 12
-        {F::MixedRange, {{"{a-5}", 1}}},
-    };
-    ExpectRejected(rows, ExplainRange);
-}
-
 void ExpectAgreement(std::string const& text) {
     std::string stored = text;
     auto const pattern = ExplainPattern(text);
@@ -151,37 +138,24 @@ void ExpectAgreement(std::string const& text) {
     EXPECT_LE(range ? range->position : 0, text.size()) << text;
 }
 
-void ForEachText(std::string const& start, std::size_t longest) {
-    ExpectAgreement(start);
-    for (char c : std::string(start.size() < longest ? "[]{},-!1a?*\\" : ""))
-        ForEachText(start + c, longest);
-}
-
-TEST(PatternValidation, ReasonAndResultAgreeOnAllShortTexts) {
-    ForEachText("", 4);
-}
-
 TEST(PatternValidation, TimeGrowsWithTheLengthOnly) {
     struct {
-        char const* start;
-        char const* repeated;
-        char const* end;
+        char const *start, *repeated, *end;
     } const rows[] = {
         {"", "[", ""},      {"", "[]", ""},      {"", "]1[2", ""},          {"", ",", ""},
         {"", R"(\*)", ""},  {"", "\\", "*"},     {"", "[1]a", "-"},         {"[", "?,", "1]"},
         {"", "{1}", ""},    {"{", "1-2,", "3}"}, {"{1-", "9", "}"},         {"{", "!1,", "5}"},
         {"", "[1,!1]", ""}, {"{1,", "-", "}"},   {"[1]{2,", "{3,", "1-2}"}, {"[1,!1]", "!", ""},
     };
+    auto const start = std::chrono::steady_clock::now();
     for (auto const& row : rows) {
         std::string text = row.start;
         while (text.size() < 200000)
             text += row.repeated;
-        auto const start = std::chrono::steady_clock::now();
         ExpectAgreement(text + row.end);
-        // Milliseconds, unless it grows with the square.
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5))
-            << row.repeated;
     }
+    // Tenths of a second, unless one grows with the square.
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 } // namespace

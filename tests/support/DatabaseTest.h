@@ -6,8 +6,8 @@
 
 #include <cstdlib>
 #include <regex>
-#include <sstream>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ namespace CallRecordingUtils {
 
 class DatabaseTest : public testing::Test {
   protected:
-    explicit DatabaseTest(char const* logLevel) {
+    explicit DatabaseTest(char const* logLevel = "9") {
         dir.UseAsConfiguration();
         setenv("QUVA_LOG_PATH", dir.Path("").c_str(), 1);
         setenv("QUVA_LOG_LEVEL", logLevel, 1);
@@ -30,23 +30,12 @@ class DatabaseTest : public testing::Test {
         CCallRecordingDB::SetMode(true);
     }
 
-    /// Returns the messages since the last call, without their timestamps, which must all be well
-    /// formed.
+    /// Returns the messages since the last call, of the lines with a well formed timestamp.
     std::string Trace() {
         std::string const log = dir.Read("callrecording.log");
-        std::istringstream added(log.substr(mTraced));
-        mTraced = log.size();
-        std::regex const timestamp(
-            R"([A-Z][a-z]{2} [A-Z][a-z]{2} [ 1-3]\d \d\d:\d\d:\d\d \d{4}\t\.\d{3} )");
-        std::string messages;
-        for (std::string line; std::getline(added, line);) {
-            std::smatch match;
-            EXPECT_TRUE(
-                std::regex_search(line, match, timestamp, std::regex_constants::match_continuous))
-                << line;
-            messages += match.suffix().str() + "\n";
-        }
-        return messages;
+        std::regex const line(R"((\w{3} ){2}[ 1-3]\d \d\d:\d\d:\d\d 20\d\d\t\.\d{3} (.*\n))");
+        return std::regex_replace(log.substr(std::exchange(mTraced, log.size())), line, "$2",
+                                  std::regex_constants::format_no_copy);
     }
 
     TempDir dir;
@@ -56,10 +45,8 @@ class DatabaseTest : public testing::Test {
 };
 
 /// The same with an instance, of which failures are traced.
-class EditTest : public DatabaseTest {
-  protected:
+struct EditTest : DatabaseTest {
     EditTest() : DatabaseTest("0"), db(CCallRecordingDB::GetInstance(false, true)) {}
-
     void LoadRules(std::string const& file) {
         dir.WriteRules(file);
         ASSERT_TRUE(db->Reload());

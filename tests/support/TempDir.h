@@ -35,10 +35,7 @@ class TempDir {
     void Write(std::string_view name, std::string_view content) const {
         std::filesystem::path const path(Path(name));
         std::filesystem::create_directories(path.parent_path());
-        std::ofstream file(path, std::ios::binary | std::ios::trunc);
-        file.write(content.data(), static_cast<std::streamsize>(content.size()));
-        if (!file.flush())
-            throw std::runtime_error(path.string() + ": cannot be written");
+        std::ofstream(path, std::ios::binary) << content;
     }
 
     /// The bytes of the file name.

@@ -1,0 +1,37 @@
+// Nothing is known of a section where the buffer for its values cannot be used.
+
+#include <gtest/gtest.h>
+
+#include <MultiSectionFile.h>
+
+#include "support/DatabaseTest.h"
+#include "support/Edits.h"
+
+/// Takes the place of the platform's own, which would not accept such a buffer.
+int Configuration::MultiSectionFile::GetSectionEntry(char const*, char*, unsigned) {
+    return 0;
+}
+
+namespace CallRecordingUtils {
+namespace {
+
+TEST_F(EditTest, AnUnusableBufferLeavesDefaultsAndTheFile) {
+    std::string const file = Section(kA) + Section(With(kB, 7));
+    CallRecordingRuleParams const empty = Rule(0, "", CALL_TYPE_NUMBER, "", CALL_TYPE_NUMBER);
+    for (char const* const capacity : {"0", "4294967295"}) {
+        setenv("BUFFER_CAPACITY", capacity, 1);
+        LoadRules(file);
+        EXPECT_TRUE(db->DeleteRule("7") && db->ReOrderRule("7", false) && db->DeleteRule(&empty));
+        EXPECT_EQ(dir.ReadRules(), file);
+        CallRecordingRuleParams added = kC;
+        EXPECT_TRUE(db->AddRule(&added));
+        EXPECT_EQ(dir.ReadRules(), file + Section(With(kC, 1)));
+        EXPECT_EQ(db->GetCallRecordingRules().size(), 2U);
+        for (CallRecordingRuleParams const* const rule : db->GetCallRecordingRules())
+            EXPECT_EQ(Section(*rule), Section(Rule(-1, "", CALL_TYPE_ANY, "", CALL_TYPE_ANY)));
+        EXPECT_EQ(Trace(), "");
+    }
+}
+
+} // namespace
+} // namespace CallRecordingUtils
