@@ -4,7 +4,11 @@
 #ifndef PLATFORM_MULTISECTIONFILE_H
 #define PLATFORM_MULTISECTIONFILE_H
 
+#include <cstddef>
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "PlatformExport.h"
 
@@ -88,6 +92,16 @@ class PLATFORM_EXPORT MultiSectionFile {
     /// replacement in the directory durable, the new file is already in place.) The arguments have
     /// no effect here.
     int Save(bool flag, char const* unused);
+
+    // --- For reports on the file; a device's class need not have these ---
+
+    /// Returns the line, counted from 1 in the file as it was read, on which the current section is
+    /// opened. Throws when the cursor is on no section. REQUIRES: nothing has been changed.
+    std::size_t GetSectionLine();
+
+    /// Returns key and line of every entry of the current section, in their order. Throws and
+    /// requires as GetSectionLine.
+    std::vector<std::pair<std::string, std::size_t>> GetEntryLines();
 
   private:
     class Impl;

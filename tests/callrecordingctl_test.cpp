@@ -15,10 +15,12 @@
 
 #include <nlohmann/json.hpp>
 
-#include "EntryForm.h"
 #include "support/TempDir.h"
+#include "validation/SidePattern.h"
 
 namespace callrecordingctl {
+
+using namespace CallRecordingUtils;
 namespace {
 
 TEST(EntryForm, IsStoredAndShownAgain) {

@@ -105,6 +105,8 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
     int AddSection();
     int DeleteSection();
     int Save() const;
+    std::size_t GetSectionLine() const;
+    std::vector<std::pair<std::string, std::size_t>> GetEntryLines();
 
   private:
     // Reading.
@@ -364,6 +366,17 @@ std::string MultiSectionFile::Impl::NewLineEnd() const {
     return mDefaultLineEnd.empty() ? "\n" : mDefaultLineEnd;
 }
 
+std::size_t MultiSectionFile::Impl::GetSectionLine() const {
+    return LineNumber(mSections[Current()].open);
+}
+
+std::vector<std::pair<std::string, std::size_t>> MultiSectionFile::Impl::GetEntryLines() {
+    std::vector<std::pair<std::string, std::size_t>> lines;
+    for (Entry const& entry : Entries())
+        lines.emplace_back(entry.key, LineNumber(OffsetOf(entry.key)));
+    return lines;
+}
+
 int MultiSectionFile::Impl::Save() const {
     ReplaceFile(mPath, mText);
     return 1;
@@ -448,6 +461,14 @@ int MultiSectionFile::DeleteSection() {
 
 int MultiSectionFile::Save(bool /*flag*/, char const* /*unused*/) {
     return mpImpl->Save();
+}
+
+std::size_t MultiSectionFile::GetSectionLine() {
+    return mpImpl->GetSectionLine();
+}
+
+std::vector<std::pair<std::string, std::size_t>> MultiSectionFile::GetEntryLines() {
+    return mpImpl->GetEntryLines();
 }
 
 } // namespace Configuration

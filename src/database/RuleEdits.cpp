@@ -5,7 +5,6 @@
 #include <iterator>
 #include <limits>
 #include <stdexcept>
-#include <tuple>
 #include <utility>
 
 #include <StringUtils.h>
@@ -14,7 +13,9 @@
 
 #include "common/DecimalNumber.h"
 #include "database/RuleFile.h"
+#include "database/RuleFilePath.h"
 #include "database/Trace.h"
+#include "model/RuleSides.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -50,35 +51,23 @@ auto HasId(std::int32_t id) {
     return [id](SectionReader& section) { return section.ReadId() == id; };
 }
 
-/// Both sides of a rule, as the edits compare them: patterns as text, call types as numbers.
-struct Sides {
+/// The sides of a section, as the edits compare them: patterns as text, call types as numbers.
+struct StoredSides {
     std::string callerPattern;
+    std::int32_t callerType;
     std::string calledPattern;
-    std::int32_t callerType = 0;
-    std::int32_t calledType = 0;
+    std::int32_t calledType;
 
-    bool operator==(Sides const& other) const {
-        return std::tie(callerPattern, calledPattern, callerType, calledType) ==
-               std::tie(other.callerPattern, other.calledPattern, other.callerType,
-                        other.calledType);
-    }
+    RuleSides View() const { return {{callerPattern, callerType}, {calledPattern, calledType}}; }
 };
 
-Sides SidesOf(CallRecordingRuleParams const& rule) {
-    return {rule.caller_pattern, rule.called_pattern, rule.caller_call_type, rule.called_call_type};
-}
-
-Sides Crossed(Sides const& sides) {
-    return {sides.calledPattern, sides.callerPattern, sides.calledType, sides.callerType};
-}
-
 /// The sides of the current section; a key that it lacks reads as the empty text, or 0.
-Sides ReadSides(SectionReader& section) {
+StoredSides ReadSides(SectionReader& section) {
     auto const text = [&section](RuleFileKeys key) {
         char const* const value = section.Read(key);
         return std::string(value != nullptr ? value : "");
     };
-    Sides sides;
+    StoredSides sides;
     sides.callerPattern = text(KEY_CALLER_PATTERN);
     sides.calledPattern = text(KEY_CALLED_PATTERN);
     sides.callerType = ParseDecimal(text(KEY_CALLER_CALL_TYPE));
@@ -88,7 +77,7 @@ Sides ReadSides(SectionReader& section) {
 
 void DeleteCurrent(RuleFile& file) {
     file.File().DeleteSection();
-    Save(file.File());
+    file.Save();
 }
 
 /// Moves to the neighbouring section. Returns whether there is one.
@@ -141,7 +130,7 @@ bool TrySave(Configuration::MultiSectionFile& file) {
     return RunEdit(
         kSaveSelectedFailed,
         [&] {
-            Save(file);
+            file.Save(true, nullptr);
             return true;
         });
 }
@@ -149,11 +138,11 @@ bool TrySave(Configuration::MultiSectionFile& file) {
 /// Gives the first rule that mirrors previous the recording settings of rule.
 void UpdateTwin(RuleFile& file, CallRecordingRuleParams const& previous,
                 CallRecordingRuleParams const& rule) {
-    Sides const twin = Crossed(SidesOf(previous));
-    if (!file.Find([&](SectionReader& section) { return ReadSides(section) == twin; }))
+    RuleSides const twin = Crossed(SidesOf(previous));
+    if (!file.Find([&](SectionReader& section) { return ReadSides(section).View() == twin; }))
         return;
     SetEntries(file.File(), RecordingSettings(rule));
-    Save(file.File());
+    file.Save();
 }
 
 } // namespace
@@ -178,7 +167,7 @@ bool CCallRecordingDB::AddRule(CallRecordingRuleParams* rule) {
     if (rule == nullptr || !mIsLoaded)
         return false;
     return RunEdit("Adding new call recording rule failed\n", [&] {
-        RuleFile file;
+        RuleFile file(RuleFilePath());
         rule->callrecordingrule_id = GenerateRuleID(&file.File());
         file.File().Restart();
         return file.File().AddSection(false) != 0 && SaveSelectedRule(&file.File(), rule);
@@ -189,7 +178,7 @@ bool CCallRecordingDB::ModifyRule(CallRecordingRuleParams const* rule, bool upda
     if (rule == nullptr || !mIsLoaded)
         return true;
     return RunEdit("Save call recording rule failed\n", [&] {
-        RuleFile file;
+        RuleFile file(RuleFilePath());
         if (!file.Find(HasId(rule->callrecordingrule_id)))
             return true;
         CallRecordingRuleParams previous;
@@ -201,7 +190,7 @@ bool CCallRecordingDB::ModifyRule(CallRecordingRuleParams const* rule, bool upda
             UpdateTwin(file, previous, *rule);
         } else if (updateTwin) {
             // The save for the twin must not take a rule along that is only half set.
-            RuleFile unchanged;
+            RuleFile unchanged(RuleFilePath());
             UpdateTwin(unchanged, previous, *rule);
         }
         return isSaved;
@@ -212,13 +201,14 @@ bool CCallRecordingDB::DeleteRule(CallRecordingRuleParams const* rule) {
     if (rule == nullptr)
         return true;
     return RunEdit(kRemovingFailed, [&] {
-        Sides const own = SidesOf(*rule);
-        Sides const twin = Crossed(own);
+        RuleSides const own = SidesOf(*rule);
+        RuleSides const twin = Crossed(own);
         bool ownDeleted = false;
         bool twinDeleted = false;
-        RuleFile file;
+        RuleFile file(RuleFilePath());
         while (file.Next()) {
-            Sides const sides = ReadSides(file.Reader());
+            StoredSides const stored = ReadSides(file.Reader());
+            RuleSides const sides = stored.View();
             char const* const id = file.Reader().Read(KEY_CALLRECORDINGRULE_ID);
             if (id == nullptr)
                 continue; // Nothing of the section is known, and it only looks like a match.
@@ -244,7 +234,7 @@ bool CCallRecordingDB::DeleteRule(std::string const& ruleId) {
         [&] {
             if (!IsRuleId(ruleId))
                 return true;
-            RuleFile file;
+            RuleFile file(RuleFilePath());
             if (file.Find(HasIdText(ruleId)))
                 DeleteCurrent(file);
             return true;
@@ -257,7 +247,7 @@ bool CCallRecordingDB::ReOrderRule(std::string const& ruleId, bool up) {
         [&] {
             if (!IsRuleId(ruleId))
                 return true;
-            RuleFile file;
+            RuleFile file(RuleFilePath());
             if (!file.Find(HasIdText(ruleId)))
                 return true;
             auto const [moved, neighbour] = FindPair(mCallRecordList, ParseDecimal(ruleId), up);
@@ -279,14 +269,14 @@ bool CCallRecordingDB::SetRuleState(std::string const& ruleId, bool enable) {
         [&] {
             if (!IsRuleId(ruleId))
                 return false;
-            RuleFile file;
+            RuleFile file(RuleFilePath());
             CallRecordingRuleParams* const rule = GetSelectedRule(ruleId);
             if (rule == nullptr)
                 return true;
             rule->recording_rule_state = enable ? RULE_ENABLED : RULE_DISABLED;
             if (file.Find(HasId(rule->callrecordingrule_id))) {
                 SetEntries(file.File(), {StateEntry(enable)});
-                Save(file.File());
+                file.Save();
             }
             return true;
         });

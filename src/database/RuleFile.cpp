@@ -1,136 +1,27 @@
-// The rule file: its path and syntax, and the one encoding of a rule in a section.
+// Opens the rule file, and reads its rules.
 
 #include "database/RuleFile.h"
-
-#include <cstdlib>
-#include <stdexcept>
-#include <string_view>
-
-#include <callrecordingutils/NumberToString.h>
 
 #include "common/DecimalNumber.h"
 
 namespace CallRecordingUtils {
 
-char const* const tokensArray[RULE_FILE_KEY_COUNT] = {
-    "callrecordingrule_id", "caller_pattern",      "caller_call_type", "called_pattern",
-    "called_call_type",     "call_recording_type", "record_to",        "recording_duration",
-    "recording_rule_state", "description"};
-
-std::string RuleFilePath() {
-    char const* const directory = std::getenv("QUVA_PATH");
-    std::string path = directory != nullptr ? directory : "/etc/quva-conf/";
-    return path.append("telephony/").append("callrecordingdb");
+std::string RuleFilePathIn(std::string_view directory) {
+    return std::string(directory).append("telephony/").append("callrecordingdb");
 }
 
-namespace {
-
-bool IsUsable(SmartBuffer const& buffer) {
-    return buffer.GetCapacity() != 0 && buffer.GetCapacity() != 0xFFFFFFFFU;
-}
-
-} // namespace
-
-char const* SectionReader::Read(RuleFileKeys key) {
-    file_.GetSectionEntry(tokensArray[key], buffer_.GetData(), buffer_.GetCapacity());
-    return IsUsable(buffer_) ? buffer_.GetData() : nullptr;
-}
-
-void SectionReader::ReadText(RuleFileKeys key, std::string& field) {
-    if (char const* const text = Read(key))
-        field = text;
-}
-
-void SectionReader::ReadCallType(RuleFileKeys key, CallType& field) {
-    char const* const value = Read(key);
-    if (value == nullptr)
-        return;
-    std::string_view const text(value);
-    if (text == "0")
-        field = CALL_TYPE_NUMBER;
-    else if (text == "1")
-        field = CALL_TYPE_SIP;
-    else if (text == "2")
-        field = CALL_TYPE_NUMBER2;
-    else
-        field = CALL_TYPE_ANY;
-}
-
-void SectionReader::ReadRule(CallRecordingRuleParams& rule) {
-    ReadText(KEY_CALLER_PATTERN, rule.caller_pattern);
-    ReadCallType(KEY_CALLER_CALL_TYPE, rule.caller_call_type);
-    ReadText(KEY_CALLED_PATTERN, rule.called_pattern);
-    ReadCallType(KEY_CALLED_CALL_TYPE, rule.called_call_type);
-    if (char const* const text = Read(KEY_CALL_RECORDING_TYPE))
-        rule.call_recording_type =
-            std::string_view(text) == "0" ? CALL_RECORDING_TYPE_0 : CALL_RECORDING_TYPE_1;
-    ReadText(KEY_RECORD_TO, rule.record_to);
-    ReadText(KEY_RECORDING_DURATION, rule.recording_duration);
-    ReadText(KEY_DESCRIPTION, rule.description);
-    if (char const* const text = Read(KEY_RECORDING_RULE_STATE))
-        rule.recording_rule_state = text[0] == '1' ? RULE_ENABLED : RULE_DISABLED;
-}
-
-std::int32_t SectionReader::ReadId() {
-    char const* const text = Read(KEY_CALLRECORDINGRULE_ID);
-    return text != nullptr ? ParseDecimal(text) : 0;
-}
-
-SectionEntry StateEntry(bool enabled) {
-    return {KEY_RECORDING_RULE_STATE, enabled ? "1" : "0"};
-}
-
-std::vector<SectionEntry> RecordingSettings(CallRecordingRuleParams const& rule) {
-    return {{KEY_CALL_RECORDING_TYPE, NumberToString(rule.call_recording_type)},
-            {KEY_RECORD_TO, rule.record_to},
-            {KEY_RECORDING_DURATION, rule.recording_duration},
-            StateEntry(rule.recording_rule_state == RULE_ENABLED)};
-}
-
-std::vector<SectionEntry> RuleEntries(CallRecordingRuleParams const& rule) {
-    return {{KEY_CALLRECORDINGRULE_ID, NumberToString<long>(rule.callrecordingrule_id)},
-            {KEY_CALLER_PATTERN, rule.caller_pattern},
-            {KEY_CALLER_CALL_TYPE, NumberToString<int>(rule.caller_call_type)},
-            {KEY_CALLED_PATTERN, rule.called_pattern},
-            {KEY_CALLED_CALL_TYPE, NumberToString<int>(rule.called_call_type)},
-            {KEY_CALL_RECORDING_TYPE, NumberToString(rule.call_recording_type)},
-            {KEY_RECORD_TO, rule.record_to},
-            {KEY_RECORDING_DURATION, rule.recording_duration},
-            {KEY_DESCRIPTION, rule.description},
-            StateEntry(rule.recording_rule_state == RULE_ENABLED)};
-}
-
-namespace {
-
-void RequireStorable(SectionEntry const& entry, SmartBuffer const& buffer) {
-    using namespace std::string_view_literals;
-    bool const fits = !IsUsable(buffer) || entry.text.size() < buffer.GetCapacity();
-    bool const isOneLine = entry.text.find_first_of("\n\r\0"sv) == std::string::npos;
-    if (!isOneLine || !fits)
-        throw std::invalid_argument(std::string(tokensArray[entry.key]) +
-                                    " cannot be stored as one line");
-}
-
-} // namespace
-
-// All texts are judged before the first is set: a rule that cannot be stored must not be half set
-// when its file object is saved for another reason.
-void SetEntries(Configuration::MultiSectionFile& file, std::vector<SectionEntry> const& entries) {
-    SmartBuffer const buffer; // What a reader will have.
-    for (SectionEntry const& entry : entries)
-        RequireStorable(entry, buffer);
-    for (SectionEntry const& entry : entries)
-        file.SetSectionEntry(tokensArray[entry.key], entry.text.c_str());
-}
-
-void Save(Configuration::MultiSectionFile& file) {
-    file.Save(true, nullptr);
-}
-
-RuleFile::RuleFile()
-    : file_(RuleFilePath().c_str(), true, false, false, nullptr, "{\n", "}\n", "=", "#", nullptr),
+RuleFile::RuleFile(std::string const& path)
+    : file_(path.c_str(), true, false, false, nullptr, "{\n", "}\n", "=", "#", nullptr),
       reader_(file_) {
     file_.Restart();
+}
+
+CallRecordingRuleParams RuleFile::ReadRule() {
+    CallRecordingRuleParams rule;
+    if (char const* const id = reader_.Read(KEY_CALLRECORDINGRULE_ID))
+        rule.callrecordingrule_id = ParseDecimal(id);
+    reader_.ReadRule(rule);
+    return rule;
 }
 
 } // namespace CallRecordingUtils

@@ -1,78 +1,41 @@
-// The rule file: where it lies, how it is opened, and how a rule stands in one of its sections.
+// The rule file at a path: how it is opened, and its rules one after the other.
 
 #ifndef DATABASE_RULEFILE_H
 #define DATABASE_RULEFILE_H
 
-#include <cstdint>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include <MultiSectionFile.h>
-#include <SmartBuffer.h>
 
 #include <callrecordingutils/CallRecordingRuleParams.h>
-#include <callrecordingutils/tokensArray.h>
+
+#include "database/RuleSection.h"
 
 namespace CallRecordingUtils {
 
-/// The path of the rule file, from the environment as it is now.
-std::string RuleFilePath();
+/// The configuration directory when the environment names none.
+inline constexpr char kDefaultDirectory[] = "/etc/quva-conf/";
 
-/// A read of one entry at a time out of the current section of a rule file.
-class SectionReader {
-  public:
-    /// file must outlive the reader.
-    explicit SectionReader(Configuration::MultiSectionFile& file) : file_(file) {}
+/// The path of the rule file in a configuration directory; joined as plain text, so directory ends
+/// in "/".
+std::string RuleFilePathIn(std::string_view directory);
 
-    /// Returns the text of key, valid until the next read; the empty text when the section lacks
-    /// it. Null when the scratch buffer is not usable: there is no value then.
-    char const* Read(RuleFileKeys key);
-
-    /// Reads every field but the identifier into rule. A field without a value is left as it is.
-    void ReadRule(CallRecordingRuleParams& rule);
-
-    /// Reads the identifier as a number; 0 without a value.
-    std::int32_t ReadId();
-
-  private:
-    void ReadText(RuleFileKeys key, std::string& field);
-    void ReadCallType(RuleFileKeys key, CallType& field);
-
-    Configuration::MultiSectionFile& file_;
-    SmartBuffer buffer_;
-};
-
-/// The value of one key of a section.
-struct SectionEntry {
-    RuleFileKeys key;
-    std::string text;
-};
-
-/// The ten entries of a rule, in the order in which they are written.
-std::vector<SectionEntry> RuleEntries(CallRecordingRuleParams const& rule);
-
-/// The four of them that a rule and its mirrored twin share: type, destination, duration and state.
-std::vector<SectionEntry> RecordingSettings(CallRecordingRuleParams const& rule);
-
-/// The state alone.
-SectionEntry StateEntry(bool enabled);
-
-/// Sets entries in the current section of file; does not save. Throws, with nothing set, when a
-/// text could not be read back the same from one line: a line break, a NUL, more than a SmartBuffer
-/// holds.
-void SetEntries(Configuration::MultiSectionFile& file, std::vector<SectionEntry> const& entries);
-
-/// Writes file to disk.
-void Save(Configuration::MultiSectionFile& file);
-
-/// The rule file, opened at its present path with the cursor before the first section.
+/// The rule file, opened with the cursor before the first section. Every operation, the constructor
+/// included, throws an exception derived from std::exception whose text says path, line (where
+/// there is one) and reason.
 class RuleFile {
   public:
-    RuleFile();
+    explicit RuleFile(std::string const& path);
 
     Configuration::MultiSectionFile& File() { return file_; }
     SectionReader& Reader() { return reader_; }
+
+    /// Moves to the next section; returns whether there is one.
     bool Next() { return file_.GotoNextSection() != 0; }
+
+    /// Reads the rule of the current section, the identifier included.
+    CallRecordingRuleParams ReadRule();
 
     /// Walks from the first section on to the first one that wanted(Reader()) accepts. Returns
     /// whether there is one; it is then the current section.
@@ -84,6 +47,9 @@ class RuleFile {
                 return true;
         return false;
     }
+
+    /// Writes the file to disk.
+    void Save() { file_.Save(true, nullptr); }
 
   private:
     Configuration::MultiSectionFile file_;

@@ -6,8 +6,8 @@
 
 #include <callrecordingutils/CCallRecordingDB.h>
 
-#include "common/DecimalNumber.h"
 #include "database/RuleFile.h"
+#include "database/RuleFilePath.h"
 #include "database/Trace.h"
 
 namespace CallRecordingUtils {
@@ -92,13 +92,10 @@ bool CCallRecordingDB::Load() {
 
 void CCallRecordingDB::ReadRuleFile() {
     Cleanup();
-    RuleFile file;
+    RuleFile file(RuleFilePath());
     BasicView basicView(*this);
     while (file.Next()) {
-        auto rule = std::make_unique<CallRecordingRuleParams>();
-        if (char const* const id = file.Reader().Read(KEY_CALLRECORDINGRULE_ID))
-            rule->callrecordingrule_id = ParseDecimal(id);
-        file.Reader().ReadRule(*rule);
+        auto rule = std::make_unique<CallRecordingRuleParams>(file.ReadRule());
         if (mIsAdvancedMode)
             AppendRule(mCallRecordList, std::move(rule));
         else

@@ -8,10 +8,11 @@
 #include <callrecordingutils/CCallRecordingDB.h>
 
 #include "common/MutexGuard.h"
-#include "matching/CallSide.h"
+#include "language/Characters.h"
+#include "matching/Decision.h"
 #include "matching/ItemList.h"
-#include "matching/PatternMatcher.h"
-#include "matching/SymbolClass.h"
+#include "matching/PatternCounts.h"
+#include "model/SipAddress.h"
 
 namespace CallRecordingUtils {
 
@@ -33,29 +34,13 @@ bool CCallRecordingAssistant::IsCallRecordingAllowed(CallParams const& caller,
                                                      CallType const& calledType,
                                                      CallRecordingRuleParams* rule) {
     MutexGuard const guard(*mpMutex);
-    CallSide const callerSide(caller, callerType);
-    CallSide const calledSide(called, calledType);
-    for (CallRecordingRuleParams const* listed : mpCallRecordingDB->GetCallRecordingRules()) {
-        if (listed == nullptr)
-            continue;
-        CallRecordingRuleParams const& r = *listed;
-        // The cheap tests of both sides before the search of either; and last of them the state,
-        // which lies in a part of the record that need not be fetched for most rules.
-        std::size_t const callerLiterals =
-            callerSide.FittingLiterals(r.caller_pattern, r.caller_call_type);
-        if (callerLiterals == kDiffers)
-            continue;
-        std::size_t const calledLiterals =
-            calledSide.FittingLiterals(r.called_pattern, r.called_call_type);
-        if (calledLiterals == kDiffers || r.recording_rule_state != RULE_ENABLED ||
-            !callerSide.Satisfies(r.caller_pattern, r.caller_call_type, callerLiterals) ||
-            !calledSide.Satisfies(r.called_pattern, r.called_call_type, calledLiterals))
-            continue;
-        if (rule != nullptr)
-            *rule = r;
-        return true;
-    }
-    return false;
+    auto const& rules = mpCallRecordingDB->GetCallRecordingRules();
+    auto const deciding = DecidingRule(rules, Call(caller, callerType, called, calledType));
+    if (deciding == rules.end())
+        return false;
+    if (rule != nullptr)
+        *rule = **deciding;
+    return true;
 }
 
 bool CCallRecordingAssistant::ReloadCallRecordingRules() {
@@ -77,11 +62,11 @@ bool CCallRecordingAssistant::IsSideMatched(CallParams const& params, CallType c
 // An output may be the input, so nothing is assigned before everything is copied.
 bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::string& user,
                                               std::string& host) const {
-    SipAddress parts;
-    if (!SplitSipAddress(address, parts))
+    auto const parts = SplitUserAndHost(address);
+    if (!parts)
         return false;
-    std::string userCopy(parts.user);
-    std::string hostCopy(parts.host);
+    std::string userCopy(parts->user);
+    std::string hostCopy(parts->host);
     user = std::move(userCopy);
     host = std::move(hostCopy);
     return true;
@@ -89,11 +74,12 @@ bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::s
 
 bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::string& user,
                                               std::string& host, std::string& port) const {
-    std::string_view portPart;
+    std::optional<std::string_view> portPart;
     std::string const rest(SplitPort(address, portPart));
-    std::string portCopy(portPart);
+    std::string portCopy(portPart.value_or(std::string_view()));
+    bool const isSplit = ParseSIPAddress(rest, user, host);
     port = std::move(portCopy);
-    return ParseSIPAddress(rest, user, host);
+    return isSplit;
 }
 
 bool CCallRecordingAssistant::IsMatching(std::string const& address, std::string const& pattern,

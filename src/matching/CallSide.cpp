@@ -2,6 +2,10 @@
 
 #include "matching/CallSide.h"
 
+#include <optional>
+
+#include "model/SipAddress.h"
+
 namespace CallRecordingUtils {
 namespace {
 
@@ -9,26 +13,6 @@ namespace {
 constexpr std::string_view kNoPort = "*";
 
 } // namespace
-
-bool SplitSipAddress(std::string_view address, SipAddress& parts) {
-    std::size_t const at = address.rfind('@');
-    if (at == std::string_view::npos)
-        return false;
-    parts = {address.substr(0, at), address.substr(at + 1)};
-    return true;
-}
-
-std::string_view SplitPort(std::string_view address, std::string_view& port) {
-    // Most have no ":", and to find none forwards is several times as fast as backwards.
-    std::size_t const colon =
-        address.find(':') == std::string_view::npos ? std::string_view::npos : address.rfind(':');
-    if (colon == std::string_view::npos) {
-        port = {};
-        return address;
-    }
-    port = address.substr(colon + 1);
-    return address.substr(0, colon);
-}
 
 CallSide::CallSide(CallParams const& params, CallType type) : type_(type) {
     bool const hasUser =
@@ -56,11 +40,11 @@ void CallSide::PutSipAddressTogether(CallParams const& params) {
 /// A pattern that names a port is matched as it stands: user, "@", host, ":" and port put together
 /// again are the same text. To others the port is added.
 bool CallSide::SatisfiesSip(std::string_view pattern, std::size_t literals) const {
-    std::string_view port;
+    std::optional<std::string_view> port;
     std::string_view const rest = SplitPort(pattern, port);
     if (rest.find('@') == std::string_view::npos)
         return false;
-    if (!port.empty())
+    if (port && !port->empty())
         return PatternMatcher(address_, pattern, literals).Matches();
     return PatternMatcher(address_, rest, literals, ":*").Matches();
 }

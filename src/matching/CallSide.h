@@ -15,20 +15,6 @@
 
 namespace CallRecordingUtils {
 
-/// The user and host of a SIP address, or of a pattern for one. The views live as long as the text
-/// that was split.
-struct SipAddress {
-    std::string_view user;
-    std::string_view host;
-};
-
-/// Splits address at its last "@". Returns false, and leaves the output alone, when there is none.
-bool SplitSipAddress(std::string_view address, SipAddress& parts);
-
-/// Splits off the port behind the last ":" (empty when there is none) and returns the text before
-/// it.
-std::string_view SplitPort(std::string_view address, std::string_view& port);
-
 /// Tests one side of a call against the sides of any number of rules. What the tests need of the
 /// call is put together once.
 class CallSide {

@@ -7,19 +7,10 @@
 #include <string>
 
 #include "common/DecimalNumber.h"
-#include "matching/SymbolClass.h"
+#include "language/Items.h"
 
 namespace CallRecordingUtils {
 namespace {
-
-/// Returns the length of the run of characters at the start of text that belong to a class.
-template <bool (*Belongs)(char)>
-std::size_t RunLength(std::string_view text) {
-    std::size_t length = 0;
-    while (length < text.size() && Belongs(text[length]))
-        ++length;
-    return length;
-}
 
 /// REQUIRES: neither text is empty. (Most answers fall with the first character.)
 bool StartsWith(std::string_view text, std::string_view start) {

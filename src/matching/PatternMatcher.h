@@ -10,8 +10,9 @@
 
 #include <callrecordingutils/CCallRecordingAssistant.h>
 
+#include "language/Characters.h"
 #include "matching/ItemList.h"
-#include "matching/SymbolClass.h"
+#include "matching/PatternCounts.h"
 
 namespace CallRecordingUtils {
 

@@ -2,41 +2,17 @@
 
 #include <callrecordingutils/CCallRecordingDB.h>
 
+#include "model/RuleSides.h"
+
 namespace CallRecordingUtils {
 namespace {
 
-/// One side of a rule, seen apart from the other.
-struct RuleSide {
-    std::string const& pattern;
-    CallType type;
-
-    bool operator==(RuleSide const& other) const {
-        return type == other.type && pattern == other.pattern;
-    }
-};
-
-RuleSide CallerSide(CallRecordingRuleParams const& rule) {
-    return {rule.caller_pattern, rule.caller_call_type};
-}
-
-RuleSide CalledSide(CallRecordingRuleParams const& rule) {
-    return {rule.called_pattern, rule.called_call_type};
-}
-
-bool HaveEqualSettings(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b) {
-    return a.call_recording_type == b.call_recording_type && a.record_to == b.record_to &&
-           a.recording_duration == b.recording_duration &&
-           a.recording_rule_state == b.recording_rule_state;
-}
-
 bool AreDirectEqual(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b) {
-    return CallerSide(a) == CallerSide(b) && CalledSide(a) == CalledSide(b) &&
-           HaveEqualSettings(a, b);
+    return SidesOf(a) == SidesOf(b) && HaveEqualSettings(a, b);
 }
 
 bool AreCrossedEqual(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b) {
-    return CallerSide(a) == CalledSide(b) && CalledSide(a) == CallerSide(b) &&
-           HaveEqualSettings(a, b);
+    return AreTwins(a, b) && HaveEqualSettings(a, b);
 }
 
 bool AcceptsEveryone(RuleSide const& side) {
@@ -46,13 +22,11 @@ bool AcceptsEveryone(RuleSide const& side) {
 } // namespace
 
 void CCallRecordingDB::VerifyBasicViewModeRuleValidation(CallRecordingRuleMapParams& entry) {
-    CallRecordingRuleParams& rule = entry.params;
-    bool const fitsCalled =
-        rule.called_call_type != CALL_TYPE_NUMBER || AcceptsEveryone(CallerSide(rule));
-    bool const fitsCaller =
-        rule.caller_call_type != CALL_TYPE_NUMBER || AcceptsEveryone(CalledSide(rule));
+    auto const [caller, called] = SidesOf(entry.params);
+    bool const fitsCalled = called.type != CALL_TYPE_NUMBER || AcceptsEveryone(caller);
+    bool const fitsCaller = caller.type != CALL_TYPE_NUMBER || AcceptsEveryone(called);
     if (!fitsCalled || !fitsCaller)
-        rule.recording_rule_state = RULE_NOT_SHOWABLE;
+        entry.params.recording_rule_state = RULE_NOT_SHOWABLE;
 }
 
 // Where several of the comparisons apply, the last one decides: they are not combined.

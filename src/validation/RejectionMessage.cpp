@@ -6,8 +6,8 @@
 #include <limits>
 
 #include "common/DecimalNumber.h"
-#include "validation/CharacterClasses.h"
-#include "validation/EscapeSequences.h"
+#include "language/Characters.h"
+#include "language/Forms.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -49,7 +49,7 @@ std::string DescribeInvalid(std::string_view culprit) {
     bool const isAngle = culprit == "<" || culprit == ">";
     return Quoted(culprit) + " cannot stand in a pattern: " +
            (isAngle ? "write a range expression in braces, as in {1-5}"
-                    : "use ASCII letters, digits or one of " + std::string(kPunctuationSymbols));
+                    : "use ASCII letters, digits or one of " + std::string(kPunctuation));
 }
 
 std::string DescribeUnclosed(std::string_view culprit) {

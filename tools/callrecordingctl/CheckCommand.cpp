@@ -5,10 +5,10 @@
 
 #include <fmt/format.h>
 
-#include "EntryForm.h"
 #include "HelpText.h"
 #include "RuleText.h"
 #include "Table.h"
+#include "validation/SidePattern.h"
 
 namespace callrecordingctl {
 namespace {

@@ -9,45 +9,14 @@
 
 #include "RuleText.h"
 #include "Table.h"
+#include "model/SipAddress.h"
 
 namespace callrecordingctl {
 namespace {
 
 using CallRecordingUtils::CCallRecordingAssistant;
 
-/// A side as the telephony process would pass it.
-struct Party {
-    CallParams params;
-    CallType type;
-};
-
-/// Splits user@host[:port] at the last "@", and the port off behind the last ":" after it, where
-/// the ones between the brackets of an IPv6 address do not count.
-CallParams SplitAddress(std::string const& address) {
-    CallParams params;
-    std::size_t const at = address.rfind('@');
-    params.user = address.substr(0, at);
-    if (at == std::string::npos)
-        return params;
-    params.host = address.substr(at + 1);
-    std::size_t const colon = params.host.rfind(':');
-    std::size_t const bracket = params.host.rfind(']');
-    if (colon != std::string::npos && (bracket == std::string::npos || colon > bracket)) {
-        params.port = params.host.substr(colon + 1);
-        params.host.erase(colon);
-    }
-    return params;
-}
-
-Party ToParty(CallSide const& side) {
-    bool const isAddress = side.address.find('@') != std::string::npos;
-    Party party{{}, side.type.value_or(isAddress ? CALL_TYPE_SIP : CALL_TYPE_NUMBER)};
-    if (party.type == CALL_TYPE_SIP)
-        party.params = SplitAddress(side.address);
-    else
-        party.params.user = side.address;
-    return party;
-}
+using Party = CallRecordingUtils::CallParty;
 
 /// The addresses are compared as they are given, which surprises where a pattern holds an escape or
 /// an address was pasted from elsewhere.
@@ -138,8 +107,8 @@ ExitCode Decide(CallSide const& from, CallSide const& to, bool explain, bool jso
     RuleStore store;
     RuleList const rules = store.Load();
     CCallRecordingAssistant assistant(false);
-    Party const caller = ToParty(from);
-    Party const called = ToParty(to);
+    Party const caller = CallRecordingUtils::ReadCallParty(from.address, from.type);
+    Party const called = CallRecordingUtils::ReadCallParty(to.address, to.type);
     Rule rule;
     bool const isRecorded = assistant.IsCallRecordingAllowed(caller.params, caller.type,
                                                              called.params, called.type, &rule);

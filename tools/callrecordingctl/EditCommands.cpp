@@ -9,9 +9,9 @@
 #include <fmt/format.h>
 
 #include "EditPlan.h"
-#include "EntryForm.h"
 #include "HelpText.h"
 #include "RuleText.h"
+#include "validation/SidePattern.h"
 
 namespace callrecordingctl {
 namespace {

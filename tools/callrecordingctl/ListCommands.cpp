@@ -7,9 +7,9 @@
 
 #include <fmt/format.h>
 
-#include "EntryForm.h"
 #include "RuleText.h"
 #include "Table.h"
+#include "validation/SidePattern.h"
 
 namespace callrecordingctl {
 namespace {

@@ -17,6 +17,7 @@
 
 #include "RuleText.h"
 #include "Table.h"
+#include "model/SipAddress.h"
 
 namespace callrecordingctl {
 namespace {
@@ -114,7 +115,7 @@ std::vector<Section> ReadSections() {
 
 /// A SIP pattern without a port takes every port.
 std::string WithPort(std::string const& pattern) {
-    auto const pieces = SplitSip(pattern);
+    auto const pieces = CallRecordingUtils::SplitSipAddress(pattern);
     if (!pieces || !pieces->port.value_or("").empty())
         return pattern;
     return pattern + (pieces->port ? "*" : ":*");

@@ -11,10 +11,16 @@
 
 #include <nlohmann/json.hpp>
 
-#include "EntryForm.h"
 #include "RuleStore.h"
+#include "validation/SidePattern.h"
 
 namespace callrecordingctl {
+
+using CallRecordingUtils::ExplainStored;
+using CallRecordingUtils::PatternProblem;
+using CallRecordingUtils::StoredPattern;
+using CallRecordingUtils::ToEntry;
+using CallRecordingUtils::ToStored;
 
 /// The names of the call types, by their numbers.
 constexpr char const* CALL_TYPE_NAMES[] = {"number", "sip", "number2", "any"};

@@ -1,7 +1,7 @@
 // The check of one range expression.
 
-#ifndef VALIDATION_RANGEVALIDATION_H
-#define VALIDATION_RANGEVALIDATION_H
+#ifndef VALIDATION_RANGECHECK_H
+#define VALIDATION_RANGECHECK_H
 
 #include <optional>
 #include <string_view>

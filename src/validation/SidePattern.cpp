@@ -1,40 +1,21 @@
-/// @file
-/// Conversion between the two forms of a pattern, and the splitting of SIP patterns.
+// Checks and converts the pattern of a rule side, piece by piece where it is a SIP pattern.
 
-#include "EntryForm.h"
-
-#include <algorithm>
+#include "validation/SidePattern.h"
 
 #include <callrecordingutils/PatternValidation.h>
 
-namespace callrecordingctl {
-namespace {
+#include "language/Forms.h"
+#include "model/SipAddress.h"
+#include "validation/PatternCheck.h"
 
-constexpr std::string_view ESCAPED = "*?,-!";
-constexpr std::string_view CODES = "#^@%:";
-constexpr char const* ENTRY_ONLY = "{}\\";
+namespace CallRecordingUtils {
+namespace {
 
 /// One pattern without structure of its own: a number, or a piece of a SIP pattern.
 StoredPattern StorePiece(std::string_view entry) {
-    std::string text(entry);
-    if (auto const rejection = CallRecordingUtils::ExplainPattern(text))
+    if (auto const rejection = RejectPattern(entry))
         return {"", PatternProblem{rejection->position, rejection->message}};
-    CallRecordingUtils::IsPatternIncorrect(text); // For the rewriting of the escapes.
-    std::replace(text.begin(), text.end(), '{', '<');
-    std::replace(text.begin(), text.end(), '}', '>');
-    return {text, std::nullopt};
-}
-
-std::string EnterPiece(std::string_view stored) {
-    std::string entry;
-    for (char const c : stored) {
-        std::size_t const code = CODES.find(c);
-        if (code != std::string_view::npos)
-            entry.append({'\\', ESCAPED[code]});
-        else
-            entry += c == '<' ? '{' : c == '>' ? '}' : c;
-    }
-    return entry;
+    return {ToStoredForm(entry), std::nullopt};
 }
 
 StoredPattern Problem(std::size_t position, char const* message) {
@@ -53,7 +34,7 @@ StoredPattern ExplainNoSip(std::string_view entry) {
 }
 
 /// The escapes whose stored code the library would take for the structure of the address.
-StoredPattern ExplainMisread(SipPieces const& pieces, std::size_t hostBegin,
+StoredPattern ExplainMisread(SipAddress const& pieces, std::size_t hostBegin,
                              std::size_t portBegin) {
     constexpr auto none = std::string_view::npos;
     std::size_t const comma = pieces.host.find("\\,");
@@ -93,7 +74,7 @@ StoredPattern StoreSipPiece(std::string_view piece, std::size_t begin) {
 }
 
 StoredPattern StoreSip(std::string_view entry) {
-    auto const pieces = SplitSip(entry);
+    auto const pieces = SplitSipAddress(entry);
     if (!pieces)
         return ExplainNoSip(entry);
     std::size_t const hostBegin = pieces->user.size() + 1;
@@ -111,18 +92,6 @@ StoredPattern StoreSip(std::string_view entry) {
 
 } // namespace
 
-std::optional<SipPieces> SplitSip(std::string_view pattern) {
-    std::size_t const colon = pattern.rfind(':');
-    std::string_view const address = pattern.substr(0, colon);
-    std::size_t const at = address.rfind('@');
-    if (at == std::string_view::npos)
-        return std::nullopt;
-    SipPieces pieces{address.substr(0, at), address.substr(at + 1), std::nullopt};
-    if (colon != std::string_view::npos)
-        pieces.port = pattern.substr(colon + 1);
-    return pieces;
-}
-
 StoredPattern ToStored(std::string const& entry, CallType type) {
     if (type == CALL_TYPE_SIP)
         return StoreSip(entry);
@@ -135,19 +104,19 @@ StoredPattern ToStored(std::string const& entry, CallType type) {
 }
 
 std::string ToEntry(std::string const& stored, CallType type) {
-    if (stored.find_first_of(ENTRY_ONLY) != std::string::npos)
+    if (stored.find_first_of(kEntryFormOnly) != std::string::npos)
         return stored;
     if (type != CALL_TYPE_SIP)
-        return EnterPiece(stored);
-    auto const pieces = SplitSip(stored);
+        return ToEntryForm(stored);
+    auto const pieces = SplitSipAddress(stored);
     if (!pieces)
         return stored;
-    return EnterPiece(pieces->user) + '@' + EnterPiece(pieces->host) +
-           (pieces->port ? ':' + EnterPiece(*pieces->port) : "");
+    return ToEntryForm(pieces->user) + '@' + ToEntryForm(pieces->host) +
+           (pieces->port ? ':' + ToEntryForm(*pieces->port) : "");
 }
 
 std::optional<PatternProblem> ExplainStored(std::string const& stored, CallType type) {
-    std::size_t const place = stored.find_first_of(ENTRY_ONLY);
+    std::size_t const place = stored.find_first_of(kEntryFormOnly);
     if (place == std::string::npos)
         return ToStored(ToEntry(stored, type), type).problem;
     if (stored[place] == '\\')
@@ -159,4 +128,4 @@ std::optional<PatternProblem> ExplainStored(std::string const& stored, CallType 
                           "here and takes any rest of the number"};
 }
 
-} // namespace callrecordingctl
+} // namespace CallRecordingUtils

@@ -1,11 +1,11 @@
 // Checks the items of one symbol set.
 
-#include "validation/SymbolSetValidation.h"
+#include "validation/SymbolSetCheck.h"
 
 #include <algorithm>
 #include <array>
 
-#include "validation/CharacterClasses.h"
+#include "language/Characters.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -43,7 +43,7 @@ class SymbolSetCheck {
         char const symbol = item_[0];
         if (symbol == '?')
             return std::nullopt;
-        return IsSymbol(symbol) ? GiveOnce(symbol) : WrongItem();
+        return IsLiteral(symbol) ? GiveOnce(symbol) : WrongItem();
     }
 
     std::optional<Finding> CheckSymbolRange() {

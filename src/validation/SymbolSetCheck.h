@@ -1,7 +1,7 @@
 // The check of one symbol set.
 
-#ifndef VALIDATION_SYMBOLSETVALIDATION_H
-#define VALIDATION_SYMBOLSETVALIDATION_H
+#ifndef VALIDATION_SYMBOLSETCHECK_H
+#define VALIDATION_SYMBOLSETCHECK_H
 
 #include <optional>
 #include <string_view>

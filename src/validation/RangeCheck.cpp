@@ -1,13 +1,12 @@
 // Checks one range expression in one scan, character by character.
 
-#include "validation/RangeValidation.h"
+#include "validation/RangeCheck.h"
 
 #include <string>
 
 #include <StringUtils.h>
 
 #include "common/DecimalNumber.h"
-#include "validation/RejectionMessage.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -166,16 +165,6 @@ class RangeScan {
 
 std::optional<Finding> CheckRange(std::string_view range) {
     return RangeScan(range).Run();
-}
-
-bool IsRangeCorrect(std::string const& range) {
-    return !CheckRange(range);
-}
-
-std::optional<PatternRejection> ExplainRange(std::string const& range) {
-    if (auto finding = CheckRange(range))
-        return Reject(*finding, range, range);
-    return std::nullopt;
 }
 
 } // namespace CallRecordingUtils

@@ -1,16 +1,31 @@
-// Replaces escapes, and finds the way back from the replaced text to the written one.
+// Converts patterns between their two forms, and finds the way back from a place in one to the
+// other.
 
-#include "validation/EscapeSequences.h"
+#include "language/Forms.h"
 
-#include "validation/CharacterClasses.h"
+#include <algorithm>
+
+#include "language/Characters.h"
 
 namespace CallRecordingUtils {
-namespace {
 
-// In the order of kEscapeCodes.
-constexpr std::string_view kEscapedCharacters = "*?,-!";
+std::string ToStoredForm(std::string_view entry) {
+    std::string stored(entry);
+    StoreEscapes(stored);
+    std::replace(stored.begin(), stored.end(), '{', '<');
+    std::replace(stored.begin(), stored.end(), '}', '>');
+    return stored;
+}
 
-} // namespace
+std::string ToEntryForm(std::string_view stored) {
+    std::string entry;
+    for (char const c : stored)
+        if (Contains(kEscapeCodes, c))
+            entry.append({'\\', EscapedCharacter(c)});
+        else
+            entry += c == '<' ? '{' : c == '>' ? '}' : c;
+    return entry;
+}
 
 void StoreEscapes(std::string& pattern) {
     // One pass leaves what repeated searching for the five escapes would leave. Two escapes never

@@ -1,0 +1,59 @@
+// An edit of a rule file: any number of changes to the file as it was read once, then one save.
+
+#ifndef DATABASE_RULEFILEEDIT_H
+#define DATABASE_RULEFILEEDIT_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include <callrecordingutils/CallRecordingRuleParams.h>
+
+#include "database/RuleFile.h"
+
+namespace CallRecordingUtils {
+
+/// A place is the index of a rule in the order of the file, from 0. Nothing reaches the disk before
+/// Save, and an object that is dropped leaves the file as it was. What is not changed keeps its
+/// bytes: comments, unknown keys and the order of entries belong to the section, and stay where they
+/// are when the rule in it changes.
+///
+/// Every operation, the constructor included, throws an exception derived from std::exception whose
+/// text says path, line (where there is one) and reason. After a failed change the object is good
+/// for nothing but to be destroyed.
+class RuleFileEdit {
+  public:
+    /// Reads the file at path; a file that does not exist has no rules.
+    explicit RuleFileEdit(std::string const& path);
+
+    /// The rules, in the order of the file, with the changes made so far.
+    std::vector<CallRecordingRuleParams> Rules();
+
+    /// Writes all ten fields of rule, the identifier included, into the section at place.
+    /// REQUIRES: there is a rule at place.
+    void Set(std::size_t place, CallRecordingRuleParams const& rule);
+
+    /// Adds rule, under the identifier that it has, as the last one of the file.
+    void Append(CallRecordingRuleParams const& rule);
+
+    /// Removes the section at place. REQUIRES: there is a rule at place.
+    void Delete(std::size_t place);
+
+    /// Moves the rule at the place from to the place to; the rules between make room. Identifiers
+    /// stay with the places: each rule takes over the one of the place that it comes to.
+    /// REQUIRES: there are rules at both places.
+    void Move(std::size_t from, std::size_t to);
+
+    /// Has the file on disk, atomically and durably.
+    void Save();
+
+  private:
+    void GoTo(std::size_t place);
+
+    RuleFile file_;
+    std::size_t next_ = 0; // The place that GotoNextSection would come to.
+};
+
+} // namespace CallRecordingUtils
+
+#endif

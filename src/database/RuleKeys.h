@@ -1,0 +1,20 @@
+// The keys of the rule file, for the core: the exported table is made of these.
+
+#ifndef DATABASE_RULEKEYS_H
+#define DATABASE_RULEKEYS_H
+
+#include <array>
+
+#include <callrecordingutils/tokensArray.h>
+
+namespace CallRecordingUtils {
+
+/// By RuleFileKeys.
+inline constexpr std::array<char const*, RULE_FILE_KEY_COUNT> kRuleKeys{
+    "callrecordingrule_id", "caller_pattern",      "caller_call_type", "called_pattern",
+    "called_call_type",     "call_recording_type", "record_to",        "recording_duration",
+    "recording_rule_state", "description"};
+
+} // namespace CallRecordingUtils
+
+#endif

@@ -1,0 +1,70 @@
+// Reads an item list, the text between the brackets of a group, into its parts.
+
+#ifndef LANGUAGE_ITEMS_H
+#define LANGUAGE_ITEMS_H
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+#include "language/Characters.h"
+
+namespace CallRecordingUtils {
+
+enum class ItemPart {
+    Separator, // ",": the next part begins a new item.
+    Exclusion, // "!": what follows up to the next "," excludes.
+    AnyOne,    // "?"
+    Literals,  // A run of literals: (a part of) a value, or of the low part of a range.
+    ToLetter,  // "-" and the letter that ends the range.
+    ToDigits,  // "-" and the run of digits that ends the range.
+    StrayDash, // "-" before anything else.
+    Foreign,   // A character outside the language: its item accepts nothing.
+};
+
+struct Part {
+    ItemPart kind;
+    std::string_view text; // What was read, without the "-" of ToLetter and ToDigits.
+    std::size_t end;       // Where in the list the next part begins.
+};
+
+/// Returns the length of the run of characters at the start of text that belong to a class.
+template <bool (*Belongs)(char)>
+constexpr std::size_t RunLength(std::string_view text) {
+    std::size_t length = 0;
+    while (length < text.size() && Belongs(text[length]))
+        ++length;
+    return length;
+}
+
+/// Returns the part of list that begins at the place at, which is less than the length of list.
+inline Part ReadPart(std::string_view list, std::size_t at) {
+    std::string_view const rest = list.substr(at);
+    char const c = rest.front();
+    if (IsLiteral(c)) {
+        std::size_t const length = RunLength<IsLiteral>(rest);
+        return {ItemPart::Literals, rest.substr(0, length), at + length};
+    }
+    if (c == '-') {
+        bool const hasLetter = rest.size() > 1 && IsLetter(rest[1]);
+        std::size_t const length = hasLetter ? 1 : RunLength<IsDigit>(rest.substr(1));
+        return {hasLetter     ? ItemPart::ToLetter
+                : length == 0 ? ItemPart::StrayDash
+                              : ItemPart::ToDigits,
+                rest.substr(1, length), at + 1 + length};
+    }
+    ItemPart const kind = c == ','   ? ItemPart::Separator
+                          : c == '!' ? ItemPart::Exclusion
+                          : c == '?' ? ItemPart::AnyOne
+                                     : ItemPart::Foreign;
+    return {kind, rest.substr(0, 1), at + 1};
+}
+
+/// Returns where the item that at stands in ends: at the next "," or the end of list.
+inline std::size_t EndOfItem(std::string_view list, std::size_t at) {
+    return std::min(list.find(',', at), list.size());
+}
+
+} // namespace CallRecordingUtils
+
+#endif
