@@ -65,6 +65,35 @@ inline std::size_t EndOfItem(std::string_view list, std::size_t at) {
     return std::min(list.find(',', at), list.size());
 }
 
+/// Reads the exclusion items of a list one after the other. Their values run up to the next ",";
+/// that of the last item is the rest of the list, and any "!" in it begins one more exclusion.
+class ExclusionReader {
+  public:
+    explicit ExclusionReader(std::string_view list) : list_(list) {}
+
+    /// Reads the next exclusion. Returns false when there is none.
+    bool Next() {
+        std::size_t const mark = list_.find('!', at_);
+        if (mark == std::string_view::npos)
+            return false;
+        at_ = mark + 1;
+        if (end_ < at_) // Searched for once an item, or the time would grow with the square.
+            end_ = EndOfItem(list_, at_);
+        value_ = list_.substr(at_, end_ - at_);
+        at_ = end_ < list_.size() ? end_ + 1 : at_;
+        return true;
+    }
+
+    /// What the exclusion excludes: an item list of its own, without a ",".
+    std::string_view Value() const { return value_; }
+
+  private:
+    std::string_view const list_;
+    std::size_t at_ = 0;
+    std::size_t end_ = 0; // Where the item ends.
+    std::string_view value_;
+};
+
 } // namespace CallRecordingUtils
 
 #endif

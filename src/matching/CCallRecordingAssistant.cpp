@@ -56,7 +56,7 @@ bool CCallRecordingAssistant::IsSideMatched(CallParams const& params, CallType c
                                             std::string const& pattern,
                                             CallType const& ruleType) const {
     CallSide const side(params, callType);
-    return side.Satisfies(pattern, ruleType, side.FittingLiterals(pattern, ruleType));
+    return side.MaySatisfy(pattern, ruleType) && side.Satisfies(pattern, ruleType);
 }
 
 // An output may be the input, so nothing is assigned before everything is copied.
@@ -84,10 +84,7 @@ bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::s
 
 bool CCallRecordingAssistant::IsMatching(std::string const& address, std::string const& pattern,
                                          wild_card_counts& counts) const {
-    std::size_t const literals = SharedLiterals(pattern, address);
-    if (literals == kDiffers)
-        return false;
-    PatternMatcher matcher(address, pattern, literals);
+    PatternMatcher matcher(address, pattern);
     if (!matcher.Matches())
         return false;
     matcher.AddCounts(counts);

@@ -38,26 +38,26 @@ void CallSide::PutSipAddressTogether(CallParams const& params) {
 }
 
 /// A pattern that names a port is matched as it stands: user, "@", host, ":" and port put together
-/// again are the same text. To others the port is added.
-bool CallSide::SatisfiesSip(std::string_view pattern, std::size_t literals) const {
+/// again are the same text. Others take every port.
+bool CallSide::SatisfiesSip(std::string_view pattern) const {
     std::optional<std::string_view> port;
-    std::string_view const rest = SplitPort(pattern, port);
-    if (rest.find('@') == std::string_view::npos)
+    std::string_view const userAndHost = SplitPort(pattern, port);
+    if (!Contains(userAndHost, '@'))
         return false;
     if (port && !port->empty())
-        return PatternMatcher(address_, pattern, literals).Matches();
-    return PatternMatcher(address_, rest, literals, ":*").Matches();
+        return PatternMatcher(address_, pattern).Matches();
+    return PatternMatcher(address_, userAndHost, Ending::AtPort).Matches();
 }
 
-bool CallSide::Satisfies(std::string_view pattern, CallType ruleType, std::size_t literals) const {
-    if (literals == kDiffers || pattern.empty())
+bool CallSide::Satisfies(std::string_view pattern, CallType ruleType) const {
+    if (pattern.empty())
         return false;
     if (ruleType == CALL_TYPE_SIP)
-        return SatisfiesSip(pattern, literals);
+        return SatisfiesSip(pattern);
     if (pattern == "*") // The commonest side of all.
         return true;
     std::string_view const address = ruleType == CALL_TYPE_ANY ? addressForAny_ : address_;
-    return PatternMatcher(address, pattern, literals).Matches();
+    return PatternMatcher(address, pattern).Matches();
 }
 
 } // namespace CallRecordingUtils

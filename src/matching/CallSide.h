@@ -26,28 +26,29 @@ class CallSide {
     CallSide& operator=(CallSide const&) = delete;
 
     /// A test that costs next to nothing, where most rules of a long list end: by their call type,
-    /// or by the literals that their pattern begins with. Returns kDiffers when the rule side is
-    /// not satisfied, else how many literals of its pattern are known to fit. (A SIP pattern is
-    /// judged as it is stored: with the port that it lacks it only becomes longer.)
-    std::size_t FittingLiterals(std::string_view pattern, CallType ruleType) const {
+    /// or by the literals that their pattern begins with. When it returns false, the side is not
+    /// satisfied. (A SIP pattern is judged as it is stored: with the port that it lacks it only
+    /// becomes longer.)
+    bool MaySatisfy(std::string_view pattern, CallType ruleType) const {
         if (ruleType == CALL_TYPE_ANY)
-            return SharedLiterals(pattern, addressForAny_);
-        return ruleType == type_ ? SharedLiterals(pattern, address_) : kDiffers;
+            return BeginsWithLiteralsOf(pattern, addressForAny_);
+        return ruleType == type_ && BeginsWithLiteralsOf(pattern, address_);
     }
 
     /// Returns whether this side satisfies a rule side. See CCallRecordingAssistant::IsSideMatched.
-    /// literals is what FittingLiterals returned for the same rule side.
-    bool Satisfies(std::string_view pattern, CallType ruleType, std::size_t literals) const;
+    /// REQUIRES: ruleType is the call's type, or any.
+    bool Satisfies(std::string_view pattern, CallType ruleType) const;
 
   private:
     void PutSipAddressTogether(CallParams const& params);
-    bool SatisfiesSip(std::string_view pattern, std::size_t literals) const;
+    bool SatisfiesSip(std::string_view pattern) const;
 
     CallType const type_;
     std::string_view addressForAny_; // What rule sides of any call type compare,
     std::string_view address_;       // and what those of the call's own type do.
-    std::array<char, 128>
-        shortSipAddress_; // Where it fits, which is nearly always; no allocation then.
+    // The address of a SIP call stands in the array where it fits, which is nearly always, so that
+    // nothing is allocated.
+    std::array<char, 128> shortSipAddress_;
     std::string longSipAddress_;
 };
 

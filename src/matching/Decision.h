@@ -26,15 +26,11 @@ struct Call {
 inline bool Takes(CallRecordingRuleParams const& rule, Call const& call) {
     // The cheap tests of both sides before the search of either; and last of them the state, which
     // lies in a part of the record that need not be fetched for most rules.
-    std::size_t const callerLiterals =
-        call.caller.FittingLiterals(rule.caller_pattern, rule.caller_call_type);
-    if (callerLiterals == kDiffers)
-        return false;
-    std::size_t const calledLiterals =
-        call.called.FittingLiterals(rule.called_pattern, rule.called_call_type);
-    return calledLiterals != kDiffers && rule.recording_rule_state == RULE_ENABLED &&
-           call.caller.Satisfies(rule.caller_pattern, rule.caller_call_type, callerLiterals) &&
-           call.called.Satisfies(rule.called_pattern, rule.called_call_type, calledLiterals);
+    return call.caller.MaySatisfy(rule.caller_pattern, rule.caller_call_type) &&
+           call.called.MaySatisfy(rule.called_pattern, rule.called_call_type) &&
+           rule.recording_rule_state == RULE_ENABLED &&
+           call.caller.Satisfies(rule.caller_pattern, rule.caller_call_type) &&
+           call.called.Satisfies(rule.called_pattern, rule.called_call_type);
 }
 
 /// Returns the place of the rule that decides call: the first one in rules, a list of pointers to

@@ -55,7 +55,7 @@ bool IsInNumberRange(std::string_view candidate, std::string_view low, std::stri
     return ParseDecimal(low) <= value && value <= ParseDecimal(high);
 }
 
-/// One walk over an item list with one candidate, one method for each kind of thing met on the way.
+/// One walk over the parts of an item list with one candidate, one method for each kind of part.
 /// The methods return true when the candidate is accepted.
 class ItemWalk {
   public:
@@ -68,7 +68,7 @@ class ItemWalk {
         if (candidate_.empty())
             return false;
         while (at_ < list_.size())
-            if (TakeNext())
+            if (Take(ReadPart(list_, at_)))
                 return true;
         consumed_ = {};
         return false;
@@ -77,80 +77,67 @@ class ItemWalk {
     Consumed const& GetConsumed() const { return consumed_; }
 
   private:
-    bool TakeNext() {
-        switch (char const c = list_[at_]) {
-        case ',': StartItem(); return false;
-        case '!': SkipItem(); return false; // An exclusion.
-        case '?': return TakeAnyOne();
-        case '-': return TakeRange();
-        default:
-            if (IsLiteral(c))
-                return TakeLiterals();
-            FailItem(); // Not of the language.
-            return false;
+    bool Take(Part const& part) {
+        at_ = part.end;
+        switch (part.kind) {
+        case ItemPart::Separator: StartItem(); return false;
+        case ItemPart::Exclusion: SkipItem(); return false;
+        case ItemPart::AnyOne: return TakeAnyOne();
+        case ItemPart::Literals: return TakeLiterals(part.text);
+        case ItemPart::ToLetter: return TakeLetterRange(part.text.front());
+        case ItemPart::ToDigits: return TakeNumberRange(part.text);
+        case ItemPart::StrayDash: return false;
+        case ItemPart::Foreign: FailItem(); return false;
         }
+        return false;
     }
 
     void StartItem() {
-        ++at_;
         remaining_ = candidate_;
         low_.Clear();
         high_.Clear();
     }
 
-    void SkipItem() {
-        at_ = extent_ == OneItem ? list_.size() : std::min(list_.find(',', at_), list_.size());
-    }
+    // Where there is one item only, its end is not searched for: an exclusion value can hold any
+    // number of "!".
+    void SkipItem() { at_ = extent_ == OneItem ? list_.size() : EndOfItem(list_, at_); }
 
     void FailItem() {
         consumed_ = {};
         SkipItem();
     }
 
-    bool IsAt(std::string_view ends) const {
-        return at_ == list_.size() || ends.find(list_[at_]) != std::string_view::npos;
-    }
-
     bool TakeAnyOne() {
         low_.Clear();
         ++consumed_.questions;
         remaining_.remove_prefix(1);
-        ++at_;
-        return EndIfUsedUp(",");
+        return EndIfUsedUp(false);
     }
 
-    bool TakeLiterals() {
-        std::size_t const length = RunLength<IsLiteral>(list_.substr(at_));
-        low_.Append(list_.substr(at_, length));
-        at_ += length;
+    bool TakeLiterals(std::string_view run) {
+        low_.Append(run);
         if (!StartsWith(remaining_, low_.Text())) {
-            while (at_ < list_.size() && list_[at_] == '?')
+            while (at_ < list_.size() && ReadPart(list_, at_).kind == ItemPart::AnyOne)
                 ++at_;
             return false;
         }
         remaining_.remove_prefix(low_.Text().size());
         consumed_.symbols += static_cast<std::uint32_t>(low_.Text().size());
-        return EndIfUsedUp(",-"); // Before a "-" the candidate is the low end of a range.
+        return EndIfUsedUp(true); // Before a "-" the candidate is the low end of a range.
     }
 
     /// Once the candidate is used up, its item accepts it if it ends here as well.
-    bool EndIfUsedUp(std::string_view ends) {
+    bool EndIfUsedUp(bool endsBeforeDash) {
         if (!remaining_.empty())
             return false;
-        if (IsAt(ends))
+        if (at_ == list_.size())
+            return true;
+        ItemPart const next = ReadPart(list_, at_).kind;
+        bool const isDash =
+            next == ItemPart::ToLetter || next == ItemPart::ToDigits || next == ItemPart::StrayDash;
+        if (next == ItemPart::Separator || (endsBeforeDash && isDash))
             return true;
         FailItem();
-        return false;
-    }
-
-    bool TakeRange() {
-        ++at_;
-        if (at_ == list_.size())
-            return false;
-        if (IsLetter(list_[at_]))
-            return TakeLetterRange(list_[at_++]);
-        if (IsDigit(list_[at_]))
-            return TakeNumberRange();
         return false;
     }
 
@@ -164,10 +151,8 @@ class ItemWalk {
         return true;
     }
 
-    bool TakeNumberRange() {
-        std::size_t const length = RunLength<IsDigit>(list_.substr(at_));
-        high_.Append(list_.substr(at_, length));
-        at_ += length;
+    bool TakeNumberRange(std::string_view run) {
+        high_.Append(run);
         if (!IsInNumberRange(candidate_, low_.Text(), high_.Text()))
             return false;
         consumed_.symbols += static_cast<std::uint32_t>(remaining_.size());
@@ -177,7 +162,7 @@ class ItemWalk {
     std::string_view const list_;
     std::string_view const candidate_;
     Extent const extent_;
-    std::string_view remaining_; // Never empty at the head of the walk: an item ends when it is.
+    std::string_view remaining_; // Never empty before a part is taken: an item ends when it is.
     std::size_t at_ = 0;
     RangePart low_;
     RangePart high_;
@@ -193,19 +178,11 @@ bool AcceptsCandidate(std::string_view list, std::string_view candidate, Consume
     return accepted;
 }
 
-// The value of the last item is the rest of the list, exclusions within it included; so neither the
-// search for a "," nor the walk may run to the end of the list for every "!".
 bool ExcludesCandidate(std::string_view list, std::string_view candidate) {
-    std::size_t comma = 0;
-    for (std::size_t at = list.find('!'); at != std::string_view::npos; at = list.find('!', at)) {
-        ++at;
-        if (comma < at)
-            comma = list.find(',', at);
-        if (ItemWalk(list.substr(at, comma - at), candidate, ItemWalk::OneItem).Run())
+    ExclusionReader exclusions(list);
+    while (exclusions.Next())
+        if (ItemWalk(exclusions.Value(), candidate, ItemWalk::OneItem).Run())
             return true;
-        if (comma != std::string_view::npos)
-            at = comma + 1;
-    }
     return false;
 }
 
@@ -221,27 +198,19 @@ std::size_t LongestCandidate(std::string_view list) {
     std::size_t low = 0;
     std::size_t high = 0;
     std::size_t consumable = 0;
-    std::size_t at = 0;
-    while (at < list.size()) {
-        std::string_view const rest = list.substr(at);
-        std::size_t step = 1;
-        if (rest.front() == ',') {
-            low = high = consumable = 0;
-        } else if (rest.front() == '!') {
-            step = std::min(rest.find(','), rest.size());
-        } else if (rest.front() == '?') {
-            ++consumable;
-        } else if (rest.front() == '-') {
-            std::size_t const digits = RunLength<IsDigit>(rest.substr(1));
-            bool const hasLetter = rest.size() > 1 && IsLetter(rest[1]);
-            high += digits;
-            step += hasLetter ? 1 : digits;
-        } else if (IsLiteral(rest.front())) {
-            step = RunLength<IsLiteral>(rest);
-            low += step;
-            consumable += low;
+    for (std::size_t at = 0; at < list.size();) {
+        Part const part = ReadPart(list, at);
+        at = part.end;
+        switch (part.kind) {
+        case ItemPart::Separator: low = high = consumable = 0; break;
+        case ItemPart::Exclusion: at = EndOfItem(list, at); break;
+        case ItemPart::AnyOne: ++consumable; break;
+        case ItemPart::Literals: consumable += low += part.text.size(); break;
+        case ItemPart::ToDigits: high += part.text.size(); break;
+        case ItemPart::ToLetter:
+        case ItemPart::StrayDash:
+        case ItemPart::Foreign: break;
         }
-        at += step;
         longest = std::max({longest, consumable, high});
     }
     return longest;

@@ -5,76 +5,64 @@
 #include <algorithm>
 #include <array>
 
-namespace CallRecordingUtils {
+#include "matching/PatternCounts.h"
 
-PatternMatcher::Element PatternMatcher::Read(std::size_t at) const {
-    if (at >= end_)
-        return {Construct::End, at, at};
-    char const c = PatternAt(at);
-    if (IsLiteral(c) || c == '?')
-        return {Construct::Step, at, at + 1};
-    if (c == '*')
-        return {Construct::AnyRun, at, at + 1};
-    if (c != '[' && c != '<')
-        return {Construct::Stop, at, at};
-    std::size_t const closing = pattern_.find(c == '[' ? ']' : '>', at);
-    if (closing == std::string_view::npos)
-        return {Construct::Broken, at, at};
-    return {c == '[' ? Construct::Step : Construct::Range, at, closing + 1};
-}
+namespace CallRecordingUtils {
 
 PatternMatcher::StepRun PatternMatcher::ReadSteps(std::size_t at) const {
     StepRun run{at, 0, Construct::End};
     for (;;) {
         for (; run.end < pattern_.size() && IsLiteral(pattern_[run.end]); ++run.end)
             ++run.width;
-        Element const element = Read(run.end);
+        Element const element = ReadElement(pattern_, run.end);
         run.next = element.construct;
-        if (run.next != Construct::Step)
+        if (!IsStep(run.next))
             return run;
         run.end = element.end;
         ++run.width;
     }
 }
 
-std::string_view PatternMatcher::Items(Element const& group) const {
-    return pattern_.substr(group.begin + 1, group.end - group.begin - 2);
+bool PatternMatcher::CanEndAt(std::size_t position) const {
+    bool const isAtEnd = position == address_.size();
+    return ending_ == Ending::AtEnd ? isAtEnd : !isAtEnd && address_[position] == ':';
 }
 
-bool PatternMatcher::TakeStep(Element const& step, Place& place) const {
-    if (place.position == address_.size())
+bool PatternMatcher::TakeStep(Element const& step, Way& way) const {
+    if (way.position == address_.size())
         return false;
-    char const expected = PatternAt(step.begin);
-    if (expected == '[') {
+    if (step.construct == Construct::Set) {
         Consumed consumed;
-        if (!AdmitsCandidate(Items(step), address_.substr(place.position, 1), consumed))
+        std::string_view const candidate = address_.substr(way.position, 1);
+        if (!AdmitsCandidate(ItemsOf(pattern_, step), candidate, consumed))
             return false;
-        place.grouped += consumed;
-    } else if (expected != '?' && expected != address_[place.position]) {
+        way.grouped += consumed;
+    } else if (step.construct == Construct::Literal &&
+               pattern_[step.begin] != address_[way.position]) {
         return false;
     }
-    ++place.position;
+    ++way.position;
     return true;
 }
 
 /// Takes the literals from at on; at ends behind them. The commonest steps, without the detour of
 /// an element for each.
-bool PatternMatcher::TakeLiterals(std::size_t& at, Place& place) const {
-    for (; at < pattern_.size() && IsLiteral(pattern_[at]); ++at, ++place.position)
-        if (place.position == address_.size() || pattern_[at] != address_[place.position])
+bool PatternMatcher::TakeLiterals(std::size_t& at, Way& way) const {
+    for (; at < pattern_.size() && IsLiteral(pattern_[at]); ++at, ++way.position)
+        if (way.position == address_.size() || pattern_[at] != address_[way.position])
             return false;
     return true;
 }
 
 /// Takes the steps from begin to end; nothing else stands between.
-bool PatternMatcher::TakeSteps(std::size_t begin, std::size_t end, Place& place) const {
+bool PatternMatcher::TakeSteps(std::size_t begin, std::size_t end, Way& way) const {
     for (std::size_t at = begin;;) {
-        if (!TakeLiterals(at, place))
+        if (!TakeLiterals(at, way))
             return false;
         if (at >= end)
             return true;
-        Element const step = Read(at);
-        if (!TakeStep(step, place))
+        Element const step = ReadElement(pattern_, at);
+        if (!TakeStep(step, way))
             return false;
         at = step.end;
     }
@@ -83,29 +71,31 @@ bool PatternMatcher::TakeSteps(std::size_t begin, std::size_t end, Place& place)
 /// Takes the characters up to end as the run of "*" or of a range expression. The recursion tests
 /// the rest of the pattern before the candidate of a range; both must hold, so the order changes
 /// nothing.
-bool PatternMatcher::TakeRunTo(Element const& run, std::size_t end, Place& place) const {
+bool PatternMatcher::TakeRunTo(Element const& run, std::size_t end, Way& way) const {
     if (run.construct == Construct::Range) {
         Consumed consumed;
-        std::string_view const candidate = address_.substr(place.position, end - place.position);
-        if (!AdmitsCandidate(Items(run), candidate, consumed))
+        std::string_view const candidate = address_.substr(way.position, end - way.position);
+        if (!AdmitsCandidate(ItemsOf(pattern_, run), candidate, consumed))
             return false;
-        place.grouped += consumed;
+        way.grouped += consumed;
     }
-    place.position = end;
+    way.position = end;
     return true;
 }
 
 bool PatternMatcher::Matches() {
     for (;;) {
-        if (!TakeLiterals(at_, place_))
+        if (!TakeLiterals(at_, way_))
             return false;
-        Element const element = Read(at_);
+        Element const element = ReadElement(pattern_, at_);
         switch (element.construct) {
-        case Construct::End: return place_.position == address_.size();
+        case Construct::End: return CanEndAt(way_.position);
         case Construct::Stop: return true;
-        case Construct::Broken: return false;
-        case Construct::Step:
-            if (!TakeStep(element, place_))
+        case Construct::Unclosed: return false;
+        case Construct::Literal:
+        case Construct::AnyOne:
+        case Construct::Set:
+            if (!TakeStep(element, way_))
                 return false;
             at_ = element.end;
             break;
@@ -113,7 +103,7 @@ bool PatternMatcher::Matches() {
         case Construct::Range: {
             StepRun const rest = ReadSteps(element.end);
             if (rest.next == Construct::Range)
-                return MatchFromManyPlaces();
+                return FollowManyWays();
             if (!TakeRun(element, rest))
                 return false;
         }
@@ -124,28 +114,29 @@ bool PatternMatcher::Matches() {
 /// Takes a "*" or range expression, and the steps of rest behind it when the run has to be
 /// searched.
 bool PatternMatcher::TakeRun(Element const& run, StepRun const& rest) {
-    std::size_t const left = address_.size() - place_.position;
-    if (rest.next == Construct::Broken || rest.width > left)
+    std::size_t const left = address_.size() - way_.position;
+    if (rest.next == Construct::Unclosed || rest.width > left)
         return false;
-    if (rest.next != Construct::End)
+    if (rest.next != Construct::End || ending_ != Ending::AtEnd)
         return SearchRun(run, rest, left - rest.width);
     // What follows has one length, so the run can only end at one position.
     at_ = run.end;
-    return TakeRunTo(run, address_.size() - rest.width, place_);
+    return TakeRunTo(run, address_.size() - rest.width, way_);
 }
 
-/// Finds the shortest run, of at most longest characters, behind which the steps of rest fit. After
-/// them comes a "*", or the end of the language. If that matches after a longer run, it does after
-/// this one as well, since the "*" can take the characters between; so no other run need ever be
+/// Finds the shortest run, of at most longest characters, behind which the steps of rest fit. What
+/// comes after them is a "*" or takes anything. If that matches after a longer run, it matches
+/// after this one as well, since it can take the characters between; so no other run need ever be
 /// tried.
 bool PatternMatcher::SearchRun(Element const& run, StepRun const& rest, std::size_t longest) {
     bool const isRange = run.construct == Construct::Range;
     if (isRange)
-        longest = std::min(longest, LongestCandidate(Items(run)));
+        longest = std::min(longest, LongestCandidate(ItemsOf(pattern_, run)));
     for (std::size_t length = isRange ? 1 : 0; length <= longest; ++length) {
-        Place place = place_;
-        if (TakeRunTo(run, place.position + length, place) && TakeSteps(run.end, rest.end, place)) {
-            place_ = place;
+        Way way = way_;
+        if (TakeRunTo(run, way.position + length, way) && TakeSteps(run.end, rest.end, way) &&
+            (rest.next != Construct::End || CanEndAt(way.position))) {
+            way_ = way;
             at_ = rest.end;
             return true;
         }
@@ -153,31 +144,33 @@ bool PatternMatcher::SearchRun(Element const& run, StepRun const& rest, std::siz
     return false;
 }
 
-/// Goes on from place_ when a range expression can end in several positions. For addresses of usual
-/// lengths the places fit into the arena, and nothing is allocated.
-bool PatternMatcher::MatchFromManyPlaces() {
+/// Goes on from way_ when a range expression can end in several positions. For addresses of usual
+/// lengths the ways fit into the arena, and nothing is allocated.
+bool PatternMatcher::FollowManyWays() {
     std::array<std::byte, 4608> memory;
     std::pmr::monotonic_buffer_resource arena(memory.data(), memory.size());
-    Places places(&arena);
-    Places next(&arena);
+    Ways ways(&arena);
+    Ways next(&arena);
     Marks taken(address_.size() + 1, false, &arena);
-    places.reserve(address_.size() + 1);
+    ways.reserve(address_.size() + 1);
     next.reserve(address_.size() + 1);
-    places.push_back(place_);
-    while (!places.empty()) {
-        Element const element = Read(at_);
+    ways.push_back(way_);
+    while (!ways.empty()) {
+        Element const element = ReadElement(pattern_, at_);
         switch (element.construct) {
-        case Construct::End: return PickPlaceAtEnd(places);
-        case Construct::Stop: place_ = places.front(); return true;
-        case Construct::Broken: return false;
-        case Construct::Step: KeepWhatSteps(element, places); break;
+        case Construct::End: return PickWayAtEnd(ways);
+        case Construct::Stop: way_ = ways.front(); return true;
+        case Construct::Unclosed: return false;
+        case Construct::Literal:
+        case Construct::AnyOne:
+        case Construct::Set: KeepWhatSteps(element, ways); break;
         case Construct::AnyRun:
-            SpreadAnyRun(places, next);
-            places.swap(next);
+            SpreadAnyRun(ways, next);
+            ways.swap(next);
             break;
         case Construct::Range:
-            SpreadRange(element, places, next, taken);
-            places.swap(next);
+            SpreadRange(element, ways, next, taken);
+            ways.swap(next);
             break;
         }
         at_ = element.end;
@@ -185,35 +178,35 @@ bool PatternMatcher::MatchFromManyPlaces() {
     return false;
 }
 
-void PatternMatcher::KeepWhatSteps(Element const& step, Places& places) const {
-    auto kept = places.begin();
-    for (Place place : places)
-        if (TakeStep(step, place))
-            *kept++ = place;
-    places.erase(kept, places.end());
+void PatternMatcher::KeepWhatSteps(Element const& step, Ways& ways) const {
+    auto kept = ways.begin();
+    for (Way way : ways)
+        if (TakeStep(step, way))
+            *kept++ = way;
+    ways.erase(kept, ways.end());
 }
 
-void PatternMatcher::SpreadAnyRun(Places const& from, Places& to) const {
+void PatternMatcher::SpreadAnyRun(Ways const& from, Ways& to) const {
     to.clear();
-    // An earlier place has taken all positions from its own on.
+    // An earlier way has taken all positions from its own on.
     std::size_t taken = address_.size() + 1;
-    for (Place const& place : from) {
-        for (std::size_t end = place.position; end < taken; ++end)
-            to.push_back({end, place.grouped});
-        taken = std::min(taken, place.position);
+    for (Way const& way : from) {
+        for (std::size_t end = way.position; end < taken; ++end)
+            to.push_back({end, way.grouped});
+        taken = std::min(taken, way.position);
     }
 }
 
-void PatternMatcher::SpreadRange(Element const& range, Places const& from, Places& to,
+void PatternMatcher::SpreadRange(Element const& range, Ways const& from, Ways& to,
                                  Marks& taken) const {
     to.clear();
-    std::size_t const longest = LongestCandidate(Items(range));
+    std::size_t const longest = LongestCandidate(ItemsOf(pattern_, range));
     std::fill(taken.begin(), taken.end(), false);
-    for (Place place : from) {
-        std::size_t const reach = std::min(longest, address_.size() - place.position);
+    for (Way way : from) {
+        std::size_t const reach = std::min(longest, address_.size() - way.position);
         for (std::size_t length = 1; length <= reach; ++length) {
-            Place moved = place;
-            std::size_t const end = place.position + length;
+            Way moved = way;
+            std::size_t const end = way.position + length;
             if (!taken[end] && TakeRunTo(range, end, moved)) {
                 taken[end] = true;
                 to.push_back(moved);
@@ -222,22 +215,20 @@ void PatternMatcher::SpreadRange(Element const& range, Places const& from, Place
     }
 }
 
-bool PatternMatcher::PickPlaceAtEnd(Places const& places) {
-    auto const found = std::find_if(places.begin(), places.end(), [this](Place const& place) {
-        return place.position == address_.size();
-    });
-    if (found == places.end())
+bool PatternMatcher::PickWayAtEnd(Ways const& ways) {
+    auto const found = std::find_if(ways.begin(), ways.end(),
+                                    [this](Way const& way) { return CanEndAt(way.position); });
+    if (found == ways.end())
         return false;
-    place_ = *found;
+    way_ = *found;
     return true;
 }
 
 void PatternMatcher::AddCounts(wild_card_counts& counts) const {
     // Outside the groups a match takes every element that was read exactly once, whatever the way.
     CountConstructs(pattern_.substr(0, at_), counts);
-    CountConstructs(tail_.substr(0, at_ - std::min(at_, pattern_.size())), counts);
-    counts.grouped_symbol_count += static_cast<std::int32_t>(place_.grouped.symbols);
-    counts.grouped_question_count += static_cast<std::int32_t>(place_.grouped.questions);
+    counts.grouped_symbol_count += static_cast<std::int32_t>(way_.grouped.symbols);
+    counts.grouped_question_count += static_cast<std::int32_t>(way_.grouped.questions);
 }
 
 } // namespace CallRecordingUtils
