@@ -31,10 +31,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 
 set(CPACK_COMPONENT_CLIENT_DESCRIPTION
   "callrecordingctl, which shows, checks and edits the call-recording rules from a shell.")
-set(CPACK_COMPONENT_CLIENT_DEPENDS runtime)
 set(CPACK_DEBIAN_CLIENT_PACKAGE_NAME callrecordingctl)
 set(CPACK_DEBIAN_CLIENT_PACKAGE_SECTION comm)
-# Where the library lies that the client's dependencies are computed with.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src")
 
 include(CPack)

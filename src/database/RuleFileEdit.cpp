@@ -11,6 +11,7 @@ std::vector<CallRecordingRuleParams> RuleFileEdit::Rules() {
     file_.File().Restart();
     for (next_ = 0; file_.Next(); ++next_)
         rules.push_back(file_.ReadRule());
+    ++next_; // The cursor stands behind the last section.
     return rules;
 }
 

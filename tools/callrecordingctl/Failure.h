@@ -1,6 +1,5 @@
-/// @file
-/// How a command ends and what it says beside its data: the exit codes, the exception that carries
-/// one with its message, and messages on standard error.
+// How a command ends and what it says beside its data: the exit codes, the exception that carries
+// one with its message, and messages on standard error.
 
 #ifndef CALLRECORDINGCTL_FAILURE_H
 #define CALLRECORDINGCTL_FAILURE_H
@@ -15,28 +14,32 @@
 namespace callrecordingctl {
 
 enum ExitCode : int {
-    EXIT_CODE_YES = 0,   ///< Yes, or done.
-    EXIT_CODE_NO = 1,    ///< No rule matches, a pattern is malformed, the check found something.
-    EXIT_CODE_USAGE = 2, ///< Wrong usage.
-    EXIT_CODE_UNREADABLE = 3,   ///< The rule file cannot be read.
-    EXIT_CODE_UNSAVED = 4,      ///< It cannot be saved, or the lock on it cannot be had.
-    EXIT_CODE_NO_SUCH_RULE = 5, ///< There is no such rule, or more than one.
+    kExitYes = 0,        ///< Yes, or done.
+    kExitNo = 1,         ///< No rule matches, a pattern is malformed, the check found something.
+    kExitUsage = 2,      ///< Wrong usage.
+    kExitUnreadable = 3, ///< The rule file cannot be read.
+    kExitUnsaved = 4,    ///< It cannot be saved, or the lock on it cannot be had.
+    kExitNoSuchRule = 5, ///< There is no such rule, or more than one.
+    kExitUndecided = 6,  ///< The question needs more memory than there is to be had.
+    kExitChanged = 7,    ///< The rule file is not the one that the command was meant for.
 };
 
 /// Ends the command. what() is for standard error and names the culprit.
 class Failure : public std::runtime_error {
   public:
-    Failure(ExitCode code, std::string const& message) : std::runtime_error(message), mCode(code) {}
-    ExitCode Code() const { return mCode; }
+    Failure(ExitCode code, std::string const& message) : std::runtime_error(message), code_(code) {}
+    ExitCode Code() const { return code_; }
 
   private:
-    ExitCode mCode;
+    ExitCode code_;
 };
 
-/// Prints a message on standard error. That it cannot be written is no reason to end an edit.
+/// Prints a message on standard error, a line with the program's name before it. That it cannot be
+/// written is no reason to end an edit.
 template <typename... Values>
 void Say(fmt::format_string<Values...> text, Values&&... values) {
-    std::fputs(fmt::format(text, std::forward<Values>(values)...).c_str(), stderr);
+    std::string const message = fmt::format(text, std::forward<Values>(values)...);
+    std::fputs(fmt::format("callrecordingctl: {}\n", message).c_str(), stderr);
 }
 
 } // namespace callrecordingctl

@@ -1,8 +1,7 @@
-/// @file
-/// The lock that keeps two clients from editing the rule file at once.
+// The lock that keeps two clients from editing the rule file at once.
 
-#ifndef CALLRECORDINGCTL_EDITLOCK_H
-#define CALLRECORDINGCTL_EDITLOCK_H
+#ifndef CALLRECORDINGCTL_EDIT_EDITLOCK_H
+#define CALLRECORDINGCTL_EDIT_EDITLOCK_H
 
 #include <chrono>
 #include <string>
@@ -22,7 +21,7 @@ class EditLock {
   private:
     bool Try(std::string const& path, std::chrono::milliseconds patience) const;
 
-    int mFile;
+    int file_;
 };
 
 } // namespace callrecordingctl

@@ -1,29 +1,30 @@
-/// @file
-/// A rule in words and in JSON.
+// A rule in words and in JSON.
 
-#include "RuleText.h"
+#include "output/RuleText.h"
 
 #include <fmt/format.h>
 
-#include "Table.h"
+#include "output/Table.h"
 
 namespace callrecordingctl {
 
+using namespace CallRecordingUtils;
+
 char const* CallTypeName(CallType type) {
-    return CALL_TYPE_NAMES[type];
+    return kCallTypeNames[type];
 }
 
 std::optional<CallType> ParseCallType(std::string const& text) {
     for (int type = CALL_TYPE_NUMBER; type <= CALL_TYPE_ANY; ++type)
-        if (text == CALL_TYPE_NAMES[type] || text == std::to_string(type))
+        if (text == kCallTypeNames[type] || text == std::to_string(type))
             return static_cast<CallType>(type);
     return std::nullopt;
 }
 
 char const* StateText(Rule const& rule) {
     switch (rule.recording_rule_state) {
-    case CallRecordingUtils::RULE_ENABLED: return "on";
-    case CallRecordingUtils::RULE_DISABLED: return "off";
+    case RULE_ENABLED: return "on";
+    case RULE_DISABLED: return "off";
     default: return "adv";
     }
 }
@@ -37,7 +38,7 @@ std::string SideText(std::string const& stored, CallType type) {
 
 namespace {
 
-constexpr char const* STATE_NAMES[] = {"enabled", "disabled", "not_showable"};
+constexpr char const* kStateNames[] = {"enabled", "disabled", "not_showable"};
 
 void AddSide(nlohmann::ordered_json& json, std::string const& side, std::string const& pattern,
              CallType type) {
@@ -68,13 +69,13 @@ std::vector<std::string> ListHeaders() {
 
 std::string CaretText(std::string const& entry, PatternProblem const& problem) {
     // What surrounds the place is enough of a pattern that would not fit on a line.
-    constexpr std::size_t MOST_BEFORE = 50;
-    constexpr std::size_t MOST = 70;
-    std::size_t const begin = problem.position > MOST_BEFORE ? problem.position - MOST_BEFORE : 0;
+    constexpr std::size_t kMostBefore = 50;
+    constexpr std::size_t kMost = 70;
+    std::size_t const begin = problem.position > kMostBefore ? problem.position - kMostBefore : 0;
     std::string const left =
         (begin > 0 ? "..." : "") + entry.substr(begin, problem.position - begin);
-    std::string const right = entry.substr(problem.position, begin + MOST - problem.position);
-    bool const isCut = begin + MOST < entry.size();
+    std::string const right = entry.substr(problem.position, begin + kMost - problem.position);
+    bool const isCut = begin + kMost < entry.size();
     return fmt::format("    {}{}{}\n    {:{}}^", Printable(left), Printable(right),
                        isCut ? "..." : "", "", DisplayWidth(left));
 }
@@ -90,7 +91,7 @@ nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position) {
     json["recording_duration"] = rule.recording_duration;
     json["description"] = rule.description;
     json["recording_rule_state"] = rule.recording_rule_state;
-    json["recording_rule_state_name"] = STATE_NAMES[rule.recording_rule_state];
+    json["recording_rule_state_name"] = kStateNames[rule.recording_rule_state];
     return json;
 }
 

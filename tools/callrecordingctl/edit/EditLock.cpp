@@ -1,7 +1,6 @@
-/// @file
-/// The lock that keeps two clients from editing the rule file at once.
+// The lock that keeps two clients from editing the rule file at once.
 
-#include "EditLock.h"
+#include "edit/EditLock.h"
 
 #include <cerrno>
 #include <cstring>
@@ -21,37 +20,37 @@ namespace {
 using namespace std::chrono_literals;
 
 [[noreturn]] void Fail(std::string const& path, char const* reason) {
-    throw Failure(EXIT_CODE_UNSAVED, fmt::format("{}: {}", path, reason));
+    throw Failure(kExitUnsaved, fmt::format("{}: {}", path, reason));
 }
 
 } // namespace
 
 EditLock::EditLock(std::string const& path, std::chrono::seconds patience)
-    : mFile(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0644)) {
-    if (mFile < 0)
+    : file_(open(path.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0644)) {
+    if (file_ < 0)
         Fail(path, std::strerror(errno));
     // Edits take milliseconds; a wait as short as that is not worth a word.
     if (Try(path, 200ms))
         return;
     if (patience.count() > 0) {
-        Say("{}: another client is editing; waiting up to {} s\n", path, patience.count());
+        Say("{}: another client is editing; waiting up to {} s", path, patience.count());
         if (Try(path, patience))
             return;
     }
-    close(mFile);
+    close(file_);
     Fail(path, "the lock is still held by another client; nothing was changed");
 }
 
 EditLock::~EditLock() {
-    close(mFile);
+    close(file_);
 }
 
 bool EditLock::Try(std::string const& path, std::chrono::milliseconds patience) const {
     auto const end = std::chrono::steady_clock::now() + patience;
-    while (flock(mFile, LOCK_EX | LOCK_NB) != 0) {
+    while (flock(file_, LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) {
             int const error = errno;
-            close(mFile);
+            close(file_);
             Fail(path, std::strerror(error));
         }
         if (std::chrono::steady_clock::now() >= end)

@@ -1,8 +1,7 @@
-/// @file
-/// A table on standard output.
+// A table on standard output.
 
-#ifndef CALLRECORDINGCTL_TABLE_H
-#define CALLRECORDINGCTL_TABLE_H
+#ifndef CALLRECORDINGCTL_OUTPUT_TABLE_H
+#define CALLRECORDINGCTL_OUTPUT_TABLE_H
 
 #include <cstddef>
 #include <string>
@@ -27,7 +26,7 @@ std::size_t DisplayWidth(std::string_view text);
 class Table {
   public:
     explicit Table(std::vector<std::string> headers, std::size_t second = 0, std::size_t under = 0)
-        : mRows{{std::move(headers), false}}, mSecond(second), mUnder(under) {}
+        : rows_{{std::move(headers), false}}, second_(second), under_(under) {}
 
     /// Adds a row; a pale one is printed faintly where there is colour.
     void Add(std::vector<std::string> cells, bool isPale = false);
@@ -40,9 +39,9 @@ class Table {
     };
     std::vector<std::size_t> NaturalWidths() const;
 
-    std::vector<Row> mRows; // The first holds the headers.
-    std::size_t mSecond;
-    std::size_t mUnder;
+    std::vector<Row> rows_; // The first holds the headers.
+    std::size_t second_;
+    std::size_t under_;
 };
 
 } // namespace callrecordingctl

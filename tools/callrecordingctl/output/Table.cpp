@@ -1,7 +1,6 @@
-/// @file
-/// Layout of a table: the width of the columns, and cells wrapped into them.
+// Layout of a table: the width of the columns, and cells wrapped into them.
 
-#include "Table.h"
+#include "output/Table.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -16,8 +15,8 @@
 namespace callrecordingctl {
 namespace {
 
-constexpr std::size_t GAP = 2;
-constexpr std::size_t UNLIMITED = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t kGap = 2;
+constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
 
 bool IsTerminal() {
     return isatty(STDOUT_FILENO) != 0;
@@ -29,7 +28,7 @@ std::size_t ScreenWidth() {
         return size.ws_col;
     char const* const columns = std::getenv("COLUMNS");
     std::size_t const width = columns != nullptr ? std::strtoul(columns, nullptr, 10) : 0;
-    return width > 0 ? width : IsTerminal() ? 80 : UNLIMITED;
+    return width > 0 ? width : IsTerminal() ? 80 : kUnlimited;
 }
 
 bool IsContinuation(char c) {
@@ -74,7 +73,7 @@ std::string_view TakeLine(std::string_view& text, std::size_t width) {
 }
 
 std::size_t Total(std::vector<std::size_t> const& widths) {
-    return std::accumulate(widths.begin(), widths.end(), GAP * (widths.size() - 1));
+    return std::accumulate(widths.begin(), widths.end(), kGap * (widths.size() - 1));
 }
 
 /// A run of columns that share their lines.
@@ -86,10 +85,10 @@ struct Columns {
 
 /// Narrows the widest columns step by step until they fit the screen.
 void Narrow(Columns& columns, std::size_t screen) {
-    constexpr std::size_t NARROWEST = 8;
+    constexpr std::size_t kNarrowest = 8;
     while (columns.indent + Total(columns.widths) > screen) {
         auto const widest = std::max_element(columns.widths.begin(), columns.widths.end());
-        if (*widest <= NARROWEST)
+        if (*widest <= kNarrowest)
             break;
         --*widest;
     }
@@ -105,7 +104,7 @@ void PrintCells(std::vector<std::string> const& cells, Columns const& columns, c
         std::string line(columns.indent, ' ');
         for (std::size_t i = 0; i < count; ++i) {
             std::string_view const part = TakeLine(rest[i], columns.widths[i]);
-            line.append(part).append(columns.widths[i] + GAP - DisplayWidth(part), ' ');
+            line.append(part).append(columns.widths[i] + kGap - DisplayWidth(part), ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
         fmt::print("{}{}{}\n", style, line, *style != '\0' ? "\x1B[0m" : "");
@@ -120,7 +119,7 @@ std::vector<Columns> Lines(std::vector<std::size_t> const& widths, std::size_t s
     std::vector<Columns> lines{{0, 0, widths}};
     if (second > 0 && Total(widths) > screen) {
         lines[0].widths.assign(widths.begin(), at(second));
-        std::size_t const indent = std::accumulate(widths.begin(), at(under), GAP * under);
+        std::size_t const indent = std::accumulate(widths.begin(), at(under), kGap * under);
         lines.push_back({second, indent, {at(second), widths.end()}});
     }
     for (Columns& line : lines)
@@ -156,12 +155,12 @@ std::size_t DisplayWidth(std::string_view text) {
 void Table::Add(std::vector<std::string> cells, bool isPale) {
     for (std::string& cell : cells)
         cell = Printable(cell);
-    mRows.push_back({std::move(cells), isPale});
+    rows_.push_back({std::move(cells), isPale});
 }
 
 std::vector<std::size_t> Table::NaturalWidths() const {
-    std::vector<std::size_t> widths(mRows.front().cells.size());
-    for (Row const& row : mRows)
+    std::vector<std::size_t> widths(rows_.front().cells.size());
+    for (Row const& row : rows_)
         for (std::size_t i = 0; i < row.cells.size(); ++i)
             widths[i] = std::max(widths[i], DisplayWidth(row.cells[i]));
     return widths;
@@ -170,12 +169,12 @@ std::vector<std::size_t> Table::NaturalWidths() const {
 void Table::Print() const {
     std::size_t const screen = ScreenWidth();
     bool const hasColour = HasColour();
-    std::vector<Columns> const lines = Lines(NaturalWidths(), mSecond, mUnder, screen);
+    std::vector<Columns> const lines = Lines(NaturalWidths(), second_, under_, screen);
     std::size_t border = 0;
     for (Columns const& line : lines)
         border = std::max(border, line.indent + Total(line.widths));
-    for (Row const& row : mRows) {
-        bool const isHeader = &row == &mRows.front();
+    for (Row const& row : rows_) {
+        bool const isHeader = &row == &rows_.front();
         char const* const style = !hasColour   ? ""
                                   : isHeader   ? "\x1B[1m"
                                   : row.isPale ? "\x1B[2m"

@@ -1,8 +1,7 @@
-/// @file
-/// A rule in words and in JSON.
+// A rule in words and in JSON.
 
-#ifndef CALLRECORDINGCTL_RULETEXT_H
-#define CALLRECORDINGCTL_RULETEXT_H
+#ifndef CALLRECORDINGCTL_OUTPUT_RULETEXT_H
+#define CALLRECORDINGCTL_OUTPUT_RULETEXT_H
 
 #include <cstddef>
 #include <optional>
@@ -11,19 +10,13 @@
 
 #include <nlohmann/json.hpp>
 
-#include "RuleStore.h"
+#include "Rules.h"
 #include "validation/SidePattern.h"
 
 namespace callrecordingctl {
 
-using CallRecordingUtils::ExplainStored;
-using CallRecordingUtils::PatternProblem;
-using CallRecordingUtils::StoredPattern;
-using CallRecordingUtils::ToEntry;
-using CallRecordingUtils::ToStored;
-
 /// The names of the call types, by their numbers.
-constexpr char const* CALL_TYPE_NAMES[] = {"number", "sip", "number2", "any"};
+constexpr char const* kCallTypeNames[] = {"number", "sip", "number2", "any"};
 
 char const* CallTypeName(CallType type);
 
@@ -41,7 +34,7 @@ std::vector<std::string> ListRow(Rule const& rule, std::size_t position);
 std::vector<std::string> ListHeaders();
 
 /// The pattern, and on the next line a caret under the place of the problem; both indented.
-std::string CaretText(std::string const& entry, PatternProblem const& problem);
+std::string CaretText(std::string const& entry, CallRecordingUtils::PatternProblem const& problem);
 
 /// The record under its field names, its position, and what the numbers mean; the man page lists
 /// it.

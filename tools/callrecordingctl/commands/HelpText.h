@@ -1,20 +1,19 @@
-/// @file
-/// The help texts that go beyond one line.
+// The help that is not of one command.
 
-#ifndef CALLRECORDINGCTL_HELPTEXT_H
-#define CALLRECORDINGCTL_HELPTEXT_H
+#ifndef CALLRECORDINGCTL_COMMANDS_HELPTEXT_H
+#define CALLRECORDINGCTL_COMMANDS_HELPTEXT_H
 
 namespace callrecordingctl {
 
-constexpr char CONFIG_DIR_HELP[] = "Directory with telephony/callrecordingdb, the rules\n"
-                                   "(default: $QUVA_PATH, else /etc/quva-conf/)";
+constexpr char kConfigDirHelp[] = "Directory with telephony/callrecordingdb, the rules\n"
+                                  "(default: $QUVA_PATH, else /etc/quva-conf/)";
 
-constexpr char ESCAPE_NOTE[] =
+constexpr char kEscapeNote[] =
     "note: an escape is stored as a code, \\* \\? \\, \\- \\! as # ^ @ % :, and it is the code "
     "that is "
     "compared with an address; write ? for a character that an address has as it is";
 
-constexpr char MAIN_HELP[] =
+constexpr char kMainHelp[] =
     R"(A rule has two sides, "from" (calling) and "to" (called), each with a call type
 and a pattern. Rules are tried in the order of list. The first that is on and
 whose two sides both match a call has it recorded; without one it is not.
@@ -52,49 +51,6 @@ Every edit takes --dry-run. "callrecordingctl COMMAND --help" has all options.
 
 Exit status: 0 yes or done; 1 no (no rule matches, malformed, something found);
 2 wrong usage; 3 rules cannot be read; 4 they cannot be saved; 5 no such rule.
-)";
-
-constexpr char LIST_HELP[] =
-    R"(FROM and TO are call type and pattern, REC the recording type, FOR the duration.
-On a terminal the table fits the width; elsewhere a rule is one line, unless the
-environment variable COLUMNS says how wide. For scripts there is --json.
-)";
-
-constexpr char DECIDE_HELP[] =
-    R"(ADDR is a number, or user@host[:port] for SIP. It is compared as it is given.
-Example: callrecordingctl decide --from alice@pbx:5060 --to 0123 --explain
-)";
-
-constexpr char CHECK_HELP[] =
-    R"(Prints the stored form of every PATTERN, or what is wrong with it and where.
-Without a PATTERN: malformed patterns of the rule file, identifiers given twice,
-values out of range, and rules that can never decide because an earlier one
-matches all their calls; each with the line of the file.
-"callrecordingctl --help" explains the patterns.
-)";
-
-constexpr char ADD_HELP[] =
-    R"(Example: callrecordingctl add --from '{200-299}' --record-to archive:/sales
-"callrecordingctl --help" explains the patterns.
-)";
-
-constexpr char MODIFY_HELP[] =
-    R"(What is not given stays as it is, the call types too.
-With --twin, the first rule that mirrors this one gets its recording type,
-destination, duration and state, and mirrors its new sides if they change; the
-twin keeps its description. Without such a rule nothing is changed.
-"callrecordingctl --help" explains the patterns.
-)";
-
-constexpr char DELETE_HELP[] =
-    R"(With --twin, all rules before this one that mirror it go too, or if there is none
-the first behind it. Without such a rule nothing is deleted. See --dry-run.
-)";
-
-constexpr char MOVE_HELP[] =
-    R"(Identifiers belong to places: rules that change places exchange them too, and the
-output says which rule has which identifier now. When the rule is at the end
-already, nothing changes, and the exit status is 1.
 )";
 
 } // namespace callrecordingctl

@@ -1,0 +1,37 @@
+// The rule file as the commands see it: where it lies, whether it is there, and its rules.
+
+#ifndef CALLRECORDINGCTL_RULES_H
+#define CALLRECORDINGCTL_RULES_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <callrecordingutils/CallRecordingRuleParams.h>
+
+namespace callrecordingctl {
+
+using Rule = CallRecordingUtils::CallRecordingRuleParams;
+/// The rules in the order of evaluation; a rule's position is its index plus 1.
+using RuleList = std::vector<Rule>;
+
+/// The path of the rule file in directory, or without one in the configuration directory that the
+/// environment names, as for the library.
+std::string RuleFilePath(std::optional<std::string> const& directory);
+
+/// Whether there is a rule file at path. Throws a Failure when its directory cannot hold one.
+bool HasRuleFile(std::string const& path);
+
+/// Reads the rules of the file at path. A file that is missing has none, which is said on standard
+/// error. Throws a Failure with path, line and reason.
+RuleList LoadRules(std::string const& path);
+
+/// The index of the rule with the identifier id. Throws a Failure when there is none or more than
+/// one.
+std::size_t FindRule(RuleList const& rules, std::int32_t id);
+
+} // namespace callrecordingctl
+
+#endif

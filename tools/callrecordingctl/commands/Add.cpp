@@ -1,0 +1,61 @@
+// add: a new rule, as the last one or at a place.
+
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "commands/HelpText.h"
+#include "commands/Registry.h"
+#include "edit/RuleFields.h"
+#include "edit/RunEdit.h"
+#include "model/RuleSides.h"
+
+namespace callrecordingctl {
+namespace {
+
+constexpr char kHelp[] =
+    R"(Example: callrecordingctl add --from '{200-299}' --record-to archive:/sales
+"callrecordingctl --help" explains the patterns.
+)";
+
+struct Options {
+    RuleFields fields;
+    std::optional<std::size_t> position;
+    bool twin = false;
+};
+
+void Insert(RuleEdit& edit, Rule const& rule, std::size_t place) {
+    std::size_t const last = edit.Append(rule);
+    if (place != last)
+        edit.Move(last, place);
+}
+
+void Add(RuleEdit& edit, Options options) {
+    Complete(options.fields.from);
+    Complete(options.fields.to);
+    Rule rule;
+    Apply(options.fields, rule);
+    if (options.twin && CallRecordingUtils::MirrorsItself(rule))
+        throw Failure(kExitUsage, "--twin: both sides are the same, so the rule mirrors itself");
+    std::size_t const place = options.position.value_or(edit.Count() + 1) - 1;
+    if (place > edit.Count())
+        throw Failure(kExitUsage,
+                      fmt::format("--at {}: there are only {} rules", place + 1, edit.Count()));
+    Insert(edit, rule, place);
+    if (options.twin)
+        Insert(edit, CallRecordingUtils::Mirrored(rule), place + 1);
+}
+
+} // namespace
+
+void AddAdd(CommandLine& line) {
+    auto const options = std::make_shared<Options>();
+    CLI::App& add = AddEdit(line, "add", "Add a rule, as the last or at a position", kHelp,
+                            [options](RuleEdit& edit) { Add(edit, *options); });
+    AddRuleFields(add, options->fields, true);
+    AddNumber(add, "--at", "POSITION", "Position to put the rule at; 1 is evaluated first", 1,
+              [options](std::uint32_t position) { options->position = position; });
+    add.add_flag("--twin", options->twin, "Add the mirrored rule too, right behind it");
+}
+
+} // namespace callrecordingctl

@@ -1,0 +1,56 @@
+// delete: a rule, and with --twin what mirrors it.
+
+#include <algorithm>
+#include <memory>
+
+#include "commands/Registry.h"
+#include "edit/RunEdit.h"
+#include "edit/Twins.h"
+#include "model/RuleSides.h"
+
+namespace callrecordingctl {
+namespace {
+
+constexpr char kHelp[] =
+    R"(With --twin, all rules before this one that mirror it go too, or if there is none
+the first behind it. Without such a rule nothing is deleted. See --dry-run.
+)";
+
+struct Options {
+    std::int32_t id = 0;
+    bool twin = false;
+};
+
+/// The twins that go with the rule at index, as when the library deletes a rule with its twins:
+/// every one before it, and if there is none the first behind it.
+std::vector<std::size_t> TwinsToDelete(RuleList const& rules, std::size_t index) {
+    std::vector<std::size_t> twins;
+    FindTwin(rules, index);
+    for (std::size_t i = 0; i < rules.size() && (i < index || twins.empty()); ++i)
+        if (i != index && CallRecordingUtils::AreTwins(rules[index], rules[i]))
+            twins.push_back(i);
+    return twins;
+}
+
+void Delete(RuleEdit& edit, Options const& options) {
+    std::size_t const index = FindRule(edit.Before(), options.id);
+    std::vector<std::size_t> places;
+    if (options.twin)
+        places = TwinsToDelete(edit.Before(), index);
+    places.push_back(index);
+    std::sort(places.rbegin(), places.rend());
+    for (std::size_t const place : places)
+        edit.Delete(place);
+}
+
+} // namespace
+
+void AddDelete(CommandLine& line) {
+    auto const options = std::make_shared<Options>();
+    CLI::App& command = AddEdit(line, "delete", "Delete a rule", kHelp,
+                                [options](RuleEdit& edit) { Delete(edit, *options); });
+    AddId(command, options->id);
+    command.add_flag("--twin", options->twin, "Delete the mirrored twin too");
+}
+
+} // namespace callrecordingctl

@@ -1,0 +1,83 @@
+// list: the rules in their order.
+
+#include <algorithm>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "CommandLine.h"
+#include "Rules.h"
+#include "commands/Registry.h"
+#include "model/BasicView.h"
+#include "output/RuleText.h"
+#include "output/Table.h"
+
+namespace callrecordingctl {
+namespace {
+
+constexpr char kHelp[] =
+    R"(FROM and TO are call type and pattern, REC the recording type, FOR the duration.
+On a terminal the table fits the width; elsewhere a rule is one line, unless the
+environment variable COLUMNS says how wide. For scripts there is --json.
+)";
+
+struct Options {
+    bool basic = false;
+};
+
+void PrintList(RuleList const& rules) {
+    Table table(ListHeaders(), 6, 3);
+    for (std::size_t i = 0; i < rules.size(); ++i)
+        table.Add(ListRow(rules[i], i + 1),
+                  rules[i].recording_rule_state != CallRecordingUtils::RULE_ENABLED);
+    table.Print();
+}
+
+nlohmann::ordered_json ListToJson(RuleList const& rules) {
+    auto document = nlohmann::ordered_json::array();
+    for (std::size_t i = 0; i < rules.size(); ++i)
+        document.push_back(ToJson(rules[i], i + 1));
+    return document;
+}
+
+/// The rules as the basic view shows them; says what it does not show.
+RuleList InBasicView(RuleList const& rules) {
+    CallRecordingUtils::BasicView view;
+    for (Rule const& rule : rules)
+        view.Add(rule);
+    RuleList shown = view.Rules();
+    auto const isMarked = [](Rule const& rule) {
+        return rule.recording_rule_state == CallRecordingUtils::RULE_NOT_SHOWABLE;
+    };
+    if (std::any_of(shown.begin(), shown.end(), isMarked))
+        Say("\"adv\" marks rules that the basic view cannot show in full");
+    if (view.HasAdvancedRules())
+        Say("the file has rules that the basic view leaves out or cannot show in full; "
+            "\"list\" without --basic shows them all");
+    return shown;
+}
+
+ExitCode List(Context const& context, Options const& options) {
+    RuleList rules = LoadRules(context.path);
+    if (options.basic)
+        rules = InBasicView(rules);
+    if (context.json)
+        PrintJson(ListToJson(rules));
+    else if (!rules.empty())
+        PrintList(rules);
+    else if (HasRuleFile(context.path))
+        Say("{}: there are no rules", context.path);
+    return kExitYes;
+}
+
+} // namespace
+
+void AddList(CommandLine& line) {
+    auto const options = std::make_shared<Options>();
+    CLI::App& list =
+        line.AddCommand("list", "Show the rules in order of evaluation", kHelp,
+                        [options](Context const& context) { return List(context, *options); });
+    list.add_flag("--basic", options->basic, "The basic view: each rule and its twin as one");
+}
+
+} // namespace callrecordingctl

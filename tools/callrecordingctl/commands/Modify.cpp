@@ -1,0 +1,56 @@
+// modify: the given fields of a rule, and those of its twin.
+
+#include <memory>
+
+#include "commands/Registry.h"
+#include "edit/RuleFields.h"
+#include "edit/RunEdit.h"
+#include "edit/Twins.h"
+#include "model/RuleSides.h"
+
+namespace callrecordingctl {
+namespace {
+
+constexpr char kHelp[] =
+    R"(What is not given stays as it is, the call types too.
+With --twin, the first rule that mirrors this one gets its recording type,
+destination, duration and state, and mirrors its new sides if they change; the
+twin keeps its description. Without such a rule nothing is changed.
+"callrecordingctl --help" explains the patterns.
+)";
+
+struct Options {
+    std::int32_t id = 0;
+    RuleFields fields;
+    bool twin = false;
+};
+
+void Modify(RuleEdit& edit, Options const& options) {
+    if (!options.fields.AreGiven())
+        throw Failure(kExitUsage, "modify: no field to change is given");
+    RuleList const& rules = edit.Before();
+    std::size_t const index = FindRule(rules, options.id);
+    Rule rule = rules[index];
+    Apply(options.fields, rule);
+    edit.Set(index, rule);
+    if (!options.twin)
+        return;
+    std::size_t const twin = FindTwin(rules, index);
+    Rule mirrored = CallRecordingUtils::Mirrored(rule);
+    mirrored.callrecordingrule_id = rules[twin].callrecordingrule_id;
+    mirrored.description = rules[twin].description;
+    edit.Set(twin, mirrored);
+}
+
+} // namespace
+
+void AddModify(CommandLine& line) {
+    auto const options = std::make_shared<Options>();
+    CLI::App& modify = AddEdit(line, "modify", "Change the given fields of a rule", kHelp,
+                               [options](RuleEdit& edit) { Modify(edit, *options); });
+    AddId(modify, options->id);
+    AddRuleFields(modify, options->fields, false);
+    modify.add_flag("--twin", options->twin, "Change the mirrored twin too");
+}
+
+} // namespace callrecordingctl

@@ -1,0 +1,52 @@
+// show: one rule in full.
+
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "CommandLine.h"
+#include "Rules.h"
+#include "commands/Registry.h"
+#include "output/RuleText.h"
+#include "output/Table.h"
+#include "validation/SidePattern.h"
+
+namespace callrecordingctl {
+namespace {
+
+void ExplainPattern(char const* side, std::string const& stored, CallType type) {
+    if (auto const problem = CallRecordingUtils::ExplainStored(stored, type))
+        Say("{}: malformed: {}", side, problem->message);
+    else if (stored.empty())
+        Say("{}: an empty pattern never matches", side);
+}
+
+ExitCode Show(Context const& context, std::int32_t id) {
+    RuleList const rules = LoadRules(context.path);
+    std::size_t const index = FindRule(rules, id);
+    Rule const& rule = rules[index];
+    if (context.json) {
+        PrintJson(ToJson(rule, index + 1));
+        return kExitYes;
+    }
+    std::vector<std::string> names = ListHeaders();
+    std::vector<std::string> values = ListRow(rule, index + 1);
+    names.insert(names.end(), {"FROM, STORED", "TO, STORED"});
+    values.insert(values.end(), {rule.caller_pattern, rule.called_pattern});
+    for (std::size_t i = 0; i < names.size(); ++i)
+        fmt::print("{:<12}{}{}\n", names[i], values[i].empty() ? "" : "  ", Printable(values[i]));
+    ExplainPattern("from", rule.caller_pattern, rule.caller_call_type);
+    ExplainPattern("to", rule.called_pattern, rule.called_call_type);
+    return kExitYes;
+}
+
+} // namespace
+
+void AddShow(CommandLine& line) {
+    auto const id = std::make_shared<std::int32_t>();
+    CLI::App& show = line.AddCommand("show", "Show one rule in full", "",
+                                     [id](Context const& context) { return Show(context, *id); });
+    AddId(show, *id);
+}
+
+} // namespace callrecordingctl

@@ -1,0 +1,52 @@
+// up, down: a rule moves any number of places.
+
+#include <algorithm>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "commands/Registry.h"
+#include "edit/RunEdit.h"
+
+namespace callrecordingctl {
+namespace {
+
+constexpr char kHelp[] =
+    R"(Identifiers belong to places: rules that change places exchange them too, and the
+output says which rule has which identifier now. When the rule is at the end
+already, nothing changes, and the exit status is 1.
+)";
+
+struct Options {
+    std::int32_t id = 0;
+    std::size_t places = 1;
+};
+
+void Move(RuleEdit& edit, Options const& options, bool up) {
+    std::size_t const index = FindRule(edit.Before(), options.id);
+    std::size_t const room = up ? index : edit.Count() - 1 - index;
+    if (room == 0)
+        throw Failure(kExitNo, fmt::format("rule {} is the {} already; nothing was changed",
+                                           options.id, up ? "first" : "last"));
+    std::size_t const distance = std::min(options.places, room);
+    edit.Move(index, up ? index - distance : index + distance);
+}
+
+void AddMove(CommandLine& line, char const* name, char const* summary, bool up) {
+    auto const options = std::make_shared<Options>();
+    CLI::App& move = AddEdit(line, name, summary, kHelp,
+                             [options, up](RuleEdit& edit) { Move(edit, *options, up); });
+    AddId(move, options->id);
+    AddNumber(move, "PLACES", "",
+              "How many places (default: 1); with more than there\nare, all the way", 1,
+              [options](std::uint32_t places) { options->places = places; });
+}
+
+} // namespace
+
+void AddUpAndDown(CommandLine& line) {
+    AddMove(line, "up", "Move a rule toward the front", true);
+    AddMove(line, "down", "Move a rule toward the end", false);
+}
+
+} // namespace callrecordingctl

@@ -1,0 +1,107 @@
+// Changes the file, and keeps track of its rules.
+
+#include "edit/RuleEdit.h"
+
+#include <algorithm>
+#include <limits>
+
+#include <fmt/format.h>
+
+#include "Failure.h"
+#include "model/RuleSides.h"
+
+namespace callrecordingctl {
+namespace {
+
+/// Returns what action does; what it throws becomes a Failure with this code.
+template <typename Action>
+auto Or(ExitCode code, Action action) {
+    try {
+        return action();
+    } catch (std::exception const& error) {
+        throw Failure(code, error.what());
+    }
+}
+
+std::ptrdiff_t Step(std::size_t place) {
+    return static_cast<std::ptrdiff_t>(place);
+}
+
+} // namespace
+
+RuleEdit::RuleEdit(std::string const& path)
+    : file_(Or(kExitUnreadable, [&path] { return CallRecordingUtils::RuleFileEdit(path); })),
+      before_(Or(kExitUnreadable, [this] { return file_.Rules(); })) {
+    for (std::size_t i = 0; i < before_.size(); ++i) {
+        traces_.push_back({i, 0});
+        greatestId_ = std::max(greatestId_, before_[i].callrecordingrule_id);
+    }
+}
+
+void RuleEdit::Set(std::size_t place, Rule const& rule) {
+    Or(kExitUnsaved, [&] { file_.Set(place, rule); });
+    Mean(place);
+}
+
+std::size_t RuleEdit::Append(Rule rule) {
+    if (greatestId_ == std::numeric_limits<std::int32_t>::max())
+        throw Failure(kExitUnsaved, fmt::format("no identifier is left behind {}", greatestId_));
+    rule.callrecordingrule_id = ++greatestId_;
+    Or(kExitUnsaved, [&] { file_.Append(rule); });
+    traces_.push_back({std::nullopt, ++turn_});
+    return traces_.size() - 1;
+}
+
+void RuleEdit::Delete(std::size_t place) {
+    Or(kExitUnsaved, [&] { file_.Delete(place); });
+    if (traces_[place].origin)
+        deleted_.push_back(*traces_[place].origin);
+    traces_.erase(traces_.begin() + Step(place));
+}
+
+void RuleEdit::Move(std::size_t from, std::size_t to) {
+    Or(kExitUnsaved, [&] { file_.Move(from, to); });
+    auto const first = traces_.begin();
+    if (from < to)
+        std::rotate(first + Step(from), first + Step(from) + 1, first + Step(to) + 1);
+    else
+        std::rotate(first + Step(to), first + Step(from), first + Step(from) + 1);
+    Mean(to);
+}
+
+void RuleEdit::Mean(std::size_t place) {
+    if (traces_[place].turn == 0)
+        traces_[place].turn = ++turn_;
+}
+
+void RuleEdit::Save() {
+    Or(
+        kExitUnsaved, [this] { file_.Save(); });
+}
+
+std::vector<Change> RuleEdit::Changes() {
+    after_ = file_.Rules();
+    std::vector<Change> meant(turn_);
+    std::vector<Change> others;
+    for (std::size_t i = 0; i < after_.size(); ++i) {
+        auto const& [origin, turn] = traces_[i];
+        Change change{nullptr, 0, &after_[i], i + 1, turn > 0};
+        if (origin) {
+            change.before = &before_[*origin];
+            change.beforePosition = *origin + 1;
+        }
+        if (turn > 0)
+            meant[turn - 1] = change;
+        else if (!CallRecordingUtils::AreEqual(*change.before, after_[i]))
+            others.push_back(change);
+    }
+    // A rule that was changed and then deleted has left its turn empty.
+    auto const isEmpty = [](Change const& change) { return change.after == nullptr; };
+    meant.erase(std::remove_if(meant.begin(), meant.end(), isEmpty), meant.end());
+    for (std::size_t const place : deleted_)
+        meant.push_back({&before_[place], place + 1, nullptr, 0, true});
+    meant.insert(meant.end(), others.begin(), others.end());
+    return meant;
+}
+
+} // namespace callrecordingctl

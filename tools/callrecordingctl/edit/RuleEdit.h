@@ -1,0 +1,74 @@
+// An edit of the rule file that remembers where each rule came from, for the report on it.
+
+#ifndef CALLRECORDINGCTL_EDIT_RULEEDIT_H
+#define CALLRECORDINGCTL_EDIT_RULEEDIT_H
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Rules.h"
+#include "database/RuleFileEdit.h"
+
+namespace callrecordingctl {
+
+/// One rule before and after an edit, with its positions; null where it is new or deleted.
+struct Change {
+    Rule const* before = nullptr;
+    std::size_t beforePosition = 0;
+    Rule const* after = nullptr;
+    std::size_t afterPosition = 0;
+    bool isMeant = false; ///< The edit is about this rule; others only made room.
+};
+
+/// Reads the file once; then any number of changes, then one save. A place is the index of a rule
+/// in the list as the changes so far have left it. Throws a Failure with the reason when the file
+/// cannot be read, changed or saved.
+class RuleEdit {
+  public:
+    explicit RuleEdit(std::string const& path);
+
+    /// The rules as the file has them.
+    RuleList const& Before() const { return before_; }
+
+    /// How many rules there are by now.
+    std::size_t Count() const { return traces_.size(); }
+
+    void Set(std::size_t place, Rule const& rule);
+
+    /// Adds rule behind the others, under the next free identifier. Returns its place.
+    std::size_t Append(Rule rule);
+
+    void Delete(std::size_t place);
+
+    /// Moves a rule; those between make room. Identifiers stay with the places.
+    void Move(std::size_t from, std::size_t to);
+
+    /// Says that the edit is about the rule at place although it needs no change.
+    void Mean(std::size_t place);
+
+    void Save();
+
+    /// What the changes come to: first the rules that the edit is about, in the order in which it
+    /// came to them, then the others that it changed. Valid until the next change.
+    std::vector<Change> Changes();
+
+  private:
+    struct Trace {
+        std::optional<std::size_t> origin; // Its place before; none for a new rule.
+        std::size_t turn;                  // When the edit came to it; 0 for never.
+    };
+
+    CallRecordingUtils::RuleFileEdit file_;
+    RuleList before_;
+    RuleList after_;
+    std::vector<Trace> traces_; // By place.
+    std::vector<std::size_t> deleted_;
+    std::size_t turn_ = 0;
+    std::int32_t greatestId_ = -1;
+};
+
+} // namespace callrecordingctl
+
+#endif

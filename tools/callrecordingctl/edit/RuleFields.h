@@ -1,0 +1,45 @@
+// The fields of a rule that the command line gives, and a rule made of them.
+
+#ifndef CALLRECORDINGCTL_EDIT_RULEFIELDS_H
+#define CALLRECORDINGCTL_EDIT_RULEFIELDS_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "CommandLine.h"
+#include "Rules.h"
+
+namespace callrecordingctl {
+
+/// The pattern in the entry form.
+struct SideFields {
+    std::optional<std::string> pattern;
+    std::optional<CallType> type;
+};
+
+struct RuleFields {
+    SideFields from;
+    SideFields to;
+    std::optional<std::string> recordTo;
+    std::optional<std::string> duration;
+    std::optional<std::string> description;
+    std::optional<CallRecordingUtils::CallRecordingTypes> recordingType;
+    std::optional<std::int32_t> state;
+
+    bool AreGiven() const;
+};
+
+/// Adds an option for each field; those of a new rule say what is taken for what is left out.
+void AddRuleFields(CLI::App& command, RuleFields& fields, bool isNew);
+
+/// Fills in what a new side leaves out: every address, and the type that a pattern looks like.
+void Complete(SideFields& side);
+
+/// Checks the fields that are given and sets them in rule. Throws a Failure that names the option
+/// of the one that cannot be.
+void Apply(RuleFields const& fields, Rule& rule);
+
+} // namespace callrecordingctl
+
+#endif

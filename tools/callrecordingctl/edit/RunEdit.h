@@ -1,0 +1,33 @@
+// Running an edit: lock, read, change, save once, report.
+
+#ifndef CALLRECORDINGCTL_EDIT_RUNEDIT_H
+#define CALLRECORDINGCTL_EDIT_RUNEDIT_H
+
+#include <chrono>
+#include <functional>
+
+#include "CommandLine.h"
+#include "edit/RuleEdit.h"
+
+namespace callrecordingctl {
+
+/// What all edits have in common.
+struct EditOptions {
+    bool dryRun = false;
+    std::chrono::seconds patience{5};
+};
+
+/// Makes the changes. Throws a Failure when they are not possible.
+using Changer = std::function<void(RuleEdit&)>;
+
+/// Takes the lock, reads the file, has change change it, saves it, and prints what changed. A dry
+/// run saves nothing and takes no lock.
+ExitCode RunEdit(Context const& context, EditOptions const& options, Changer const& change);
+
+/// Adds a command that edits, with the options that all edits have; change runs as in RunEdit.
+CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
+                  Changer const& change);
+
+} // namespace callrecordingctl
+
+#endif
