@@ -3,12 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <callrecordingutils/CCallRecordingAssistant.h>
 #include <callrecordingutils/PatternValidation.h>
 
 namespace CallRecordingUtils {
@@ -63,7 +65,7 @@ TEST(PatternValidation, WhatIsMalformedIsExplained) {
         {F::IncompleteRange,
          {{"[-5]", 1}, {"[5-]", 2}, {"[5-,1]", 2}, {"[1,-5]", 3}, {"{1,2-}", 4}},
          {{"{-5}", 1}, {"{5-}", 2}}},
-        {F::RepeatedDash, {{"[1--3]", 3}, {"{1-2-3}", 4}}, {}},
+        {F::RepeatedDash, {{"[1--3]", 3}, {"{1-2-3}", 4}, {"[1-2-3]", 4}}, {}},
         {F::RepeatedStar, {{R"(\***)", 3}}, {}},
         {F::StarInGroup, {{"[1*2]", 2}, {"{1-*}", 3}}, {{"1*", 1}}},
         {F::SeparatorOutsideGroup,
@@ -82,10 +84,20 @@ TEST(PatternValidation, WhatIsMalformedIsExplained) {
          {{"{1-5,7-2}", 5},
           {"{7,c-a}", 3},
           {"{ab-ac}", 1},
-          {"{2147483647-99999999999}", 1},
+          {"{2147483647-2147483647}", 1},
+          {"{99999999999-5}", 1},
+          {"{4000000000-3000000000}", 1},
           {"{1{5-1{2}", 1}}}, // 15 and 12
         {F::UnequalWidth, {{"{01-100}", 1}}, {{"{10-050}", 1}}},
         {F::RepeatedSymbol, {{"[1-5,5]", 5}, {"[3,1-5]", 3}, {R"([\*,\*])", 4}}, {}},
+        {F::WrongClosing,
+         {{"{1-5]", 4}, {"[1-5}", 4}, {"{!1]", 3}, {"[1}[2]", 2}, {R"(\*{1]2[3])", 4}},
+         {}},
+        {F::UnopenedGroup, {{"{1]}", 2}, {"]{1]", 0}}, {}},
+        {F::UnclosedGroup, {{"{[1}", 1}, {"[1,{2]", 3}}, {}},
+        {F::NumberTooLarge,
+         {{"{1,3000000000-4000000000}", 3}},
+         {{"{2147483647-99999999999}", 1}, {"{0-1,02147483648-10000000000}", 5}}},
         {F::NoPositiveItem, {{"0[!1]", 1}, {"9{!3}", 1}}, {{"{!5}7", 0}}},
     };
     for (auto const& [fault, patterns, ranges] : rows) {
@@ -102,23 +114,133 @@ TEST(PatternValidation, WhatIsMalformedIsExplained) {
     }
 }
 
-TEST(PatternValidation, MessagesQuoteWhatTheUserWrote) {
-    std::pair<char const*, char const*> const rows[] = {
-        {"#72", R"("\*")"},
-        {"<1-5>", "in braces"},
-        {"[1", R"("]" after)"},
-        {"{5-1,7}", R"("5-1" does not)"},
-        {R"([\*,\*])", R"("\*" is given twice)"},
-        {"[4-6,1-5]", R"("4" is given twice in this set: "1-5")"},
-        {"0\xc3", R"("\xC3")"},
-        {"1-2", R"(\-)"},
-        {"{2147483648-9999999999}", "2147483647"},
-        {"{000000000000000000000000000000-1}", R"(000...")"},
+// What a message says, and a pattern that follows its advice.
+TEST(PatternValidation, MessagesHelp) {
+    struct {
+        char const *pattern, *part, *mended;
+    } const rows[] = {
+        {"#72", R"(\*72 is what matches a dialled #72)", R"(\*72)"},
+        {"<1-5>", "in braces", "{1-5}"},
+        {"1>2", "write ? where the address holds one", "1?2"},
+        {"1<2", "write ? where", "1?2"},
+        {"[1", R"("]" after)", "[1]"},
+        {"{1-5]", R"("{" and "]" are no pair: write "}" here)", "{1-5}"},
+        {"[1-5}", R"("[" and "}" are no pair: write "]" here)", "[1-5]"},
+        {"{5-1,7}", R"("5-1" does not)", "{1-5,7}"},
+        {R"([\*,\*])", R"("\*" is given twice)", R"([\*])"},
+        {"[4-6,1-5]", R"("4" is given twice in this set: "1-5")", "[4-6,1-3]"},
+        {"1-2", R"(? for a "-" in the address (\- where the telephone system hands over "%")",
+         "1?2"},
+        {"1,2", R"((\, where the telephone system hands over "@")", "1?2"},
+        {"!1", R"((\! where the telephone system hands over ":")", "?1"},
+        {"[1,*]", R"((\* where the telephone system hands over "#")", R"([1,\*])"},
+        {"[5,-]", R"(remove the "-")", "[5]"},
+        {"{1-2-3}", R"(write "," instead)", "{1-2,3}"},
+        {"[1-2-3]", R"(write "," instead)", "[1-2,3]"},
+        {"{1--2}", "remove this one", "{1-2}"},
+        {"{1-!5}", "remove it, and exclude a value in an item of its own", "{1-5,!5}"},
+        {"{1!5}", "put one of these before it", "{1,!5}"},
+        {"[1..3]", R"("1..3" is no range: write it with "-")", "[1-3]"},
+        {"{2147483648-9999999999}", "32 bits): write the leading digits before",
+         "2{147483648-999999999}"},
+        {"{000000000000000000000000000000-1}", R"(000...")", "{0-1}"},
+        {"0\xc3", R"(the byte "\xC3" cannot stand in a pattern: write ?)", "0?"},
+        {"0\xc3\xa9", "U+00E9 cannot stand in a pattern: write ??", "0??"},
+        {"\xf0\x9f\x93\x9e", "U+1F4DE cannot stand in a pattern: write ????", "????"},
+        {"\xe2\x82", R"(the byte "\xE2")", "??"},
+        {"\xe2\x82z", R"(the byte "\xE2")", "??z"},
+        {"{1\xe2\x80\x93"
+         "5}",
+         R"(an en dash (U+2013), which cannot stand in a pattern: type "-")", "{1-5}"},
+        {"\xe2\x80\xaa+49", "an invisible mark (U+202A)", "+49"},
+        {"\xef\xbc\x91", "a full-width character (U+FF11)", "1"},
     };
-    for (auto const& [pattern, part] : rows) {
+    for (auto const& [pattern, part, mended] : rows) {
         std::string const message = ExplainPattern(pattern).value().message;
         EXPECT_NE(message.find(part), std::string::npos) << pattern << ": " << message;
+        EXPECT_FALSE(ExplainPattern(mended)) << mended;
     }
+}
+
+TEST(PatternValidation, WhatIsSurelyNotMeantIsSuspected) {
+    struct {
+        char const* pattern;
+        std::size_t position;
+        char const* part; // Nothing when there is no suspicion.
+    } const rows[] = {
+        {"", 0, "write *"},
+        {"[1,!2]!3", 6, R"("!" stands in no group)"},
+        {"[1,!{]2}", 7, R"("}" stands in no group)"},
+        {R"(\*{1,[2]})", 5, R"("[" inside { })"},
+        {"{5,1[2]3}", 4, R"("[" inside { })"},
+        {"{200..299}", 1, "200..299"},
+        {"{1..,..1}", 0, nullptr},
+        {"{1,ab-cd}", 3, R"("ab-cd" takes)"},
+        {"{a-c,A-z}", 0, nullptr},
+        {"{1-05}", 1, "no leading zero"},
+        {"{01-05,1-5,0-9}", 0, nullptr},
+        {"{1-3000000000}", 1, "greater numbers"},
+        {"{1-2147483647}", 0, nullptr},
+        {R"({\*,!\-})", 4, R"("!\-" excludes nothing)"},
+        {"{01-03,!01,!02,!03}", 1, R"("01-03" has no effect)"},
+        {"{0-99,!?,!??}", 1, R"("0-99" has no effect)"},
+        {"{0-100,!?,!??,!???}", 0, nullptr}, // Too many to try.
+        {"[-1]", 0, nullptr},                // Malformed.
+    };
+    for (auto const& [pattern, position, part] : rows) {
+        auto const problem = SuspectPattern(pattern);
+        ASSERT_EQ(problem.has_value(), part != nullptr) << pattern;
+        if (!problem)
+            continue;
+        EXPECT_EQ(problem->position, position) << pattern;
+        EXPECT_NE(problem->message.find(part), std::string::npos) << problem->message;
+    }
+    std::string const large = '{' + std::string(997, '1') + ",!2}";
+    EXPECT_TRUE(SuspectPattern(large));
+    EXPECT_FALSE(SuspectPattern("1" + large.substr(0, 1) + "1" + large.substr(1)));
+}
+
+// Groups of three items, each compared with what the matcher's item lists say: an item is suspected
+// when without it the group takes the same, or when the exclusions take all of it away.
+TEST(PatternValidation, SuspicionsAgreeWithTheMatcher) {
+    CCallRecordingAssistant const assistant(false);
+    std::vector<std::string> candidates;
+    for (char const first : std::string("012abcx"))
+        for (char const* rest : {"", "0", "1", "2", "x"})
+            candidates.push_back(first + std::string(rest));
+    auto const hasEffect = [&](std::string const& item, std::string const& others) {
+        bool const isExclusion = item[0] == '!';
+        return std::any_of(candidates.begin(), candidates.end(), [&](std::string const& candidate) {
+            wild_card_counts counts;
+            if (isExclusion)
+                return assistant.IsInRange(others, candidate, counts, true) &&
+                       !assistant.Exclude(item, candidate);
+            return assistant.IsInRange(item, candidate, counts, true) &&
+                   assistant.Exclude(others, candidate);
+        });
+    };
+    std::vector<std::string> const vocabulary = {"1",     "?",  "1-2", "a-c", "12", "1?",
+                                                 "01-02", "!1", "!2",  "!a",  "!b", "!12"};
+    int suspected = 0;
+    int compared = 0;
+    for (std::string const& one : vocabulary)
+        for (std::string const& two : vocabulary)
+            for (std::string const& three : vocabulary)
+                for (char const* brackets : {"[]", "{}"}) {
+                    std::string const pattern =
+                        brackets[0] + one + ',' + two + ',' + three + brackets[1];
+                    if (ExplainPattern(pattern))
+                        continue;
+                    bool const isSuspect = SuspectPattern(pattern).has_value();
+                    ASSERT_EQ(isSuspect, !(hasEffect(one, two + ',' + three) &&
+                                           hasEffect(two, one + ',' + three) &&
+                                           hasEffect(three, one + ',' + two)))
+                        << pattern;
+                    suspected += isSuspect ? 1 : 0;
+                    ++compared;
+                }
+    EXPECT_GT(suspected, compared / 4);
+    EXPECT_LT(suspected, compared * 3 / 4);
 }
 
 TEST(RangeValidation, AcceptsWellFormedRanges) {
@@ -133,6 +255,7 @@ void ExpectAgreement(std::string const& text) {
     auto const pattern = ExplainPattern(text);
     EXPECT_EQ(pattern.has_value(), IsPatternIncorrect(stored)) << text;
     EXPECT_LE(pattern ? pattern->position : 0, text.size()) << text;
+    SuspectPattern(text); // Takes its time, too.
     auto const range = ExplainRange(text);
     EXPECT_NE(range.has_value(), IsRangeCorrect(text)) << text;
     EXPECT_LE(range ? range->position : 0, text.size()) << text;

@@ -33,7 +33,7 @@
 ///     \*72                  an escaped "*"; stored as #72
 ///     [1-3,7,a-f,?,!2]      symbols, ranges of symbols, any symbol, an exclusion
 ///     00{49-59,!50}[0,5]    symbols, a range expression and a set
-///     {12,a?c,!150}         values, one with a wildcard, and an exclusion
+///     {12,a?c,!abc}         values, one with a wildcard, and an exclusion
 ///     {01-10}  {1-05}       ends of one width; a low end of one digit demands none
 ///     [1,!2]!3  [1,!!]      only the first "!" of a pattern has to stand in a group, and what an
 ///                           exclusion excludes is not looked at
@@ -102,6 +102,8 @@ enum class PatternFault {
     UnequalWidth,          ///< A leading zero in a range whose ends differ in length.
     RepeatedSymbol,        ///< A symbol given twice in one set.
     NoPositiveItem,        ///< A group that only excludes.
+    WrongClosing,          ///< A group that the closing bracket of the other kind closes.
+    NumberTooLarge,        ///< A range that runs upwards, but begins where 32 bits end.
 };
 
 /// Why a text is rejected: the first thing that the checks found wrong with it.
@@ -115,6 +117,12 @@ struct PatternRejection {
     std::string message;
 };
 
+/// What the user should look at in a pattern, without a fault to name it.
+struct PatternProblem {
+    std::size_t position; ///< As that of a PatternRejection.
+    std::string message;  ///< As that of a PatternRejection.
+};
+
 /// Returns true when pattern, in the entry form, is malformed, and false when it is well formed.
 /// In both cases the escapes in pattern are replaced by their stored form, except when a reserved
 /// character is the reason of the rejection: then pattern is unchanged.
@@ -124,6 +132,12 @@ CALLRECORDINGUTILS_EXPORT bool IsPatternIncorrect(std::string& pattern);
 /// Has a value exactly when IsPatternIncorrect returns true.
 CALLRECORDINGUTILS_EXPORT std::optional<PatternRejection>
 ExplainPattern(std::string const& pattern);
+
+/// Returns what in pattern, in the entry form, is well formed and yet surely not meant, the first
+/// of it: a part that has no effect, takes everything, or is read in another way than it looks.
+/// Nothing for a malformed pattern. A warning to show before the pattern is stored; what it says is
+/// certain, but not everything odd is found (groups of more than 1000 bytes are not looked at).
+CALLRECORDINGUTILS_EXPORT std::optional<PatternProblem> SuspectPattern(std::string const& pattern);
 
 /// Returns whether range is the text of a well-formed range expression, from its "{" to its "}",
 /// with escapes in their stored form. What follows the last "," or "}" is not read as an item, so

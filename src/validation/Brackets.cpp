@@ -2,22 +2,78 @@
 
 #include "validation/Brackets.h"
 
+#include "language/Characters.h"
+
 namespace CallRecordingUtils {
+namespace {
+
+constexpr std::size_t npos = std::string_view::npos;
+
+/// Returns the bracket of text at or behind the place at, or '\0'; at becomes its place.
+char NextBracket(std::string_view text, std::size_t& at) {
+    at = text.find_first_of("[]{}", at);
+    return at == npos ? '\0' : text[at];
+}
+
+char ClosingOf(char opening) {
+    return opening == '[' ? ']' : '}';
+}
+
+/// A closing bracket and the opening one of the other kind that stands before it.
+struct WrongPair {
+    std::size_t opening = npos;
+    std::size_t closing = npos;
+};
+
+/// Returns the first two neighbours among the brackets of text that look like a pair of two kinds.
+/// A bracket that has a partner on its other side belongs to that.
+WrongPair FindWrongPair(std::string_view text) {
+    std::size_t opening = 0;
+    char previous = '\0';
+    for (char bracket = NextBracket(text, opening); bracket != '\0';) {
+        std::size_t closing = opening + 1;
+        char const next = NextBracket(text, closing);
+        bool const isWrong =
+            Contains(kOpenings, bracket) && Contains(kClosings, next) && next != ClosingOf(bracket);
+        if (isWrong) {
+            std::size_t after = closing + 1;
+            bool const hasPartner = NextBracket(text, after) == ClosingOf(bracket) ||
+                                    (Contains(kOpenings, previous) && ClosingOf(previous) == next);
+            if (!hasPartner)
+                return {opening, closing};
+        }
+        previous = bracket;
+        bracket = next;
+        opening = closing;
+    }
+    return {};
+}
+
+} // namespace
 
 Finding FirstMisplacedBracket(std::string_view text, Brackets brackets) {
-    constexpr std::size_t none = std::string_view::npos;
-    std::size_t open = none;
+    std::size_t open = npos;
     for (std::size_t at = 0; at < text.size(); ++at) {
         bool const isOpening = text[at] == brackets.opening;
         if (!isOpening && text[at] != brackets.closing)
             continue;
-        if (isOpening && open != none)
+        if (isOpening && open != npos)
             return {PatternFault::NestedGroup, at, 1};
-        if (!isOpening && open == none)
+        if (!isOpening && open == npos)
             return {PatternFault::UnopenedGroup, at, 1};
-        open = isOpening ? at : none;
+        open = isOpening ? at : npos;
     }
     return {PatternFault::UnclosedGroup, open, 1};
+}
+
+Finding BlameWrongClosing(std::string_view text, Finding const& finding) {
+    bool const isAboutBrackets = finding.fault == PatternFault::NestedGroup ||
+                                 finding.fault == PatternFault::UnclosedGroup ||
+                                 finding.fault == PatternFault::UnopenedGroup;
+    WrongPair const pair = isAboutBrackets ? FindWrongPair(text) : WrongPair{};
+    if (pair.opening == npos || finding.position < pair.opening)
+        return finding;
+    return {PatternFault::WrongClosing, pair.closing, 1};
 }
 
 } // namespace CallRecordingUtils

@@ -51,6 +51,11 @@ class GroupExtent {
 /// REQUIRES: one of this kind does.
 Finding FirstMisplacedBracket(std::string_view text, Brackets brackets);
 
+/// Returns the closing bracket of the wrong kind where finding only tells of one of its
+/// consequences: a bracket of text that is not closed or not opened, before which two brackets
+/// stand that the user meant as a pair. Else returns finding.
+Finding BlameWrongClosing(std::string_view text, Finding const& finding);
+
 } // namespace CallRecordingUtils
 
 #endif

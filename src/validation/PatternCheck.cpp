@@ -7,9 +7,9 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "validation/Brackets.h"
 #include "language/Characters.h"
 #include "language/Forms.h"
+#include "validation/Brackets.h"
 #include "validation/Finding.h"
 #include "validation/RangeCheck.h"
 #include "validation/RejectionMessage.h"
@@ -232,7 +232,7 @@ std::optional<Finding> CheckAndStoreEscapes(std::string& pattern) {
 std::optional<PatternRejection> RejectPattern(std::string_view entry) {
     std::string stored(entry);
     if (auto const finding = CheckAndStoreEscapes(stored))
-        return Reject(*finding, entry, stored);
+        return Reject(BlameWrongClosing(stored, *finding), entry, stored);
     return std::nullopt;
 }
 

@@ -5,6 +5,7 @@
 #include "validation/PatternCheck.h"
 #include "validation/RangeCheck.h"
 #include "validation/RejectionMessage.h"
+#include "validation/SidePattern.h"
 
 namespace CallRecordingUtils {
 
@@ -14,6 +15,10 @@ bool IsPatternIncorrect(std::string& pattern) {
 
 std::optional<PatternRejection> ExplainPattern(std::string const& pattern) {
     return RejectPattern(pattern);
+}
+
+std::optional<PatternProblem> SuspectPattern(std::string const& pattern) {
+    return SuspectEntry(pattern, CALL_TYPE_NUMBER);
 }
 
 bool IsRangeCorrect(std::string const& range) {

@@ -2,6 +2,7 @@
 
 #include "validation/RangeCheck.h"
 
+#include <algorithm>
 #include <string>
 
 #include <StringUtils.h>
@@ -16,6 +17,13 @@ bool IsAlpha(std::string const& text) {
 }
 bool IsNumeric(std::string const& text) {
     return StringUtils::IsNumeric(text, false, false);
+}
+
+/// Whether one number is less than another, of any size.
+bool IsLess(std::string_view number, std::string_view other) {
+    number.remove_prefix(std::min(number.find_first_not_of('0'), number.size()));
+    other.remove_prefix(std::min(other.find_first_not_of('0'), other.size()));
+    return number.size() == other.size() ? number < other : number.size() < other.size();
 }
 
 class RangeScan {
@@ -127,9 +135,10 @@ class RangeScan {
         bool const fixesWidth = low_.size() > 1 && (low_.front() == '0' || high_.front() == '0');
         if (fixesWidth && low_.size() != high_.size())
             return WrongEnds(PatternFault::UnequalWidth);
-        if (ParseDecimal(low_) >= ParseDecimal(high_))
-            return WrongEnds(PatternFault::DescendingRange);
-        return std::nullopt;
+        if (ParseDecimal(low_) < ParseDecimal(high_))
+            return std::nullopt;
+        return WrongEnds(IsLess(low_, high_) ? PatternFault::NumberTooLarge
+                                             : PatternFault::DescendingRange);
     }
 
     /// Returns what in the item the user should look at: brackets and exclusions fail whatever is

@@ -9,8 +9,8 @@
 
 namespace CallRecordingUtils {
 
-/// Says in the user's terms what was found in stored, the form of the text that was checked, of
-/// which the user wrote written.
+/// Puts a finding into words. It was made in stored, the form of the text that the check reads; the
+/// words quote, and the position counts in, what the user wrote.
 PatternRejection Reject(Finding const& finding, std::string_view written, std::string_view stored);
 
 } // namespace CallRecordingUtils

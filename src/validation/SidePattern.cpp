@@ -2,11 +2,12 @@
 
 #include "validation/SidePattern.h"
 
-#include <callrecordingutils/PatternValidation.h>
+#include <string_view>
 
 #include "language/Forms.h"
 #include "model/SipAddress.h"
 #include "validation/PatternCheck.h"
+#include "validation/Suspicions.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -90,6 +91,18 @@ StoredPattern StoreSip(std::string_view entry) {
             std::nullopt};
 }
 
+std::optional<PatternProblem> SuspectSip(std::string_view entry) {
+    auto const pieces = SplitSipAddress(entry);
+    for (std::string_view const piece : {pieces->user, pieces->host, pieces->port.value_or("")}) {
+        auto problem = FindSuspicion(piece);
+        if (!problem)
+            continue;
+        problem->position += static_cast<std::size_t>(piece.data() - entry.data());
+        return problem;
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 StoredPattern ToStored(std::string const& entry, CallType type) {
@@ -113,6 +126,14 @@ std::string ToEntry(std::string const& stored, CallType type) {
         return stored;
     return ToEntryForm(pieces->user) + '@' + ToEntryForm(pieces->host) +
            (pieces->port ? ':' + ToEntryForm(*pieces->port) : "");
+}
+
+std::optional<PatternProblem> SuspectEntry(std::string const& entry, CallType type) {
+    if (ToStored(entry, type).problem)
+        return std::nullopt;
+    if (entry.empty())
+        return PatternProblem{0, "an empty pattern matches nothing: write * for every number"};
+    return type == CALL_TYPE_SIP ? SuspectSip(entry) : FindSuspicion(entry);
 }
 
 std::optional<PatternProblem> ExplainStored(std::string const& stored, CallType type) {

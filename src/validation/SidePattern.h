@@ -5,20 +5,13 @@
 #ifndef VALIDATION_SIDEPATTERN_H
 #define VALIDATION_SIDEPATTERN_H
 
-#include <cstddef>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include <callrecordingutils/CallRecordingRuleParams.h>
+#include <callrecordingutils/PatternValidation.h>
 
 namespace CallRecordingUtils {
-
-/// What is wrong with a pattern: a byte of its entry form and a sentence that says what to change.
-struct PatternProblem {
-    std::size_t position;
-    std::string message;
-};
 
 /// The stored form of a pattern, or what is wrong with it; then stored is empty.
 struct StoredPattern {
@@ -33,6 +26,9 @@ std::string ToEntry(std::string const& stored, CallType type);
 
 /// What is wrong with a stored pattern, if anything; the position is one of ToEntry's text.
 std::optional<PatternProblem> ExplainStored(std::string const& stored, CallType type);
+
+/// What in a well-formed entry is surely not meant; nothing when it is malformed.
+std::optional<PatternProblem> SuspectEntry(std::string const& entry, CallType type);
 
 } // namespace CallRecordingUtils
 

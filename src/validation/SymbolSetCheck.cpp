@@ -77,6 +77,8 @@ class SymbolSetCheck {
             return {PatternFault::EmptyExclusion, itemAt_, 1};
         if (mark != 0 && mark != std::string_view::npos)
             return {PatternFault::MisplacedExclusion, itemAt_ + mark, 1};
+        if (std::count(item_.begin(), item_.end(), '-') > 1)
+            return {PatternFault::RepeatedDash, itemAt_ + item_.find('-', item_.find('-') + 1), 1};
         bool const isRange = item_.size() == 3 && item_[1] == '-' && mark != 0;
         return About(isRange ? PatternFault::MixedRange : PatternFault::LongSetItem);
     }

@@ -1,0 +1,32 @@
+// Quotes what the user wrote.
+
+#include "validation/Quoted.h"
+
+#include <cstddef>
+
+namespace CallRecordingUtils {
+namespace {
+
+void AppendPrintable(std::string& text, char c) {
+    if (c >= ' ' && c <= '~') {
+        text += c;
+        return;
+    }
+    constexpr char digits[] = "0123456789ABCDEF";
+    auto const byte = static_cast<unsigned char>(c);
+    text += "\\x";
+    text += digits[byte >> 4];
+    text += digits[byte & 15];
+}
+
+} // namespace
+
+std::string Quoted(std::string_view text) {
+    constexpr std::size_t longest = 24;
+    std::string quoted = "\"";
+    for (char const c : text.substr(0, longest))
+        AppendPrintable(quoted, c);
+    return quoted + (text.size() > longest ? "...\"" : "\"");
+}
+
+} // namespace CallRecordingUtils
