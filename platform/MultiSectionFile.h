@@ -97,11 +97,11 @@ class PLATFORM_EXPORT MultiSectionFile {
 
     /// Returns the line, counted from 1 in the file as it was read, on which the current section is
     /// opened. Throws when the cursor is on no section. REQUIRES: nothing has been changed.
-    std::size_t GetSectionLine();
+    [[gnu::visibility("hidden")]] std::size_t GetSectionLine();
 
     /// Returns key and line of every entry of the current section, in their order. Throws and
     /// requires as GetSectionLine.
-    std::vector<std::pair<std::string, std::size_t>> GetEntryLines();
+    [[gnu::visibility("hidden")]] std::vector<std::pair<std::string, std::size_t>> GetEntryLines();
 
   private:
     class Impl;

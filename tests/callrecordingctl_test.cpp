@@ -198,7 +198,7 @@ TEST_F(Client, ExitsWithItsCodesAndNamesTheCulprit) {
         {"add --at 9", 2, "", "--at 9: there are only 2 rules"},
         {"add --description 'a\nb'", 4, "", "--description: a line break"},
         {"add --record-to " + std::string(65536, 'x'), 4, "",
-         "record_to cannot be stored as one line"},
+         "\"record_to\" has 65536 characters, expected at most 65535"},
         {"modify 1", 2, "", "no field"},
         {"delete 1", 5, "", "more than one rule 1"},
         {"delete 7", 5, "", "no rule 7"},

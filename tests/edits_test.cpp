@@ -69,6 +69,17 @@ TEST_F(Edits, ChangeJustWhatTheySay) {
         {a + b + c, Move("7", true), Section(With(kB, 0)) + Section(With(kA, 7)) + c},
         {a + b + c, Move("7", false), a + Section(With(kC, 7)) + Section(With(kB, 3))},
         {a + b, Move("-1", true), a + b},
+        // Every rule on the way takes over the identifier of its new place; comments stay.
+        {a + "#1\n" + t + b + "#2\n" + c, MoveTo("3", 1),
+         a + "#1\n" + Section(With(kC, 1)) + Section(With(kTwinOfA, 7)) + "#2\n" +
+             Section(With(kB, 3))},
+        {a + t + b, MoveTo("0", 2),
+         Section(With(kTwinOfA, 0)) + Section(With(kB, 1)) + Section(With(kA, 7))},
+        {Section(kA, "0") + "{\ncallrecordingrule_id=1\ncaller_call_type=x\n}", MoveTo("1", 1),
+         a + "{\ncallrecordingrule_id=1\ncaller_call_type=x\n}"},
+        {a + b, MoveTo("7", 2), a + b, false},
+        {a + b, MoveTo("1", 0), a + b, false},
+        {a + Section(kB, "x"), MoveTo("x", 0), a + Section(kB, "x"), false},
 
         {a + b, SetState("7", false), a + Section(Disabled(kB))},
         {Section(Disabled(kA)) + b, SetState("0", true), a + b},
@@ -84,6 +95,7 @@ TEST_F(Edits, ChangeJustWhatTheySay) {
         LoadRules(row.before);
         EXPECT_EQ(row.edit(*db), row.result);
         EXPECT_EQ(dir.ReadRules(), row.after);
+        EXPECT_EQ(db->GetLastFailure().empty(), row.result);
     }
 }
 
@@ -99,9 +111,20 @@ TEST_F(Edits, MovesAndStatesShowInMemory) {
     EXPECT_TRUE(db->ReOrderRule("3", true));
     EXPECT_EQ(dir.ReadRules(), moved);
     EXPECT_EQ(db->GetSelectedRule("0")->record_to, "b");
+    EXPECT_FALSE(db->MoveRule("3", 0));
+    EXPECT_NE(db->GetLastFailure().find("reload"), std::string::npos);
+    EXPECT_EQ(dir.ReadRules(), moved);
     EXPECT_TRUE(db->Reload());
     EXPECT_TRUE(db->ReOrderRule("0", false));
     EXPECT_EQ(dir.ReadRules(), file);
+    EXPECT_TRUE(db->Reload());
+    EXPECT_TRUE(db->MoveRule("3", 0));
+    std::string ids;
+    for (CallRecordingRuleParams const* const rule : db->GetCallRecordingRules())
+        ids += std::to_string(rule->callrecordingrule_id) + rule->record_to + " ";
+    EXPECT_EQ(ids, "7a 3b 0c "); // The order of the list, the identifiers of the file.
+    dir.WriteRules(file);
+    EXPECT_TRUE(db->Reload());
 
     CallParams const five{"5", {}, "", ""};
     CCallRecordingAssistant assistant(false);
@@ -112,7 +135,7 @@ TEST_F(Edits, MovesAndStatesShowInMemory) {
                   isEnabled);
         db->GetSelectedRule("3")->recording_rule_state = RULE_NOT_SHOWABLE;
     }
-    EXPECT_EQ(Trace(), "");
+    EXPECT_EQ(Trace(), "Reordering recording rule failed\n");
 }
 
 TEST_F(Edits, NeedALoadedDatabaseAndARecord) {
@@ -150,10 +173,10 @@ TEST_F(Edits, TextsThatAreNoLineFailAndChangeNothing) {
             rule.*field = text;
             EXPECT_FALSE(db->AddRule(&rule));
             EXPECT_FALSE(db->ModifyRule(&(rule = With(rule, 0)), false));
-            db->GetSelectedRule("7")->*field = text;
-            EXPECT_TRUE(db->ReOrderRule("1", false));
-            EXPECT_TRUE(db->ReOrderRule("1", true));
-            EXPECT_EQ(Trace(), failed + failed + failed);
+            EXPECT_EQ(Trace(), failed + failed);
+            std::string const reason = db->GetLastFailure();
+            EXPECT_EQ(reason.find(dir.Path(TempDir::RULE_FILE) + ": "), 0U) << reason;
+            EXPECT_NE(reason.find("the new value of \""), std::string::npos) << reason;
             EXPECT_EQ(dir.ReadRules(), file);
         }
     }
@@ -191,6 +214,7 @@ TEST_F(Edits, AFileThatCannotBeReadIsNeverWritten) {
         {Delete(kA), "Removing recording rule failed\n"},
         {Delete("0"), "Removing recording rule failed\n"},
         {Move("0", true), "Reordering recording rule failed\n"},
+        {MoveTo("0", 0), "Reordering recording rule failed\n"},
         {SetState("0", false), "Set call recording rule state failed\n"},
     };
     for (auto const& [edit, message] : rows) {
@@ -198,14 +222,27 @@ TEST_F(Edits, AFileThatCannotBeReadIsNeverWritten) {
         dir.WriteRules("{\nhalf a section=");
         EXPECT_FALSE(edit(*db));
         EXPECT_EQ(Trace(), message);
+        EXPECT_EQ(db->GetLastFailure().find(dir.Path(TempDir::RULE_FILE) +
+                                            ":2: the file ends in the section opened at line 1"),
+                  0U);
         EXPECT_EQ(dir.ReadRules(), "{\nhalf a section=");
     }
     // What is too long to be read is replaced.
+    CallRecordingRuleParams rule;
     LoadRules(Section(kA));
     dir.WriteRules(Section(With(kA, 0, std::string(70000, '1').c_str())));
     EXPECT_TRUE(db->ModifyRule(&kA, true));
     EXPECT_EQ(Trace(), "Loading Call Recording configuration failed\n");
     EXPECT_EQ(dir.ReadRules(), Section(kA));
+    // An edit that cannot read on keeps what it has done till then.
+    std::string const unread =
+        Section(Rule(9, std::string(70000, '1').c_str(), CALL_TYPE_ANY, "", CALL_TYPE_ANY));
+    dir.WriteRules(Section(kA) + unread + Section(kTwinOfA));
+    EXPECT_FALSE(db->ModifyRule(&(rule = With(kA, 0, "n")), true));
+    EXPECT_EQ(dir.ReadRules(), Section(With(kA, 0, "n")) + unread + Section(kTwinOfA));
+    EXPECT_FALSE(db->DeleteRule(&kA));
+    EXPECT_EQ(dir.ReadRules(), unread + Section(kTwinOfA));
+    EXPECT_EQ(Trace(), "Save call recording rule failed\nRemoving recording rule failed\n");
 }
 
 } // namespace

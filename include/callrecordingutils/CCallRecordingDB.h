@@ -9,6 +9,7 @@
 #ifndef CALLRECORDINGUTILS_CCALLRECORDINGDB_H
 #define CALLRECORDINGUTILS_CCALLRECORDINGDB_H
 
+#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <string>
@@ -40,23 +41,27 @@ CALLRECORDINGUTILS_EXPORT extern ThreadMutex cfgThreadMutex;
 /// rebuilt: by Reload, by a Load that reads the file, by Cleanup, or by the last CloseInstance.
 /// Records passed in stay the caller's.
 ///
-/// Edits: each edit opens the rule file afresh, changes it and has it on disk when it returns true,
-/// ReOrderRule excepted: at every instant the file is the old one or the new one, and what an edit
-/// does not touch (comments, unknown keys, order) keeps its bytes. Except where noted an edit
-/// leaves the list in memory alone; Reload makes it visible to decisions. A file that cannot be
-/// read is never written. Patterns are stored as they are: check and convert them first. A text
-/// that is no line of the file (a line break, a NUL, more than 65535 bytes) fails the edit with
-/// none of the rule's fields written. Call types outside 0 to 3 read back as any.
+/// Edits: each edit opens the rule file afresh, changes it and saves it once, so at every instant
+/// the file is the one before the edit or the one after it. It is on disk when the edit returns
+/// true, ReOrderRule excepted. What an edit does not touch (comments, unknown keys, order) keeps
+/// its bytes. Except where noted an edit leaves the list in memory alone; Reload makes it visible
+/// to decisions. A malformed file is never written. Nor is one that somebody else has saved since
+/// the edit read it: the edit fails then, and may be repeated; hold a CRuleFileLock around edits to
+/// keep others out. Patterns are stored as they are: check and convert them first. What texts fit
+/// the file is the platform's to say (on a plain host: one line of at most 65535 bytes without a
+/// NUL); one that does not fails the edit with none of the rule's fields written. Call types
+/// outside 0 to 3 read back as any.
 ///
-/// Errors: no file operation lets an exception out; a failure is traced at level 0 and gives false.
-/// A failure undoes nothing that was saved before it. (ReOrderRule gives true when only its save
-/// failed; see there.) When the very last step of a save fails, false means that the new file is in
-/// place and may not survive a loss of power.
+/// Errors: no file operation lets an exception out; a failure is traced at level 0, gives false,
+/// and GetLastFailure says why. (ReOrderRule gives true when only its save failed; see there.) When
+/// the very last step of a save fails, false means that the new file is in place and may not
+/// survive a loss of power.
 ///
 /// Threads: GetInstance and CloseInstance may be called from any thread. Everything else takes no
 /// lock: callers serialise edits, reloads, SetMode and lookups with each other, with decisions, and
 /// with a GetInstance that loads. Not for signal handlers. The environment is read with getenv, so
-/// set it before there are threads.
+/// set it before there are threads. The cancellation of a thread is held off while it loads, edits
+/// or traces.
 class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
   public:
     /// An empty, unloaded database. Clients use GetInstance.
@@ -95,6 +100,13 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     /// Reads the rule file again, whatever was loaded before. Result as Load.
     bool Reload();
 
+    /// Returns why the last load that read the file, or the last edit, failed, whichever came
+    /// later: path, line where there is one, what failed, and the system's words for it. Where
+    /// several steps failed their reasons follow each other, separated by "; ". The empty text when
+    /// nothing failed. It is for people to read; the wording may change. Takes no lock, like the
+    /// loads and edits that write it. Looking at a failure never touches the file.
+    std::string GetLastFailure() const;
+
     /// Empties the list and clears mHasAdvancedRules. The database still counts as loaded.
     void Cleanup();
 
@@ -125,16 +137,22 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
 
     /// Rewrites all ten fields of the section with rule's identifier. With updateTwin the recording
     /// type, destination, duration and state also go to the first section that mirrored the rule as
-    /// it was before. Returns whether the rewrite succeeded, and false as well when the twin could
-    /// not be brought up to date, with the rewrite on disk; true when there is no such section
-    /// (nothing is changed then), when rule is null, and when nothing has been loaded yet.
+    /// it was before, in the same save. Returns true when both are on disk, when no section has the
+    /// identifier (nothing is changed then), when rule is null, and when nothing has been loaded
+    /// yet. Two failures leave one of the two changes on disk, and return false: a rule that cannot
+    /// be stored (the twin alone is brought up to date), and a file that cannot be searched for the
+    /// twin (the rule alone is rewritten). Where the rule as it was cannot be read, a field being
+    /// too long for the platform's buffer, this is traced and kept as a failure, but the rewrite
+    /// goes on: the twin is then what mirrors the fields in front of that one, with the others as
+    /// in a new record.
     bool ModifyRule(CallRecordingRuleParams const* rule, bool updateTwin);
 
     /// Deletes the section that has rule's identifier, patterns and call types, and with it the
     /// sections that mirror it, whatever their identifier: all that stand before it or, when there
     /// is none, the first that stands behind it. When no section is the rule itself, every section
-    /// that mirrors it is deleted. Each deletion is saved at once. Returns false only on a failure;
-    /// true without effect when rule is null.
+    /// that mirrors it is deleted. All of them go in one save; where a section on the way cannot be
+    /// read, those before it. Returns false only on a failure; true without effect when rule is
+    /// null.
     bool DeleteRule(CallRecordingRuleParams const* rule);
 
     /// Deletes the first section whose identifier is the very text ruleId; "05" does not find 5. A
@@ -147,10 +165,20 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     /// neighbour's identifier, in the file and in memory. ruleId is compared as text. Both sections
     /// are saved at once. Nothing changes when ruleId is not made of digits or unknown, when the
     /// rule stands first or last, or when the list no longer mirrors the file. Returns false only
-    /// when the file cannot be read; after a failed save, which is traced, the identifiers in
-    /// memory stay exchanged until the next Reload. REQUIRES: the list is as loaded in advanced
-    /// view. Call Reload after each move.
+    /// when the file cannot be read; after a failed save, which is traced and kept for
+    /// GetLastFailure, the identifiers in memory stay exchanged until the next Reload. REQUIRES:
+    /// the list is as loaded in advanced view. Call Reload after each move.
     bool ReOrderRule(std::string const& ruleId, bool up);
+
+    /// Moves a rule to the place with this index, counted from 0, in one save; the rules between
+    /// make room. As with ReOrderRule, of which this is the general case, the sections keep their
+    /// identifiers: each rule takes over that of the place that it comes to, in the file and, once
+    /// the file is saved, in memory, where the order stays until the next Reload. Returns true when
+    /// the rule is at that place; false, with file and memory unchanged, when no rule has the very
+    /// text ruleId as identifier, when there are not so many places, when the list no longer
+    /// mirrors the file between the two, and when the file cannot be read or saved. REQUIRES: the
+    /// list is as loaded in advanced view. Call Reload after each move.
+    bool MoveRule(std::string const& ruleId, std::size_t place);
 
     /// Enables or disables a listed rule in memory, at once, and in the file. Returns false when
     /// ruleId is not made of digits and on a failure; memory may have changed then. True without
@@ -202,6 +230,7 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
     [[gnu::visibility("hidden")]] void ReadRuleFile();
 
     std::list<CallRecordingRuleParams*> mCallRecordList;
+    std::string mLastFailure; // Of the last load or edit; empty when there was none.
 };
 
 } // namespace CallRecordingUtils

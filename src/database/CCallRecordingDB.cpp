@@ -6,6 +6,7 @@
 
 #include <callrecordingutils/CCallRecordingLogger.h>
 
+#include "common/CancellationHeld.h"
 #include "common/DecimalNumber.h"
 #include "common/MutexGuard.h"
 #include "database/Trace.h"
@@ -26,6 +27,7 @@ CCallRecordingDB::~CCallRecordingDB() {
 }
 
 CCallRecordingDB* CCallRecordingDB::GetInstance(bool load, bool withLogger) {
+    CancellationHeld const held;
     MutexGuard const guard(cfgThreadMutex);
     if (mpInstance == nullptr) {
         auto instance = std::make_unique<CCallRecordingDB>();
@@ -34,12 +36,13 @@ CCallRecordingDB* CCallRecordingDB::GetInstance(bool load, bool withLogger) {
         mpInstance = instance.release();
     }
     if (load)
-        mpInstance->Load(); // A failure is in the trace; the instance serves without rules.
+        mpInstance->Load(); // A failure is traced and kept; the instance serves without rules.
     ++mInstancesCount;
     return mpInstance;
 }
 
 void CCallRecordingDB::CloseInstance() {
+    CancellationHeld const held;
     MutexGuard const guard(cfgThreadMutex);
     if (mInstancesCount > 0)
         --mInstancesCount;
@@ -56,7 +59,8 @@ void CCallRecordingDB::SetMode(bool advanced) {
 }
 
 bool CCallRecordingDB::Reload() {
-    Trace(kTraceNotice, "Reloading: Call Recording Configuration\n");
+    CancellationHeld const held;
+    Trace(TraceLine::kReloading);
     mIsLoaded = false;
     return Load();
 }
@@ -74,6 +78,10 @@ void CCallRecordingDB::DestroyCallRecordList() {
 
 std::list<CallRecordingRuleParams*>& CCallRecordingDB::GetCallRecordingRules() {
     return mCallRecordList;
+}
+
+std::string CCallRecordingDB::GetLastFailure() const {
+    return mLastFailure;
 }
 
 CallRecordingRuleParams* CCallRecordingDB::GetSelectedRule(std::string const& ruleId) {

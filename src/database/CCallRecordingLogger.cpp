@@ -13,6 +13,7 @@
 
 #include <LogStream.h>
 
+#include "common/CancellationHeld.h"
 #include "common/MutexGuard.h"
 
 namespace CallRecordingUtils {
@@ -22,6 +23,7 @@ namespace {
 void AppendTimestamp(std::string& line) {
     timeval now{};
     gettimeofday(&now, nullptr);
+    tzset(); // The process may have changed its zone; localtime_r need not look.
     std::tm local{};
     char text[64] = "";
     if (localtime_r(&now.tv_sec, &local) != nullptr && asctime_r(&local, text) != nullptr)
@@ -50,6 +52,7 @@ void CCallRecordingLogger::TRACE(unsigned char level, bool withTimestamp, char c
                                  ...) noexcept {
     if (!mIsEnabled)
         return;
+    CancellationHeld const held;
     std::va_list arguments;
     va_start(arguments, format);
     try {

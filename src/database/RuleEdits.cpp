@@ -1,38 +1,36 @@
-// The edits of the rule file. Each one states its check, its walk and its change; opening, saving
-// and failing are the same for all.
+// The prescribed edits of the rule file. Each states its check, which sections it is about, and its
+// change; opening, saving and failing are the same for all.
 
-#include <algorithm>
+#include <cstddef>
 #include <iterator>
-#include <limits>
+#include <list>
+#include <optional>
 #include <stdexcept>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <StringUtils.h>
 
 #include <callrecordingutils/CCallRecordingDB.h>
 
+#include "common/CancellationHeld.h"
 #include "common/DecimalNumber.h"
-#include "database/RuleFile.h"
+#include "database/Failure.h"
+#include "database/RuleFileEdit.h"
 #include "database/RuleFilePath.h"
-#include "database/Trace.h"
 #include "model/RuleSides.h"
 
 namespace CallRecordingUtils {
 namespace {
 
-/// Runs an edit. Whatever it throws becomes the trace line failure and the result false.
+/// Runs an edit from its first step to its last; what of it fails is kept in reasons.
 template <typename Edit>
-bool RunEdit(char const* failure, Edit edit) {
-    try {
-        return edit();
-    } catch (...) {
-        Trace(kTraceFailure, failure);
-        return false;
-    }
+bool RunEdit(std::string& reasons, TraceLine failure, Edit edit) {
+    CancellationHeld const held;
+    reasons.clear();
+    return Attempt(reasons, failure, edit);
 }
-
-constexpr char kSaveSelectedFailed[] = "Save currently selected call recording rule failed\n";
-constexpr char kRemovingFailed[] = "Removing recording rule failed\n";
 
 bool IsRuleId(std::string const& text) {
     return StringUtils::IsNumeric(text, false, false);
@@ -61,7 +59,7 @@ struct StoredSides {
     RuleSides View() const { return {{callerPattern, callerType}, {calledPattern, calledType}}; }
 };
 
-/// The sides of the current section; a key that it lacks reads as the empty text, or 0.
+/// The sides of a section; a key that it lacks reads as the empty text, or 0.
 StoredSides ReadSides(SectionReader& section) {
     auto const text = [&section](RuleFileKeys key) {
         char const* const value = section.Read(key);
@@ -75,208 +73,309 @@ StoredSides ReadSides(SectionReader& section) {
     return sides;
 }
 
-void DeleteCurrent(RuleFile& file) {
-    file.File().DeleteSection();
-    file.Save();
+/// Runs one step of a save. A failure is reported as SaveSelectedRule's.
+template <typename Step>
+bool AttemptSave(std::string& reasons, Step step) {
+    return Attempt(
+        reasons, TraceLine::kSavingFailed,
+        [&step] {
+            step();
+            return true;
+        });
 }
 
-/// Moves to the neighbouring section. Returns whether there is one.
-bool GotoNeighbour(RuleFile& file, bool up) {
-    return (up ? file.File().GotoPreviousSection() : file.File().GotoNextSection()) != 0;
+/// Gives the first rule that mirrors previous the recording settings of rule. Returns whether there
+/// is one.
+bool SetTwin(RuleFileEdit& edit, CallRecordingRuleParams const& previous,
+             CallRecordingRuleParams const& rule) {
+    RuleSides const twin = Crossed(SidesOf(previous));
+    std::optional<std::size_t> const place =
+        edit.Find([&](SectionReader& section) { return ReadSides(section).View() == twin; });
+    if (place)
+        edit.Set(*place, RecordingSettings(rule));
+    return place.has_value();
 }
 
-/// Returns whether the neighbour of the current section carries the identifier id; the cursor ends
-/// where it was.
-bool HasNeighbour(RuleFile& file, bool up, std::int32_t id) {
-    bool const found = GotoNeighbour(file, up) && file.Reader().ReadId() == id;
-    GotoNeighbour(file, !up);
-    return found;
+/// Rewrites the rule at place and brings its twin up to date, in one save.
+bool ModifyWithTwin(std::string& reasons, RuleFileEdit& edit, std::size_t place,
+                    CallRecordingRuleParams const& rule) {
+    CallRecordingRuleParams previous;
+    Attempt(
+        reasons, TraceLine::kLoadingFailed,
+        [&] {
+            edit.At(place)->ReadRule(previous);
+            return true;
+        });
+    if (!AttemptSave(reasons, [&] { edit.Set(place, rule); })) {
+        // The twin is brought up to date all the same, but must not take along what is half set.
+        RuleFileEdit unchanged(RuleFilePath());
+        if (SetTwin(unchanged, previous, rule))
+            unchanged.Save();
+        return false;
+    }
+    bool hasTwin = false;
+    try {
+        hasTwin = SetTwin(edit, previous, rule);
+    } catch (...) {
+        // Nor does the rewrite wait for a twin that cannot be looked for.
+        RuleFileEdit alone(RuleFilePath());
+        AttemptSave(reasons, [&] {
+            alone.Set(place, rule);
+            alone.Save();
+        });
+        throw;
+    }
+    if (AttemptSave(reasons, [&] { edit.Save(); }))
+        return true;
+    if (hasTwin)
+        Trace(TraceLine::kModifyingFailed); // The save was the twin's as well.
+    return false;
 }
 
-/// The listed rule with the identifier id and its neighbour above or below; null where there is
-/// none.
-struct ListedPair {
-    CallRecordingRuleParams* moved;
-    CallRecordingRuleParams* neighbour;
+/// Which sections a deletion by record takes, shown one after the other.
+class Deletion {
+  public:
+    explicit Deletion(CallRecordingRuleParams const& rule)
+        : own_(SidesOf(rule)), twin_(Crossed(own_)), id_(rule.callrecordingrule_id) {}
+
+    bool Takes(SectionReader& section) {
+        StoredSides const stored = ReadSides(section);
+        std::optional<std::int32_t> const id = section.ReadId();
+        if (!id)
+            return false; // Nothing of the section is known, and it only looks like a match.
+        RuleSides const sides = stored.View();
+        bool const isOwn = sides == own_ && *id == id_;
+        bool const isTwin = !isOwn && sides == twin_;
+        ownTaken_ = ownTaken_ || isOwn;
+        // A rule that mirrors itself has no other twin.
+        twinTaken_ = twinTaken_ || isTwin || (isOwn && own_ == twin_);
+        return isOwn || isTwin;
+    }
+
+    bool IsComplete() const { return ownTaken_ && twinTaken_; }
+
+  private:
+    RuleSides own_;
+    RuleSides twin_;
+    std::int32_t id_;
+    bool ownTaken_ = false;
+    bool twinTaken_ = false;
 };
 
-ListedPair FindPair(std::list<CallRecordingRuleParams*> const& list, std::int32_t id, bool up) {
-    for (auto at = list.begin(); at != list.end(); ++at) {
-        if (*at == nullptr || (*at)->callrecordingrule_id != id)
-            continue;
-        auto const next = std::next(at);
-        if (up)
-            return {*at, at == list.begin() ? nullptr : *std::prev(at)};
-        return {*at, next == list.end() ? nullptr : *next};
+/// The listed rule with the identifier id, and behind it the count ones above or below it in their
+/// order; empty when there are not so many.
+std::vector<CallRecordingRuleParams*> ListedRun(std::list<CallRecordingRuleParams*> const& list,
+                                                std::int32_t id, bool up, std::size_t count) {
+    auto at = list.begin();
+    while (at != list.end() && (*at == nullptr || (*at)->callrecordingrule_id != id))
+        ++at;
+    std::vector<CallRecordingRuleParams*> run;
+    while (at != list.end() && *at != nullptr && run.size() <= count) {
+        run.push_back(*at);
+        if (up && at == list.begin())
+            break;
+        std::advance(at, up ? -1 : 1);
     }
-    return {nullptr, nullptr};
+    if (run.size() <= count)
+        run.clear();
+    return run;
 }
 
-/// Sets rule in the current section. A failure is reported as SaveSelectedRule's; some of the
-/// entries may be set then.
-bool TrySet(Configuration::MultiSectionFile& file, CallRecordingRuleParams const* rule) {
-    return RunEdit(
-        kSaveSelectedFailed,
-        [&] {
-            if (rule == nullptr)
-                throw std::invalid_argument("there is no rule to save");
-            SetEntries(file, RuleEntries(*rule));
-            return true;
-        });
+/// Returns whether the sections from place on, up or down, carry the identifiers of run, so that
+/// moving one past the others moves what the caller sees in the list.
+bool IsRunInFile(RuleFileEdit& edit, std::size_t place, bool up,
+                 std::vector<CallRecordingRuleParams*> const& run) {
+    for (CallRecordingRuleParams const* const rule : run) {
+        SectionReader* const section = edit.At(place);
+        if (section == nullptr || section->ReadId() != rule->callrecordingrule_id)
+            return false;
+        place += up ? static_cast<std::size_t>(-1) : 1;
+    }
+    return !run.empty();
 }
 
-/// Saves file. A failure is reported as SaveSelectedRule's.
-bool TrySave(Configuration::MultiSectionFile& file) {
-    return RunEdit(
-        kSaveSelectedFailed,
-        [&] {
-            file.Save(true, nullptr);
-            return true;
-        });
-}
-
-/// Gives the first rule that mirrors previous the recording settings of rule.
-void UpdateTwin(RuleFile& file, CallRecordingRuleParams const& previous,
-                CallRecordingRuleParams const& rule) {
-    RuleSides const twin = Crossed(SidesOf(previous));
-    if (!file.Find([&](SectionReader& section) { return ReadSides(section).View() == twin; }))
-        return;
-    SetEntries(file.File(), RecordingSettings(rule));
-    file.Save();
+/// In memory the identifiers follow the rules: the first of run takes over the last one's place.
+void MoveIds(std::vector<CallRecordingRuleParams*> const& run) {
+    for (std::size_t next = 1; next < run.size(); ++next)
+        std::swap(run.front()->callrecordingrule_id, run[next]->callrecordingrule_id);
 }
 
 } // namespace
 
 bool CCallRecordingDB::SaveSelectedRule(Configuration::MultiSectionFile* file,
                                         CallRecordingRuleParams const* rule) {
-    return file == nullptr || (TrySet(*file, rule) && TrySave(*file));
+    if (file == nullptr)
+        return true;
+    return RunEdit(mLastFailure, TraceLine::kSavingFailed, [&] {
+        if (rule == nullptr)
+            throw std::invalid_argument("there is no rule to save");
+        SetEntries(*file, RuleEntries(*rule));
+        file->Save(true, nullptr);
+        return true;
+    });
 }
 
 std::int32_t CCallRecordingDB::GenerateRuleID(Configuration::MultiSectionFile* file) {
-    SectionReader reader(*file);
-    std::int32_t greatest = -1;
-    file->Restart();
-    while (file->GotoNextSection() != 0)
-        greatest = std::max(greatest, reader.ReadId());
-    if (greatest == std::numeric_limits<std::int32_t>::max())
-        throw std::overflow_error("no identifier is left behind 2147483647");
-    return greatest + 1;
+    return NextRuleId(*file);
 }
 
 bool CCallRecordingDB::AddRule(CallRecordingRuleParams* rule) {
-    if (rule == nullptr || !mIsLoaded)
-        return false;
-    return RunEdit("Adding new call recording rule failed\n", [&] {
-        RuleFile file(RuleFilePath());
-        rule->callrecordingrule_id = GenerateRuleID(&file.File());
-        file.File().Restart();
-        return file.File().AddSection(false) != 0 && SaveSelectedRule(&file.File(), rule);
-    });
+    return RunEdit(
+        mLastFailure, TraceLine::kAddingFailed,
+        [&] {
+            if (rule == nullptr || !mIsLoaded) {
+                KeepReason(mLastFailure, rule == nullptr ? "there is no rule to add"
+                                                         : "no rules have been loaded");
+                return false;
+            }
+            RuleFileEdit edit(RuleFilePath());
+            rule->callrecordingrule_id = edit.NextId();
+            if (!edit.AddSection()) {
+                KeepReason(mLastFailure, "no section can be added");
+                return false;
+            }
+            return AttemptSave(
+                mLastFailure,
+                [&] {
+                    edit.SetAdded(*rule);
+                    edit.Save();
+                });
+        });
 }
 
 bool CCallRecordingDB::ModifyRule(CallRecordingRuleParams const* rule, bool updateTwin) {
-    if (rule == nullptr || !mIsLoaded)
-        return true;
-    return RunEdit("Save call recording rule failed\n", [&] {
-        RuleFile file(RuleFilePath());
-        if (!file.Find(HasId(rule->callrecordingrule_id)))
-            return true;
-        CallRecordingRuleParams previous;
-        if (updateTwin)
-            GetCurrentSection(&file.File(), previous);
-        bool const isSet = TrySet(file.File(), rule);
-        bool const isSaved = isSet && TrySave(file.File());
-        if (updateTwin && isSet) {
-            UpdateTwin(file, previous, *rule);
-        } else if (updateTwin) {
-            // The save for the twin must not take a rule along that is only half set.
-            RuleFile unchanged(RuleFilePath());
-            UpdateTwin(unchanged, previous, *rule);
-        }
-        return isSaved;
-    });
+    return RunEdit(
+        mLastFailure, TraceLine::kModifyingFailed,
+        [&] {
+            if (rule == nullptr || !mIsLoaded)
+                return true;
+            RuleFileEdit edit(RuleFilePath());
+            std::optional<std::size_t> const place = edit.Find(HasId(rule->callrecordingrule_id));
+            if (!place)
+                return true;
+            if (updateTwin)
+                return ModifyWithTwin(mLastFailure, edit, *place, *rule);
+            return AttemptSave(
+                mLastFailure,
+                [&] {
+                    edit.Set(*place, *rule);
+                    edit.Save();
+                });
+        });
 }
 
 bool CCallRecordingDB::DeleteRule(CallRecordingRuleParams const* rule) {
-    if (rule == nullptr)
-        return true;
-    return RunEdit(kRemovingFailed, [&] {
-        RuleSides const own = SidesOf(*rule);
-        RuleSides const twin = Crossed(own);
-        bool ownDeleted = false;
-        bool twinDeleted = false;
-        RuleFile file(RuleFilePath());
-        while (file.Next()) {
-            StoredSides const stored = ReadSides(file.Reader());
-            RuleSides const sides = stored.View();
-            char const* const id = file.Reader().Read(KEY_CALLRECORDINGRULE_ID);
-            if (id == nullptr)
-                continue; // Nothing of the section is known, and it only looks like a match.
-            if (sides == own && ParseDecimal(id) == rule->callrecordingrule_id) {
-                DeleteCurrent(file);
-                ownDeleted = true;
-                // A rule that mirrors itself has no other twin.
-                twinDeleted = twinDeleted || own == twin;
-            } else if (sides == twin) {
-                DeleteCurrent(file);
-                twinDeleted = true;
+    return RunEdit(
+        mLastFailure, TraceLine::kRemovingFailed,
+        [&] {
+            if (rule == nullptr)
+                return true;
+            RuleFileEdit edit(RuleFilePath());
+            Deletion deletion(*rule);
+            bool hasChanged = false;
+            try {
+                for (std::size_t place = 0; !deletion.IsComplete();) {
+                    SectionReader* const section = edit.At(place);
+                    if (section == nullptr)
+                        break;
+                    if (deletion.Takes(*section)) {
+                        edit.Delete(place);
+                        hasChanged = true;
+                    } else {
+                        ++place;
+                    }
+                }
+            } catch (...) {
+                if (hasChanged)
+                    edit.Save(); // What was deleted before the failure stays deleted.
+                throw;
             }
-            if (ownDeleted && twinDeleted)
-                break;
-        }
-        return true;
-    });
+            if (hasChanged)
+                edit.Save();
+            return true;
+        });
 }
 
 bool CCallRecordingDB::DeleteRule(std::string const& ruleId) {
     return RunEdit(
-        kRemovingFailed,
+        mLastFailure, TraceLine::kRemovingFailed,
         [&] {
             if (!IsRuleId(ruleId))
                 return true;
-            RuleFile file(RuleFilePath());
-            if (file.Find(HasIdText(ruleId)))
-                DeleteCurrent(file);
+            RuleFileEdit edit(RuleFilePath());
+            if (std::optional<std::size_t> const place = edit.Find(HasIdText(ruleId))) {
+                edit.Delete(*place);
+                edit.Save();
+            }
             return true;
         });
 }
 
 bool CCallRecordingDB::ReOrderRule(std::string const& ruleId, bool up) {
     return RunEdit(
-        "Reordering recording rule failed\n",
+        mLastFailure, TraceLine::kReorderingFailed,
         [&] {
             if (!IsRuleId(ruleId))
                 return true;
-            RuleFile file(RuleFilePath());
-            if (!file.Find(HasIdText(ruleId)))
+            RuleFileEdit edit(RuleFilePath());
+            std::optional<std::size_t> const from = edit.Find(HasIdText(ruleId));
+            auto const run = ListedRun(mCallRecordList, ParseDecimal(ruleId), up, 1);
+            if (!from || !IsRunInFile(edit, *from, up, run))
                 return true;
-            auto const [moved, neighbour] = FindPair(mCallRecordList, ParseDecimal(ruleId), up);
-            if (moved == nullptr || neighbour == nullptr ||
-                !HasNeighbour(file, up, neighbour->callrecordingrule_id))
+            MoveIds(run);
+            AttemptSave(
+                mLastFailure,
+                [&] {
+                    edit.Move(*from, up ? *from - 1 : *from + 1);
+                    edit.Save();
+                });
+            return true;
+        });
+}
+
+bool CCallRecordingDB::MoveRule(std::string const& ruleId, std::size_t place) {
+    return RunEdit(
+        mLastFailure, TraceLine::kReorderingFailed,
+        [&] {
+            RuleFileEdit edit(RuleFilePath());
+            std::optional<std::size_t> const from =
+                IsRuleId(ruleId) ? edit.Find(HasIdText(ruleId)) : std::nullopt;
+            if (!from)
+                throw std::invalid_argument("no rule has the identifier \"" + ruleId + "\"");
+            if (edit.At(place) == nullptr)
+                throw std::out_of_range("there is no rule at place " + std::to_string(place));
+            bool const up = place < *from;
+            std::size_t const count = up ? *from - place : place - *from;
+            auto const run = ListedRun(mCallRecordList, ParseDecimal(ruleId), up, count);
+            if (!IsRunInFile(edit, *from, up, run))
+                throw std::runtime_error(
+                    "the rules in memory are not those of the file; reload them");
+            if (count == 0)
                 return true;
-            std::swap(moved->callrecordingrule_id, neighbour->callrecordingrule_id);
-            // Both sections are set before the one save, so the file holds the old order or the
-            // new.
-            if (TrySet(file.File(), neighbour) && GotoNeighbour(file, up))
-                SaveSelectedRule(&file.File(), moved);
+            edit.Move(*from, place);
+            edit.Save();
+            MoveIds(run);
             return true;
         });
 }
 
 bool CCallRecordingDB::SetRuleState(std::string const& ruleId, bool enable) {
     return RunEdit(
-        "Set call recording rule state failed\n",
+        mLastFailure, TraceLine::kStateFailed,
         [&] {
-            if (!IsRuleId(ruleId))
+            if (!IsRuleId(ruleId)) {
+                KeepReason(mLastFailure, ("\"" + ruleId + "\" is no identifier").c_str());
                 return false;
-            RuleFile file(RuleFilePath());
+            }
+            RuleFileEdit edit(RuleFilePath());
             CallRecordingRuleParams* const rule = GetSelectedRule(ruleId);
             if (rule == nullptr)
                 return true;
             rule->recording_rule_state = enable ? RULE_ENABLED : RULE_DISABLED;
-            if (file.Find(HasId(rule->callrecordingrule_id))) {
-                SetEntries(file.File(), {StateEntry(enable)});
-                file.Save();
+            std::optional<std::size_t> const place = edit.Find(HasId(rule->callrecordingrule_id));
+            if (place) {
+                edit.Set(*place, {StateEntry(enable)});
+                edit.Save();
             }
             return true;
         });

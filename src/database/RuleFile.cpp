@@ -2,12 +2,25 @@
 
 #include "database/RuleFile.h"
 
-#include "common/DecimalNumber.h"
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
 
 namespace CallRecordingUtils {
 
 std::string RuleFilePathIn(std::string_view directory) {
     return std::string(directory).append("telephony/").append("callrecordingdb");
+}
+
+std::int32_t NextRuleId(Configuration::MultiSectionFile& file) {
+    SectionReader reader(file);
+    std::int32_t greatest = -1;
+    file.Restart();
+    while (file.GotoNextSection() != 0)
+        greatest = std::max(greatest, reader.ReadId().value_or(0));
+    if (greatest == std::numeric_limits<std::int32_t>::max())
+        throw std::overflow_error("no identifier is left behind 2147483647");
+    return greatest + 1;
 }
 
 RuleFile::RuleFile(std::string const& path)
@@ -18,8 +31,7 @@ RuleFile::RuleFile(std::string const& path)
 
 CallRecordingRuleParams RuleFile::ReadRule() {
     CallRecordingRuleParams rule;
-    if (char const* const id = reader_.Read(KEY_CALLRECORDINGRULE_ID))
-        rule.callrecordingrule_id = ParseDecimal(id);
+    rule.callrecordingrule_id = reader_.ReadId().value_or(rule.callrecordingrule_id);
     reader_.ReadRule(rule);
     return rule;
 }

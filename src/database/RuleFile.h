@@ -3,6 +3,7 @@
 #ifndef DATABASE_RULEFILE_H
 #define DATABASE_RULEFILE_H
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -21,6 +22,10 @@ inline constexpr char kDefaultDirectory[] = "/etc/quva-conf/";
 /// in "/".
 std::string RuleFilePathIn(std::string_view directory);
 
+/// Returns one more than the greatest identifier in file, at least 0, and leaves the cursor behind
+/// the last section. Throws std::overflow_error when there is no such number.
+std::int32_t NextRuleId(Configuration::MultiSectionFile& file);
+
 /// The rule file, opened with the cursor before the first section. Every operation, the constructor
 /// included, throws an exception derived from std::exception whose text says path, line (where
 /// there is one) and reason.
@@ -36,17 +41,6 @@ class RuleFile {
 
     /// Reads the rule of the current section, the identifier included.
     CallRecordingRuleParams ReadRule();
-
-    /// Walks from the first section on to the first one that wanted(Reader()) accepts. Returns
-    /// whether there is one; it is then the current section.
-    template <typename Wanted>
-    bool Find(Wanted wanted) {
-        file_.Restart();
-        while (Next())
-            if (wanted(reader_))
-                return true;
-        return false;
-    }
 
     /// Writes the file to disk.
     void Save() { file_.Save(true, nullptr); }

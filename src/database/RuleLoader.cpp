@@ -1,9 +1,12 @@
 // Loading: turns the sections of the rule file into the rule list, in either view mode.
 
 #include <memory>
+#include <new>
 
 #include <callrecordingutils/CCallRecordingDB.h>
 
+#include "common/CancellationHeld.h"
+#include "database/Failure.h"
 #include "database/RuleFile.h"
 #include "database/RuleFilePath.h"
 #include "database/Trace.h"
@@ -11,8 +14,6 @@
 
 namespace CallRecordingUtils {
 namespace {
-
-constexpr char kLoadingFailed[] = "Loading Call Recording configuration failed\n";
 
 using RuleList = std::list<CallRecordingRuleParams*>;
 
@@ -22,24 +23,33 @@ void AppendRule(RuleList& list, CallRecordingRuleParams const& rule) {
     (void)record.release(); // The list owns it, now that it holds it.
 }
 
+/// A copied list has its nodes side by side in memory instead of among the records, which makes the
+/// walk of a decision several times as fast. Without the memory for a copy the list serves as well.
+void LaySideBySide(RuleList& list) noexcept {
+    try {
+        RuleList(list).swap(list);
+    } catch (std::bad_alloc const&) {
+        return;
+    }
+}
+
 } // namespace
 
 bool CCallRecordingDB::Load() {
+    CancellationHeld const held;
     if (mIsLoaded) {
-        Trace(kTraceNotice, "Call Recording Configuration is already loaded\n");
+        Trace(TraceLine::kAlreadyLoaded);
         return true;
     }
-    bool succeeded = true;
-    try {
+    mLastFailure.clear();
+    bool const succeeded = Attempt(mLastFailure, TraceLine::kLoadingFailed, [&] {
         ReadRuleFile();
-    } catch (...) {
-        if (!mIsAdvancedMode)
-            DestroyCallRecordList(); // Half of the merged rules would mislead.
-        Trace(kTraceFailure, kLoadingFailed);
-        succeeded = false;
-    }
+        return true;
+    });
+    if (!succeeded && !mIsAdvancedMode)
+        DestroyCallRecordList(); // Half of the merged rules would mislead.
     mIsLoaded = true;
-    Trace(kTraceNotice, "Loaded: Call Recording Configuration\n");
+    Trace(TraceLine::kLoaded);
     return succeeded;
 }
 
@@ -57,22 +67,19 @@ void CCallRecordingDB::ReadRuleFile() {
     }
     for (CallRecordingRuleParams const& rule : basicView.Rules())
         AppendRule(mCallRecordList, rule);
-    // A copy has its nodes side by side instead of among the records. Every decision walks them,
-    // each node telling where the next one is, and that wait is most of the walk.
-    RuleList(mCallRecordList).swap(mCallRecordList);
+    LaySideBySide(mCallRecordList);
 }
 
 bool CCallRecordingDB::GetCurrentSection(Configuration::MultiSectionFile* file,
                                          CallRecordingRuleParams& rule) {
     if (file == nullptr)
         return true;
-    try {
+    CancellationHeld const held;
+    mLastFailure.clear();
+    return Attempt(mLastFailure, TraceLine::kLoadingFailed, [&] {
         SectionReader(*file).ReadRule(rule);
         return true;
-    } catch (...) {
-        Trace(kTraceFailure, kLoadingFailed);
-        return false;
-    }
+    });
 }
 
 } // namespace CallRecordingUtils

@@ -14,15 +14,6 @@ bool IsUsable(SmartBuffer const& buffer) {
     return buffer.GetCapacity() != 0 && buffer.GetCapacity() != 0xFFFFFFFFU;
 }
 
-void RequireStorable(SectionEntry const& entry, SmartBuffer const& buffer) {
-    using namespace std::string_view_literals;
-    bool const fits = !IsUsable(buffer) || entry.text.size() < buffer.GetCapacity();
-    bool const isOneLine = entry.text.find_first_of("\n\r\0"sv) == std::string::npos;
-    if (!isOneLine || !fits)
-        throw std::invalid_argument(std::string(kRuleKeys[entry.key]) +
-                                    " cannot be stored as one line");
-}
-
 } // namespace
 
 char const* SectionReader::Read(RuleFileKeys key) {
@@ -65,9 +56,9 @@ void SectionReader::ReadRule(CallRecordingRuleParams& rule) {
         rule.recording_rule_state = text[0] == '1' ? RULE_ENABLED : RULE_DISABLED;
 }
 
-std::int32_t SectionReader::ReadId() {
+std::optional<std::int32_t> SectionReader::ReadId() {
     char const* const text = Read(KEY_CALLRECORDINGRULE_ID);
-    return text != nullptr ? ParseDecimal(text) : 0;
+    return text != nullptr ? std::optional(ParseDecimal(text)) : std::nullopt;
 }
 
 SectionEntry StateEntry(bool enabled) {
@@ -94,12 +85,11 @@ std::vector<SectionEntry> RuleEntries(CallRecordingRuleParams const& rule) {
             StateEntry(rule.recording_rule_state == RULE_ENABLED)};
 }
 
-// All texts are judged before the first is set: a rule that cannot be stored must not be half set
-// when its file object is saved for another reason.
 void SetEntries(Configuration::MultiSectionFile& file, std::vector<SectionEntry> const& entries) {
-    SmartBuffer const buffer; // What a reader will have.
     for (SectionEntry const& entry : entries)
-        RequireStorable(entry, buffer);
+        if (entry.text.find('\0') != std::string::npos)
+            throw std::invalid_argument("the new value of \"" + std::string(kRuleKeys[entry.key]) +
+                                        "\" has a NUL in it");
     for (SectionEntry const& entry : entries)
         file.SetSectionEntry(kRuleKeys[entry.key], entry.text.c_str());
 }

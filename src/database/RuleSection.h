@@ -1,9 +1,11 @@
-// The one encoding of a rule in a section of the rule file: read into a record, and written from one.
+// The one encoding of a rule in a section of the rule file: read into a record, and written from
+// one.
 
 #ifndef DATABASE_RULESECTION_H
 #define DATABASE_RULESECTION_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,8 +31,9 @@ class SectionReader {
     /// Reads every field but the identifier into rule. A field without a value is left as it is.
     void ReadRule(CallRecordingRuleParams& rule);
 
-    /// Reads the identifier as a number; 0 without a value.
-    std::int32_t ReadId();
+    /// Reads the identifier as a number, 0 when the section lacks it. Nothing when the scratch
+    /// buffer is not usable: such a section matches no identifier.
+    std::optional<std::int32_t> ReadId();
 
   private:
     void ReadText(RuleFileKeys key, std::string& field);
@@ -55,9 +58,9 @@ std::vector<SectionEntry> RecordingSettings(CallRecordingRuleParams const& rule)
 /// The state alone.
 SectionEntry StateEntry(bool enabled);
 
-/// Sets entries in the current section of file; does not save. Throws, with nothing set, when a
-/// text could not be read back the same from one line: a line break, a NUL, more than a SmartBuffer
-/// holds.
+/// Sets entries in the current section of file; does not save. What a text may be is the file
+/// class's to say, which throws; some of the entries may be set then. Only a NUL would pass it
+/// unseen, as it takes C texts: a text with one throws before anything is set.
 void SetEntries(Configuration::MultiSectionFile& file, std::vector<SectionEntry> const& entries);
 
 } // namespace CallRecordingUtils

@@ -76,6 +76,9 @@ inline Edit Delete(std::string id) {
 inline Edit Move(std::string id, bool up) {
     return [id, up](CCallRecordingDB& db) { return db.ReOrderRule(id, up); };
 }
+inline Edit MoveTo(std::string id, std::size_t place) {
+    return [id, place](CCallRecordingDB& db) { return db.MoveRule(id, place); };
+}
 inline Edit SetState(std::string id, bool enable) {
     return [id, enable](CCallRecordingDB& db) { return db.SetRuleState(id, enable); };
 }
