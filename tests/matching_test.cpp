@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <random>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -143,6 +144,39 @@ TEST_F(Matching, AgreesWithASlowMatcher) {
                 ASSERT_EQ(SlowMatcher::Match(assistant, address, pattern + tail),
                           SlowMatcher::LibraryMatch(assistant, address, pattern + tail))
                     << pattern << tail << " against " << address;
+}
+
+// Where rows of positions take several words, and runs several digits.
+TEST_F(Matching, AgreesWithASlowMatcherOverLongAddresses) {
+    std::mt19937 random(1);
+    auto const below = [&](std::size_t bound) { return random() % bound; };
+    std::vector<std::string> const pieces{"1",       "2",           "?",          "*",
+                                          "[2,!1]",  "<1-9,10-99>", "<1,12,121>", "<1-212,!12>",
+                                          "<00-21>", "<1??,2?>",    "<a-bc,1>",   "]"};
+    int matched = 0;
+    for (int i = 0; i < 1000; ++i) {
+        std::string pattern, address;
+        for (std::size_t n = 2 + below(6); n > 0; --n)
+            pattern += pieces[below(pieces.size() - (n > 1 ? 1 : 0))];
+        for (std::size_t n = below(15) > 0 ? below(12) : 55 + below(90); n > 0; --n)
+            address += static_cast<char>('1' + below(2));
+        auto const answer = SlowMatcher::LibraryMatch(assistant, address, pattern);
+        ASSERT_EQ(SlowMatcher::Match(assistant, address, pattern), answer)
+            << pattern << " against " << address;
+        // What a decision asks comes without the counts.
+        ASSERT_EQ(assistant.IsSideMatched({address, {}, "", ""}, CALL_TYPE_NUMBER, pattern,
+                                          CALL_TYPE_NUMBER),
+                  answer.has_value());
+        // A SIP pattern without a port takes every port.
+        std::string const host = address.substr(0, below(address.size() + 1)) + (i % 2 ? ":" : "");
+        ASSERT_EQ(assistant.IsSideMatched({address, {}, host, "1"}, CALL_TYPE_SIP, pattern + "@*",
+                                          CALL_TYPE_SIP),
+                  SlowMatcher::Match(assistant, address + "@" + host + ":1", pattern + "@*:*")
+                      .has_value())
+            << pattern << " against " << address << "@" << host;
+        matched += answer ? 1 : 0;
+    }
+    EXPECT_GT(matched, 100);
 }
 
 // Nothing here may take long or much stack: the caller chooses the address.

@@ -12,6 +12,7 @@
 #include "matching/Decision.h"
 #include "matching/ItemList.h"
 #include "matching/PatternCounts.h"
+#include "matching/PatternMatcher.h"
 #include "model/SipAddress.h"
 
 namespace CallRecordingUtils {
@@ -84,11 +85,7 @@ bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::s
 
 bool CCallRecordingAssistant::IsMatching(std::string const& address, std::string const& pattern,
                                          wild_card_counts& counts) const {
-    PatternMatcher matcher(address, pattern);
-    if (!matcher.Matches())
-        return false;
-    matcher.AddCounts(counts);
-    return true;
+    return PatternMatcher(address, pattern).MatchesWithCounts(counts);
 }
 
 bool CCallRecordingAssistant::IsInRange(std::string const& itemList, std::string const& candidate,

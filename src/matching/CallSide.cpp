@@ -4,6 +4,7 @@
 
 #include <optional>
 
+#include "matching/PatternMatcher.h"
 #include "model/SipAddress.h"
 
 namespace CallRecordingUtils {

@@ -169,6 +169,46 @@ class ItemWalk {
     Consumed consumed_;
 };
 
+/// The lengths of the candidates that one item can accept, found part by part.
+///
+/// An item accepts what its runs and "?" consume in turn, a single letter, or a number no longer
+/// than the high part. A run consumes the whole low part gathered since the last "?", so in an odd
+/// item (ab-cd consumes ab, then abcd) the length can exceed the item's own; hence the sums. The
+/// shortest is told for values and for ranges of numbers, which people write; for others it is 1.
+class ItemLengths {
+  public:
+    void Add(Part const& part) {
+        switch (part.kind) {
+        case ItemPart::AnyOne:
+            low_ = 0;
+            ++consumable_;
+            isOdd_ = isOdd_ || high_ > 0;
+            break;
+        case ItemPart::Literals:
+            consumable_ += low_ += part.text.size();
+            isOdd_ = isOdd_ || high_ > 0;
+            break;
+        case ItemPart::ToDigits:
+            isOdd_ = isOdd_ || parts_ != 1 || low_ == 0;
+            high_ += part.text.size();
+            break;
+        default: isOdd_ = true;
+        }
+        ++parts_;
+    }
+
+    bool IsEmpty() const { return parts_ == 0; }
+    std::size_t Shortest() const { return isOdd_ ? 1 : consumable_; }
+    std::size_t Longest() const { return std::max({std::size_t{1}, consumable_, high_}); }
+
+  private:
+    std::size_t parts_ = 0;
+    std::size_t low_ = 0;
+    std::size_t high_ = 0;
+    std::size_t consumable_ = 0;
+    bool isOdd_ = false; // Neither a value nor a range of numbers.
+};
+
 } // namespace
 
 bool AcceptsCandidate(std::string_view list, std::string_view candidate, Consumed& consumed) {
@@ -190,30 +230,25 @@ bool AdmitsCandidate(std::string_view list, std::string_view candidate, Consumed
     return AcceptsCandidate(list, candidate, consumed) && !ExcludesCandidate(list, candidate);
 }
 
-// An item accepts what its runs and "?" consume in turn, a single letter, or a number no longer
-// than the high part. A run consumes the whole low part gathered so far, so in an odd item (ab-cd
-// consumes ab, then abd) the length can exceed the item's own; hence the sums.
-std::size_t LongestCandidate(std::string_view list) {
-    std::size_t longest = 1;
-    std::size_t low = 0;
-    std::size_t high = 0;
-    std::size_t consumable = 0;
+Lengths CandidateLengths(std::string_view list) {
+    Lengths lengths{std::string_view::npos, 1};
+    ItemLengths item;
+    auto const endItem = [&] {
+        if (!item.IsEmpty())
+            lengths = {std::min(lengths.shortest, item.Shortest()),
+                       std::max(lengths.longest, item.Longest())};
+        item = {};
+    };
     for (std::size_t at = 0; at < list.size();) {
         Part const part = ReadPart(list, at);
-        at = part.end;
-        switch (part.kind) {
-        case ItemPart::Separator: low = high = consumable = 0; break;
-        case ItemPart::Exclusion: at = EndOfItem(list, at); break;
-        case ItemPart::AnyOne: ++consumable; break;
-        case ItemPart::Literals: consumable += low += part.text.size(); break;
-        case ItemPart::ToDigits: high += part.text.size(); break;
-        case ItemPart::ToLetter:
-        case ItemPart::StrayDash:
-        case ItemPart::Foreign: break;
-        }
-        longest = std::max({longest, consumable, high});
+        at = part.kind == ItemPart::Exclusion ? EndOfItem(list, part.end) : part.end;
+        if (part.kind == ItemPart::Separator)
+            endItem();
+        else if (part.kind != ItemPart::Exclusion)
+            item.Add(part);
     }
-    return longest;
+    endItem();
+    return {std::min(lengths.shortest, lengths.longest), lengths.longest};
 }
 
 } // namespace CallRecordingUtils

@@ -31,8 +31,15 @@ bool ExcludesCandidate(std::string_view list, std::string_view candidate);
 /// Both tests: accepted and not excluded.
 bool AdmitsCandidate(std::string_view list, std::string_view candidate, Consumed& consumed);
 
-/// Returns a length that no candidate accepted by list exceeds.
-std::size_t LongestCandidate(std::string_view list);
+/// Bounds of a length.
+struct Lengths {
+    std::size_t shortest;
+    std::size_t longest;
+};
+
+/// Returns the lengths between which every candidate lies that list accepts. The longest is at
+/// least the shortest, which is at least 1.
+Lengths CandidateLengths(std::string_view list);
 
 } // namespace CallRecordingUtils
 

@@ -1,8 +1,7 @@
 /// @file
 /// A deliberately naive matcher, which the real one is compared with: plain recursion over copies
-/// of the remaining texts, shortest runs first. Its time is exponential in the number of "*" and
-/// range expressions of the pattern. What a group admits it asks the library, whose item lists are
-/// tested apart.
+/// of the remaining texts, shortest runs first. All that it remembers is what failed before, so
+/// that its time ends. What a group admits it asks the library, whose item lists are tested apart.
 
 #ifndef TESTS_SUPPORT_SLOWMATCHER_H
 #define TESTS_SUPPORT_SLOWMATCHER_H
@@ -10,7 +9,9 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 
 #include <callrecordingutils/CCallRecordingAssistant.h>
 
@@ -54,8 +55,13 @@ inline bool Takes(CCallRecordingAssistant const& library, char construct, std::s
     return true;
 }
 
+/// The lengths of what was left of address and pattern, where they did not match.
+using Failures = std::set<std::pair<std::size_t, std::size_t>>;
+
 inline Answer Match(CCallRecordingAssistant const& library, std::string const& address,
-                    std::string const& pattern) {
+                    std::string const& pattern, Failures&& failed = {}) {
+    if (failed.count({address.size(), pattern.size()}) != 0)
+        return std::nullopt;
     if (pattern.empty())
         return address.empty() ? Answer(Counts{}) : std::nullopt;
     char const c = pattern[0];
@@ -67,11 +73,14 @@ inline Answer Match(CCallRecordingAssistant const& library, std::string const& a
         return std::nullopt;
     std::size_t const longest = c == '*' || c == '<' ? address.size() : 1;
     for (std::size_t n = c == '*' ? 0 : 1; n <= std::min(longest, address.size()); ++n) {
-        Answer answer = Match(library, address.substr(n), pattern.substr(end + 1));
+        Answer answer =
+            Match(library, address.substr(n), pattern.substr(end + 1), std::move(failed));
         std::string const list = isGroup ? pattern.substr(1, end - 1) : "";
         if (answer && Takes(library, c, list, address.substr(0, n), *answer))
             return answer;
     }
+    if (address.size() > 8) // Others are sooner matched than remembered.
+        failed.emplace(address.size(), pattern.size());
     return std::nullopt;
 }
 

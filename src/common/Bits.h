@@ -1,0 +1,34 @@
+// Single bits of a word. (The standard library has these from C++20 on.)
+
+#ifndef COMMON_BITS_H
+#define COMMON_BITS_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace CallRecordingUtils {
+
+using Word = std::uint64_t;
+inline constexpr std::size_t kWordBits = 64;
+
+/// Every six bits in a row of this number are different, so that the top six bits of the number,
+/// shifted to the left, tell how far it was shifted.
+inline constexpr Word kSixBitsEach = 0x03f79d71b4cb0a89;
+
+constexpr std::array<std::uint8_t, kWordBits> MakeShiftTable() {
+    std::array<std::uint8_t, kWordBits> table{};
+    for (std::size_t shift = 0; shift < kWordBits; ++shift)
+        table[(kSixBitsEach << shift) >> (kWordBits - 6)] = static_cast<std::uint8_t>(shift);
+    return table;
+}
+inline constexpr std::array<std::uint8_t, kWordBits> kShiftTable = MakeShiftTable();
+
+/// Returns the place of the lowest bit of word that is set. REQUIRES: word is not 0.
+constexpr std::size_t LowestBit(Word word) {
+    return kShiftTable[((word & (~word + 1)) * kSixBitsEach) >> (kWordBits - 6)];
+}
+
+} // namespace CallRecordingUtils
+
+#endif
