@@ -18,14 +18,14 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t SIZES[] = {10, 100, 1000, 10000};
-constexpr char const* GROUPS[] = {"early", "late", "never"};
+constexpr std::size_t kSizes[] = {10, 100, 1000, 10000};
+constexpr char const* kGroups[] = {"early", "late", "never"};
 
 struct MixName {
     Mix mix;
     char const* name;
 };
-constexpr MixName MIXES[] = {
+constexpr MixName kMixes[] = {
     {Mix::Numbers, "(a) numbers"}, {Mix::Sip, "(b) SIP"}, {Mix::BothSides, "(c) both sides"}};
 
 std::string Name(std::string const& engine, Mix mix, bool hasRanges, std::size_t size,
@@ -144,11 +144,11 @@ void PrintRow(MixName const& mix, std::size_t size, char const* calls, Times con
 /// Prints the rows of a list and returns the mean over its calls.
 Times PrintList(Results const& results, MixName const& mix, std::size_t size) {
     Times mean;
-    for (char const* group : GROUPS) {
+    for (char const* group : kGroups) {
         Times const times = ReadTimes(results, mix.mix, size, group);
         PrintRow(mix, size, group, times);
         for (auto const& [engine, time] : times)
-            mean[engine] += time / double{std::size(GROUPS)};
+            mean[engine] += time / double{std::size(kGroups)};
     }
     PrintRow(mix, size, "mean", mean);
     return mean;
@@ -158,8 +158,8 @@ Times PrintList(Results const& results, MixName const& mix, std::size_t size) {
 
 void MeasureDecisions(Bench const& bench) {
     std::list<Contest> contests;
-    for (std::size_t size : SIZES) {
-        for (MixName const& mix : MIXES) {
+    for (std::size_t size : kSizes) {
+        for (MixName const& mix : kMixes) {
             contests.emplace_back(bench, MakeRules(mix.mix, size, mix.mix != Mix::Sip));
             if (mix.mix != Mix::Sip)
                 contests.emplace_back(bench, MakeRules(mix.mix, size, false));
@@ -180,8 +180,8 @@ void MeasureDecisions(Bench const& bench) {
     for (char const* engine : {"PCRE2", "RE2", "fnmatch"})
         few[engine] = many[engine] = std::numeric_limits<double>::max();
     double walks = 0;
-    for (MixName const& mix : MIXES) {
-        for (std::size_t size : SIZES) {
+    for (MixName const& mix : kMixes) {
+        for (std::size_t size : kSizes) {
             Times const mean = PrintList(results, mix, size);
             for (auto& [engine, lowest] : size == 10 ? few : many)
                 lowest = std::min(lowest, Ratio(mean, engine.c_str()));

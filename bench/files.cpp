@@ -30,7 +30,7 @@ namespace {
 
 using namespace CallRecordingUtils;
 
-constexpr std::size_t RULES = 10000;
+constexpr std::size_t kRules = 10000;
 
 /// The rules as inih reads them, in the way that its documentation shows.
 class IniRules {
@@ -145,7 +145,7 @@ void RegisterEdit(char const* name, RuleDirectory const& directory, std::string 
 } // namespace
 
 void MeasureFiles(Bench const& bench) {
-    std::vector<Rule> const rules = MakeRules(Mix::Numbers, RULES, true).rules;
+    std::vector<Rule> const rules = MakeRules(Mix::Numbers, kRules, true).rules;
     std::string const text = RuleFileText(rules);
     bench.Load(rules);
     IniRules ini(bench.directory.File("rules.ini"), text);
@@ -177,7 +177,7 @@ void MeasureFiles(Bench const& bench) {
                  [&] { WriteDurably(bench.directory, ReadWhole(bench.directory.RuleFile())); });
     results.RunRounds(bench.isQuick ? 5 : 25);
 
-    fmt::print("\n3. A rule file of {} rules, {} bytes.\n\n", RULES, text.size());
+    fmt::print("\n3. A rule file of {} rules, {} bytes.\n\n", kRules, text.size());
     for (char const* name :
          {"load, library", "load, inih", "AddRule", "plain read and durable write"})
         fmt::print("{:<30} {:>9}\n", name, Duration(results.Median(name)));

@@ -17,9 +17,9 @@
 namespace bench {
 namespace {
 
-constexpr std::array<std::size_t, 7> LENGTHS{64, 128, 256, 512, 1024, 2048, 4096};
-constexpr std::size_t FIRST_FITTED = 3; // Below it constant costs hide the growth.
-constexpr char const* ENGINES[] = {"decision", "with counts", "PCRE2", "RE2"};
+constexpr std::array<std::size_t, 7> kLengths{64, 128, 256, 512, 1024, 2048, 4096};
+constexpr std::size_t kFirstFitted = 3; // Below it constant costs hide the growth.
+constexpr char const* kEngines[] = {"decision", "with counts", "PCRE2", "RE2"};
 
 std::string Repeat(std::string const& text, std::size_t times) {
     std::string repeated;
@@ -66,14 +66,14 @@ struct Family {
 
 // The items of the range expression accept the same texts everywhere: between equally wide ends
 // stand digits only.
-constexpr char const* RANGE = "<1-9,10-99,100-999>";
+constexpr char const* kRange = "<1-9,10-99,100-999>";
 
 std::vector<Family> Families() {
     std::vector<Family> families;
     for (std::size_t count : {10, 20, 40})
         families.push_back({"\"*a\"", "*a", count, "", "*b", 'a', 'x'});
     for (std::size_t count : {10, 20, 30})
-        families.push_back({"range expression", RANGE, count, "*", "*b", '1', 'x'});
+        families.push_back({"range expression", kRange, count, "*", "*b", '1', 'x'});
     return families;
 }
 
@@ -133,9 +133,9 @@ void Register(Bench const& bench, Family const& family, char const* engine, std:
 /// squares.
 double Growth(std::vector<double> const& times) {
     double sumX = 0, sumY = 0, sumXX = 0, sumXY = 0;
-    std::size_t const count = LENGTHS.size() - FIRST_FITTED;
-    for (std::size_t i = FIRST_FITTED; i < LENGTHS.size(); ++i) {
-        double const x = std::log(static_cast<double>(LENGTHS[i]));
+    std::size_t const count = kLengths.size() - kFirstFitted;
+    for (std::size_t i = kFirstFitted; i < kLengths.size(); ++i) {
+        double const x = std::log(static_cast<double>(kLengths[i]));
         double const y = std::log(times[i]);
         sumX += x, sumY += y, sumXX += x * x, sumXY += x * y;
     }
@@ -148,8 +148,8 @@ void PrintHead() {
         "\n2. Hostile patterns: three addresses against one pattern, by address length.\n"
         "In brackets the time after which an engine gives up without an answer. Growth is the\n"
         "exponent fitted to the lengths from {} on.\n\n{:<21} {:<11}",
-        LENGTHS[FIRST_FITTED], "", "");
-    for (std::size_t length : LENGTHS)
+        kLengths[kFirstFitted], "", "");
+    for (std::size_t length : kLengths)
         fmt::print(" {:>9}", length);
     fmt::print(" {:>7}\n", "growth");
 }
@@ -160,7 +160,7 @@ double PrintRow(Results const& results, std::set<std::string> const& givenUp, Fa
     fmt::print("{:<21} {:<11}", family.Title(), engine);
     std::vector<double> times;
     bool hasAnswers = true;
-    for (std::size_t length : LENGTHS) {
+    for (std::size_t length : kLengths) {
         std::string const name = Name(engine, family, length);
         bool const isAnswer = givenUp.count(name) == 0;
         times.push_back(results.Median(name));
@@ -180,9 +180,9 @@ void MeasureHostilePatterns(Bench const& bench) {
     std::set<std::string> givenUp;
     for (Family const& family : Families()) {
         Matcher const library = MakeMatcher("with counts", family.Pattern(), bench);
-        for (char const* engine : ENGINES) {
+        for (char const* engine : kEngines) {
             Matcher const matcher = MakeMatcher(engine, family.Pattern(), bench);
-            for (std::size_t length : LENGTHS) {
+            for (std::size_t length : kLengths) {
                 if (!Answers(family, length, matcher, library))
                     givenUp.insert(Name(engine, family, length));
                 Register(bench, family, engine, length);
@@ -193,9 +193,9 @@ void MeasureHostilePatterns(Bench const& bench) {
 
     PrintHead();
     for (Family const& family : Families()) {
-        for (char const* engine : ENGINES) {
+        for (char const* engine : kEngines) {
             double const growth = PrintRow(results, givenUp, family, engine);
-            if (engine == ENGINES[0] || engine == ENGINES[1])
+            if (engine == kEngines[0] || engine == kEngines[1])
                 bench.targets.AtMost(fmt::format("growth of {}, {}", family.Title(), engine), 2,
                                      growth, "");
         }

@@ -15,12 +15,14 @@
 
 // The whole process allocates through these: the executable's symbols come before those of the C
 // library, for the shared library under test as well.
+// NOLINTBEGIN(readability-identifier-naming): names of the C library.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* old, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 }
+// NOLINTEND(readability-identifier-naming)
 
 namespace {
 
@@ -38,6 +40,7 @@ thread_local Allocations allocations;
 
 } // namespace
 
+// NOLINTBEGIN(readability-identifier-naming): names of the C library.
 extern "C" {
 void* malloc(std::size_t size) {
     allocations.Add(size);
@@ -79,10 +82,10 @@ struct Row {
     Mix mix;
     CallType type;
 };
-constexpr Row ROWS[] = {{"(a) numbers", Mix::Numbers, CALL_TYPE_NUMBER},
-                        {"(b) SIP", Mix::Sip, CALL_TYPE_SIP},
-                        {"(c) both sides, number calls", Mix::BothSides, CALL_TYPE_NUMBER},
-                        {"(c) both sides, SIP calls", Mix::BothSides, CALL_TYPE_SIP}};
+constexpr Row kRows[] = {{"(a) numbers", Mix::Numbers, CALL_TYPE_NUMBER},
+                         {"(b) SIP", Mix::Sip, CALL_TYPE_SIP},
+                         {"(c) both sides, number calls", Mix::BothSides, CALL_TYPE_NUMBER},
+                         {"(c) both sides, SIP calls", Mix::BothSides, CALL_TYPE_SIP}};
 
 std::vector<Call> CallsOfType(RuleList const& list, CallType type) {
     std::vector<Call> calls = MakeRandomCalls(list, 400);
@@ -101,7 +104,7 @@ void MeasureMemory(Bench const& bench) {
         "rules", "", "allocations", "bytes", "bytes per rule");
     std::size_t numbers = 0;
     std::size_t perRule = 0;
-    for (Row const& row : ROWS) {
+    for (Row const& row : kRows) {
         std::size_t ofFew = 0;
         for (std::size_t size : {10, 10000}) {
             RuleList const list = MakeRules(row.mix, size, true);

@@ -5,7 +5,7 @@
 #define PLATFORM_LOGSTREAM_H
 
 #include <cstdarg>
-#include <string>
+#include <memory>
 
 /// Appends entries to one log file. Not thread-safe: its user serialises. No failure to open or
 /// write the file ever reaches the caller; the entries are lost then.
@@ -30,9 +30,8 @@ class LogStream {
     void Flush();
 
   private:
-    int mFile;
-    unsigned long mHighestLevel;
-    std::string mPending;
+    class Impl;
+    std::unique_ptr<Impl> mImpl; // None when there was no memory for it.
 };
 
 /// Sets *isEnabled to whether tracing is on: the environment variable QUVA_LOG_LEVEL is a number.

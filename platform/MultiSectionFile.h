@@ -105,7 +105,7 @@ class PLATFORM_EXPORT MultiSectionFile {
 
   private:
     class Impl;
-    std::unique_ptr<Impl> mpImpl;
+    std::unique_ptr<Impl> mImpl;
 };
 
 } // namespace Configuration

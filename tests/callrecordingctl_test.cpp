@@ -169,7 +169,7 @@ TEST_F(Client, SetsUpExplainsAndReordersRules) {
     }
 }
 
-constexpr char FAULTY_RULES[] = "{\ncallrecordingrule_id=1\ncaller_pattern=*\ncaller_call_type=3\n"
+constexpr char kFaultyRules[] = "{\ncallrecordingrule_id=1\ncaller_pattern=*\ncaller_call_type=3\n"
                                 "called_pattern=<5-1>\ncalled_call_type=7\ncall_recording_type=0\n"
                                 "recording_rule_state=1\n}\n{\ncallrecordingrule_id=1\n"
                                 "caller_pattern =1\ncaller_call_type=0\ncalled_pattern={1-5}\n"
@@ -177,7 +177,7 @@ constexpr char FAULTY_RULES[] = "{\ncallrecordingrule_id=1\ncaller_pattern=*\nca
                                 "recording_rule_state=1\n}\n";
 
 TEST_F(Client, ExitsWithItsCodesAndNamesTheCulprit) {
-    dir.WriteRules(FAULTY_RULES);
+    dir.WriteRules(kFaultyRules);
     std::string const path = dir.Path(TempDir::RULE_FILE);
     Row const rows[] = {
         {"check [1,2] \\\\*7 --type any", 0, "[1,2]\n#7\n", "is stored as a code"},
@@ -207,7 +207,7 @@ TEST_F(Client, ExitsWithItsCodesAndNamesTheCulprit) {
     };
     for (Row const& row : rows)
         Expect(row);
-    EXPECT_EQ(dir.ReadRules(), FAULTY_RULES);
+    EXPECT_EQ(dir.ReadRules(), kFaultyRules);
 }
 
 TEST_F(Client, FindsRulesThatCanNeverDecide) {

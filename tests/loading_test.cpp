@@ -98,10 +98,10 @@ TEST_F(Loading, BasicViewMergesMirroredPairs) {
     EXPECT_TRUE(db.IsIdenticallRules(&rule, entry));
 }
 
-constexpr char FAILED[] = "Loading Call Recording configuration failed\n";
-constexpr char LOADED[] = "Loaded: Call Recording Configuration\n";
-constexpr char ALREADY[] = "Call Recording Configuration is already loaded\n";
-constexpr char RELOADING[] = "Reloading: Call Recording Configuration\n";
+constexpr char kFailed[] = "Loading Call Recording configuration failed\n";
+constexpr char kLoaded[] = "Loaded: Call Recording Configuration\n";
+constexpr char kAlready[] = "Call Recording Configuration is already loaded\n";
+constexpr char kReloading[] = "Reloading: Call Recording Configuration\n";
 
 TEST_F(Loading, InstanceAndLoggerLiveFromTheFirstReferenceToTheLast) {
     dir.WriteRules(Section(kA));
@@ -122,7 +122,7 @@ TEST_F(Loading, InstanceAndLoggerLiveFromTheFirstReferenceToTheLast) {
     CCallRecordingDB::CloseInstance();
     EXPECT_EQ(CCallRecordingDB::mpInstance, nullptr);
     EXPECT_EQ(CCallRecordingDB::mpLogger, nullptr);
-    EXPECT_EQ(Trace(), LOADED + std::string(ALREADY) + ALREADY + RELOADING + LOADED);
+    EXPECT_EQ(Trace(), kLoaded + std::string(kAlready) + kAlready + kReloading + kLoaded);
     CCallRecordingAssistant first(false);
     CCallRecordingAssistant second(true); // Comes too late for a log.
     EXPECT_EQ(second.GetLogger(), nullptr);
@@ -139,8 +139,8 @@ TEST_F(Loading, AFailedLoadKeepsWhatWasReadAndCountsAsLoaded) {
     EXPECT_TRUE(db->GetCallRecordingRules().empty());
     dir.WriteRules("");
     EXPECT_TRUE(db->Reload());
-    EXPECT_EQ(Trace(), FAILED + std::string(LOADED) + ALREADY + RELOADING + FAILED + LOADED +
-                           RELOADING + LOADED);
+    EXPECT_EQ(Trace(), kFailed + std::string(kLoaded) + kAlready + kReloading + kFailed + kLoaded +
+                           kReloading + kLoaded);
 }
 
 TEST_F(Loading, TheDirectoryIsJoinedAsPlainTextAndReadAgain) {

@@ -21,7 +21,7 @@ namespace {
 
 using namespace std::string_literals;
 
-std::string const TWO = "{\nk=1\n}\n{\nk=2\n}\n";
+std::string const kTwo = "{\nk=1\n}\n{\nk=2\n}\n";
 
 /// Returns why the file at path is refused; empty when it is not.
 std::string Refusal(std::string const& path) {
@@ -149,7 +149,7 @@ TEST(MultiSectionFileTest, TheCursorWalksBothWays) {
 
 TEST(MultiSectionFileTest, TakesNoEntryThatItCouldNotGiveBack) {
     TempDir dir;
-    dir.Write("rules", TWO);
+    dir.Write("rules", kTwo);
     RuleFile file(dir.Path("rules"));
     file.GotoNextSection();
     std::string area(SmartBuffer().GetCapacity() - 1, 'x');
@@ -158,7 +158,7 @@ TEST(MultiSectionFileTest, TakesNoEntryThatItCouldNotGiveBack) {
     for (char const* const key : {"", " k", "#k", "k=", "k\n"})
         EXPECT_ANY_THROW(file.SetSectionEntry(key, "1")) << key;
     file.Save(true, nullptr);
-    EXPECT_EQ(dir.Read("rules"), TWO);
+    EXPECT_EQ(dir.Read("rules"), kTwo);
 
     file.SetSectionEntry("k", area.c_str());
     EXPECT_EQ(file.Value("k"), area);
@@ -171,7 +171,7 @@ TEST(MultiSectionFileTest, TakesNoEntryThatItCouldNotGiveBack) {
 
 TEST(MultiSectionFileTest, SaveKeepsTheModeAndFollowsLinks) {
     TempDir dir;
-    dir.Write("real/rules", TWO);
+    dir.Write("real/rules", kTwo);
     ASSERT_EQ(chmod(dir.Path("real/rules").c_str(), 0640), 0);
     std::filesystem::create_symlink("real/rules", dir.Path("inner"));
     std::filesystem::create_symlink(dir.Path("inner"), dir.Path("outer"));
@@ -183,7 +183,7 @@ TEST(MultiSectionFileTest, SaveKeepsTheModeAndFollowsLinks) {
         file.Save(true, nullptr);
         EXPECT_TRUE(std::filesystem::is_symlink(dir.Path(name)));
     }
-    EXPECT_EQ(dir.Read("real/rules"), TWO + "{\n}\n");
+    EXPECT_EQ(dir.Read("real/rules"), kTwo + "{\n}\n");
     EXPECT_EQ(dir.Read("real/new"), "{\n}\n");
     for (auto const& [name, mode] : {std::pair{"outer", 0640u}, {"dangling", 0664u}}) {
         struct stat status = {};

@@ -84,10 +84,10 @@ bool FollowLink(std::string& link) {
 /// link itself would be replaced, and its file be left as it was.
 Place Resolve(std::string const& path) {
     // As many as the kernel follows.
-    constexpr int MOST_LINKS = 40;
+    constexpr int kMostLinks = 40;
     std::string end(path);
     for (int links = 0; FollowLink(end); ++links)
-        if (links == MOST_LINKS)
+        if (links == kMostLinks)
             Fail(path, "cannot be looked up", ELOOP);
     Place place = Split(end);
     if (place.name.empty())
@@ -150,7 +150,7 @@ class Temporary {
 int Temporary::Create(std::string const& name, mode_t mode) {
     static std::atomic<unsigned> counter{0};
     // A name is taken only where a process of the same number was killed, so there are few.
-    constexpr int MOST_NAMES = 1000;
+    constexpr int kMostNames = 1000;
     for (int names = 1;; ++names) {
         name_ = name + "." + std::to_string(getpid()) + "." + std::to_string(counter++) + ".tmp";
         int const file = Uninterrupted([&] {
@@ -159,7 +159,7 @@ int Temporary::Create(std::string const& name, mode_t mode) {
         });
         if (file >= 0)
             return file;
-        if (errno != EEXIST || names == MOST_NAMES)
+        if (errno != EEXIST || names == kMostNames)
             Fail(path_, "a temporary file cannot be made beside it");
     }
 }
@@ -243,8 +243,8 @@ std::string ReadFile(std::string const& path) {
         Fail(path, "is no regular file", EINVAL);
 
     // More than the file has: its end shows without growing the text, and an edit finds room.
-    constexpr std::size_t ROOM = 4096;
-    std::string text(static_cast<std::size_t>(status.st_size) + ROOM, '\0');
+    constexpr std::size_t kRoom = 4096;
+    std::string text(static_cast<std::size_t>(status.st_size) + kRoom, '\0');
     std::size_t length = 0;
     for (;;) {
         ssize_t const count = Uninterrupted(

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <exception>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include <fcntl.h>
@@ -20,7 +21,7 @@
 namespace {
 
 /// Entries that are not flushed are handed to the file once they have grown to this size.
-constexpr std::size_t MOST_PENDING = 65536;
+constexpr std::size_t kMostPending = 65536;
 
 /// The number in QUVA_LOG_LEVEL, the greatest there is for a greater one; nothing when it is no
 /// number.
@@ -52,8 +53,8 @@ int OpenLog(std::string const& path) {
 /// Appends format, expanded with arguments, to text.
 void AppendFormatted(std::string& text, char const* format, va_list& arguments) {
     va_list measured;
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the logger has initialised them.
     va_copy(measured, arguments);
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy has initialised it.
     int const length = std::vsnprintf(nullptr, 0, format, measured);
     va_end(measured);
     if (length < 0)
@@ -70,8 +71,8 @@ void AppendFormatted(std::string& text, char const* format, va_list& arguments) 
 
 /// Writes text as far as the file takes it.
 void WriteLog(int file, std::string_view text) {
-    constexpr int MOST_INTERRUPTIONS = 10;
-    for (int interruptions = 0; !text.empty() && interruptions < MOST_INTERRUPTIONS;) {
+    constexpr int kMostInterruptions = 10;
+    for (int interruptions = 0; !text.empty() && interruptions < kMostInterruptions;) {
         ssize_t const count = write(file, text.data(), text.size());
         if (count > 0)
             text.remove_prefix(static_cast<std::size_t>(count));
@@ -84,41 +85,65 @@ void WriteLog(int file, std::string_view text) {
 
 } // namespace
 
+class LogStream::Impl {
+  public:
+    // Without a level nothing is dropped: whether to trace at all is GetLogLevel's to say.
+    explicit Impl(char const* name)
+        : highestLevel_(LogLevel().value_or(ULONG_MAX)), file_(OpenLog(LogPath(name))) {}
+
+    ~Impl() {
+        Flush();
+        if (file_ >= 0)
+            close(file_);
+    }
+
+    Impl(Impl const&) = delete;
+    Impl& operator=(Impl const&) = delete;
+
+    void Add(unsigned char level, char const* format, va_list& arguments) {
+        if (file_ < 0 || level > highestLevel_)
+            return;
+        AppendFormatted(pending_, format, arguments);
+        if (pending_.size() >= kMostPending)
+            Flush();
+    }
+
+    void Flush() {
+        if (file_ >= 0)
+            WriteLog(file_, pending_);
+        pending_.clear();
+    }
+
+  private:
+    unsigned long const highestLevel_;
+    int const file_;
+    std::string pending_;
+};
+
 LogStream::LogStream(char const* name, bool /*option1*/, bool /*option2*/, int /*option3*/,
-                     int /*option4*/, unsigned /*option5*/, bool /*option6*/)
-    : mFile(-1), mHighestLevel(ULONG_MAX) {
+                     int /*option4*/, unsigned /*option5*/, bool /*option6*/) {
     try {
-        // Without a level nothing is dropped: whether to trace at all is GetLogLevel's to say.
-        mHighestLevel = LogLevel().value_or(ULONG_MAX);
-        mFile = OpenLog(LogPath(name));
+        mImpl = std::make_unique<Impl>(name);
     } catch (std::exception const&) {
         // Without memory there is no log.
     }
 }
 
-LogStream::~LogStream() {
-    Flush();
-    if (mFile >= 0)
-        close(mFile);
-}
+LogStream::~LogStream() = default;
 
 void LogStream::TRACE(unsigned char level, char const* format, va_list& arguments,
                       unsigned char /*option*/) {
-    if (mFile < 0 || level > mHighestLevel)
-        return;
     try {
-        AppendFormatted(mPending, format, arguments);
+        if (mImpl != nullptr)
+            mImpl->Add(level, format, arguments);
     } catch (std::exception const&) {
-        return; // No memory: the entry is lost.
+        // Without memory the entry is lost.
     }
-    if (mPending.size() >= MOST_PENDING)
-        Flush();
 }
 
 void LogStream::Flush() {
-    if (mFile >= 0)
-        WriteLog(mFile, mPending);
-    mPending.clear();
+    if (mImpl != nullptr)
+        mImpl->Flush();
 }
 
 void GetLogLevel(bool* isEnabled, bool* /*unused*/) {

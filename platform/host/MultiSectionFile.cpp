@@ -19,7 +19,7 @@ namespace Configuration {
 namespace {
 
 /// The longest value that still fits, with its NUL, into a SmartBuffer.
-constexpr std::size_t LONGEST_VALUE = 64 * 1024 - 1;
+constexpr std::size_t kLongestValue = 64 * 1024 - 1;
 
 /// Where in the text the lines begin that open and close a section.
 struct Section {
@@ -74,13 +74,13 @@ std::string_view WithoutTrailingBlanks(std::string_view text) {
 
 /// text for a message: of bounded length, and unable to steer a terminal.
 std::string Quoted(std::string_view text) {
-    constexpr std::size_t MOST_SHOWN = 60;
-    std::string quoted(text.substr(0, MOST_SHOWN));
+    constexpr std::size_t kMostShown = 60;
+    std::string quoted(text.substr(0, kMostShown));
     auto const isControl = [](char c) {
         return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
     };
     std::replace_if(quoted.begin(), quoted.end(), isControl, '?');
-    return '"' + quoted + (text.size() > MOST_SHOWN ? "...\"" : "\"");
+    return '"' + quoted + (text.size() > kMostShown ? "...\"" : "\"");
 }
 
 /// A null pointer would otherwise end the process.
@@ -322,9 +322,9 @@ void MultiSectionFile::Impl::RequireStorable(std::string_view key, std::string_v
         Fail(Quoted(key) + " cannot be a key");
     if (HasLineBreak(value))
         Fail("the new value of " + Quoted(key) + " has a line break");
-    if (value.size() > LONGEST_VALUE) {
+    if (value.size() > kLongestValue) {
         Fail("the new value of " + Quoted(key) + " has " + std::to_string(value.size()) +
-             " characters, expected at most " + std::to_string(LONGEST_VALUE));
+             " characters, expected at most " + std::to_string(kLongestValue));
     }
 }
 
@@ -426,49 +426,49 @@ MultiSectionFile::MultiSectionFile(char const* path, bool /*flag1*/, bool /*flag
                                    char const* /*unused1*/, char const* sectionOpen,
                                    char const* sectionClose, char const* separator,
                                    char const* comment, char const* /*unused2*/)
-    : mpImpl(std::make_unique<Impl>(Required(path), Required(sectionOpen), Required(sectionClose),
-                                    Required(separator), Required(comment))) {}
+    : mImpl(std::make_unique<Impl>(Required(path), Required(sectionOpen), Required(sectionClose),
+                                   Required(separator), Required(comment))) {}
 
 MultiSectionFile::~MultiSectionFile() = default;
 
 void MultiSectionFile::Restart() {
-    mpImpl->Restart();
+    mImpl->Restart();
 }
 
 int MultiSectionFile::GotoNextSection() {
-    return mpImpl->GotoNextSection();
+    return mImpl->GotoNextSection();
 }
 
 int MultiSectionFile::GotoPreviousSection() {
-    return mpImpl->GotoPreviousSection();
+    return mImpl->GotoPreviousSection();
 }
 
 int MultiSectionFile::GetSectionEntry(char const* key, char* buffer, unsigned size) {
-    return mpImpl->GetSectionEntry(Required(key), buffer, size);
+    return mImpl->GetSectionEntry(Required(key), buffer, size);
 }
 
 int MultiSectionFile::SetSectionEntry(char const* key, char const* value) {
-    return mpImpl->SetSectionEntry(Required(key), Required(value));
+    return mImpl->SetSectionEntry(Required(key), Required(value));
 }
 
 int MultiSectionFile::AddSection(bool /*flag*/) {
-    return mpImpl->AddSection();
+    return mImpl->AddSection();
 }
 
 int MultiSectionFile::DeleteSection() {
-    return mpImpl->DeleteSection();
+    return mImpl->DeleteSection();
 }
 
 int MultiSectionFile::Save(bool /*flag*/, char const* /*unused*/) {
-    return mpImpl->Save();
+    return mImpl->Save();
 }
 
 std::size_t MultiSectionFile::GetSectionLine() {
-    return mpImpl->GetSectionLine();
+    return mImpl->GetSectionLine();
 }
 
 std::vector<std::pair<std::string, std::size_t>> MultiSectionFile::GetEntryLines() {
-    return mpImpl->GetEntryLines();
+    return mImpl->GetEntryLines();
 }
 
 } // namespace Configuration

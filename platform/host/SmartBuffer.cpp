@@ -5,12 +5,12 @@
 
 namespace {
 
-constexpr std::uint32_t CAPACITY = 64 * 1024;
+constexpr std::uint32_t kCapacity = 64 * 1024;
 
 } // namespace
 
 // Not std::make_unique: that would clear the whole area, of which one value uses a few bytes.
-SmartBuffer::SmartBuffer() : mData(new char[CAPACITY]) {}
+SmartBuffer::SmartBuffer() : mData(new char[kCapacity]) {}
 
 SmartBuffer::~SmartBuffer() = default;
 
@@ -19,5 +19,5 @@ char* SmartBuffer::GetData() {
 }
 
 std::uint32_t SmartBuffer::GetCapacity() const {
-    return CAPACITY;
+    return kCapacity;
 }

@@ -59,7 +59,7 @@ bool IsInNumberRange(std::string_view candidate, std::string_view low, std::stri
 /// The methods return true when the candidate is accepted.
 class ItemWalk {
   public:
-    enum Extent { ManyItems, OneItem };
+    enum Extent { kManyItems, kOneItem };
 
     ItemWalk(std::string_view list, std::string_view candidate, Extent extent)
         : list_(list), candidate_(candidate), extent_(extent), remaining_(candidate) {}
@@ -100,7 +100,7 @@ class ItemWalk {
 
     // Where there is one item only, its end is not searched for: an exclusion value can hold any
     // number of "!".
-    void SkipItem() { at_ = extent_ == OneItem ? list_.size() : EndOfItem(list_, at_); }
+    void SkipItem() { at_ = extent_ == kOneItem ? list_.size() : EndOfItem(list_, at_); }
 
     void FailItem() {
         consumed_ = {};
@@ -212,7 +212,7 @@ class ItemLengths {
 } // namespace
 
 bool AcceptsCandidate(std::string_view list, std::string_view candidate, Consumed& consumed) {
-    ItemWalk walk(list, candidate, ItemWalk::ManyItems);
+    ItemWalk walk(list, candidate, ItemWalk::kManyItems);
     bool const accepted = walk.Run();
     consumed = walk.GetConsumed();
     return accepted;
@@ -221,7 +221,7 @@ bool AcceptsCandidate(std::string_view list, std::string_view candidate, Consume
 bool ExcludesCandidate(std::string_view list, std::string_view candidate) {
     ExclusionReader exclusions(list);
     while (exclusions.Next())
-        if (ItemWalk(exclusions.Value(), candidate, ItemWalk::OneItem).Run())
+        if (ItemWalk(exclusions.Value(), candidate, ItemWalk::kOneItem).Run())
             return true;
     return false;
 }

@@ -7,12 +7,12 @@
 namespace CallRecordingUtils {
 namespace {
 
-constexpr std::size_t npos = std::string_view::npos;
+constexpr std::size_t kNone = std::string_view::npos;
 
 /// Returns the bracket of text at or behind the place at, or '\0'; at becomes its place.
 char NextBracket(std::string_view text, std::size_t& at) {
     at = text.find_first_of("[]{}", at);
-    return at == npos ? '\0' : text[at];
+    return at == kNone ? '\0' : text[at];
 }
 
 char ClosingOf(char opening) {
@@ -21,8 +21,8 @@ char ClosingOf(char opening) {
 
 /// A closing bracket and the opening one of the other kind that stands before it.
 struct WrongPair {
-    std::size_t opening = npos;
-    std::size_t closing = npos;
+    std::size_t opening = kNone;
+    std::size_t closing = kNone;
 };
 
 /// Returns the first two neighbours among the brackets of text that look like a pair of two kinds.
@@ -52,16 +52,16 @@ WrongPair FindWrongPair(std::string_view text) {
 } // namespace
 
 Finding FirstMisplacedBracket(std::string_view text, Brackets brackets) {
-    std::size_t open = npos;
+    std::size_t open = kNone;
     for (std::size_t at = 0; at < text.size(); ++at) {
         bool const isOpening = text[at] == brackets.opening;
         if (!isOpening && text[at] != brackets.closing)
             continue;
-        if (isOpening && open != npos)
+        if (isOpening && open != kNone)
             return {PatternFault::NestedGroup, at, 1};
-        if (!isOpening && open == npos)
+        if (!isOpening && open == kNone)
             return {PatternFault::UnopenedGroup, at, 1};
-        open = isOpening ? at : npos;
+        open = isOpening ? at : kNone;
     }
     return {PatternFault::UnclosedGroup, open, 1};
 }
@@ -71,7 +71,7 @@ Finding BlameWrongClosing(std::string_view text, Finding const& finding) {
                                  finding.fault == PatternFault::UnclosedGroup ||
                                  finding.fault == PatternFault::UnopenedGroup;
     WrongPair const pair = isAboutBrackets ? FindWrongPair(text) : WrongPair{};
-    if (pair.opening == npos || finding.position < pair.opening)
+    if (pair.opening == kNone || finding.position < pair.opening)
         return finding;
     return {PatternFault::WrongClosing, pair.closing, 1};
 }

@@ -66,10 +66,10 @@ constexpr Lookalike kLookalikes[] = {
 };
 
 std::string Name(std::uint32_t codePoint) {
-    constexpr char digits[] = "0123456789ABCDEF";
+    constexpr char kDigits[] = "0123456789ABCDEF";
     std::string name;
     for (; codePoint != 0 || name.size() < 4; codePoint >>= 4)
-        name.insert(name.begin(), digits[codePoint & 15U]);
+        name.insert(name.begin(), kDigits[codePoint & 15U]);
     return "U+" + name;
 }
 

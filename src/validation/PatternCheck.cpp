@@ -18,7 +18,7 @@
 namespace CallRecordingUtils {
 namespace {
 
-constexpr std::size_t npos = std::string_view::npos;
+constexpr std::size_t kNone = std::string_view::npos;
 
 struct ForbiddenPair {
     std::string_view pair;
@@ -46,28 +46,28 @@ Finding At(PatternFault fault, std::size_t position) {
 
 std::optional<Finding> CheckReservedCharacters(std::string_view text) {
     std::size_t const at = text.find_first_of(kEscapeCodes);
-    if (at == npos)
+    if (at == kNone)
         return std::nullopt;
     return At(PatternFault::ReservedCharacter, at);
 }
 
 std::optional<Finding> CheckBackslashes(std::string_view text) {
     std::size_t const at = text.find('\\');
-    if (at == npos)
+    if (at == kNone)
         return std::nullopt;
     return At(PatternFault::StrayBackslash, at);
 }
 
 std::optional<Finding> CheckFirstExclusion(std::string_view text) {
     std::size_t const at = text.find('!');
-    if (at == npos || GroupExtent(text).Covers(at))
+    if (at == kNone || GroupExtent(text).Covers(at))
         return std::nullopt;
     // Beside a bracket that lacks its partner the user means that group.
     std::size_t const before = text.find_last_of("[]{}", at);
-    if (before != npos && Contains(kOpenings, text[before]))
+    if (before != kNone && Contains(kOpenings, text[before]))
         return At(PatternFault::UnclosedGroup, before);
     std::size_t const after = text.find_first_of("[]{}", at);
-    if (after != npos && Contains(kClosings, text[after]))
+    if (after != kNone && Contains(kClosings, text[after]))
         return At(PatternFault::UnopenedGroup, after);
     return At(PatternFault::ExclusionOutsideGroup, at);
 }
@@ -107,9 +107,10 @@ std::optional<Finding> CheckForbiddenPairs(std::string_view text) {
 
 std::optional<Finding> CheckExtentOfSets(std::string_view text) {
     std::size_t closing = 0;
-    for (std::size_t opening = text.find('['); opening != npos; opening = text.find('[', closing)) {
+    for (std::size_t opening = text.find('['); opening != kNone;
+         opening = text.find('[', closing)) {
         closing = text.find(']', opening);
-        if (closing == npos)
+        if (closing == kNone)
             return FirstMisplacedBracket(text, kSetBrackets);
         std::size_t const wrong = text.find_first_of("[*]", opening + 1);
         if (text[wrong] == '[')
@@ -122,14 +123,14 @@ std::optional<Finding> CheckExtentOfSets(std::string_view text) {
 
 std::optional<Finding> CheckNoSeparator(std::string_view text, std::size_t begin, std::size_t end) {
     std::size_t const at = text.substr(0, end).find_first_of("-,", begin);
-    if (at == npos)
+    if (at == kNone)
         return std::nullopt;
     return At(PatternFault::SeparatorOutsideGroup, at);
 }
 
 std::optional<Finding> CheckTextBeforeGroups(std::string_view text) {
     std::size_t const opening = text.find_first_of(kOpenings);
-    return opening == npos ? std::nullopt : CheckNoSeparator(text, 0, opening);
+    return opening == kNone ? std::nullopt : CheckNoSeparator(text, 0, opening);
 }
 
 std::optional<Finding> CheckTextBetweenGroups(std::string_view text) {
@@ -137,7 +138,7 @@ std::optional<Finding> CheckTextBetweenGroups(std::string_view text) {
     for (;;) {
         std::size_t const closing = text.find_first_of(kClosings, opening);
         opening = text.find_first_of(kOpenings, closing);
-        if (closing == npos || opening == npos)
+        if (closing == kNone || opening == kNone)
             return std::nullopt;
         if (auto finding = CheckNoSeparator(text, closing, opening))
             return finding;
@@ -146,13 +147,13 @@ std::optional<Finding> CheckTextBetweenGroups(std::string_view text) {
 
 std::optional<Finding> CheckTextAfterGroups(std::string_view text) {
     std::size_t const closing = text.find_last_of(kClosings);
-    return closing == npos ? std::nullopt : CheckNoSeparator(text, closing, text.size());
+    return closing == kNone ? std::nullopt : CheckNoSeparator(text, closing, text.size());
 }
 
 /// Returns the first separator of the kind that no group covers.
 std::optional<Finding> CheckSeparators(std::string_view text, char separator) {
     GroupExtent const groups(text);
-    for (std::size_t at = text.find(separator); at != npos; at = text.find(separator, at + 1))
+    for (std::size_t at = text.find(separator); at != kNone; at = text.find(separator, at + 1))
         if (!groups.Covers(at))
             return At(PatternFault::SeparatorOutsideGroup, at);
     return std::nullopt;
@@ -177,7 +178,8 @@ std::optional<Finding> CheckGroup(Check check, std::string_view text, std::size_
 
 std::optional<Finding> CheckItemsOfSets(std::string_view text) {
     std::size_t closing = 0;
-    for (std::size_t opening = text.find('['); opening != npos; opening = text.find('[', closing)) {
+    for (std::size_t opening = text.find('['); opening != kNone;
+         opening = text.find('[', closing)) {
         closing = text.find(']', opening);
         if (auto finding = CheckGroup(CheckSymbolSet, text, opening, closing))
             return finding;
@@ -187,10 +189,10 @@ std::optional<Finding> CheckItemsOfSets(std::string_view text) {
 
 std::optional<Finding> CheckRangeExpressions(std::string_view text) {
     std::size_t closing = 0;
-    for (std::size_t opening = text.find_first_of("{}"); opening != npos;
+    for (std::size_t opening = text.find_first_of("{}"); opening != kNone;
          opening = text.find_first_of("{}", closing + 1)) {
         closing = text.find_first_of("{}", opening + 1);
-        if (text[opening] == '}' || closing == npos || text[closing] == '{')
+        if (text[opening] == '}' || closing == kNone || text[closing] == '{')
             return FirstMisplacedBracket(text, kRangeBrackets);
         if (auto finding = CheckGroup(CheckRange, text, opening, closing))
             return finding;

@@ -12,21 +12,21 @@ void AppendPrintable(std::string& text, char c) {
         text += c;
         return;
     }
-    constexpr char digits[] = "0123456789ABCDEF";
+    constexpr char kDigits[] = "0123456789ABCDEF";
     auto const byte = static_cast<unsigned char>(c);
     text += "\\x";
-    text += digits[byte >> 4];
-    text += digits[byte & 15];
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
 }
 
 } // namespace
 
 std::string Quoted(std::string_view text) {
-    constexpr std::size_t longest = 24;
+    constexpr std::size_t kLongest = 24;
     std::string quoted = "\"";
-    for (char const c : text.substr(0, longest))
+    for (char const c : text.substr(0, kLongest))
         AppendPrintable(quoted, c);
-    return quoted + (text.size() > longest ? "...\"" : "\"");
+    return quoted + (text.size() > kLongest ? "...\"" : "\"");
 }
 
 } // namespace CallRecordingUtils

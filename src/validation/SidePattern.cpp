@@ -37,20 +37,20 @@ StoredPattern ExplainNoSip(std::string_view entry) {
 /// The escapes whose stored code the library would take for the structure of the address.
 StoredPattern ExplainMisread(SipAddress const& pieces, std::size_t hostBegin,
                              std::size_t portBegin) {
-    constexpr auto none = std::string_view::npos;
+    constexpr auto kNone = std::string_view::npos;
     std::size_t const comma = pieces.host.find("\\,");
-    if (comma != none)
+    if (comma != kNone)
         return Problem(hostBegin + comma,
                        "an escaped \",\" is stored as \"@\", which would end the "
                        "user part here; write ? instead");
-    if (pieces.port && pieces.port->find("\\!") != none)
+    if (pieces.port && pieces.port->find("\\!") != kNone)
         return Problem(portBegin + pieces.port->find("\\!"),
                        "an escaped \"!\" is stored as \":\", which would begin the port here");
     std::size_t const inUser = pieces.user.find("\\!");
     std::size_t const inHost = pieces.host.find("\\!");
-    if (pieces.port || (inUser == none && inHost == none))
+    if (pieces.port || (inUser == kNone && inHost == kNone))
         return {};
-    return Problem(inUser != none ? inUser : hostBegin + inHost,
+    return Problem(inUser != kNone ? inUser : hostBegin + inHost,
                    "an escaped \"!\" is stored as \":\", which would begin the port here; add the "
                    "port, :* for every port");
 }

@@ -18,7 +18,7 @@
 namespace CallRecordingUtils {
 namespace {
 
-constexpr std::size_t npos = std::string_view::npos;
+constexpr std::size_t kNone = std::string_view::npos;
 constexpr std::size_t kLongestGroup = 1000; // Every item is put to every other one.
 constexpr int kMostCandidates = 100;        // Tried of a range until one is left.
 
@@ -40,7 +40,7 @@ struct Item {
     std::size_t begin;
 
     bool IsExclusion() const { return text.front() == '!'; }
-    bool IsRange() const { return !IsExclusion() && text.find('-') != npos; }
+    bool IsRange() const { return !IsExclusion() && text.find('-') != kNone; }
     std::string_view Low() const { return text.substr(0, text.find('-')); }
     std::string_view High() const { return text.substr(text.find('-') + 1); } // REQUIRES: IsRange()
 };
@@ -53,7 +53,7 @@ Suspected About(Item const& item, char const* sentence) {
 
 Suspected SuspectBracket(Item const& item) {
     std::size_t const bracket = item.text.find_first_of("[]");
-    if (item.IsExclusion() || bracket == npos)
+    if (item.IsExclusion() || bracket == kNone)
         return std::nullopt;
     return Suspicion{item.begin + bracket, 1,
                      " inside { } makes its item take nothing: leave out these brackets"};
@@ -61,7 +61,7 @@ Suspected SuspectBracket(Item const& item) {
 
 Suspected SuspectDots(Item const& item) {
     std::size_t const dots = item.text.find("..");
-    if (item.IsExclusion() || item.IsRange() || dots == npos || dots == 0 ||
+    if (item.IsExclusion() || item.IsRange() || dots == kNone || dots == 0 ||
         item.text.back() == '.')
         return std::nullopt;
     return About(item, " is the text with its dots: write \"-\" for a range, as in {200-299}");
@@ -99,7 +99,7 @@ bool Accepts(std::string_view items, std::string_view candidate) {
 
 Suspected SuspectIdleExclusion(Item const& item, std::string_view items) {
     std::string_view const value = item.text.substr(1);
-    bool const isIdle = value.find('?') == npos && !Accepts(items, value);
+    bool const isIdle = value.find('?') == kNone && !Accepts(items, value);
     if (!item.IsExclusion() || !isIdle)
         return std::nullopt;
     return About(item, " excludes nothing that the other items take: correct it, or remove it");
