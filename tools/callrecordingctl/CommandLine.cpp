@@ -6,8 +6,10 @@
 #include <cstdlib>
 
 #include "Rules.h"
+#include "Similar.h"
 #include "commands/HelpText.h"
 #include "output/RuleText.h"
+#include "output/ShellText.h"
 
 namespace callrecordingctl {
 namespace {
@@ -23,6 +25,84 @@ void AddConfigDir(CLI::App& command, Store store) {
         });
 }
 
+/// help COMMAND is COMMAND --help.
+void AskForHelp(std::vector<std::string>& words) {
+    if (words.empty() || words[0] != "help")
+        return;
+    words.erase(words.begin());
+    words.resize(std::min<std::size_t>(words.size(), 1));
+    words.emplace_back("--help");
+}
+
+/// The words that people try, and the commands that they mean.
+constexpr std::pair<char const*, char const*> kOtherWords[] = {
+    {"rm", "delete"},      {"remove", "delete"},  {"erase", "delete"},   {"ls", "list"},
+    {"print", "list"},     {"get", "show"},       {"cat", "show"},       {"mv", "move"},
+    {"edit", "modify"},    {"set", "modify"},     {"change", "modify"},  {"update", "modify"},
+    {"new", "add"},        {"create", "add"},     {"insert", "add"},     {"test", "decide"},
+    {"why", "decide"},     {"explain", "decide"}, {"on", "enable"},      {"off", "disable"},
+    {"history", "log"},    {"revert", "undo"},    {"restore", "undo"},   {"load", "import"},
+    {"save", "export"},    {"dump", "export"},    {"validate", "check"}, {"lint", "check"},
+    {"simulate", "replay"}};
+
+/// The one of names that is most like word; empty when none is.
+std::string MostSimilar(std::string const& word, std::vector<std::string> const& names) {
+    std::string best;
+    for (std::string const& name : names)
+        if (IsSimilar(word, name) && (best.empty() || Distance(word, name) < Distance(word, best)))
+            best = name;
+    return best;
+}
+
+std::vector<std::string> CommandNames(CLI::App& app) {
+    std::vector<std::string> names;
+    for (CLI::App const* command : app.get_subcommands([](CLI::App*) { return true; }))
+        names.push_back(command->get_name());
+    return names;
+}
+
+/// Throws, with a suggestion, when the first word that is no option is no command. (CLI11 would
+/// only say that it did not expect it.)
+void RequireCommand(std::vector<std::string> const& names, std::vector<std::string> const& words) {
+    auto word = words.begin();
+    while (word != words.end() && word->compare(0, 1, "-") == 0)
+        word += *word == "--config-dir" && word + 1 != words.end() ? 2 : 1;
+    if (word == words.end() || std::find(names.begin(), names.end(), *word) != names.end())
+        return;
+    std::string meant = MostSimilar(*word, names);
+    for (auto const& [other, command] : kOtherWords)
+        if (*word == other)
+            meant = command;
+    throw Failure(kExitUsage, fmt::format("\"{}\" is no command; {}", *word,
+                                          meant.empty() ? "\"callrecordingctl --help\" lists them"
+                                                        : fmt::format("did you mean {}?", meant)));
+}
+
+/// What is wrong with the line; for a mistyped option also which one may be meant.
+std::string Explain(CLI::ParseError const& error, CLI::App& app,
+                    std::vector<std::string> const& words) {
+    std::vector<CLI::App*> const commands = app.get_subcommands();
+    std::string const help = commands.empty() ? "callrecordingctl --help"
+                                              : "callrecordingctl help " + commands[0]->get_name();
+    if (commands.empty() || dynamic_cast<CLI::ExtrasError const*>(&error) == nullptr)
+        return fmt::format("{} (see \"{}\")", error.what(), help);
+    std::vector<std::string> names;
+    for (CLI::Option const* option : commands[0]->get_options())
+        for (std::string const& name : option->get_lnames())
+            names.push_back("--" + name);
+    for (std::string const& word : words) {
+        std::string const option = word.substr(0, word.find('='));
+        bool const isKnown = std::find(names.begin(), names.end(), option) != names.end();
+        if (option.compare(0, 2, "--") != 0 || isKnown || option == "--config-dir")
+            continue;
+        std::string const meant = MostSimilar(option, names);
+        return fmt::format("{} is no option of {}; {}", option, commands[0]->get_name(),
+                           meant.empty() ? fmt::format("see \"{}\"", help)
+                                         : fmt::format("did you mean {}?", meant));
+    }
+    return fmt::format("{} (see \"{}\")", error.what(), help);
+}
+
 } // namespace
 
 CommandLine::CommandLine()
@@ -31,7 +111,7 @@ CommandLine::CommandLine()
     app_.get_formatter()->column_width(24);
     app_.require_subcommand(1);
     app_.set_version_flag("--version", "callrecordingctl " CALLRECORDINGCTL_VERSION);
-    AddConfigDir(app_, [this](std::string const& directory) { directory_ = directory; });
+    AddConfigDir(app_, [this](std::string const& directory) { context_.directory = directory; });
 }
 
 CLI::App& CommandLine::AddCommand(char const* name, char const* summary, char const* help,
@@ -39,27 +119,48 @@ CLI::App& CommandLine::AddCommand(char const* name, char const* summary, char co
     CLI::App& added = *app_.add_subcommand(name, summary);
     added.footer(help);
     added.callback([this, command] { command_ = command; });
-    AddConfigDir(added, [this](std::string const& directory) { directory_ = directory; });
+    AddConfigDir(added, [this](std::string const& directory) { context_.directory = directory; });
     added.add_flag("--json", context_.json, "Print JSON");
     return added;
 }
 
 int CommandLine::Run(int argc, char** argv) {
-    // CLI11 hands what follows "--" to the wrong command.
-    char** const end = std::find(argv, argv + argc, std::string_view("--"));
-    rest_.assign(end == argv + argc ? end : end + 1, argv + argc);
+    std::vector<std::string> const words(argv + 1, argv + argc);
+    context_.line = "callrecordingctl";
+    for (std::string const& word : words)
+        context_.line += " " + ShellWord(word);
+    // Until the line has been read; the command may not see it at all.
+    if (std::find(words.begin(), words.end(), "--json") != words.end())
+        UseJsonMessages();
     try {
-        app_.parse(static_cast<int>(end - argv), argv);
-        if (!rest_.empty() && (takesRest_ == nullptr || !takesRest_->parsed()))
-            throw CLI::ExtrasError(rest_);
+        Parse(words);
     } catch (CLI::ParseError const& error) {
-        return app_.exit(error) == 0 ? kExitYes : kExitUsage;
+        if (error.get_exit_code() == 0)
+            return app_.exit(error); // The help, or the version.
+        SayError(Explain(error, app_, words), kExitUsage);
+        return kExitUsage;
+    } catch (Failure const& failure) {
+        SayError(failure.what(), failure.Code());
+        return failure.Code();
     }
     return RunCommand();
 }
 
+void CommandLine::Parse(std::vector<std::string> words) {
+    AskForHelp(words);
+    // CLI11 hands what follows "--" to the wrong command.
+    auto const end = std::find(words.begin(), words.end(), "--");
+    rest_.assign(end == words.end() ? end : end + 1, words.end());
+    words.erase(end, words.end());
+    RequireCommand(CommandNames(app_), words);
+    std::reverse(words.begin(), words.end()); // As CLI11 takes them.
+    app_.parse(std::move(words));
+    if (!rest_.empty() && (takesRest_ == nullptr || !takesRest_->parsed()))
+        throw CLI::ExtrasError(rest_);
+}
+
 int CommandLine::RunCommand() {
-    context_.path = RuleFilePath(directory_);
+    context_.path = RuleFilePath(context_.directory);
     try {
         int const code = command_(context_);
         if (std::fflush(stdout) != 0)
@@ -67,7 +168,7 @@ int CommandLine::RunCommand() {
         return code;
     } catch (Failure const& failure) {
         std::fflush(stdout);
-        Say("{}", failure.what());
+        SayError(failure.what(), failure.Code());
         return failure.Code();
     }
 }
@@ -82,10 +183,36 @@ std::uint32_t ParseNumber(std::string const& option, std::string const& text, st
     return static_cast<std::uint32_t>(number);
 }
 
-void AddId(CLI::App& command, std::int32_t& id) {
-    AddNumber(
-        command, "ID", "", "Identifier of the rule, as list shows it", 0,
-        [&id](std::uint32_t number) { id = static_cast<std::int32_t>(number); })
+namespace {
+
+constexpr char kRuleHelp[] = "Identifier of the rule, or its position: '#5'";
+
+RuleName ParseRuleName(std::string const& text) {
+    bool const isPosition = text.compare(0, 1, "#") == 0;
+    std::uint32_t const number =
+        ParseNumber("ID", text.substr(isPosition ? 1 : 0), isPosition ? 1 : 0);
+    return {static_cast<std::int32_t>(number), isPosition};
+}
+
+} // namespace
+
+void AddRuleName(CLI::App& command, RuleName& rule) {
+    AddText(
+        command, "ID", "", kRuleHelp,
+        [&rule](std::string const& text) { rule = ParseRuleName(text); })
+        ->required();
+}
+
+void AddRuleNames(CLI::App& command, std::vector<RuleName>& rules) {
+    command
+        .add_option_function<std::vector<std::string>>(
+            "ID",
+            [&rules](std::vector<std::string> const& texts) {
+                for (std::string const& text : texts)
+                    rules.push_back(ParseRuleName(text));
+            },
+            fmt::format("{}; any number of them", kRuleHelp))
+        ->type_name("")
         ->required();
 }
 

@@ -15,12 +15,15 @@
 #include <callrecordingutils/CallRecordingRuleParams.h>
 
 #include "Failure.h"
+#include "Rules.h"
 
 namespace callrecordingctl {
 
 /// What the options that all commands have say.
 struct Context {
-    std::string path; ///< Of the rule file.
+    std::string path;                     ///< Of the rule file.
+    std::optional<std::string> directory; ///< The configuration directory, where it was given.
+    std::string line;                     ///< As the shell could take it again.
     bool json = false;
 };
 
@@ -40,11 +43,11 @@ class CommandLine {
     int Run(int argc, char** argv);
 
   private:
+    void Parse(std::vector<std::string> words);
     int RunCommand();
 
     CLI::App app_;
     Command command_; // Of the line.
-    std::optional<std::string> directory_;
     Context context_;
     std::vector<std::string> rest_; // What stands behind "--".
     CLI::App* takesRest_ = nullptr;
@@ -72,8 +75,11 @@ CLI::Option* AddNumber(CLI::App& command, std::string const& name, char const* w
         [name, least, store](std::string const& text) { store(ParseNumber(name, text, least)); });
 }
 
-/// The identifier of a rule, as a required argument.
-void AddId(CLI::App& command, std::int32_t& id);
+/// The name of a rule, as a required argument.
+void AddRuleName(CLI::App& command, RuleName& rule);
+
+/// The names of one or more rules.
+void AddRuleNames(CLI::App& command, std::vector<RuleName>& rules);
 
 /// An option for a call type, by its name or number.
 void AddCallType(CLI::App& command, std::string const& name, std::string const& help,

@@ -4,7 +4,6 @@
 #ifndef CALLRECORDINGCTL_FAILURE_H
 #define CALLRECORDINGCTL_FAILURE_H
 
-#include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -34,12 +33,19 @@ class Failure : public std::runtime_error {
     ExitCode code_;
 };
 
-/// Prints a message on standard error, a line with the program's name before it. That it cannot be
-/// written is no reason to end an edit.
+/// From now on every message is a JSON object on a line of its own.
+void UseJsonMessages();
+
+/// Prints what went wrong on standard error.
+void SayError(std::string const& message, ExitCode code);
+
+/// Prints a message on standard error, with the program's name before it. That it cannot be written
+/// is no reason to end an edit.
+void SayNote(std::string const& message);
+
 template <typename... Values>
 void Say(fmt::format_string<Values...> text, Values&&... values) {
-    std::string const message = fmt::format(text, std::forward<Values>(values)...);
-    std::fputs(fmt::format("callrecordingctl: {}\n", message).c_str(), stderr);
+    SayNote(fmt::format(text, std::forward<Values>(values)...));
 }
 
 } // namespace callrecordingctl

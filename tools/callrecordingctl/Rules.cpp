@@ -8,6 +8,9 @@
 
 #include <fmt/format.h>
 
+#include <host/AtomicFile.h>
+
+#include "Digest.h"
 #include "Failure.h"
 #include "database/RuleFile.h"
 
@@ -24,21 +27,30 @@ std::string RuleFilePath(std::optional<std::string> const& directory) {
         configured != nullptr ? configured : CallRecordingUtils::kDefaultDirectory);
 }
 
-bool HasRuleFile(std::string const& path) {
-    std::error_code error;
-    if (fs::symlink_status(path, error).type() != fs::file_type::not_found)
-        return true;
+void RequireDirectory(std::string const& path) {
     fs::path const directory = fs::path(path).parent_path();
+    std::error_code error;
     if (fs::is_directory(directory, error))
-        return false;
-    fs::path const parent = directory.has_parent_path() ? directory.parent_path() : ".";
+        return;
+    if (fs::exists(directory, error))
+        throw Failure(kExitUnreadable, fmt::format("{}: is no directory", directory.string()));
+    fs::path const parent = directory.parent_path();
     if (directory.filename() == "telephony" && fs::is_directory(parent, error))
-        return false;
-    fs::path const culprit = directory.filename() == "telephony" ? parent : directory;
-    throw Failure(kExitUnreadable,
-                  fmt::format("{}: no such directory (the configuration directory is set with "
-                              "--config-dir, or with QUVA_PATH, which ends in \"/\")",
-                              culprit.string()));
+        throw Failure(kExitUnreadable,
+                      fmt::format("{}: no such directory, so the library cannot load; \"add\" "
+                                  "makes it with its first rule",
+                                  directory.string()));
+    throw Failure(
+        kExitUnreadable,
+        fmt::format("{}: no such directory (the configuration directory is set with "
+                    "--config-dir, or with QUVA_PATH, which ends in \"/\")",
+                    directory.filename() == "telephony" ? parent.string() : directory.string()));
+}
+
+bool HasRuleFile(std::string const& path) {
+    RequireDirectory(path);
+    std::error_code error;
+    return fs::symlink_status(path, error).type() != fs::file_type::not_found;
 }
 
 RuleList LoadRules(std::string const& path) {
@@ -57,19 +69,33 @@ RuleList LoadRules(std::string const& path) {
     }
 }
 
-std::size_t FindRule(RuleList const& rules, std::int32_t id) {
-    auto const hasId = [id](Rule const& rule) { return rule.callrecordingrule_id == id; };
+std::string FileState(std::string const& path) {
+    try {
+        return StateToken(DigestOf(ReadFile(path)));
+    } catch (std::exception const& error) {
+        throw Failure(kExitUnreadable, error.what());
+    }
+}
+
+std::size_t FindRule(RuleList const& rules, RuleName name) {
+    constexpr char kHint[] = "\"callrecordingctl list\" shows which there are";
+    if (name.isPosition) {
+        if (name.number < 1 || static_cast<std::size_t>(name.number) > rules.size())
+            throw Failure(kExitNoSuchRule,
+                          fmt::format("there is no rule #{}; {}", name.number, kHint));
+        return static_cast<std::size_t>(name.number) - 1;
+    }
+    auto const hasId = [name](Rule const& rule) {
+        return rule.callrecordingrule_id == name.number;
+    };
     auto const found = std::find_if(rules.begin(), rules.end(), hasId);
     if (found == rules.end())
-        throw Failure(
-            kExitNoSuchRule,
-            fmt::format("there is no rule {}; \"callrecordingctl list\" shows which there are",
-                        id));
+        throw Failure(kExitNoSuchRule, fmt::format("there is no rule {}; {}", name.number, kHint));
     if (std::count_if(found, rules.end(), hasId) > 1)
-        throw Failure(
-            kExitNoSuchRule,
-            fmt::format("there is more than one rule {}; \"callrecordingctl check\" says where",
-                        id));
+        throw Failure(kExitNoSuchRule,
+                      fmt::format("there is more than one rule {}; name it by its position, as in "
+                                  "'#{}', or give them new identifiers with \"renumber\"",
+                                  name.number, found - rules.begin() + 1));
     return static_cast<std::size_t>(found - rules.begin());
 }
 

@@ -21,6 +21,9 @@ using RuleList = std::vector<Rule>;
 /// environment names, as for the library.
 std::string RuleFilePath(std::optional<std::string> const& directory);
 
+/// Throws a Failure when there is no directory for the rule file at path.
+void RequireDirectory(std::string const& path);
+
 /// Whether there is a rule file at path. Throws a Failure when its directory cannot hold one.
 bool HasRuleFile(std::string const& path);
 
@@ -28,9 +31,17 @@ bool HasRuleFile(std::string const& path);
 /// error. Throws a Failure with path, line and reason.
 RuleList LoadRules(std::string const& path);
 
-/// The index of the rule with the identifier id. Throws a Failure when there is none or more than
-/// one.
-std::size_t FindRule(RuleList const& rules, std::int32_t id);
+/// The token of the state that the file at path is in.
+std::string FileState(std::string const& path);
+
+/// How the command line names a rule: by its identifier, or as #5 by its position.
+struct RuleName {
+    std::int32_t number = 0;
+    bool isPosition = false;
+};
+
+/// The index of the rule with this name. Throws a Failure when there is none or more than one.
+std::size_t FindRule(RuleList const& rules, RuleName name);
 
 } // namespace callrecordingctl
 

@@ -8,6 +8,8 @@
 
 #include <fmt/format.h>
 
+#include "Similar.h"
+#include "check/Suspicions.h"
 #include "database/RuleKeys.h"
 #include "model/SipAddress.h"
 #include "output/RuleText.h"
@@ -26,6 +28,20 @@ std::string Essence(std::string const& key) {
         if (std::isalnum(static_cast<unsigned char>(c)) != 0)
             essence += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     return essence;
+}
+
+/// The key of a rule that key is, or may have been meant for; null when there is none.
+char const* KeyMeantBy(std::string const& key) {
+    auto const find = [](auto isMeant) {
+        auto const found = std::find_if(kRuleKeys.begin(), kRuleKeys.end(), isMeant);
+        return found != kRuleKeys.end() ? *found : nullptr;
+    };
+    if (char const* const same = find([&](char const* known) { return key == known; }))
+        return same;
+    // Two slips at most: keys of another kind may be there for others to read.
+    return find([essence = Essence(key)](char const* known) {
+        return Distance(essence, Essence(known)) <= 2;
+    });
 }
 
 /// A SIP pattern without a port takes every port.
@@ -91,28 +107,28 @@ class Checker {
         std::map<std::string, std::size_t> lineOf;
         for (auto const& [key, line] : rule_->entries) {
             auto const [first, isNew] = lineOf.emplace(key, line);
-            for (char const* known : kRuleKeys) {
-                if (key == known && !isNew)
-                    Find(line, fmt::format("{} is given again; the one on line {} counts", key,
-                                           first->second));
-                if (key != known && Essence(key) == Essence(known))
-                    Find(line, fmt::format("\"{}\" is not read; is \"{}\" meant?", Printable(key),
-                                           known));
-            }
+            char const* const meant = KeyMeantBy(key);
+            if (meant != nullptr && key != meant)
+                Find(line,
+                     fmt::format("\"{}\" is not read; is \"{}\" meant?", Printable(key), meant));
+            else if (meant != nullptr && !isNew)
+                Find(line, fmt::format("{} is given again; the one on line {} counts", key,
+                                       first->second));
         }
     }
 
     void CheckId() {
+        constexpr char kRepair[] = "\"callrecordingctl renumber\" gives it one of its own";
         std::string const& text = rule_->values[KEY_CALLRECORDINGRULE_ID];
         std::int32_t const id = rule_->rule.callrecordingrule_id;
         std::size_t const line = rule_->LineOf(KEY_CALLRECORDINGRULE_ID);
-        if (text != std::to_string(id) || id < 0)
-            Find(line, fmt::format("the identifier \"{}\" is no plain number; it reads as {}",
-                                   Printable(text), id));
         auto const [first, isNew] = lineOfId_.emplace(id, line);
         if (!isNew)
-            Find(line, fmt::format("the identifier {} is that of the rule on line {} already", id,
-                                   first->second));
+            Find(line, fmt::format("the identifier {} is that of the rule on line {} already; {}",
+                                   id, first->second, kRepair));
+        else if (!IsPlainId(*rule_))
+            Find(line, fmt::format("the identifier \"{}\" is no plain number; it reads as {}; {}",
+                                   Printable(text), id, kRepair));
     }
 
     void CheckNumbers() {
@@ -135,11 +151,18 @@ class Checker {
     void CheckPattern(RuleFileKeys key, char const* side, CallType type) {
         std::string const& stored = rule_->values[key];
         std::size_t const line = rule_->LineOf(key);
-        if (stored.empty())
+        if (stored.find('\r') != std::string::npos)
+            Find(line, fmt::format("{}: the pattern has a carriage return in it, so it matches "
+                                   "nothing; \"sed -i 's/\\r//' FILE\" takes them out",
+                                   side));
+        else if (stored.empty())
             Find(line, fmt::format("{}: an empty pattern never matches", side));
         else if (auto const problem = ExplainStored(stored, type))
             Find(line, fmt::format("{}: malformed pattern: {}", side, problem->message),
                  "\n" + CaretText(ToEntry(stored, type), *problem));
+        else if (auto const suspicion = SurelyNotMeant(stored, type))
+            Find(line, fmt::format("{}: {}", side, suspicion->message),
+                 "\n" + CaretText(ToEntry(stored, type), *suspicion));
     }
 
     void CheckReach(Current first) {
@@ -160,6 +183,11 @@ class Checker {
 };
 
 } // namespace
+
+bool IsPlainId(StoredRule const& stored) {
+    std::int32_t const id = stored.rule.callrecordingrule_id;
+    return id >= 0 && stored.values[KEY_CALLRECORDINGRULE_ID] == std::to_string(id);
+}
 
 std::vector<FileFinding> FindFaults(std::vector<StoredRule> const& rules) {
     return Checker().Run(rules);

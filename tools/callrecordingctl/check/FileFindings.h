@@ -20,6 +20,9 @@ struct FileFinding {
     std::string caret; ///< The pattern with a caret under the place, if it is about a pattern.
 };
 
+/// Whether the identifier of stored is the text of a number from 0 on, as every edit finds it.
+bool IsPlainId(CallRecordingUtils::StoredRule const& stored);
+
 /// In the order of their lines.
 std::vector<FileFinding> FindFaults(std::vector<CallRecordingUtils::StoredRule> const& rules);
 

@@ -22,6 +22,7 @@ struct Options {
     RuleFields fields;
     std::optional<std::size_t> position;
     bool twin = false;
+    bool everyone = false;
 };
 
 void Insert(RuleEdit& edit, Rule const& rule, std::size_t place) {
@@ -30,11 +31,12 @@ void Insert(RuleEdit& edit, Rule const& rule, std::size_t place) {
         edit.Move(last, place);
 }
 
-void Add(RuleEdit& edit, Options options) {
+ExitCode Add(RuleEdit& edit, Options options) {
     Complete(options.fields.from);
     Complete(options.fields.to);
     Rule rule;
     Apply(options.fields, rule);
+    RequireEveryone(rule, options.everyone);
     if (options.twin && CallRecordingUtils::MirrorsItself(rule))
         throw Failure(kExitUsage, "--twin: both sides are the same, so the rule mirrors itself");
     std::size_t const place = options.position.value_or(edit.Count() + 1) - 1;
@@ -44,6 +46,7 @@ void Add(RuleEdit& edit, Options options) {
     Insert(edit, rule, place);
     if (options.twin)
         Insert(edit, CallRecordingUtils::Mirrored(rule), place + 1);
+    return kExitYes;
 }
 
 } // namespace
@@ -51,11 +54,12 @@ void Add(RuleEdit& edit, Options options) {
 void AddAdd(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& add = AddEdit(line, "add", "Add a rule, as the last or at a position", kHelp,
-                            [options](RuleEdit& edit) { Add(edit, *options); });
+                            [options](RuleEdit& edit) { return Add(edit, *options); });
     AddRuleFields(add, options->fields, true);
     AddNumber(add, "--at", "POSITION", "Position to put the rule at; 1 is evaluated first", 1,
               [options](std::uint32_t position) { options->position = position; });
     add.add_flag("--twin", options->twin, "Add the mirrored rule too, right behind it");
+    AddEveryone(add, options->everyone);
 }
 
 } // namespace callrecordingctl

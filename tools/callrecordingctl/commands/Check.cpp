@@ -88,7 +88,7 @@ std::vector<StoredRule> ReadRules(std::string const& path) {
 ExitCode CheckFile(std::string const& path, bool json) {
     std::vector<StoredRule> const rules = ReadRules(path);
     std::vector<FileFinding> const findings = FindFaults(rules);
-    auto document = nlohmann::ordered_json::array();
+    nlohmann::ordered_json document = nlohmann::ordered_json::array();
     for (auto const& [line, position, id, message, caret] : findings) {
         document.push_back({{"line", line},
                             {"position", position},

@@ -17,7 +17,7 @@ the first behind it. Without such a rule nothing is deleted. See --dry-run.
 )";
 
 struct Options {
-    std::int32_t id = 0;
+    std::vector<RuleName> rules;
     bool twin = false;
 };
 
@@ -32,24 +32,29 @@ std::vector<std::size_t> TwinsToDelete(RuleList const& rules, std::size_t index)
     return twins;
 }
 
-void Delete(RuleEdit& edit, Options const& options) {
-    std::size_t const index = FindRule(edit.Before(), options.id);
+ExitCode Delete(RuleEdit& edit, Options const& options) {
     std::vector<std::size_t> places;
-    if (options.twin)
-        places = TwinsToDelete(edit.Before(), index);
-    places.push_back(index);
+    for (RuleName const rule : options.rules) {
+        std::size_t const index = FindRule(edit.Before(), rule);
+        places.push_back(index);
+        if (options.twin)
+            for (std::size_t const twin : TwinsToDelete(edit.Before(), index))
+                places.push_back(twin);
+    }
     std::sort(places.rbegin(), places.rend());
+    places.erase(std::unique(places.begin(), places.end()), places.end());
     for (std::size_t const place : places)
         edit.Delete(place);
+    return kExitYes;
 }
 
 } // namespace
 
 void AddDelete(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& command = AddEdit(line, "delete", "Delete a rule", kHelp,
-                                [options](RuleEdit& edit) { Delete(edit, *options); });
-    AddId(command, options->id);
+    CLI::App& command = AddEdit(line, "delete", "Delete rules", kHelp,
+                                [options](RuleEdit& edit) { return Delete(edit, *options); });
+    AddRuleNames(command, options->rules);
     command.add_flag("--twin", options->twin, "Delete the mirrored twin too");
 }
 

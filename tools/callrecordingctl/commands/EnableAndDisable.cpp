@@ -8,23 +8,21 @@
 namespace callrecordingctl {
 namespace {
 
-void AddStateCommand(CommandLine& line, char const* name, char const* summary,
-                     CallRecordingUtils::RecordingRuleStates state) {
-    auto const id = std::make_shared<std::int32_t>();
-    CLI::App& command = AddEdit(line, name, summary, "", [id, state](RuleEdit& edit) {
-        std::size_t const index = FindRule(edit.Before(), *id);
-        Rule rule = edit.Before()[index];
-        rule.recording_rule_state = state;
-        edit.Set(index, rule);
+void AddStateCommand(CommandLine& line, char const* name, char const* summary, bool enabled) {
+    auto const names = std::make_shared<std::vector<RuleName>>();
+    CLI::App& command = AddEdit(line, name, summary, "", [names, enabled](RuleEdit& edit) {
+        for (RuleName const rule : *names)
+            edit.SetState(FindRule(edit.Before(), rule), enabled);
+        return kExitYes;
     });
-    AddId(command, *id);
+    AddRuleNames(command, *names);
 }
 
 } // namespace
 
 void AddEnableAndDisable(CommandLine& line) {
-    AddStateCommand(line, "enable", "Switch a rule on", CallRecordingUtils::RULE_ENABLED);
-    AddStateCommand(line, "disable", "Switch a rule off", CallRecordingUtils::RULE_DISABLED);
+    AddStateCommand(line, "enable", "Switch rules on", true);
+    AddStateCommand(line, "disable", "Switch rules off", false);
 }
 
 } // namespace callrecordingctl

@@ -38,19 +38,24 @@ Setting up rules; each goes behind the ones before it:
   callrecordingctl add --to '00{10-99,!41}*' --description 'abroad, not 41'
   callrecordingctl add --from alice@pbx.example.com
   callrecordingctl add --from 450 --twin            calls from 450, and to 450
-  callrecordingctl add --disabled --description 'every call'
+  callrecordingctl add --everyone --disabled --description 'every call'
 Finding out why a call is not recorded, or by which rule it is:
   callrecordingctl decide --from 213 --to 00331234 --explain
   callrecordingctl check                            looks for faults in the rules
-Changing rules; ID is the identifier that list shows:
+Changing rules; ID is the identifier that list shows, or the position, '#4':
   callrecordingctl up 4          one place up; "up 4 99" makes it the first
   callrecordingctl modify 4 --to '[2-4]??' --duration 3600
-  callrecordingctl enable 5
+  callrecordingctl enable 5 6 7
 Moving exchanges identifiers: the output says which rule has which one now.
-Every edit takes --dry-run. "callrecordingctl COMMAND --help" has all options.
+Every edit takes --dry-run. "callrecordingctl help COMMAND" has all options.
 
-Exit status: 0 yes or done; 1 no (no rule matches, malformed, something found);
-2 wrong usage; 3 rules cannot be read; 4 they cannot be saved; 5 no such rule.
+Reloading: an edit is in the file at once, but telephony processes decide by the
+rules that they loaded, until they load them again: on their own command to
+reload, or when they are restarted. (They call ReloadCallRecordingRules.)
+
+Exit status: 0 yes or done; 1 no (no rule matches, malformed, something found,
+nothing to do); 2 wrong usage; 3 rules cannot be read; 4 they cannot be saved;
+5 no such rule; 6 undecided; 7 the file is not in the state of --if-state.
 )";
 
 } // namespace callrecordingctl

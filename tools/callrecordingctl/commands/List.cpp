@@ -33,10 +33,10 @@ void PrintList(RuleList const& rules) {
     table.Print();
 }
 
-nlohmann::ordered_json ListToJson(RuleList const& rules) {
+nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state) {
     auto document = nlohmann::ordered_json::array();
     for (std::size_t i = 0; i < rules.size(); ++i)
-        document.push_back(ToJson(rules[i], i + 1));
+        document.push_back(ToJson(rules[i], i + 1, state));
     return document;
 }
 
@@ -59,14 +59,17 @@ RuleList InBasicView(RuleList const& rules) {
 
 ExitCode List(Context const& context, Options const& options) {
     RuleList rules = LoadRules(context.path);
+    std::string const state = FileState(context.path);
     if (options.basic)
         rules = InBasicView(rules);
     if (context.json)
-        PrintJson(ListToJson(rules));
+        PrintJson(ListToJson(rules, state));
     else if (!rules.empty())
         PrintList(rules);
     else if (HasRuleFile(context.path))
         Say("{}: there are no rules", context.path);
+    if (!context.json)
+        Say("the file is in state {}", state);
     return kExitYes;
 }
 

@@ -7,6 +7,7 @@
 #include "edit/RunEdit.h"
 #include "edit/Twins.h"
 #include "model/RuleSides.h"
+#include "output/RuleText.h"
 
 namespace callrecordingctl {
 namespace {
@@ -20,26 +21,30 @@ twin keeps its description. Without such a rule nothing is changed.
 )";
 
 struct Options {
-    std::int32_t id = 0;
+    RuleName rule;
     RuleFields fields;
     bool twin = false;
+    bool everyone = false;
 };
 
-void Modify(RuleEdit& edit, Options const& options) {
+ExitCode Modify(RuleEdit& edit, Options const& options) {
     if (!options.fields.AreGiven())
         throw Failure(kExitUsage, "modify: no field to change is given");
     RuleList const& rules = edit.Before();
-    std::size_t const index = FindRule(rules, options.id);
+    std::size_t const index = FindRule(rules, options.rule);
     Rule rule = rules[index];
     Apply(options.fields, rule);
+    if (!IsForEveryone(rules[index]))
+        RequireEveryone(rule, options.everyone);
     edit.Set(index, rule);
     if (!options.twin)
-        return;
+        return kExitYes;
     std::size_t const twin = FindTwin(rules, index);
     Rule mirrored = CallRecordingUtils::Mirrored(rule);
     mirrored.callrecordingrule_id = rules[twin].callrecordingrule_id;
     mirrored.description = rules[twin].description;
     edit.Set(twin, mirrored);
+    return kExitYes;
 }
 
 } // namespace
@@ -47,10 +52,11 @@ void Modify(RuleEdit& edit, Options const& options) {
 void AddModify(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& modify = AddEdit(line, "modify", "Change the given fields of a rule", kHelp,
-                               [options](RuleEdit& edit) { Modify(edit, *options); });
-    AddId(modify, options->id);
+                               [options](RuleEdit& edit) { return Modify(edit, *options); });
+    AddRuleName(modify, options->rule);
     AddRuleFields(modify, options->fields, false);
     modify.add_flag("--twin", options->twin, "Change the mirrored twin too");
+    AddEveryone(modify, options->everyone);
 }
 
 } // namespace callrecordingctl

@@ -18,7 +18,8 @@ class CommandLine;
     COMMAND(Modify)                                                                                \
     COMMAND(Delete)                                                                                \
     COMMAND(UpAndDown)                                                                             \
-    COMMAND(EnableAndDisable)
+    COMMAND(EnableAndDisable)                                                                      \
+    COMMAND(Renumber)
 
 #define CALLRECORDINGCTL_DECLARE(name) void Add##name(CommandLine& line);
 CALLRECORDINGCTL_COMMANDS(CALLRECORDINGCTL_DECLARE)

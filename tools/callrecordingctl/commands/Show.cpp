@@ -21,18 +21,19 @@ void ExplainPattern(char const* side, std::string const& stored, CallType type) 
         Say("{}: an empty pattern never matches", side);
 }
 
-ExitCode Show(Context const& context, std::int32_t id) {
+ExitCode Show(Context const& context, RuleName name) {
     RuleList const rules = LoadRules(context.path);
-    std::size_t const index = FindRule(rules, id);
+    std::string const state = FileState(context.path);
+    std::size_t const index = FindRule(rules, name);
     Rule const& rule = rules[index];
     if (context.json) {
-        PrintJson(ToJson(rule, index + 1));
+        PrintJson(ToJson(rule, index + 1, state));
         return kExitYes;
     }
     std::vector<std::string> names = ListHeaders();
     std::vector<std::string> values = ListRow(rule, index + 1);
-    names.insert(names.end(), {"FROM, STORED", "TO, STORED"});
-    values.insert(values.end(), {rule.caller_pattern, rule.called_pattern});
+    names.insert(names.end(), {"FROM, STORED", "TO, STORED", "FILE STATE"});
+    values.insert(values.end(), {rule.caller_pattern, rule.called_pattern, state});
     for (std::size_t i = 0; i < names.size(); ++i)
         fmt::print("{:<12}{}{}\n", names[i], values[i].empty() ? "" : "  ", Printable(values[i]));
     ExplainPattern("from", rule.caller_pattern, rule.caller_call_type);
@@ -43,10 +44,11 @@ ExitCode Show(Context const& context, std::int32_t id) {
 } // namespace
 
 void AddShow(CommandLine& line) {
-    auto const id = std::make_shared<std::int32_t>();
-    CLI::App& show = line.AddCommand("show", "Show one rule in full", "",
-                                     [id](Context const& context) { return Show(context, *id); });
-    AddId(show, *id);
+    auto const rule = std::make_shared<RuleName>();
+    CLI::App& show =
+        line.AddCommand("show", "Show one rule in full", "",
+                        [rule](Context const& context) { return Show(context, *rule); });
+    AddRuleName(show, *rule);
 }
 
 } // namespace callrecordingctl

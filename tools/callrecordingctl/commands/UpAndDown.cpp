@@ -7,6 +7,7 @@
 
 #include "commands/Registry.h"
 #include "edit/RunEdit.h"
+#include "output/RuleText.h"
 
 namespace callrecordingctl {
 namespace {
@@ -18,25 +19,29 @@ already, nothing changes, and the exit status is 1.
 )";
 
 struct Options {
-    std::int32_t id = 0;
+    RuleName rule;
     std::size_t places = 1;
 };
 
-void Move(RuleEdit& edit, Options const& options, bool up) {
-    std::size_t const index = FindRule(edit.Before(), options.id);
+ExitCode Move(RuleEdit& edit, Options const& options, bool up) {
+    std::size_t const index = FindRule(edit.Before(), options.rule);
     std::size_t const room = up ? index : edit.Count() - 1 - index;
-    if (room == 0)
-        throw Failure(kExitNo, fmt::format("rule {} is the {} already; nothing was changed",
-                                           options.id, up ? "first" : "last"));
+    if (room == 0) {
+        Say("{} is the {} already; nothing was changed", NameOf(edit.Before()[index]),
+            up ? "first" : "last");
+        edit.Mean(index);
+        return kExitNo;
+    }
     std::size_t const distance = std::min(options.places, room);
     edit.Move(index, up ? index - distance : index + distance);
+    return kExitYes;
 }
 
 void AddMove(CommandLine& line, char const* name, char const* summary, bool up) {
     auto const options = std::make_shared<Options>();
     CLI::App& move = AddEdit(line, name, summary, kHelp,
-                             [options, up](RuleEdit& edit) { Move(edit, *options, up); });
-    AddId(move, options->id);
+                             [options, up](RuleEdit& edit) { return Move(edit, *options, up); });
+    AddRuleName(move, options->rule);
     AddNumber(move, "PLACES", "",
               "How many places (default: 1); with more than there\nare, all the way", 1,
               [options](std::uint32_t places) { options->places = places; });

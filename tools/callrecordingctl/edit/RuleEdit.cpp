@@ -7,6 +7,8 @@
 
 #include <fmt/format.h>
 
+#include <host/AtomicFile.h>
+
 #include "Failure.h"
 #include "model/RuleSides.h"
 
@@ -30,12 +32,14 @@ std::ptrdiff_t Step(std::size_t place) {
 } // namespace
 
 RuleEdit::RuleEdit(std::string const& path)
-    : file_(Or(kExitUnreadable, [&path] { return CallRecordingUtils::RuleFileEdit(path); })),
+    : path_(path), textBefore_(Or(kExitUnreadable, [&path] { return ReadFile(path); })),
+      file_(Or(kExitUnreadable, [&path] { return CallRecordingUtils::RuleFileEdit(path); })),
       before_(Or(kExitUnreadable, [this] { return file_.Rules(); })) {
-    for (std::size_t i = 0; i < before_.size(); ++i) {
+    for (std::size_t i = 0; i < before_.size(); ++i)
         traces_.push_back({i, 0});
-        greatestId_ = std::max(greatestId_, before_[i].callrecordingrule_id);
-    }
+    if (Or(kExitUnreadable, [&path] { return ReadFile(path); }) != textBefore_)
+        throw Failure(kExitUnsaved, path + ": was saved by another process just now; nothing was "
+                                           "changed, so try again");
 }
 
 void RuleEdit::Set(std::size_t place, Rule const& rule) {
@@ -43,10 +47,27 @@ void RuleEdit::Set(std::size_t place, Rule const& rule) {
     Mean(place);
 }
 
+std::vector<CallRecordingUtils::StoredRule> RuleEdit::Stored() const {
+    return Or(
+        kExitUnreadable, [this] { return CallRecordingUtils::ReadStoredRules(path_); });
+}
+
+void RuleEdit::SetState(std::size_t place, bool enabled) {
+    Or(kExitUnsaved, [&] { file_.Set(place, {CallRecordingUtils::StateEntry(enabled)}); });
+    Mean(place);
+}
+
+void RuleEdit::SetId(std::size_t place, std::int32_t id) {
+    Or(kExitUnsaved, [&] {
+        file_.Set(place, {{CallRecordingUtils::KEY_CALLRECORDINGRULE_ID, std::to_string(id)}});
+    });
+    Mean(place);
+    isForced_ = true;
+}
+
 std::size_t RuleEdit::Append(Rule rule) {
-    if (greatestId_ == std::numeric_limits<std::int32_t>::max())
-        throw Failure(kExitUnsaved, fmt::format("no identifier is left behind {}", greatestId_));
-    rule.callrecordingrule_id = ++greatestId_;
+    rule.callrecordingrule_id = Or(
+        kExitUnsaved, [this] { return file_.NextId(); });
     Or(kExitUnsaved, [&] { file_.Append(rule); });
     traces_.push_back({std::nullopt, ++turn_});
     return traces_.size() - 1;
@@ -74,6 +95,14 @@ void RuleEdit::Mean(std::size_t place) {
         traces_[place].turn = ++turn_;
 }
 
+bool RuleEdit::IsChanged() {
+    std::vector<Change> const changes = Changes();
+    return isForced_ || std::any_of(changes.begin(), changes.end(), [](Change const& change) {
+               return change.before == nullptr || change.after == nullptr ||
+                      !CallRecordingUtils::AreEqual(*change.before, *change.after);
+           });
+}
+
 void RuleEdit::Save() {
     Or(
         kExitUnsaved, [this] { file_.Save(); });
@@ -98,6 +127,7 @@ std::vector<Change> RuleEdit::Changes() {
     // A rule that was changed and then deleted has left its turn empty.
     auto const isEmpty = [](Change const& change) { return change.after == nullptr; };
     meant.erase(std::remove_if(meant.begin(), meant.end(), isEmpty), meant.end());
+    std::sort(deleted_.begin(), deleted_.end());
     for (std::size_t const place : deleted_)
         meant.push_back({&before_[place], place + 1, nullptr, 0, true});
     meant.insert(meant.end(), others.begin(), others.end());

@@ -10,6 +10,7 @@
 
 #include "Rules.h"
 #include "database/RuleFileEdit.h"
+#include "inspection/StoredRules.h"
 
 namespace callrecordingctl {
 
@@ -29,13 +30,25 @@ class RuleEdit {
   public:
     explicit RuleEdit(std::string const& path);
 
+    /// The bytes of the file as it was read.
+    std::string const& TextBefore() const { return textBefore_; }
+
     /// The rules as the file has them.
     RuleList const& Before() const { return before_; }
 
     /// How many rules there are by now.
     std::size_t Count() const { return traces_.size(); }
 
+    /// The rules with their lines and texts, as the file has them.
+    std::vector<CallRecordingUtils::StoredRule> Stored() const;
+
     void Set(std::size_t place, Rule const& rule);
+
+    /// Switches the rule on or off; nothing else of its section changes.
+    void SetState(std::size_t place, bool enabled);
+
+    /// Gives the rule another identifier, and writes it also where it only reads as that.
+    void SetId(std::size_t place, std::int32_t id);
 
     /// Adds rule behind the others, under the next free identifier. Returns its place.
     std::size_t Append(Rule rule);
@@ -47,6 +60,9 @@ class RuleEdit {
 
     /// Says that the edit is about the rule at place although it needs no change.
     void Mean(std::size_t place);
+
+    /// Whether the file would become another one.
+    bool IsChanged();
 
     void Save();
 
@@ -60,13 +76,15 @@ class RuleEdit {
         std::size_t turn;                  // When the edit came to it; 0 for never.
     };
 
+    std::string path_;
+    std::string textBefore_; // Read before file_: what another process saves in between shows.
     CallRecordingUtils::RuleFileEdit file_;
     RuleList before_;
     RuleList after_;
     std::vector<Trace> traces_; // By place.
     std::vector<std::size_t> deleted_;
     std::size_t turn_ = 0;
-    std::int32_t greatestId_ = -1;
+    bool isForced_ = false; // The text changes, also where the rules read the same.
 };
 
 } // namespace callrecordingctl

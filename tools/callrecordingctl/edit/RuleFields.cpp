@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "check/Suspicions.h"
 #include "commands/HelpText.h"
 #include "output/RuleText.h"
 #include "validation/SidePattern.h"
@@ -16,7 +17,7 @@ using namespace CallRecordingUtils;
 void AddSide(CLI::App& command, SideFields& side, std::string const& name, char const* who,
              bool isNew) {
     AddText(command, "--" + name, "PATTERN",
-            fmt::format("Pattern of the {} side{}", who, isNew ? " (default: *, everyone)" : ""),
+            fmt::format("Pattern of the {} side{}", who, isNew ? " (default: *, all)" : ""),
             [&side](std::string const& text) { side.pattern = text; });
     AddCallType(command, "--" + name + "-type",
                 isNew ? "Its call type (default: sip with an \"@\" in it,\nany for *, else number)"
@@ -71,6 +72,8 @@ void ApplySide(SideFields const& fields, char const* option, std::string& patter
     if (fields.pattern && entry.find('\\') != std::string::npos)
         Say("{}: {}", culprit, kEscapeNote);
     pattern = converted.stored;
+    if (auto const suspicion = SurelyNotMeant(pattern, type))
+        Say("{}: note: {}\n{}", culprit, suspicion->message, CaretText(entry, *suspicion));
 }
 
 void ApplyText(std::optional<std::string> const& text, char const* option, std::string& field) {
@@ -115,6 +118,16 @@ void Apply(RuleFields const& fields, Rule& rule) {
     ApplyText(fields.description, "--description", rule.description);
     rule.call_recording_type = fields.recordingType.value_or(rule.call_recording_type);
     rule.recording_rule_state = fields.state.value_or(rule.recording_rule_state);
+}
+
+void AddEveryone(CLI::App& command, bool& everyone) {
+    command.add_flag("--everyone", everyone, "Yes, the rule is to record every call");
+}
+
+void RequireEveryone(Rule const& rule, bool everyone) {
+    if (IsForEveryone(rule) && !everyone)
+        throw Failure(kExitUsage, "this rule would record every call; give --from or --to, or "
+                                  "--everyone if that is meant");
 }
 
 } // namespace callrecordingctl

@@ -40,6 +40,10 @@ void Complete(SideFields& side);
 /// of the one that cannot be.
 void Apply(RuleFields const& fields, Rule& rule);
 
+/// The flag without which no rule comes to be that records every call.
+void AddEveryone(CLI::App& command, bool& everyone);
+void RequireEveryone(Rule const& rule, bool everyone);
+
 } // namespace callrecordingctl
 
 #endif

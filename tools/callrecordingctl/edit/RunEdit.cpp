@@ -2,10 +2,19 @@
 
 #include "edit/RunEdit.h"
 
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <memory>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <fmt/format.h>
 
+#include "Digest.h"
 #include "edit/EditLock.h"
 #include "output/EditReport.h"
 
@@ -14,33 +23,89 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kReloadNote[] =
+    "note: telephony processes decide by the old rules until they reload (see \"Reloading\" in "
+    "\"callrecordingctl --help\")";
+
+/// So that the directory outlives a loss of power as the file in it does.
+void MakeDurable(fs::path const& directory) {
+    int const file = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    bool const isDurable = file >= 0 && fsync(file) == 0;
+    int const error = errno;
+    if (file >= 0)
+        close(file);
+    if (!isDurable)
+        throw Failure(kExitUnsaved, fmt::format("{}: cannot be made durable: {}",
+                                                directory.string(), std::strerror(error)));
+}
+
 void MakeDirectory(fs::path const& directory) {
     std::error_code error;
-    if (fs::create_directory(directory, error))
+    if (fs::is_directory(directory, error) || !fs::is_directory(directory.parent_path(), error))
+        return; // What is missing then is not ours to make; reading says so.
+    if (fs::create_directory(directory, error)) {
+        MakeDurable(directory);
+        MakeDurable(directory.parent_path());
         Say("{}: made this directory", directory.string());
+    }
     if (error)
         throw Failure(kExitUnsaved,
                       fmt::format("{}: cannot be made: {}", directory.string(), error.message()));
 }
 
+void RequireState(RuleEdit const& edit, std::string const& token) {
+    std::string const digest = DigestOf(edit.TextBefore());
+    if (token.size() < StateToken(digest).size() || digest.compare(0, token.size(), token) != 0)
+        throw Failure(kExitChanged,
+                      fmt::format("the rule file is another one by now: its state is {}, not {}; "
+                                  "nothing was changed",
+                                  StateToken(digest), token));
+}
+
+/// Prints the report. For an edit that was saved it only says what went wrong with that.
+void Report(RuleEdit& edit, EditOptions const& options, Context const& context, bool isSaved) {
+    // A reader that has gone must not end this process: the edit has been made.
+    if (isSaved)
+        std::signal(SIGPIPE, SIG_IGN);
+    std::string reason;
+    try {
+        ReportEdit(edit.Changes(), {edit.Count(), options.dryRun, options.verbose}, context);
+        if (std::fflush(stdout) != 0)
+            reason = std::strerror(errno);
+    } catch (std::exception const& error) {
+        reason = error.what();
+    }
+    if (isSaved)
+        SayNote(kReloadNote);
+    if (!reason.empty() && !isSaved)
+        throw Failure(kExitUnsaved, "standard output cannot be written: " + reason);
+    if (!reason.empty()) {
+        Say("the edit was saved, but standard output cannot be written: {}", reason);
+        std::fclose(stdout); // With what is left in it.
+    }
+}
+
 } // namespace
 
 ExitCode RunEdit(Context const& context, EditOptions const& options, Changer const& change) {
-    HasRuleFile(context.path); // Says what is missing.
     fs::path const directory = fs::path(context.path).parent_path();
     std::optional<EditLock> lock;
     if (!options.dryRun) {
         MakeDirectory(directory);
+        RequireDirectory(context.path);
         lock.emplace(context.path + ".lock", options.patience);
     }
     // Where a dry run misses the directory, a file in its place would be missing, too: no rules.
     RuleEdit edit(fs::exists(directory) ? context.path : directory.string());
-    change(edit);
-    if (lock)
+    if (options.ifState)
+        RequireState(edit, *options.ifState);
+    ExitCode const code = change(edit);
+    bool const isSaved = lock && edit.IsChanged();
+    if (isSaved)
         edit.Save();
     lock.reset();
-    ReportEdit(edit.Changes(), edit.Count(), options.dryRun, context.json);
-    return kExitYes;
+    Report(edit, options, context, isSaved);
+    return code;
 }
 
 CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
@@ -51,6 +116,11 @@ CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char
             return RunEdit(context, *options, change);
         });
     edit.add_flag("--dry-run", options->dryRun, "Show the rule before and after; write nothing");
+    edit.add_flag("-v,--verbose", options->verbose, "Tell every rule that changes");
+    AddText(
+        edit, "--if-state", "TOKEN",
+        "Change nothing, with exit status 7, unless the\nfile is in this state, as list shows it",
+        [options](std::string const& token) { options->ifState = token; });
     AddNumber(
         edit, "--wait", "SECONDS", "Wait so long for another client's edit\n(default: 5)", 0,
         [options](std::uint32_t seconds) { options->patience = std::chrono::seconds(seconds); });

@@ -6,6 +6,7 @@
 
 #include "model/RuleSides.h"
 #include "output/RuleText.h"
+#include "output/ShellText.h"
 #include "output/Table.h"
 
 namespace callrecordingctl {
@@ -23,29 +24,54 @@ bool DifferInStateOnly(Rule before, Rule const& after) {
 
 std::string Sentence(Change const& change, std::size_t count) {
     if (change.after == nullptr)
-        return fmt::format("rule {} deleted: {}", change.before->callrecordingrule_id,
-                           Sides(*change.before));
+        return fmt::format("{} deleted: {}", NameOf(*change.before), Sides(*change.before));
     Rule const& after = *change.after;
-    std::int32_t const id = after.callrecordingrule_id;
+    std::string const name = NameOf(after);
     if (change.before == nullptr)
-        return fmt::format("rule {} added at position {} of {}: {}", id, change.afterPosition,
-                           count, Sides(after));
-    if (change.before->callrecordingrule_id != id)
-        return fmt::format("rule {} is now rule {}, at position {} of {}",
-                           change.before->callrecordingrule_id, id, change.afterPosition, count);
+        return fmt::format("{} added at position {} of {}: {}", name, change.afterPosition, count,
+                           Sides(after));
+    if (change.before->callrecordingrule_id != after.callrecordingrule_id &&
+        change.beforePosition == change.afterPosition)
+        return fmt::format("{} at position {} is now rule {}", NameOf(*change.before),
+                           change.afterPosition, after.callrecordingrule_id);
+    if (change.before->callrecordingrule_id != after.callrecordingrule_id)
+        return fmt::format("{} is now rule {}, at position {} of {}", NameOf(*change.before),
+                           after.callrecordingrule_id, change.afterPosition, count);
     if (CallRecordingUtils::AreEqual(*change.before, after))
-        return fmt::format("rule {} is as it was: {}, {}", id, StateText(after), Sides(after));
+        return fmt::format("{} is as it was: {}, {}", name, StateText(after), Sides(after));
     if (DifferInStateOnly(*change.before, after))
-        return fmt::format("rule {} is now {}: {}", id, StateText(after), Sides(after));
-    return fmt::format("rule {} changed: {}", id, Sides(after));
+        return fmt::format("{} is now {}: {}", name, StateText(after), Sides(after));
+    return fmt::format("{} changed: {}", name, Sides(after));
 }
 
-void PrintSentences(std::vector<Change> const& changes, std::size_t count, bool dryRun) {
-    for (Change const& change : changes)
-        fmt::print("{}{}\n", dryRun ? "dry run: " : "", Printable(Sentence(change, count)));
+/// More than these are a list, and nobody reads it unless asked to.
+constexpr std::size_t kMostSentences = 20;
+
+void PrintSentences(std::vector<Change> const& changes, ReportOptions const& options,
+                    Context const& context) {
+    char const* const prefix = options.dryRun ? "dry run: " : "";
+    std::size_t meant = 0;
+    std::size_t others = 0;
+    for (Change const& change : changes) {
+        ++(change.isMeant ? meant : others);
+        if (!options.verbose && (!change.isMeant || meant > kMostSentences))
+            continue;
+        fmt::print("{}{}\n", prefix, Printable(Sentence(change, options.count)));
+        if (change.after != nullptr || options.dryRun)
+            continue;
+        if (auto const line = AddCommandFor(*change.before, change.beforePosition, context))
+            fmt::print("  to have it back: {}\n", Printable(*line));
+    }
+    if (options.verbose)
+        return;
+    if (meant > kMostSentences)
+        fmt::print("{}and {} more; -v tells each\n", prefix, meant - kMostSentences);
+    if (others > 0)
+        fmt::print("{}{} {} made room and changed identifiers; -v tells each\n", prefix, others,
+                   others == 1 ? "rule" : "rules");
 }
 
-void PrintTable(std::vector<Change> const& changes) {
+void PrintTable(std::vector<Change> const& changes, bool verbose) {
     std::vector<std::string> headers = ListHeaders();
     headers.insert(headers.begin(), "");
     Table table(headers, 7, 4);
@@ -57,6 +83,8 @@ void PrintTable(std::vector<Change> const& changes) {
         table.Add(row);
     };
     for (Change const& change : changes) {
+        if (!change.isMeant && !verbose)
+            continue;
         add("before", change.before, change.beforePosition);
         add("after", change.after, change.afterPosition);
     }
@@ -76,12 +104,13 @@ void PrintChangesAsJson(std::vector<Change> const& changes) {
 
 } // namespace
 
-void ReportEdit(std::vector<Change> const& changes, std::size_t count, bool dryRun, bool json) {
-    if (json)
+void ReportEdit(std::vector<Change> const& changes, ReportOptions const& options,
+                Context const& context) {
+    if (context.json)
         return PrintChangesAsJson(changes);
-    PrintSentences(changes, count, dryRun);
-    if (dryRun)
-        PrintTable(changes);
+    PrintSentences(changes, options, context);
+    if (options.dryRun)
+        PrintTable(changes, options.verbose);
 }
 
 } // namespace callrecordingctl

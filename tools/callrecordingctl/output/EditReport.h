@@ -6,12 +6,20 @@
 #include <cstddef>
 #include <vector>
 
+#include "CommandLine.h"
 #include "edit/RuleEdit.h"
 
 namespace callrecordingctl {
 
-/// Prints the changes; count is the number of rules after them.
-void ReportEdit(std::vector<Change> const& changes, std::size_t count, bool dryRun, bool json);
+struct ReportOptions {
+    std::size_t count; ///< Of the rules after the edit.
+    bool dryRun;
+    bool verbose; ///< Every rule, also those that only moved along.
+};
+
+/// Prints the changes.
+void ReportEdit(std::vector<Change> const& changes, ReportOptions const& options,
+                Context const& context);
 
 } // namespace callrecordingctl
 

@@ -51,6 +51,20 @@ void AddSide(nlohmann::ordered_json& json, std::string const& side, std::string 
 
 } // namespace
 
+std::string NameOf(Rule const& rule) {
+    return fmt::format("rule {}{}", rule.callrecordingrule_id,
+                       rule.description.empty() ? "" : fmt::format(" \"{}\"", rule.description));
+}
+
+bool IsForEveryone(Rule const& rule) {
+    auto const takesAll = [](std::string const& pattern, CallType type) {
+        return type == CALL_TYPE_ANY && !pattern.empty() &&
+               pattern.find_first_not_of('*') == std::string::npos;
+    };
+    return takesAll(rule.caller_pattern, rule.caller_call_type) &&
+           takesAll(rule.called_pattern, rule.called_call_type);
+}
+
 std::vector<std::string> ListRow(Rule const& rule, std::size_t position) {
     return {std::to_string(position),
             std::to_string(rule.callrecordingrule_id),
@@ -80,7 +94,7 @@ std::string CaretText(std::string const& entry, PatternProblem const& problem) {
                        isCut ? "..." : "", "", DisplayWidth(left));
 }
 
-nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position) {
+nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position, std::string const& state) {
     nlohmann::ordered_json json;
     json["position"] = position;
     json["callrecordingrule_id"] = rule.callrecordingrule_id;
@@ -92,6 +106,9 @@ nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position) {
     json["description"] = rule.description;
     json["recording_rule_state"] = rule.recording_rule_state;
     json["recording_rule_state_name"] = kStateNames[rule.recording_rule_state];
+    json["enabled"] = rule.recording_rule_state == RULE_ENABLED;
+    if (!state.empty())
+        json["file_state"] = state;
     return json;
 }
 

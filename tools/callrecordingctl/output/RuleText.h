@@ -29,6 +29,12 @@ char const* StateText(Rule const& rule);
 /// Call type and pattern in the entry form, with a mark when the pattern is malformed or empty.
 std::string SideText(std::string const& stored, CallType type);
 
+/// The rule as a sentence names it: rule 5 "abroad".
+std::string NameOf(Rule const& rule);
+
+/// Whether every call satisfies both sides.
+bool IsForEveryone(Rule const& rule);
+
 /// What list shows of a rule, a column each, and the headers of these columns.
 std::vector<std::string> ListRow(Rule const& rule, std::size_t position);
 std::vector<std::string> ListHeaders();
@@ -37,8 +43,9 @@ std::vector<std::string> ListHeaders();
 std::string CaretText(std::string const& entry, CallRecordingUtils::PatternProblem const& problem);
 
 /// The record under its field names, its position, and what the numbers mean; the man page lists
-/// it.
-nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position);
+/// it. state is the token of the file that the rule stands in, if that is to be told.
+nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position,
+                              std::string const& state = "");
 
 /// Prints a document. Bytes that are no UTF-8 are printed as U+FFFD.
 void PrintJson(nlohmann::ordered_json const& document);

@@ -1,0 +1,69 @@
+// renumber: identifiers of their own for all rules.
+
+#include <limits>
+#include <memory>
+#include <set>
+
+#include "check/FileFindings.h"
+#include "commands/Registry.h"
+#include "edit/RunEdit.h"
+
+namespace callrecordingctl {
+namespace {
+
+constexpr char kHelp[] =
+    R"(Gives rules whose identifier is another one's already, negative, or no plain
+number the next free ones; the others keep theirs. The order stays.
+)";
+
+struct Options {
+    bool all = false;
+};
+
+/// By place: the identifiers that rules keep.
+std::vector<bool> Kept(std::vector<CallRecordingUtils::StoredRule> const& rules,
+                       std::set<std::int32_t>& taken) {
+    std::vector<bool> kept;
+    for (auto const& stored : rules)
+        kept.push_back(IsPlainId(stored) && taken.insert(stored.rule.callrecordingrule_id).second);
+    return kept;
+}
+
+/// Behind the greatest identifier while there is room, as for a new rule, then in the gaps.
+std::int32_t FreeId(std::set<std::int32_t>& taken) {
+    std::int32_t id = taken.empty() ? 0 : *taken.rbegin();
+    if (!taken.empty() && id < std::numeric_limits<std::int32_t>::max())
+        ++id;
+    else
+        for (id = 0; taken.count(id) > 0;)
+            ++id;
+    taken.insert(id);
+    return id;
+}
+
+ExitCode Renumber(RuleEdit& edit, Options const& options) {
+    auto const rules = edit.Stored();
+    std::set<std::int32_t> taken;
+    std::vector<bool> kept(rules.size(), false);
+    if (!options.all)
+        kept = Kept(rules, taken);
+    for (std::size_t place = 0; place < rules.size(); ++place) {
+        if (kept[place])
+            continue;
+        std::int32_t const id = options.all ? static_cast<std::int32_t>(place) : FreeId(taken);
+        if (!IsPlainId(rules[place]) || id != rules[place].rule.callrecordingrule_id)
+            edit.SetId(place, id);
+    }
+    return kExitYes;
+}
+
+} // namespace
+
+void AddRenumber(CommandLine& line) {
+    auto const options = std::make_shared<Options>();
+    CLI::App& renumber = AddEdit(line, "renumber", "Give rules identifiers of their own", kHelp,
+                                 [options](RuleEdit& edit) { return Renumber(edit, *options); });
+    renumber.add_flag("--all", options->all, "New ones for all rules: 0, 1, 2, ... in their order");
+}
+
+} // namespace callrecordingctl
