@@ -6,20 +6,19 @@ set(headers_dir "${CMAKE_INSTALL_INCLUDEDIR}/callrecordingutils")
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/callrecordingutils")
 
 install(TARGETS callrecordingutils EXPORT callrecordingutilsTargets
-  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-  COMPONENT runtime NAMELINK_COMPONENT development)
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
 
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/callrecordingutils/" DESTINATION "${headers_dir}"
   COMPONENT development FILES_MATCHING PATTERN "*.h")
-
-# The public headers include CallParams.h and ThreadMutex.h, and who calls the pieces of the edits
-# needs MultiSectionFile.h. They are the chosen platform's, as the library was compiled with them.
-get_target_property(platform_dirs callrecordingutils_platform INTERFACE_INCLUDE_DIRECTORIES)
-foreach(header CallParams.h MultiSectionFile.h PlatformExport.h ThreadMutex.h)
-  find_file(platform_header ${header} PATHS ${platform_dirs} NO_DEFAULT_PATH NO_CACHE REQUIRED)
-  install(FILES "${platform_header}" DESTINATION "${headers_dir}/platform" COMPONENT development)
-  unset(platform_header)
-endforeach()
+install(FILES "${PROJECT_BINARY_DIR}/include/callrecordingutils/StringLayout.h"
+  DESTINATION "${headers_dir}" COMPONENT development)
+# The chosen platform's headers that the public ones include, as the library was compiled with them.
+install(CODE "
+  set(DIRECTORIES \"${platform_dirs}\")
+  set(HEADERS \"${platform_headers};PlatformExport.h\")
+  set(DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${headers_dir}/platform\")" COMPONENT development)
+install(SCRIPT "${platform_headers_script}" COMPONENT development)
 
 install(EXPORT callrecordingutilsTargets NAMESPACE callrecordingutils::
   DESTINATION "${package_dir}" COMPONENT development)

@@ -7,6 +7,8 @@
 #include <cstdarg>
 #include <memory>
 
+inline namespace CallRecordingPlatform {
+
 /// Appends entries to one log file. Not thread-safe: its user serialises. No failure to open or
 /// write the file ever reaches the caller; the entries are lost then.
 class LogStream {
@@ -37,5 +39,7 @@ class LogStream {
 /// Sets *isEnabled to whether tracing is on: the environment variable QUVA_LOG_LEVEL is a number.
 /// The second flag of a device has no meaning here and is left alone; both pointers may be null.
 void GetLogLevel(bool* isEnabled, bool* unused);
+
+} // namespace CallRecordingPlatform
 
 #endif

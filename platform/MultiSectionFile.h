@@ -13,6 +13,7 @@
 #include "PlatformExport.h"
 
 namespace Configuration {
+inline namespace CallRecordingPlatform {
 
 /// A text file of sections, each a group of entries between two section lines:
 ///
@@ -108,6 +109,7 @@ class PLATFORM_EXPORT MultiSectionFile {
     std::unique_ptr<Impl> mImpl;
 };
 
+} // namespace CallRecordingPlatform
 } // namespace Configuration
 
 #endif

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <memory>
 
+inline namespace CallRecordingPlatform {
+
 /// A fixed, writable area of characters, not initialised. Throws std::bad_alloc when it cannot be
 /// made.
 class SmartBuffer {
@@ -27,5 +29,7 @@ class SmartBuffer {
   private:
     std::unique_ptr<char[]> mData;
 };
+
+} // namespace CallRecordingPlatform
 
 #endif

@@ -7,6 +7,7 @@
 #include <string>
 
 namespace StringUtils {
+inline namespace CallRecordingPlatform {
 
 /// Returns whether text is one or more ASCII digits. The flags have no effect on a plain host.
 bool IsNumeric(std::string const& text, bool flag1, bool flag2);
@@ -14,6 +15,7 @@ bool IsNumeric(std::string const& text, bool flag1, bool flag2);
 /// Returns whether text is one or more ASCII letters. The flag has no effect on a plain host.
 bool IsAlpha(std::string const& text, bool flag);
 
+} // namespace CallRecordingPlatform
 } // namespace StringUtils
 
 #endif

@@ -8,6 +8,8 @@
 
 #include "PlatformExport.h"
 
+inline namespace CallRecordingPlatform {
+
 /// A mutual-exclusion lock: not recursive, not copyable. A thread that holds it must not lock it
 /// again, and only that thread may unlock it.
 class PLATFORM_EXPORT ThreadMutex {
@@ -24,5 +26,7 @@ class PLATFORM_EXPORT ThreadMutex {
   private:
     std::mutex mMutex;
 };
+
+} // namespace CallRecordingPlatform
 
 #endif

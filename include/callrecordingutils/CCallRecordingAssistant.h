@@ -36,11 +36,10 @@
 #include <cstdint>
 #include <string>
 
-#include <CallParams.h>
-#include <ThreadMutex.h>
-
 #include <callrecordingutils/CallRecordingRuleParams.h>
 #include <callrecordingutils/Export.h>
+#include <callrecordingutils/platform/CallParams.h>
+#include <callrecordingutils/platform/ThreadMutex.h>
 
 namespace CallRecordingUtils {
 
@@ -70,6 +69,10 @@ struct wild_card_counts {
 /// whichever object: both would load. A decision waits while a decision or a reload through the
 /// same assistant runs; a reload reads the file. The matching operations touch no state and need no
 /// lock at all.
+///
+/// fork: in the child of a process with threads, until it calls exec, the matching operations may
+/// be called, and an assistant may decide that no other thread was using when the process forked,
+/// while no reload or edit ran. Nothing else: what another thread held stays locked for ever.
 ///
 /// Errors: nothing is thrown but std::bad_alloc, and every lock is released then.
 class CALLRECORDINGUTILS_EXPORT CCallRecordingAssistant {

@@ -14,14 +14,10 @@
 #include <list>
 #include <string>
 
-#include <ThreadMutex.h>
-
 #include <callrecordingutils/CallRecordingRuleParams.h>
 #include <callrecordingutils/Export.h>
-
-namespace Configuration {
-class MultiSectionFile;
-}
+#include <callrecordingutils/platform/MultiSectionFile.h>
+#include <callrecordingutils/platform/ThreadMutex.h>
 
 namespace CallRecordingUtils {
 
@@ -61,7 +57,8 @@ CALLRECORDINGUTILS_EXPORT extern ThreadMutex cfgThreadMutex;
 /// lock: callers serialise edits, reloads, SetMode and lookups with each other, with decisions, and
 /// with a GetInstance that loads. Not for signal handlers. The environment is read with getenv, so
 /// set it before there are threads. The cancellation of a thread is held off while it loads, edits
-/// or traces.
+/// or traces. Not for the child of a fork either, where the process has threads, until it calls
+/// exec.
 class CALLRECORDINGUTILS_EXPORT CCallRecordingDB {
   public:
     /// An empty, unloaded database. Clients use GetInstance.

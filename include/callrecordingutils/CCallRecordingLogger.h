@@ -4,11 +4,9 @@
 #ifndef CALLRECORDINGUTILS_CCALLRECORDINGLOGGER_H
 #define CALLRECORDINGUTILS_CCALLRECORDINGLOGGER_H
 
-#include <ThreadMutex.h>
-
 #include <callrecordingutils/Export.h>
-
-class LogStream;
+#include <callrecordingutils/platform/LogStream.h>
+#include <callrecordingutils/platform/ThreadMutex.h>
 
 namespace CallRecordingUtils {
 
@@ -18,6 +16,7 @@ namespace CallRecordingUtils {
 ///
 /// Threads: any thread may trace; lines never interleave. Tracing must have ended before the last
 /// reference on the database is given back. TRACE writes before it returns, one thread at a time.
+/// Not for the child of a fork, where the process has threads: the log may be locked for ever.
 ///
 /// On a plain host tracing is on when the environment variable QUVA_LOG_LEVEL is a number, the
 /// highest level that is kept; the file lies in the directory QUVA_LOG_PATH ("/var/log/" when

@@ -4,6 +4,8 @@
 #ifndef CALLRECORDINGUTILS_EXPORT_H
 #define CALLRECORDINGUTILS_EXPORT_H
 
+#include <callrecordingutils/StringLayout.h>
+
 #define CALLRECORDINGUTILS_EXPORT [[gnu::visibility("default")]]
 
 #endif

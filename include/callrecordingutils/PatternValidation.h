@@ -56,7 +56,7 @@
 /// the user, host and port of a SIP address are checked one by one.
 ///
 /// Threads: all functions here are pure; any thread may call them at any time, as long as no other
-/// thread uses the string that IsPatternIncorrect is about to rewrite.
+/// thread uses the string that IsPatternIncorrect is about to rewrite. So may the child of a fork.
 ///
 /// Errors: std::bad_alloc is all that is ever thrown; IsPatternIncorrect may then have rewritten
 /// its string.

@@ -146,7 +146,7 @@ void LogStream::Flush() {
         mImpl->Flush();
 }
 
-void GetLogLevel(bool* isEnabled, bool* /*unused*/) {
+void CallRecordingPlatform::GetLogLevel(bool* isEnabled, bool* /*unused*/) {
     if (isEnabled != nullptr)
         *isEnabled = LogLevel().has_value();
 }

@@ -1,0 +1,81 @@
+// A host program's own classes and functions, which happen to be called as those of the platform.
+// They are laid out differently, and whoever takes them for the platform's gets nothing done.
+
+#include "own_classes.h"
+
+#include <cstring>
+#include <string>
+#include <utility>
+
+namespace {
+int calls = 0;
+}
+
+class ThreadMutex {
+  public:
+    ThreadMutex() {
+        std::memset(mQueue, 1, sizeof mQueue);
+        ++calls;
+    }
+    void Lock();
+    void Unlock();
+
+  private:
+    char mQueue[4096]; // More than there is room for where the library's own is meant.
+};
+void ThreadMutex::Lock() {
+    ++calls;
+}
+void ThreadMutex::Unlock() {
+    ++calls;
+}
+
+class SmartBuffer {
+  public:
+    SmartBuffer();
+    char* GetData();
+};
+SmartBuffer::SmartBuffer() {
+    ++calls;
+}
+char* SmartBuffer::GetData() {
+    ++calls;
+    return nullptr;
+}
+
+namespace Configuration {
+class MultiSectionFile {
+  public:
+    int GotoNextSection();
+};
+int MultiSectionFile::GotoNextSection() {
+    return ++calls;
+}
+} // namespace Configuration
+
+namespace StringUtils {
+bool IsNumeric(std::string const& text, bool, bool);
+bool IsNumeric(std::string const& text, bool, bool) {
+    ++calls;
+    return text.empty();
+}
+} // namespace StringUtils
+
+void GetLogLevel(bool* isEnabled, bool*);
+void GetLogLevel(bool* isEnabled, bool*) {
+    ++calls;
+    *isEnabled = false;
+}
+
+int CountCallsOfOwnClasses() {
+    bool isEnabled = true;
+    GetLogLevel(&isEnabled, nullptr);
+    ThreadMutex mutex;
+    mutex.Lock();
+    SmartBuffer buffer;
+    Configuration::MultiSectionFile file;
+    if (!isEnabled && buffer.GetData() == nullptr && file.GotoNextSection() > 0 &&
+        StringUtils::IsNumeric("", false, false))
+        mutex.Unlock();
+    return std::exchange(calls, 0);
+}
