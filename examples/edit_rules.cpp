@@ -1,11 +1,13 @@
-// Adds a rule, changes it, switches it off and on, moves it up, and deletes it again.
-// Usage: edit_rules DIRECTORY (which stays as it is: the edits are made to a copy)
+// Adds a rule, changes it, switches it off and on, moves it to the front, and deletes it again,
+// while no other editor comes between. Usage: edit_rules DIRECTORY (which stays as it is: the edits
+// are made to a copy)
 
 #include <algorithm>
 #include <iostream>
 #include <string>
 
 #include <callrecordingutils/CCallRecordingDB.h>
+#include <callrecordingutils/CRuleFileLock.h>
 #include <callrecordingutils/PatternValidation.h>
 
 #include "SampleCopy.h"
@@ -40,8 +42,9 @@ bool Edit(CCallRecordingDB& database) {
         !database.SetRuleState(id, false) || !database.SetRuleState(id, true))
         return false;
 
-    // A move exchanges the identifiers with the neighbour; listed is good until the reload.
-    bool const isSaved = database.ReOrderRule(id, true);
+    // Each rule on the way takes over the identifier of its new place; listed is good until the
+    // reload.
+    bool const isSaved = database.MoveRule(id, 0);
     std::string const newId = std::to_string(listed->callrecordingrule_id);
     if (!isSaved || newId == id || !database.Reload())
         return false;
@@ -53,8 +56,16 @@ bool Edit(CCallRecordingDB& database) {
 
 int main(int, char** argv) {
     SampleCopy const copy(argv[1]);
-    bool const isDone = Edit(*CCallRecordingDB::GetInstance(true, false));
+    CCallRecordingDB* const database = CCallRecordingDB::GetInstance(false, false);
+    std::string failure;
+    {
+        CRuleFileLock const lock(5000);
+        if (!lock.IsHeld())
+            failure = lock.GetFailure();
+        else if (!database->Load() || !Edit(*database)) // Loaded under the lock: nothing is stale.
+            failure = "an edit failed: " + database->GetLastFailure();
+    }
     CCallRecordingDB::CloseInstance(); // The records are gone with the last reference.
-    std::cout << (isDone ? "all edits done\n" : "an edit failed\n");
-    return isDone ? 0 : 1;
+    std::cout << (failure.empty() ? "all edits done" : failure) << "\n";
+    return failure.empty() ? 0 : 1;
 }

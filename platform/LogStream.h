@@ -10,7 +10,13 @@
 inline namespace CallRecordingPlatform {
 
 /// Appends entries to one log file. Not thread-safe: its user serialises. No failure to open or
-/// write the file ever reaches the caller; the entries are lost then.
+/// write the file ever reaches the caller, nor does a signal; the entries are lost then. It never
+/// waits for the file: a pipe has to have a reader, and room.
+///
+/// The file may be renamed, removed or truncated at any time, as log rotation does: what is flushed
+/// next goes to the file that has the name then, which is made if it is missing; where it cannot be
+/// made, to the old one. After a failed write, of this object or of one before it, the next entry
+/// begins on a line of its own.
 class LogStream {
   public:
     /// Opens, or creates, the file name in the directory that the environment variable

@@ -28,16 +28,19 @@ inline namespace CallRecordingPlatform {
 /// The value is everything behind the first separator, blanks included. Blanks before a key and
 /// around a section line, CRLF line ends, and a last line without an end are accepted.
 ///
-/// Every operation may throw an exception derived from std::exception; what() says path, line
-/// (where there is one) and reason. A failed operation leaves the object as it was. Not
-/// thread-safe.
+/// Every operation may throw an exception derived from std::exception; what() says path, line (in
+/// the file as it was read, where there is one) and reason. A failed operation leaves the object as
+/// it was. Not thread-safe.
+///
+/// An operation on the current section takes time in proportion to that section, however large the
+/// file is; opening and saving take time in proportion to the file.
 class PLATFORM_EXPORT MultiSectionFile {
   public:
     /// Reads the file at path. A file that does not exist has no sections. Throws when the
-    /// directory of path does not exist, when path cannot be read or is no regular file, and when
-    /// the file is malformed: a section that is not closed, nested or closed without being open, a
-    /// line outside the sections that is neither blank nor a comment, a line in a section that is
-    /// no entry, a NUL.
+    /// directory of path does not exist, when path cannot be read or is no regular file, when it
+    /// has more than 64 MiB (before any of it is read), and when the file is malformed: a section
+    /// that is not closed, nested or closed without being open, a line outside the sections that is
+    /// neither blank nor a comment, a line in a section that is no entry, a NUL, a byte order mark.
     ///
     /// sectionOpen and sectionClose are the section lines with their line end, separator and
     /// comment the markers described above. The flags, unused1 and unused2 have no effect on a
@@ -90,18 +93,24 @@ class PLATFORM_EXPORT MultiSectionFile {
     /// crash or a loss of power as well, the file is the old one or the new one. Owner and mode
     /// stay, a symbolic link is followed. Returns 1. On a failure nothing is left behind, the old
     /// file is whole, and an exception says what failed. (When the very last step fails, making the
-    /// replacement in the directory durable, the new file is already in place.) The arguments have
-    /// no effect here.
+    /// replacement in the directory durable, the new file is already in place.)
+    ///
+    /// Only the file that was read, or that this object saved last, is replaced: when it has become
+    /// another one since, or has appeared or gone, nothing is written and the exception says so. Of
+    /// two objects that save at the same time one fails; where a foreign program writes the file,
+    /// it has to do so in the microseconds between the last look and the replacement to be missed.
+    /// What a killed process left beside the file is removed. No signal reaches the process because
+    /// of a limit on the size of files. The arguments have no effect here.
     int Save(bool flag, char const* unused);
 
     // --- For reports on the file; a device's class need not have these ---
 
     /// Returns the line, counted from 1 in the file as it was read, on which the current section is
-    /// opened. Throws when the cursor is on no section. REQUIRES: nothing has been changed.
+    /// opened; 0 for an added one. Throws when the cursor is on no section.
     [[gnu::visibility("hidden")]] std::size_t GetSectionLine();
 
-    /// Returns key and line of every entry of the current section, in their order. Throws and
-    /// requires as GetSectionLine.
+    /// Returns key and line of every entry of the current section, in their order. Throws as
+    /// GetSectionLine.
     [[gnu::visibility("hidden")]] std::vector<std::pair<std::string, std::size_t>> GetEntryLines();
 
   private:

@@ -163,8 +163,9 @@ TEST_F(EditFaults, ASaveTakesItsStepsInOrder) {
     for (auto const& [user, group] : {std::pair{1, 0}, {0, 1}}) {
         bool const isOwned = chown(path.c_str(), user, group) == 0; // Not so for other than root.
         EXPECT_TRUE(Run(rows.front().edit, "", 0, Fault::FAIL));
-        EXPECT_EQ(calls, "open read read close open open " + std::string(isOwned ? "fchown " : "") +
-                             "fchmod write fsync close rename fsync close ");
+        EXPECT_EQ(calls, "open read read close open open open " +
+                             std::string(isOwned ? "fchown " : "") +
+                             "fchmod write fsync close rename fsync close close ");
         struct stat status = {};
         EXPECT_EQ(stat(path.c_str(), &status), 0);
         EXPECT_TRUE(!isOwned || (status.st_uid == uid_t(user) && status.st_gid == gid_t(group)));
@@ -188,12 +189,14 @@ TEST_F(EditFaults, AnEditGoesOnWhereThatIsRight) {
         {"interrupted write", "write", 1, Fault::FAIL, EINTR, true, true},
         {"interrupted fsync", "fsync", 1, Fault::FAIL, EINTR, true, true},
         {"interrupted close", "close", 2, Fault::FAIL, EINTR, true, true},
-        {"no file beside it", "open", 3, Fault::FAIL, EACCES, false, false},
-        {"name taken", "open", 3, Fault::FAIL, EEXIST, true, true},
+        {"no list of what is beside it", "open", 3, Fault::FAIL, EACCES, true, true},
+        {"no file beside it", "open", 4, Fault::FAIL, EACCES, false, false},
+        {"name taken", "open", 4, Fault::FAIL, EEXIST, true, true},
         {"files cannot be synced here", "fsync", 1, Fault::FAIL, EINVAL, false, false},
         {"directories cannot be synced here", "fsync", 2, Fault::FAIL, EINVAL, true, true},
         {"the new name may not last", "fsync", 2, Fault::FAIL, EIO, false, true},
         {"nothing is left to close well", "close", 3, Fault::FAIL, EIO, true, true},
+        {"mounted alone", "rename", 1, Fault::FAIL, EBUSY, false, false},
     };
     FaultRow const& disable = rows.front();
     for (auto const& row : table) {
@@ -201,6 +204,8 @@ TEST_F(EditFaults, AnEditGoesOnWhereThatIsRight) {
         Restore();
         bool const isDone = Run(disable.edit, row.call, row.occurrence, row.fault, row.error);
         EXPECT_EQ(isDone, row.isDone);
+        EXPECT_EQ(db->GetLastFailure().find("mount point") != std::string::npos,
+                  row.error == EBUSY);
         EXPECT_TRUE(wasHit);
         EXPECT_EQ(dir.ReadRules(), row.isReplaced ? disable.states[1] : disable.states[0]);
     }

@@ -207,10 +207,10 @@ TEST(LogStreamTest, AppendsTheEntriesOfItsLevels) {
         setenv("QUVA_LOG_LEVEL", level.c_str(), 1);
         {
             LogStream log("log", false, true, 0x7FFFFFFF, 1, 2048, false);
-            Trace(log, 0, "%d %s|", 0, "a");
-            Trace(log, 10, "%d %s|", 9, "b");
+            Trace(log, 0, "%d %s\n", 0, "a");
+            Trace(log, 10, "%d %s\n", 9, "b");
         }
-        EXPECT_EQ(dir.Read("pre-log"), expected += level.size() == 1 ? "0 a|" : "0 a|9 b|");
+        EXPECT_EQ(dir.Read("pre-log"), expected += level.size() == 1 ? "0 a\n" : "0 a\n9 b\n");
         bool isEnabled = false;
         GetLogLevel(&isEnabled, nullptr);
         EXPECT_EQ(isEnabled, std::isdigit(level[0]) != 0);

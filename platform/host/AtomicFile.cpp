@@ -3,53 +3,19 @@
 
 #include "AtomicFile.h"
 
-#include <atomic>
-#include <cerrno>
+#include <chrono>
 #include <climits>
-#include <optional>
-#include <system_error>
-#include <utility>
+#include <thread>
 
 #include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <sys/file.h>
+
+#include "Posix.h"
+#include "Temporary.h"
+
+namespace HostPlatform {
 
 namespace {
-
-/// Throws what the last system call reported about path.
-[[noreturn]] void Fail(std::string const& path, char const* what, int error = errno) {
-    throw std::system_error(error, std::generic_category(), path + ": " + what);
-}
-
-/// Repeats a system call for as long as a signal interrupts it.
-template <typename Call>
-auto Uninterrupted(Call call) {
-    auto result = call();
-    while (result == -1 && errno == EINTR)
-        result = call();
-    return result;
-}
-
-/// An open file, closed at the end of the object's life.
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-    ~Descriptor() {
-        if (number_ >= 0)
-            close(number_);
-    }
-
-    int Number() const { return number_; }
-
-    /// Closes the file and returns the result. Whatever it is, the descriptor is gone then, and
-    /// closing it again could hit a file that another thread has just opened.
-    int Close() { return close(std::exchange(number_, -1)); }
-
-  private:
-    int number_;
-};
 
 /// Where a file is: its directory, and its name there.
 struct Place {
@@ -70,11 +36,11 @@ bool FollowLink(std::string& link) {
     ssize_t const length = readlink(link.c_str(), target, sizeof target);
     if (length < 0) {
         if (errno != EINVAL && errno != ENOENT)
-            Fail(link, "cannot be looked up");
+            FailOf(link, "cannot be looked up");
         return false;
     }
     if (length == 0 || static_cast<std::size_t>(length) == sizeof target)
-        Fail(link, "the symbolic link cannot be followed", ENAMETOOLONG);
+        FailOf(link, "the symbolic link cannot be followed", ENAMETOOLONG);
     std::string const text(target, static_cast<std::size_t>(length));
     link = text[0] == '/' ? text : Split(link).directory + "/" + text;
     return true;
@@ -83,15 +49,14 @@ bool FollowLink(std::string& link) {
 /// Returns where the file at path is, or is to be made, behind all symbolic links. Without this the
 /// link itself would be replaced, and its file be left as it was.
 Place Resolve(std::string const& path) {
-    // As many as the kernel follows.
-    constexpr int kMostLinks = 40;
+    constexpr int kMostLinks = 40; // As many as the kernel follows.
     std::string end(path);
     for (int links = 0; FollowLink(end); ++links)
         if (links == kMostLinks)
-            Fail(path, "cannot be looked up", ELOOP);
+            FailOf(path, "cannot be looked up", ELOOP);
     Place place = Split(end);
     if (place.name.empty())
-        Fail(path, "is no name of a file", ENOENT);
+        FailOf(path, "is no name of a file", ENOENT);
     return place;
 }
 
@@ -99,113 +64,53 @@ int OpenDirectory(std::string const& path) {
     int const directory = Uninterrupted(
         [&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK); });
     if (directory < 0)
-        Fail(path, "the directory cannot be opened");
+        FailOf(path, "the directory cannot be opened");
     return directory;
 }
 
-/// Returns what is known of the file that is to be replaced; nothing when there is none yet.
+/// Returns what is known of the file that is to be replaced; nothing when there is none.
 std::optional<struct stat> OldFile(Descriptor const& directory, std::string const& name,
                                    std::string const& path) {
     struct stat status {};
     if (fstatat(directory.Number(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno != ENOENT)
-            Fail(path, "cannot be looked up");
+            FailOf(path, "cannot be looked up");
         return std::nullopt;
     }
     if (!S_ISREG(status.st_mode))
-        Fail(path, "is no regular file", EINVAL);
+        FailOf(path, "is no regular file", EINVAL);
     return status;
 }
 
-/// A new file in a directory, removed again unless it took over another file's name.
-class Temporary {
-  public:
-    /// path is the file that this one is made for.
-    Temporary(Descriptor const& directory, std::string const& name, mode_t mode,
-              std::string const& path)
-        : path_(path), directory_(directory), file_(Create(name, mode)) {}
-    Temporary(Temporary const&) = delete;
-    Temporary& operator=(Temporary const&) = delete;
-    ~Temporary() {
-        if (!isRenamed_)
-            unlinkat(directory_.Number(), name_.c_str(), 0);
-    }
+void RequireUnchanged(std::optional<struct stat> const& old, std::optional<FileStamp> const& stamp,
+                      std::string const& path) {
+    if (old ? stamp != FileStamp::Of(*old) : stamp.has_value())
+        Refuse(path, "was changed by somebody else after it was read; nothing is written");
+}
 
-    void TakeOwnerAndMode(struct stat const& old);
-    void Write(std::string_view content);
-    void Sync();
-    void Close();
-    void Rename(std::string const& name);
+/// A turn among those who replace files in one directory, so that between the last look at a file
+/// and the rename nobody else's rename comes. It lasts microseconds. Who cannot get one in time
+/// goes on without: anybody who may read a directory can lock it, and must not be able to stop a
+/// save.
+class Turn {
+  public:
+    explicit Turn(Descriptor const& directory) : directory_(directory) {
+        constexpr std::chrono::milliseconds kPause(1);
+        constexpr int kMostTries = 200;
+        for (int tries = 1; flock(directory_.Number(), LOCK_EX | LOCK_NB) != 0; ++tries) {
+            if (errno != EWOULDBLOCK || tries == kMostTries)
+                return;
+            std::this_thread::sleep_for(kPause);
+        }
+    }
+    // Not left to closing: a process forked meanwhile shares the open directory.
+    ~Turn() { flock(directory_.Number(), LOCK_UN); }
+    Turn(Turn const&) = delete;
+    Turn& operator=(Turn const&) = delete;
 
   private:
-    int Create(std::string const& name, mode_t mode);
-
-    std::string const& path_;
     Descriptor const& directory_;
-    std::string name_;
-    Descriptor file_;
-    bool isRenamed_ = false;
 };
-
-int Temporary::Create(std::string const& name, mode_t mode) {
-    static std::atomic<unsigned> counter{0};
-    // A name is taken only where a process of the same number was killed, so there are few.
-    constexpr int kMostNames = 1000;
-    for (int names = 1;; ++names) {
-        name_ = name + "." + std::to_string(getpid()) + "." + std::to_string(counter++) + ".tmp";
-        int const file = Uninterrupted([&] {
-            return openat(directory_.Number(), name_.c_str(),
-                          O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-        });
-        if (file >= 0)
-            return file;
-        if (errno != EEXIST || names == kMostNames)
-            Fail(path_, "a temporary file cannot be made beside it");
-    }
-}
-
-void Temporary::TakeOwnerAndMode(struct stat const& old) {
-    struct stat own {};
-    if (fstat(file_.Number(), &own) != 0)
-        Fail(path_, "its temporary file cannot be looked up");
-    // The owner first: a change of owner takes some of the mode's bits away.
-    if ((own.st_uid != old.st_uid || own.st_gid != old.st_gid) &&
-        fchown(file_.Number(), old.st_uid, old.st_gid) != 0)
-        Fail(path_, "its owner cannot be kept");
-    if (fchmod(file_.Number(), old.st_mode & 07777) != 0)
-        Fail(path_, "its mode cannot be kept");
-}
-
-void Temporary::Write(std::string_view content) {
-    while (!content.empty()) {
-        ssize_t const count =
-            Uninterrupted([&] { return write(file_.Number(), content.data(), content.size()); });
-        if (count <= 0) {
-            // Nothing written and no error would otherwise be tried for ever.
-            Fail(path_, "its temporary file cannot be written", count < 0 ? errno : EIO);
-        }
-        content.remove_prefix(static_cast<std::size_t>(count));
-    }
-}
-
-void Temporary::Sync() {
-    // Only an interrupted call is repeated. After any other failure the kernel may have dropped the
-    // data that it could not write, and a second call would report success for it.
-    if (Uninterrupted([&] { return fsync(file_.Number()); }) != 0)
-        Fail(path_, "its temporary file cannot be made durable");
-}
-
-void Temporary::Close() {
-    // An interrupted close has closed the file, and what it held is durable already.
-    if (file_.Close() != 0 && errno != EINTR)
-        Fail(path_, "its temporary file cannot be closed");
-}
-
-void Temporary::Rename(std::string const& name) {
-    if (renameat(directory_.Number(), name_.c_str(), directory_.Number(), name.c_str()) != 0)
-        Fail(path_, "cannot be replaced by its temporary file");
-    isRenamed_ = true;
-}
 
 void SyncDirectory(Descriptor const& directory, std::string const& path) {
     if (Uninterrupted([&] { return fsync(directory.Number()); }) == 0)
@@ -213,7 +118,7 @@ void SyncDirectory(Descriptor const& directory, std::string const& path) {
     // Some file systems cannot sync a directory at all. The file is replaced, there is nothing left
     // that could be done for it, and calling every edit a failure would help nobody.
     if (errno != EINVAL && errno != ENOTSUP)
-        Fail(path, "is replaced, but this may not survive a loss of power");
+        FailOf(path, "is replaced, but this may not survive a loss of power");
 }
 
 /// Opens the file at path for reading. Returns -1 when there is none but its directory exists.
@@ -222,50 +127,81 @@ int OpenForReading(std::string const& path) {
         [&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
     if (file < 0) {
         if (errno != ENOENT)
-            Fail(path, "cannot be opened");
+            FailOf(path, "cannot be opened");
         struct stat status {};
         if (stat(Resolve(path).directory.c_str(), &status) != 0)
-            Fail(path, "its directory cannot be looked up");
+            FailOf(path, "its directory cannot be looked up");
     }
     return file;
 }
 
-} // namespace
-
-std::string ReadFile(std::string const& path) {
-    Descriptor const file(OpenForReading(path));
-    if (file.Number() < 0)
-        return {};
+/// The status of the open file, which is a regular one of no senseless size.
+struct stat StatusOf(Descriptor const& file, std::string const& path) {
     struct stat status {};
     if (fstat(file.Number(), &status) != 0)
-        Fail(path, "cannot be looked up");
+        FailOf(path, "cannot be looked up");
     if (!S_ISREG(status.st_mode))
-        Fail(path, "is no regular file", EINVAL);
+        FailOf(path, "is no regular file", EINVAL);
+    return status;
+}
 
-    // More than the file has: its end shows without growing the text, and an edit finds room.
-    constexpr std::size_t kRoom = 4096;
-    std::string text(static_cast<std::size_t>(status.st_size) + kRoom, '\0');
+void RequireSize(std::size_t size, std::string const& path) {
+    if (size > kLargestFile)
+        FailOf(path,
+               "has " + std::to_string(size) + " bytes, expected at most " +
+                   std::to_string(kLargestFile),
+               EFBIG);
+}
+
+/// Reads the open file from where it stands to its end; size is what it is believed to have.
+std::string ReadToEnd(Descriptor const& file, std::size_t size, std::string const& path) {
+    std::string text(size + 1, '\0'); // One more, so that the end shows without growing the text.
     std::size_t length = 0;
     for (;;) {
         ssize_t const count = Uninterrupted(
             [&] { return read(file.Number(), text.data() + length, text.size() - length); });
         if (count < 0)
-            Fail(path, "cannot be read");
+            FailOf(path, "cannot be read");
+        length += static_cast<std::size_t>(count);
+        RequireSize(length, path);
         if (count == 0) {
             text.resize(length);
             return text;
         }
-        length += static_cast<std::size_t>(count);
         if (length == text.size())
             text.resize(2 * length); // The file has grown meanwhile.
     }
 }
 
-void ReplaceFile(std::string const& path, std::string_view content) {
+} // namespace
+
+FileText ReadFile(std::string const& path) {
+    Descriptor const file(OpenForReading(path));
+    if (file.Number() < 0)
+        return {};
+    constexpr int kMostReads = 20;
+    for (int reads = 0; reads < kMostReads; ++reads) {
+        FileStamp const before = FileStamp::Of(StatusOf(file, path));
+        RequireSize(static_cast<std::size_t>(before.size), path);
+        if (lseek(file.Number(), 0, SEEK_SET) != 0)
+            FailOf(path, "cannot be read");
+        std::string text = ReadToEnd(file, static_cast<std::size_t>(before.size), path);
+        // Somebody may be writing into the file itself: half of that would pass for the whole.
+        if (FileStamp::Of(StatusOf(file, path)) == before)
+            return {std::move(text), before};
+    }
+    Refuse(path, "is written to all the time while it is read");
+}
+
+void ReplaceFile(std::string const& path, std::string_view content,
+                 std::optional<FileStamp>& stamp) {
+    RequireSize(content.size(), path);
     Place const target = Resolve(path);
     // Before anything is made, so that what cannot be finished is not begun.
     Descriptor const directory(OpenDirectory(target.directory));
+    RemoveLeftovers(directory, target.name);
     std::optional<struct stat> const old = OldFile(directory, target.name, path);
+    RequireUnchanged(old, stamp, path);
 
     // Nobody may look into the new file before it has the old one's owner and mode.
     Temporary temporary(directory, target.name, old ? 0600 : 0666, path);
@@ -274,6 +210,13 @@ void ReplaceFile(std::string const& path, std::string_view content) {
     temporary.Write(content);
     temporary.Sync();
     temporary.Close();
-    temporary.Rename(target.name);
+    {
+        Turn const turn(directory);
+        RequireUnchanged(OldFile(directory, target.name, path), stamp, path);
+        temporary.Rename(target.name);
+        stamp = temporary.Stamp();
+    }
     SyncDirectory(directory, path);
 }
+
+} // namespace HostPlatform

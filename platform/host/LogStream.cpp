@@ -16,7 +16,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Posix.h"
+#include "QuietWrite.h"
 #include "StringUtils.h"
+
+using namespace HostPlatform;
 
 namespace {
 
@@ -37,24 +41,11 @@ std::string LogPath(char const* name) {
     return std::string(directory != nullptr ? directory : "/var/log/") + name;
 }
 
-int OpenLog(std::string const& path) {
-    // Not to wait: a log that stands still must not hold up a call.
-    int const file =
-        open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0644);
-    struct stat status {};
-    if (file >= 0 && (fstat(file, &status) != 0 || S_ISFIFO(status.st_mode))) {
-        // A pipe whose reader goes away would end the process with a signal.
-        close(file);
-        return -1;
-    }
-    return file;
-}
-
 /// Appends format, expanded with arguments, to text.
 void AppendFormatted(std::string& text, char const* format, va_list& arguments) {
     va_list measured;
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the logger has initialised them.
     va_copy(measured, arguments);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): va_copy has initialised it.
     int const length = std::vsnprintf(nullptr, 0, format, measured);
     va_end(measured);
     if (length < 0)
@@ -69,19 +60,94 @@ void AppendFormatted(std::string& text, char const* format, va_list& arguments) 
     text.resize(begin + size);
 }
 
-/// Writes text as far as the file takes it.
-void WriteLog(int file, std::string_view text) {
+bool IsSameFile(struct stat const& a, struct stat const& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+/// Writes text as far as the file takes it. Returns how much that is.
+std::size_t WriteLog(int file, std::string_view text) {
     constexpr int kMostInterruptions = 10;
-    for (int interruptions = 0; !text.empty() && interruptions < kMostInterruptions;) {
-        ssize_t const count = write(file, text.data(), text.size());
+    std::size_t written = 0;
+    for (int interruptions = 0; written < text.size() && interruptions < kMostInterruptions;) {
+        ssize_t const count = QuietWrite(file, text.data() + written, text.size() - written);
         if (count > 0)
-            text.remove_prefix(static_cast<std::size_t>(count));
+            written += static_cast<std::size_t>(count);
         else if (count < 0 && errno == EINTR)
             ++interruptions;
         else
-            return;
+            break;
     }
+    return written;
 }
+
+/// The open log, found again by its name before each write.
+class LogFile {
+  public:
+    explicit LogFile(std::string path) : path_(std::move(path)) { Find(); }
+    ~LogFile() { Forget(); }
+    LogFile(LogFile const&) = delete;
+    LogFile& operator=(LogFile const&) = delete;
+
+    void Append(std::string_view text) {
+        Find();
+        if (file_ < 0)
+            return;
+        if (isTorn_ && WriteLog(file_, "\n") == 1)
+            isTorn_ = false;
+        if (isTorn_)
+            return;
+        std::size_t const written = WriteLog(file_, text);
+        isTorn_ = written > 0 && written < text.size() && text[written - 1] != '\n';
+    }
+
+  private:
+    /// Has the file open that the name stands for. Where it cannot be opened the last one serves.
+    void Find() {
+        struct stat named {};
+        if (IsOwn() && stat(path_.c_str(), &named) == 0 && IsSameFile(named, own_))
+            return;
+        // Not to wait: a log that stands still must not hold up a call.
+        constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+        int const file = open(path_.c_str(), kFlags, 0644);
+        if (file < 0)
+            return;
+        Forget();
+        file_ = file;
+        if (fstat(file_, &own_) != 0)
+            Forget();
+        isTorn_ = EndsInHalfALine();
+    }
+
+    /// Whether the descriptor is still the log's. A host process that closes all descriptors, to go
+    /// into the background, may have given its number to another file since.
+    bool IsOwn() {
+        struct stat status {};
+        if (file_ >= 0 && (fstat(file_, &status) != 0 || !IsSameFile(status, own_)))
+            file_ = -1;
+        return file_ >= 0;
+    }
+
+    void Forget() {
+        if (IsOwn())
+            close(file_);
+        file_ = -1;
+    }
+
+    /// Whether who wrote to the file before could not finish a line.
+    bool EndsInHalfALine() const {
+        if (!S_ISREG(own_.st_mode) || own_.st_size == 0)
+            return false;
+        Descriptor const file(open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+        char last = '\n';
+        return file.Number() >= 0 && pread(file.Number(), &last, 1, own_.st_size - 1) == 1 &&
+               last != '\n';
+    }
+
+    std::string path_;
+    int file_ = -1;
+    struct stat own_ {};
+    bool isTorn_ = false;
+};
 
 } // namespace
 
@@ -89,19 +155,10 @@ class LogStream::Impl {
   public:
     // Without a level nothing is dropped: whether to trace at all is GetLogLevel's to say.
     explicit Impl(char const* name)
-        : highestLevel_(LogLevel().value_or(ULONG_MAX)), file_(OpenLog(LogPath(name))) {}
-
-    ~Impl() {
-        Flush();
-        if (file_ >= 0)
-            close(file_);
-    }
-
-    Impl(Impl const&) = delete;
-    Impl& operator=(Impl const&) = delete;
+        : highestLevel_(LogLevel().value_or(ULONG_MAX)), file_(LogPath(name)) {}
 
     void Add(unsigned char level, char const* format, va_list& arguments) {
-        if (file_ < 0 || level > highestLevel_)
+        if (level > highestLevel_)
             return;
         AppendFormatted(pending_, format, arguments);
         if (pending_.size() >= kMostPending)
@@ -109,14 +166,14 @@ class LogStream::Impl {
     }
 
     void Flush() {
-        if (file_ >= 0)
-            WriteLog(file_, pending_);
+        if (!pending_.empty())
+            file_.Append(pending_);
         pending_.clear();
     }
 
   private:
-    unsigned long const highestLevel_;
-    int const file_;
+    unsigned long highestLevel_;
+    LogFile file_;
     std::string pending_;
 };
 
@@ -125,11 +182,13 @@ LogStream::LogStream(char const* name, bool /*option1*/, bool /*option2*/, int /
     try {
         mImpl = std::make_unique<Impl>(name);
     } catch (std::exception const&) {
-        // Without memory there is no log.
+        return; // Without memory there is no log.
     }
 }
 
-LogStream::~LogStream() = default;
+LogStream::~LogStream() {
+    Flush();
+}
 
 void LogStream::TRACE(unsigned char level, char const* format, va_list& arguments,
                       unsigned char /*option*/) {
@@ -137,7 +196,7 @@ void LogStream::TRACE(unsigned char level, char const* format, va_list& argument
         if (mImpl != nullptr)
             mImpl->Add(level, format, arguments);
     } catch (std::exception const&) {
-        // Without memory the entry is lost.
+        return; // No memory: the entry is lost.
     }
 }
 

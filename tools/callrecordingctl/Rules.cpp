@@ -71,7 +71,7 @@ RuleList LoadRules(std::string const& path) {
 
 std::string FileState(std::string const& path) {
     try {
-        return StateToken(DigestOf(ReadFile(path)));
+        return StateToken(DigestOf(HostPlatform::ReadFile(path).text));
     } catch (std::exception const& error) {
         throw Failure(kExitUnreadable, error.what());
     }

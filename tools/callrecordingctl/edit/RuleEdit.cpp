@@ -32,12 +32,13 @@ std::ptrdiff_t Step(std::size_t place) {
 } // namespace
 
 RuleEdit::RuleEdit(std::string const& path)
-    : path_(path), textBefore_(Or(kExitUnreadable, [&path] { return ReadFile(path); })),
+    : path_(path),
+      textBefore_(Or(kExitUnreadable, [&path] { return HostPlatform::ReadFile(path).text; })),
       file_(Or(kExitUnreadable, [&path] { return CallRecordingUtils::RuleFileEdit(path); })),
       before_(Or(kExitUnreadable, [this] { return file_.Rules(); })) {
     for (std::size_t i = 0; i < before_.size(); ++i)
         traces_.push_back({i, 0});
-    if (Or(kExitUnreadable, [&path] { return ReadFile(path); }) != textBefore_)
+    if (Or(kExitUnreadable, [&path] { return HostPlatform::ReadFile(path).text; }) != textBefore_)
         throw Failure(kExitUnsaved, path + ": was saved by another process just now; nothing was "
                                            "changed, so try again");
 }
