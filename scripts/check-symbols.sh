@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Compares what a release build of the library exports with src/exported-symbols.txt. With --accept
-# the list is written anew, for a change of the interface that is meant.
+# Compares what a release build of the library exports with src/exported-symbols.txt. Every export
+# has to carry a version. With --accept the list is written anew, for a change of the interface that is
+# meant.
 # Usage: check-symbols.sh LIBRARY [--accept]
 set -euo pipefail
 
@@ -9,9 +10,15 @@ list=$source/src/exported-symbols.txt
 exported=$(mktemp)
 trap 'rm -f "$exported"' EXIT
 
+version=CALLRECORDINGUTILS_1.0
+if nm -D --defined-only "$1" | grep -vE "@@$version\$| A $version\$"; then
+    echo "These carry no version; src/exports.map says which." >&2
+    exit 1
+fi
+
 # Names only, each once (constructors stand twice in a library), sorted alike everywhere.
 nm -D --defined-only -C "$1" |
-    sed -e 's/^[0-9a-f]* . //' \
+    sed -e "/ A $version/d" -e "s/@@$version//" -e 's/^[0-9a-f]* . //' \
         -e 's/std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >/std::string/g' |
     LC_ALL=C sort -u >"$exported"
 
