@@ -21,6 +21,7 @@ enum ExitCode : int {
     kExitNoSuchRule = 5, ///< There is no such rule, or more than one.
     kExitUndecided = 6,  ///< The question needs more memory than there is to be had.
     kExitChanged = 7,    ///< The rule file is not the one that the command was meant for.
+    kExitStopped = 130,  ///< By Ctrl-C; what was done until then is told.
 };
 
 /// Ends the command. what() is for standard error and names the culprit.

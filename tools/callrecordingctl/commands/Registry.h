@@ -14,6 +14,7 @@ class CommandLine;
     COMMAND(Show)                                                                                  \
     COMMAND(Decide)                                                                                \
     COMMAND(Check)                                                                                 \
+    COMMAND(Replay)                                                                                \
     COMMAND(Add)                                                                                   \
     COMMAND(Modify)                                                                                \
     COMMAND(Delete)                                                                                \

@@ -1,0 +1,121 @@
+// replay: what the rules did with the calls of call records, and what other rules would have done.
+
+#include <ctime>
+#include <filesystem>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "CommandLine.h"
+#include "Rules.h"
+#include "commands/Registry.h"
+#include "output/ReplayText.h"
+#include "output/RuleText.h"
+#include "replay/Digest.h"
+#include "replay/RunReplay.h"
+
+namespace callrecordingctl {
+namespace {
+
+constexpr char kHelp[] =
+    R"(CALLS are files of call records: values separated by commas or semicolons below
+a row of names, or JSON, one object a line; plain or .gz; - is standard input.
+Columns are found by the names that call-record writers use, as src and dst,
+caller_id_number and destination_number, calldate. What stands around an address,
+as in "Alice" <sip:201@pbx;user=phone>, is taken off. A line that cannot be read
+is counted and told.
+Examples:
+  callrecordingctl replay Master.csv --no-header --from-column 2 --to-column 3
+  callrecordingctl replay november.csv.gz --against /tmp/callrecordingdb.new
+  callrecordingctl replay november.csv.gz --html november.html
+)";
+
+struct Options {
+    std::vector<std::string> calls;
+    CallFormat format;
+    std::string against;
+    std::string page;
+    bool each = false;
+    bool strict = false;
+};
+
+RuleFileFacts ReadRuleFile(std::string const& path) {
+    std::string digest = DigestOfFile(path);
+    for (;;) { // Another process may save the file in between.
+        RuleFileFacts facts{path, digest, LoadRules(path)};
+        digest = DigestOfFile(path);
+        if (digest == facts.digest)
+            return facts;
+    }
+}
+
+ReplayFacts ReadFacts(std::string const& path, std::string const& against) {
+    ReplayFacts facts{ReadRuleFile(path), std::nullopt};
+    if (against.empty())
+        return facts;
+    if (!std::filesystem::exists(against))
+        throw Failure(kExitUnreadable, against + ": there is no such file");
+    facts.there = ReadRuleFile(against);
+    return facts;
+}
+
+void PrintEach(DecidedCall const& call, RuleList const& rules, bool json) {
+    if (json)
+        fmt::print(
+            "{}\n",
+            ToJson(call, rules).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    else
+        PrintCall(call, rules);
+}
+
+ExitCode ReplayCalls(Context const& context, Options const& options) {
+    ReplayFacts const facts = ReadFacts(context.path, options.against);
+    Replay::Options how;
+    how.format = options.format;
+    how.parseCallType = ParseCallType;
+    if (options.each)
+        how.onCall = [&](DecidedCall const& call) {
+            PrintEach(call, facts.here.rules, context.json);
+        };
+    ReplayReport const report = RunReplay(options.calls, facts.here.rules,
+                                          facts.there ? &facts.there->rules : nullptr, how);
+    if (context.json && !options.each)
+        PrintJson(ToJson(report, facts));
+    else if (!options.each)
+        PrintReplay(report, facts);
+    if (report.isInterrupted)
+        return kExitStopped;
+    return options.strict && report.unreadable > 0 ? kExitNo : kExitYes;
+}
+
+void AddColumns(CLI::App& replay, CallFormat& format) {
+    constexpr char const* kWhat[COLUMN_COUNT] = {"the calling side", "the called side",
+                                                 "the call type of the calling side",
+                                                 "the call type of the called side", "the time"};
+    for (std::size_t i = 0; i < COLUMN_COUNT; ++i) {
+        auto const column = static_cast<Column>(i);
+        AddText(replay, ColumnNames::Option(column), "NAME",
+                fmt::format("Column with {}, by name or number", kWhat[i]),
+                [&format, column](std::string const& name) { format.names.Name(column, name); });
+    }
+    replay.add_flag_callback(
+        "--no-header", [&format] { format.hasHeader = false; },
+        "There is no row of names; columns are numbers");
+}
+
+} // namespace
+
+void AddReplay(CommandLine& line) {
+    auto const options = std::make_shared<Options>();
+    CLI::App& replay = line.AddCommand(
+        "replay", "Show what the rules did with the calls of call records", kHelp,
+        [options](Context const& context) { return ReplayCalls(context, *options); });
+    replay.add_option("CALLS", options->calls, "Files of call records")->type_name("")->required();
+    AddColumns(replay, options->format);
+    replay.add_option("--against", options->against, "Compare with the rules of another rule file")
+        ->type_name("FILE");
+    replay.add_flag("--each", options->each, "Print each call with its decision instead");
+    replay.add_flag("--strict", options->strict, "Exit with 1 when a line cannot be read");
+}
+
+} // namespace callrecordingctl

@@ -1,0 +1,167 @@
+// The tables and sentences of a replay.
+
+#include "output/ReplayText.h"
+
+#include <fmt/format.h>
+
+#include "output/RuleText.h"
+#include "output/Table.h"
+
+namespace callrecordingctl {
+namespace {
+
+using namespace CallRecordingUtils;
+
+std::string Percent(std::uint64_t calls, std::uint64_t all) {
+    return fmt::format("{:.1f} %", 100 * Share(calls, all));
+}
+
+std::string Plural(std::uint64_t count, char const* noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+std::string ExampleText(std::optional<Example> const& example) {
+    return example ? fmt::format("{} -> {}", example->from, example->to) : "";
+}
+
+std::string WhenText(std::optional<CallTime> time) {
+    return time ? TimeText(*time) : "";
+}
+
+void PrintRules(ReplayReport const& report, RuleList const& rules) {
+    bool const hasTimes = report.all.first.has_value();
+    std::vector<std::string> headers{"#", "ID", "STATE", "CALLS", "SHARE"};
+    if (hasTimes)
+        headers.insert(headers.end(), {"FIRST", "LAST"});
+    headers.insert(headers.end(), {"EXAMPLE", "RECORD TO", "DESCRIPTION"});
+    Table table(headers, hasTimes ? 7 : 5, 2);
+    auto const add = [&](std::vector<std::string> row, Tally const& tally,
+                         std::vector<std::string> const& behind) {
+        row.insert(row.end(),
+                   {std::to_string(tally.calls), Percent(tally.calls, report.all.calls)});
+        if (hasTimes)
+            row.insert(row.end(), {WhenText(tally.first), WhenText(tally.last)});
+        row.push_back(ExampleText(tally.example));
+        row.insert(row.end(), behind.begin(), behind.end());
+        table.Add(row, tally.calls == 0);
+    };
+    for (std::size_t i = 0; i < rules.size(); ++i)
+        add({std::to_string(i + 1), std::to_string(rules[i].callrecordingrule_id),
+             StateText(rules[i])},
+            report.byRule[i], {rules[i].record_to, rules[i].description});
+    add({"-", "-", "-"}, report.notRecorded, {"", "not recorded"});
+    table.Print();
+}
+
+void PrintTotals(ReplayReport const& report) {
+    std::uint64_t const recorded = report.all.calls - report.notRecorded.calls;
+    fmt::print("\n{} in {}", Plural(report.all.calls, "call"), Plural(report.files.size(), "file"));
+    if (report.all.first)
+        fmt::print(" from {} to {}", WhenText(report.all.first), WhenText(report.all.last));
+    fmt::print(": {} recorded ({}), {} not\n", recorded, Percent(recorded, report.all.calls),
+               report.notRecorded.calls);
+    if (report.isInterrupted)
+        fmt::print("interrupted: what is told here is not of all calls\n");
+}
+
+void PrintNotRecorded(ReplayReport const& report) {
+    Tally rest;
+    std::vector<LeadingDigits::Group> const groups = report.notRecordedByDigits.Groups(rest);
+    std::string text;
+    for (LeadingDigits::Group const& group : groups)
+        text += fmt::format("{}{} {}", text.empty() ? "" : ", ",
+                            group.digits.empty() ? "no digit" : group.digits, group.tally.calls);
+    if (rest.calls > 0)
+        text += fmt::format(", others {}", rest.calls);
+    if (!text.empty())
+        fmt::print("not recorded, by the digits that the number called begins with: {}\n", text);
+}
+
+void PrintNeverApplied(ReplayReport const& report, RuleList const& rules) {
+    std::string ids;
+    for (std::size_t i = 0; i < rules.size(); ++i)
+        if (report.byRule[i].calls == 0)
+            ids += fmt::format("{}{}{}", ids.empty() ? "" : ", ", rules[i].callrecordingrule_id,
+                               rules[i].recording_rule_state == RULE_ENABLED ? "" : " (off)");
+    if (!ids.empty())
+        fmt::print("never applied: {}\n", ids);
+}
+
+void PrintCleanings(ReplayReport const& report) {
+    std::string text;
+    for (std::size_t i = 0; i < report.cleaned.size(); ++i)
+        if (report.cleaned[i] > 0)
+            text += fmt::format("{}{} {}", text.empty() ? "" : ", ", kCleaningWords[i],
+                                report.cleaned[i]);
+    if (!text.empty())
+        fmt::print("taken off addresses: {}; the telephone system may hand them over differently\n",
+                   text);
+}
+
+void PrintProblems(ReplayReport const& report) {
+    if (report.unreadable > 0)
+        fmt::print("{} could not be read{}\n", Plural(report.unreadable, "line"),
+                   report.unreadable > report.problems.size() ? "; the first:" : ":");
+    for (ReplayReport::Problem const& problem : report.problems)
+        fmt::print("  {}\n",
+                   Printable(fmt::format("{}:{}: {}", problem.file, problem.line, problem.reason)));
+    if (report.firstWithoutTime)
+        fmt::print(
+            "{} in no format that is known: {}\n", Plural(report.withoutTime, "time"),
+            Printable(fmt::format("{}:{}: \"{}\"", report.firstWithoutTime->file,
+                                  report.firstWithoutTime->line, report.firstWithoutTime->reason)));
+}
+
+} // namespace
+
+std::string OutcomeText(Rule const* rule) {
+    if (rule == nullptr)
+        return "not recorded";
+    std::string text = rule->record_to.empty() ? "no destination" : rule->record_to;
+    if (rule->call_recording_type != CALL_RECORDING_TYPE_0)
+        text += fmt::format(", type {}", static_cast<int>(rule->call_recording_type));
+    if (!rule->recording_duration.empty())
+        text += ", duration " + rule->recording_duration;
+    return text + (rule->description.empty() ? "" : " (" + rule->description + ")");
+}
+
+void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList const& others,
+                      std::string const& there) {
+    fmt::print("{} of {} decided differently by {}\n", report.different.calls,
+               Plural(report.all.calls, "call"), Printable(there));
+    if (report.different.calls == 0)
+        return;
+    auto const text = [](RuleList const& rules, Decision decision) {
+        return OutcomeText(decision == kNotRecorded ? nullptr : &rules[decision]);
+    };
+    Table table({"CALLS", "HERE", "THERE", "EXAMPLE"});
+    for (auto const& [pair, tally] : report.differences)
+        table.Add({std::to_string(tally.calls), text(here, pair.first), text(others, pair.second),
+                   ExampleText(tally.example)});
+    if (report.moreDifferences.calls > 0)
+        table.Add({std::to_string(report.moreDifferences.calls), "of more rules", "", ""});
+    table.Print();
+}
+
+void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
+    PrintRules(report, facts.here.rules);
+    PrintTotals(report);
+    PrintNotRecorded(report);
+    PrintNeverApplied(report, facts.here.rules);
+    PrintCleanings(report);
+    PrintProblems(report);
+    if (facts.there) {
+        fmt::print("\n");
+        PrintDifferences(report, facts.here.rules, facts.there->rules, facts.there->path);
+    }
+}
+
+void PrintCall(DecidedCall const& call, RuleList const& rules) {
+    Rule const* const rule = call.decision == kNotRecorded ? nullptr : &rules[call.decision];
+    auto const field = [&call](Column column) { return Printable(call.record.values[column]); };
+    fmt::print("{}\t{}\t{}\t{}\t{}\n", field(COLUMN_TIME), field(COLUMN_FROM), field(COLUMN_TO),
+               rule != nullptr ? std::to_string(rule->callrecordingrule_id) : "-",
+               rule != nullptr ? Printable(rule->record_to) : "not recorded");
+}
+
+} // namespace callrecordingctl

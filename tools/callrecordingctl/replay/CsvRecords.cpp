@@ -1,0 +1,183 @@
+// Reads rows with libcsv, and calls out of them.
+
+#include "CsvRecords.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace callrecordingctl {
+namespace {
+
+constexpr std::size_t kNone = ColumnNames::kNone;
+
+/// Counts what stands outside of quotes.
+unsigned char SeparatorOf(std::string_view line) {
+    std::size_t counts[] = {0, 0, 0};
+    constexpr std::string_view kSeparators = ",;\t";
+    bool isQuoted = false;
+    for (char const c : line) {
+        isQuoted ^= c == '"';
+        std::size_t const at = kSeparators.find(c);
+        if (!isQuoted && at != std::string_view::npos)
+            ++counts[at];
+    }
+    return static_cast<unsigned char>(
+        kSeparators[static_cast<std::size_t>(std::max_element(counts, counts + 3) - counts)]);
+}
+
+/// The number of a column, from 1; kNone when text is none.
+std::size_t NumberOf(std::string const& text) {
+    bool const isNumber = !text.empty() && text.size() < 7 && text[0] != '0' &&
+                          text.find_first_not_of("0123456789") == std::string::npos;
+    return isNumber ? std::stoul(text) - 1 : kNone;
+}
+
+std::string Found(CsvRows const& rows) {
+    std::string text;
+    for (std::size_t i = 0; i < rows.FieldCount() && text.size() < 200; ++i)
+        text += (i > 0 ? ", " : "") + rows.Field(i).substr(0, 40);
+    return text;
+}
+
+} // namespace
+
+CsvRows::CsvRows(Lines& lines) : lines_(lines) {
+    Start();
+}
+
+CsvRows::~CsvRows() {
+    csv_free(&parser_);
+}
+
+void CsvRows::Start() {
+    // CSV_REPALL_NL also ends empty rows, so a row that is not ended is one with an open quote.
+    if (csv_init(&parser_, CSV_STRICT | CSV_REPALL_NL) != 0)
+        throw std::bad_alloc();
+    if (separator_ != 0)
+        csv_set_delim(&parser_, separator_);
+}
+
+void CsvRows::AddField(void* text, std::size_t size, void* rows) {
+    CsvRows& row = *static_cast<CsvRows*>(rows);
+    if (row.fieldCount_ == row.fields_.size())
+        row.fields_.emplace_back();
+    row.fields_[row.fieldCount_++].assign(static_cast<char const*>(text), size);
+}
+
+void CsvRows::EndRow(int, void* rows) {
+    static_cast<CsvRows*>(rows)->isRowComplete_ = true;
+}
+
+/// Returns what is wrong with text, nullptr when nothing is.
+char const* CsvRows::Feed(std::string_view text) {
+    if (csv_parse(&parser_, text.data(), text.size(), AddField, EndRow, this) == text.size())
+        return nullptr;
+    if (csv_error(&parser_) != CSV_EPARSE)
+        throw std::bad_alloc();
+    return "a quote is neither at an end of its field nor doubled";
+}
+
+char const* CsvRows::FeedLine() {
+    if (lines_.IsTooLong() || lines_.RecordBytes() > Lines::kMost)
+        return "it is longer than 256 KiB";
+    if (lines_.Text().find('\0') != std::string_view::npos)
+        return "it holds a byte of value 0";
+    if (separator_ == 0) {
+        separator_ = SeparatorOf(lines_.Text());
+        csv_set_delim(&parser_, separator_);
+    }
+    char const* const problem = Feed(lines_.Text());
+    return problem != nullptr ? problem : Feed("\n");
+}
+
+/// Reads the row that begins with this line. Returns what is wrong with it, empty when nothing is.
+std::string CsvRows::ReadRow() {
+    fieldCount_ = 0;
+    isRowComplete_ = false;
+    char const* problem = FeedLine();
+    if (problem != nullptr || isRowComplete_)
+        return problem != nullptr ? problem : "";
+    while (problem == nullptr && !isRowComplete_)
+        problem = lines_.Continue() ? FeedLine() : "a quote is never closed";
+    if (problem == nullptr)
+        return "";
+    lines_.GoBack();
+    return std::string("a quote is open at its end, and with the lines that follow ") + problem;
+}
+
+/// A row that cannot be read is its first line; whatever follows that is looked at anew. This costs
+/// no more than once through the file again: the lines that one open quote swallows have pairs of
+/// quotes, and so open none when they are read for themselves.
+bool CsvRows::Next() {
+    do {
+        if (!lines_.Next())
+            return false;
+        line_ = lines_.Number();
+        problem_ = ReadRow();
+    } while (problem_.empty() && fieldCount_ == 0);
+    if (!problem_.empty()) {
+        csv_free(&parser_);
+        Start();
+    }
+    return true;
+}
+
+CsvRecords::CsvRecords(Lines& lines, ColumnNames const& names, bool hasHeader,
+                       std::string const& path)
+    : rows_(lines) {
+    columns_.fill(kNone);
+    FindColumns(names, hasHeader, path);
+}
+
+void CsvRecords::FindColumns(ColumnNames const& names, bool hasHeader, std::string const& path) {
+    if (hasHeader && rows_.Next() && !rows_.Problem().empty())
+        throw CallFileError(
+            fmt::format("{}:{}: no row of column names: {}", path, rows_.Line(), rows_.Problem()));
+    for (std::size_t i = 0; i < COLUMN_COUNT; ++i) {
+        auto const column = static_cast<Column>(i);
+        std::size_t best = kNone;
+        for (std::size_t at = 0; hasHeader && at < rows_.FieldCount(); ++at) {
+            std::size_t const rank = names.Rank(column, rows_.Field(at));
+            if (rank < best) {
+                best = rank;
+                columns_[i] = at;
+            }
+        }
+        std::string const& given = names.Given(column);
+        if (best == kNone)
+            columns_[i] = NumberOf(given);
+        if (columns_[i] == kNone && (i <= COLUMN_TO || !given.empty()))
+            throw CallFileError(
+                !hasHeader
+                    ? fmt::format("{}: without a row of names {} takes the number of a column, "
+                                  "1 is the first",
+                                  path, ColumnNames::Option(column))
+                    : fmt::format("{}:{}: no column \"{}\" among: {}\nname it with {} (a number "
+                                  "will do); --no-header if this is a call already",
+                                  path, rows_.Line(),
+                                  given.empty() ? (i == 0 ? "from" : "to") : given, Found(rows_),
+                                  ColumnNames::Option(column)));
+    }
+}
+
+bool CsvRecords::Next(CallRecord& record) {
+    if (!rows_.Next())
+        return false;
+    record.line = rows_.Line();
+    record.problem = rows_.Problem();
+    for (std::size_t i = 0; i < COLUMN_COUNT; ++i) {
+        record.values[i].clear();
+        if (columns_[i] == kNone || !record.problem.empty())
+            continue;
+        if (columns_[i] < rows_.FieldCount())
+            record.values[i] = rows_.Field(columns_[i]);
+        else
+            record.problem =
+                fmt::format("it has {} fields, and {} is number {}", rows_.FieldCount(),
+                            ColumnNames::Option(static_cast<Column>(i)) + 2, columns_[i] + 1);
+    }
+    return true;
+}
+
+} // namespace callrecordingctl

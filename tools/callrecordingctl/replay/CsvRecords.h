@@ -1,0 +1,72 @@
+// Call records in files of comma- or semicolon-separated values.
+
+#ifndef CALLRECORDINGCTL_REPLAY_CSVRECORDS_H
+#define CALLRECORDINGCTL_REPLAY_CSVRECORDS_H
+
+#include <string>
+#include <vector>
+
+#include <csv.h>
+
+#include "CallRecord.h"
+#include "Columns.h"
+#include "Lines.h"
+
+namespace callrecordingctl {
+
+/// One row after the other, each of its fields a text. libcsv reads them, in its strict mode: what
+/// is wrong is told and not guessed at.
+class CsvRows {
+  public:
+    /// The values are separated by whichever of , ; and tab the first line has most of.
+    explicit CsvRows(Lines& lines);
+    ~CsvRows();
+    CsvRows(CsvRows const&) = delete;
+    CsvRows& operator=(CsvRows const&) = delete;
+
+    /// Reads the next row that is not empty. Returns false at the end.
+    bool Next();
+
+    std::size_t Line() const { return line_; }
+    std::string const& Problem() const { return problem_; }
+    std::size_t FieldCount() const { return fieldCount_; }
+    std::string const& Field(std::size_t index) const { return fields_[index]; }
+
+  private:
+    void Start();
+    char const* Feed(std::string_view text);
+    char const* FeedLine();
+    std::string ReadRow();
+    static void AddField(void* text, std::size_t size, void* rows);
+    static void EndRow(int end, void* rows);
+
+    Lines& lines_;
+    csv_parser parser_{};
+    unsigned char separator_ = 0;
+    std::size_t line_ = 0;
+    std::string problem_;
+    std::vector<std::string> fields_; // More than the row has, so that their memory serves again.
+    std::size_t fieldCount_ = 0;
+    bool isRowComplete_ = false;
+};
+
+/// The calls among the rows, their columns found by the names in the first row or, where the file
+/// has no such row, by the numbers that names holds.
+class CsvRecords : public RecordReader {
+  public:
+    /// Throws a CallFileError, which names path, when the columns of both sides are not to be
+    /// found.
+    CsvRecords(Lines& lines, ColumnNames const& names, bool hasHeader, std::string const& path);
+
+    bool Next(CallRecord& record) override;
+
+  private:
+    void FindColumns(ColumnNames const& names, bool hasHeader, std::string const& path);
+
+    CsvRows rows_;
+    std::array<std::size_t, COLUMN_COUNT> columns_{};
+};
+
+} // namespace callrecordingctl
+
+#endif
