@@ -2,7 +2,23 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
+#include <random>
+#include <set>
+#include <sstream>
+
+#include <sys/wait.h>
+
+#include <nlohmann/json.hpp>
+#include <zlib.h>
+
 #include "inspection/CallAddress.h"
+#include "replay/CallReader.h"
+#include "replay/CallTime.h"
+#include "replay/LeadingDigits.h"
+#include "replay/Timeline.h"
+#include "support/TempDir.h"
 
 namespace callrecordingctl {
 
@@ -38,6 +54,272 @@ TEST(CallAddress, IsCleanedOfWhatStandsAround) {
         CallAddress const cleaned = CleanCallAddress(written);
         EXPECT_EQ(cleaned.text, address) << written;
         EXPECT_EQ(Words(cleaned.cleanings), words) << written;
+    }
+}
+
+/// What is read from a file with content: each call as "line from>to" or, with its types and time,
+/// "line from>to|type,type,time", and each other line as "line !reason".
+std::vector<std::string> Read(std::string const& content, CallFormat const& format = {}) {
+    TempDir const dir;
+    dir.Write("calls", content);
+    std::vector<std::string> read;
+    try {
+        CallReader reader(dir.Path("calls"), format);
+        for (CallRecord record; reader.Next(record);) {
+            auto const& [from, to, fromType, toType, time] = record.values;
+            std::string const more = fromType + "," + toType + "," + time;
+            std::string const call = from + ">" + to + (more == ",," ? "" : "|" + more);
+            read.push_back(std::to_string(record.line) + " " +
+                           (record.problem.empty() ? call : "!" + record.problem));
+        }
+    } catch (CallFileError const& error) {
+        read.push_back(error.what());
+    }
+    return read;
+}
+
+/// Of what is expected behind a "!" or "*", a part is enough.
+void ExpectRead(std::vector<std::string> const& read, std::vector<std::string> const& expected,
+                std::string const& content) {
+    ASSERT_EQ(read.size(), expected.size()) << content.substr(0, 200) << "\n"
+                                            << testing::PrintToString(read);
+    for (std::size_t i = 0; i < read.size(); ++i) {
+        std::size_t const mark = expected[i].find_first_of("!*");
+        std::size_t const whole = mark == std::string::npos ? read[i].size() + 1 : mark;
+        EXPECT_EQ(read[i].substr(0, whole), expected[i].substr(0, whole)) << content.substr(0, 200);
+        EXPECT_TRUE(whole == read[i].size() + 1 ||
+                    read[i].find(expected[i].substr(mark + 1)) != std::string::npos)
+            << content.substr(0, 200) << "\nread: " << read[i] << "\nnot:  " << expected[i];
+    }
+}
+
+std::string const kLong(1 << 20, 'x');
+
+TEST(CallReader, ReadsEachFormatAndGoesOnBehindWhatIsNone) {
+    struct {
+        std::string content;
+        std::vector<std::string> read;
+    } const rows[] = {
+        {"", {}},
+        {"\n\n", {}},
+        {"src,dst\n", {}},
+        {"src,dst\n1,2", {"2 1>2"}},
+        {"\xEF\xBB\xBF"
+         "src,dst\r\n\r\n1,2\r\n",
+         {"3 1>2"}},
+        {"a;Caller ID-Number;Destination_Number;b\n;1,5;2;\n", {"2 1,5>2"}},
+        {"clid\tdst\tsrc\n9\t2\t1\n", {"2 1>2"}},
+        {"calldate,from,to,to_type,fromType\nnow,1,2,sip,3\n", {"2 1>2|3,sip,now"}},
+        {"from,to\n\"a,\"\"b\"\"\r\nc\",2\n3,4\n", {"2 a,\"b\"\nc>2", "4 3>4"}},
+        {"from,to\n 1 , \"2\" \n", {"2 1>2"}},
+        // What cannot be read costs its own line only.
+        {"from,to\n1\n3,4\n", {"2 !it has 1 fields, and to-column is number 2", "3 3>4"}},
+        {"from,to\n1,\"2\n3,4\n5,6", {"2 !a quote is never closed", "3 3>4", "4 5>6"}},
+        {"from,to\n1,\"2\n3,\"4\n5,6\n", {"2 !neither at an end", "3 !never closed", "4 5>6"}},
+        {"from,to\n1,2\"3\n5,6\n", {"2 !a quote is neither", "3 5>6"}},
+        {"from,to\n" + kLong + ",2\n3,4\n", {"2 !it is longer than 256 KiB", "3 3>4"}},
+        {"from,to\n" + kLong, {"2 !it is longer than 256 KiB"}},
+        {"from,to\n1,\"" + kLong + "\"\n3,4\n", {"2 !longer than 256 KiB", "3 3>4"}},
+        {"from,to\n1,\"a\n" + kLong + "\n3,4\n", {"2 !longer than", "3 !longer than", "4 3>4"}},
+        {std::string("from,to\n1,2\0\n3,4\n", 17), {"2 !byte of value 0", "3 3>4"}},
+        {std::string("from,to\n1,\"2\n\0\n3,4\n", 18), {"2 !byte of", "3 !byte of", "4 3>4"}},
+        // What has no columns is no file of calls.
+        {"a,b\n1,2\n", {"*:1: no column \"from\" among: a, b\n"}},
+        {"from,b\n1,2\n", {"*--to-column (a number will do); --no-header"}},
+        {"from,to\"\n", {"*:1: no row of column names: a quote"}},
+        {"[{\"from\":1}]\n", {"*a list of JSON"}},
+        // JSON.
+        {"{\"from\":\"1\",\"to\":2}\n\n {\"dst\":\"b\\u00e4\",\"src\":null,\"time\":1.5}",
+         {"1 1>2", "3 >b\xC3\xA4|,,1.5"}},
+        {"{\"clid\":\"x\",\"src\":1,\"callerid\":\"y\",\"to\":true}\n", {"1 1>true"}},
+        {"{\"from\":{\"number\":1,\"uri\":2},\"list\":[{\"to\":5},[6]],\"to\":3}\n", {"1 1>3"}},
+        {"{\"from\":1,\"to\":2}\n{\"from\":1,\n{\"from\":1}\n{\"to\":2}\n7\n{\"from\":1,\"to\":2}"
+         "x\n"
+         "{\"from\":3,\"to\":4}",
+         {"1 1>2", "2 !no JSON: column 11", "3 !no value \"to\"", "4 !no value \"from\"",
+          "5 !no value", "6 !no JSON", "7 3>4"}},
+        {"{\"from\":\"" + kLong + "\",\"to\":2}\n{\"from\":3,\"to\":4}",
+         {"1 !longer than 256 KiB", "2 3>4"}},
+        {std::string(200000, '[') + "\n", {"*a list of JSON"}},
+        {"{\"a\":" + std::string(200000, '[') + "\n{\"from\":3,\"to\":4}", {"1 !no JSON", "2 3>4"}},
+    };
+    for (auto const& [content, read] : rows)
+        ExpectRead(Read(content), read, content);
+}
+
+TEST(CallReader, TakesTheColumnsThatAreNamed) {
+    CallFormat named;
+    named.names.Name(COLUMN_FROM, "A Side");
+    named.names.Name(COLUMN_TO, "3");
+    ExpectRead(Read("a_side,from,x\n1,2,3\n", named), {"2 1>3"}, "by name and number");
+    ExpectRead(Read("{\"a.side\":1,\"3\":2,\"to\":4}\n{\"from\":1,\"3\":1}", named),
+               {"1 1>2", "2 !no value \"A Side\""}, "JSON");
+    named.names.Name(COLUMN_TIME, "when");
+    ExpectRead(Read("a_side,from,x\n1,2,3\n", named), {"*no column \"when\""}, "no such name");
+    CallFormat bare;
+    bare.hasHeader = false;
+    ExpectRead(Read("1,2\n", bare), {"*--from-column takes the number of a column"}, "no number");
+    bare.names.Name(COLUMN_FROM, "2");
+    bare.names.Name(COLUMN_TO, "1");
+    ExpectRead(Read("1;2\n3;4\n", bare), {"1 2>1", "2 4>3"}, "no header");
+}
+
+/// Random fields, quoted where they must be, are read as they were written, and no line is lost
+/// however bytes of the file are changed.
+TEST(CallReader, ReadsBackRandomRows) {
+    std::mt19937 random(13);
+    auto const pick = [&random](std::size_t count) { return random() % count; };
+    for (int round = 0; round < 150; ++round) {
+        char const separator = ",;\t"[pick(3)];
+        std::string content = std::string("from") + separator + "to\n";
+        std::vector<std::string> expected;
+        std::size_t line = 2;
+        for (std::size_t rows = pick(40); rows > 0; --rows) {
+            std::string fields[2];
+            std::string call = std::to_string(line) + " ";
+            for (std::string& field : fields) {
+                for (std::size_t size = pick(6); size > 0; --size)
+                    field += "a\"\n,;\t<"[pick(7)];
+                bool const isBare = field.find_first_of("\"\n,;\t") == std::string::npos;
+                call += (&field == fields ? "" : ">") + field;
+                for (std::size_t at = 0; (at = field.find('"', at)) != std::string::npos; at += 2)
+                    field.insert(at, 1, '"');
+                if (!isBare || pick(2) == 0)
+                    field = "\"" + field + "\"";
+            }
+            std::string const row = fields[0] + separator + fields[1] + (pick(2) ? "\n" : "\r\n");
+            line += static_cast<std::size_t>(std::count(row.begin(), row.end(), '\n'));
+            content += row;
+            expected.push_back(call);
+        }
+        ASSERT_EQ(Read(content), expected) << content;
+        std::size_t const last = content.size();
+        content[8 + pick(last - 8 + 1) % (last - 8 + (last == 8))] = "\"\n,"[pick(3)];
+        content += "\nend" + std::string(1, separator) + "end\n";
+        std::vector<std::string> const damaged = Read(content);
+        ASSERT_FALSE(damaged.empty());
+        EXPECT_NE(damaged.back().find(" end>end"), std::string::npos) << content;
+    }
+}
+
+TEST(CallReader, ReadsCompressedFilesAndTellsWhereOneEndsEarly) {
+    TempDir const dir;
+    std::string calls = "from,to\n";
+    for (int i = 0; i < 30000; ++i)
+        calls += std::to_string(i * 7919 % 100000) + "," + std::to_string(i) + "\n";
+    gzFile const file = gzopen(dir.Path("calls.gz").c_str(), "wb");
+    gzwrite(file, calls.data(), static_cast<unsigned>(calls.size()));
+    gzclose(file);
+    std::string const bytes = dir.Read("calls.gz");
+    EXPECT_EQ(Read(bytes), Read(calls));
+    std::vector<std::string> const cut = Read(bytes.substr(0, bytes.size() / 2));
+    EXPECT_GT(cut.size(), 1000U);
+    EXPECT_NE(cut.back().find("!the file ends here: compressed data: unexpected end"),
+              std::string::npos)
+        << cut.back();
+    ExpectRead(Read(bytes.substr(0, 8)), {"*cannot be read: compressed data"}, "gzip header only");
+    EXPECT_THROW(CallReader(dir.Path("none"), {}), CallFileError);
+    EXPECT_THROW(CallReader(dir.Path(), {}), CallFileError);
+}
+
+TEST(CallTime, IsReadInEachFormat) {
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    tzset();
+    struct {
+        char const *written, *time; // None: not read.
+    } const rows[] = {
+        {"2026-11-25 03:08:16", "2026-11-25 03:08:16"},
+        {"2026-11-25T03:08:16.123", "2026-11-25 03:08:16"},
+        {"2026-07-25T03:08:16Z", "2026-07-25 05:08:16"},
+        {"2026-11-25 23:08:16,5 -0230", "2026-11-26 02:38:16"},
+        {"2026-11-25 03:08:16 UTC", "2026-11-25 04:08:16"},
+        {"2026/11/25 03:08", "2026-11-25 03:08:00"},
+        {"25.11.2026 03:08:16", "2026-11-25 03:08:16"},
+        {"20261125030816", "2026-11-25 03:08:16"},
+        {"2026-11-25", "2026-11-25 00:00:00"},
+        {"1785000000", "2026-07-25 19:20:00"},
+        {"1785000000.75", "2026-07-25 19:20:00"},
+        {"1785000000999", "2026-07-25 19:20:00"},
+        {"1785000000999999", "2026-07-25 19:20:00"},
+        {"1969-12-31 23:59:59", "1969-12-31 23:59:59"},
+        {"", nullptr},
+        {"12345", nullptr},
+        {"1785000000x", nullptr},
+        {"2026-02-30 00:00:00", nullptr},
+        {"2026-11-25 25:00:00", nullptr},
+        {"2026-11-25 03:08:16 x", nullptr},
+        {"11/25/26 03:08", nullptr},
+    };
+    for (auto const& [written, time] : rows) {
+        auto const read = ReadCallTime(written);
+        EXPECT_EQ(read ? TimeText(*read) : "none", time != nullptr ? time : "none") << written;
+    }
+}
+
+TEST(Timeline, KeepsEveryCallInFewStretches) {
+    std::mt19937 random(7);
+    for (CallTime const span : {1, 4, 90, 400, 4000, 40000}) {
+        Timeline timeline;
+        std::map<CallTime, Timeline::Counts> expected;
+        std::vector<std::pair<CallTime, std::size_t>> calls;
+        for (int i = 0; i < 3000; ++i) {
+            calls.emplace_back(static_cast<CallTime>(random() % (span * 86400)) - 86400,
+                               random() % 3);
+            timeline.Add(calls.back().first, calls.back().second);
+        }
+        CallTime const width = timeline.Width();
+        for (auto const& [time, decidedBy] : calls) { // Counted from a Monday long ago.
+            CallTime const since = time - 4 * 86400 + 364 * 86400LL * 1000;
+            ++expected[time - since % width][decidedBy];
+        }
+        EXPECT_EQ(timeline.Stretches(), expected) << span << " days";
+        EXPECT_LE(timeline.Stretches().size(), span < 30000 ? 100U : 120U);
+    }
+}
+
+TEST(LeadingDigits, GroupEveryNumberOnce) {
+    std::mt19937 random(5);
+    for (int round = 0; round < 200; ++round) {
+        LeadingDigits digits;
+        std::vector<std::string> numbers;
+        for (std::size_t count = random() % 200 + 1; count > 0; --count) {
+            std::string number;
+            for (std::size_t size = random() % 7; size > 0; --size)
+                number += "0000123+a"[random() % 9];
+            numbers.push_back(number);
+            digits.Count(number, std::nullopt, [&number] {
+                return Example{"", number, {}, "", 0};
+            });
+        }
+        Tally rest;
+        std::vector<LeadingDigits::Group> const groups = digits.Groups(rest);
+        std::map<std::string, std::set<std::string>> members; // By the longest group that fits.
+        std::map<std::string, std::uint64_t> counts;
+        for (std::string const& number : numbers) {
+            std::string const key = number.substr(0, std::min<std::size_t>(number.find('a'), 4));
+            std::string const* best = nullptr;
+            for (LeadingDigits::Group const& group : groups)
+                if (key.compare(0, group.digits.size(), group.digits) == 0 &&
+                    (best == nullptr || group.digits.size() > best->size()))
+                    best = &group.digits;
+            if (best == nullptr)
+                continue;
+            members[*best].insert(key);
+            ++counts[*best];
+        }
+        std::uint64_t sum = rest.calls;
+        for (LeadingDigits::Group const& group : groups) {
+            sum += group.tally.calls;
+            EXPECT_TRUE(rest.calls > 0 || counts[group.digits] == group.tally.calls)
+                << group.digits;
+            EXPECT_TRUE(group.tally.calls <= numbers.size() / 10 || rest.calls > 0 ||
+                        members[group.digits].size() == 1)
+                << group.digits;
+        }
+        EXPECT_EQ(sum, numbers.size());
+        EXPECT_TRUE(std::is_sorted(groups.begin(), groups.end(), [](auto const& a, auto const& b) {
+            return a.tally.calls > b.tally.calls;
+        }));
     }
 }
 
