@@ -6,12 +6,14 @@
 
 #include <fmt/format.h>
 
+#include <host/AtomicFile.h>
+
 #include "CommandLine.h"
+#include "Digest.h"
 #include "Rules.h"
 #include "commands/Registry.h"
 #include "output/ReplayText.h"
 #include "output/RuleText.h"
-#include "replay/Digest.h"
 #include "replay/RunReplay.h"
 
 namespace callrecordingctl {
@@ -38,6 +40,14 @@ struct Options {
     bool each = false;
     bool strict = false;
 };
+
+std::string DigestOfFile(std::string const& path) {
+    try {
+        return HasRuleFile(path) ? DigestOf(ReadFile(path)) : "";
+    } catch (std::runtime_error const& error) {
+        throw Failure(kExitUnreadable, error.what());
+    }
+}
 
 RuleFileFacts ReadRuleFile(std::string const& path) {
     std::string digest = DigestOfFile(path);
