@@ -69,12 +69,16 @@ RuleList LoadRules(std::string const& path) {
     }
 }
 
-std::string FileState(std::string const& path) {
+std::string FileDigest(std::string const& path) {
     try {
-        return StateToken(DigestOf(HostPlatform::ReadFile(path).text));
+        return DigestOf(HostPlatform::ReadFile(path).text);
     } catch (std::exception const& error) {
         throw Failure(kExitUnreadable, error.what());
     }
+}
+
+std::string FileState(std::string const& path) {
+    return StateToken(FileDigest(path));
 }
 
 std::size_t FindRule(RuleList const& rules, RuleName name) {

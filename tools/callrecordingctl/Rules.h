@@ -31,6 +31,9 @@ bool HasRuleFile(std::string const& path);
 /// error. Throws a Failure with path, line and reason.
 RuleList LoadRules(std::string const& path);
 
+/// The digest of the file at path, that of the empty text where there is none. Throws a Failure.
+std::string FileDigest(std::string const& path);
+
 /// The token of the state that the file at path is in.
 std::string FileState(std::string const& path);
 

@@ -6,10 +6,7 @@
 
 #include <fmt/format.h>
 
-#include <host/AtomicFile.h>
-
 #include "CommandLine.h"
-#include "Digest.h"
 #include "Rules.h"
 #include "commands/Registry.h"
 #include "output/ReplayText.h"
@@ -41,19 +38,11 @@ struct Options {
     bool strict = false;
 };
 
-std::string DigestOfFile(std::string const& path) {
-    try {
-        return HasRuleFile(path) ? DigestOf(ReadFile(path)) : "";
-    } catch (std::runtime_error const& error) {
-        throw Failure(kExitUnreadable, error.what());
-    }
-}
-
 RuleFileFacts ReadRuleFile(std::string const& path) {
-    std::string digest = DigestOfFile(path);
-    for (;;) { // Another process may save the file in between.
+    auto const digestNow = [&path] { return HasRuleFile(path) ? FileDigest(path) : ""; };
+    for (std::string digest = digestNow();;) { // Another process may save the file in between.
         RuleFileFacts facts{path, digest, LoadRules(path)};
-        digest = DigestOfFile(path);
+        digest = digestNow();
         if (digest == facts.digest)
             return facts;
     }
