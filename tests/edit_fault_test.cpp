@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iterator>
 #include <string>
@@ -208,6 +209,40 @@ TEST_F(EditFaults, AnEditGoesOnWhereThatIsRight) {
                   row.error == EBUSY);
         EXPECT_TRUE(wasHit);
         EXPECT_EQ(dir.ReadRules(), row.isReplaced ? disable.states[1] : disable.states[0]);
+    }
+}
+
+// But for the moment of the rename itself, in which a foreign program can still come between.
+TEST_F(EditFaults, WhatSomebodyElseSavesMeanwhileIsNotUndone) {
+    FaultRow const& disable = rows.front();
+    std::string const theirs = disable.states[0] + Section(kC);
+    std::string const both = disable.states[1] + Section(kC);
+    SyscallFault::action = [&] {
+        dir.Write("telephony/theirs", theirs);
+        std::filesystem::rename(dir.Path("telephony/theirs"), dir.Path(TempDir::RULE_FILE));
+    };
+    int failures = 0;
+    for (int occurrence = 1; occurrence == 1 || wasHit; ++occurrence) {
+        Restore();
+        bool const isDone = Run(disable.edit, "", occurrence, Fault::ACT);
+        std::string const ends =
+            calls.substr(calls.size() - std::min(calls.size(), std::size_t{7}));
+        bool const isTooLate = !wasHit || ends == "rename ";
+        EXPECT_TRUE(isTooLate || dir.ReadRules() == theirs || (isDone && dir.ReadRules() == both))
+            << calls;
+        EXPECT_EQ(isDone, db->GetLastFailure().empty());
+        failures += isDone ? 0 : 1;
+        EXPECT_EQ(CountEntries(dir.Path("telephony")), 1);
+    }
+    EXPECT_GE(failures, 10); // From the first read to the last call before the rename.
+
+    SyscallFault::action = [&] {
+        std::ofstream(dir.Path(TempDir::RULE_FILE), std::ios::app) << Section(kC);
+    };
+    for (int occurrence = 1; occurrence <= 2; ++occurrence) {
+        Restore();
+        EXPECT_TRUE(Run(disable.edit, "read", occurrence, Fault::ACT));
+        EXPECT_EQ(dir.ReadRules(), both); // A file that grows while it is read is not cut.
     }
 }
 

@@ -2,11 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <locale>
 #include <string>
+#include <utility>
+
+#include <pthread.h>
 
 #include <callrecordingutils/CCallRecordingAssistant.h>
 #include <callrecordingutils/CCallRecordingDB.h>
+#include <callrecordingutils/CCallRecordingLogger.h>
+#include <callrecordingutils/CRuleFileLock.h>
 
 #include "support/DatabaseTest.h"
 #include "support/Edits.h"
@@ -243,6 +249,36 @@ TEST_F(Edits, AFileThatCannotBeReadIsNeverWritten) {
     EXPECT_FALSE(db->DeleteRule(&kA));
     EXPECT_EQ(dir.ReadRules(), unread + Section(kTwinOfA));
     EXPECT_EQ(Trace(), "Save call recording rule failed\nRemoving recording rule failed\n");
+}
+
+TEST_F(Edits, CancellationWaitsForTheirEnd) {
+    LoadRules(Section(kA) + Section(kB));
+    std::function<bool()> const operations[] = {
+        [&] { return db->SetRuleState("0", false); },
+        [&] { return db->Reload(); },
+        [&] { return CCallRecordingDB::GetInstance(true, true) == db; },
+        [&] { return CCallRecordingDB::mpLogger->TRACE(0, true, "traced\n"), true; },
+        [&] { return CRuleFileLock(100).IsHeld(); },
+        [&] { return CCallRecordingDB::CloseInstance(), true; },
+    };
+    for (auto const& operation : operations) {
+        std::pair<std::function<bool()>, bool> work(operation, false);
+        auto const cancelled = [](void* argument) -> void* {
+            auto* const own = static_cast<decltype(work)*>(argument);
+            pthread_cancel(pthread_self());
+            own->second = own->first();
+            pthread_testcancel();
+            return nullptr;
+        };
+        pthread_t thread{};
+        ASSERT_EQ(pthread_create(&thread, nullptr, cancelled, &work), 0);
+        void* result = nullptr;
+        EXPECT_EQ(pthread_join(thread, &result), 0);
+        EXPECT_EQ(result, PTHREAD_CANCELED);
+        EXPECT_TRUE(work.second);
+    }
+    EXPECT_EQ(dir.ReadRules(), Section(Disabled(kA)) + Section(kB));
+    EXPECT_EQ(Trace(), "traced\n");
 }
 
 } // namespace

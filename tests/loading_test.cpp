@@ -163,6 +163,22 @@ TEST_F(Loading, TracingIsDecidedWhenTheLoggerIsMade) {
     }
 }
 
+TEST_F(Loading, TheTimestampFollowsAChangeOfTheZone) {
+    CCallRecordingDB::GetInstance(false, true);
+    std::string hours;
+    for (char const* const zone : {"AAA0", "BBB-5", "AAA0"}) {
+        setenv("TZ", zone, 1);
+        dir.Write("callrecording.log", "");
+        CCallRecordingDB::mpLogger->TRACE(0, true, "x\n");
+        hours += std::to_string(std::stoi(dir.Read("callrecording.log").substr(11, 2))) + " ";
+    }
+    unsetenv("TZ");
+    std::istringstream in(hours);
+    int first = 0, second = 0, third = 0;
+    in >> first >> second >> third;
+    EXPECT_TRUE((second - first + 24) % 24 == 5 || (third - second + 24) % 24 == 19) << hours;
+}
+
 TEST_F(Loading, ThreadsTraceWholeLinesAndShareTheInstance) {
     dir.WriteRules(Section(kA));
     CCallRecordingDB::GetInstance(true, true);

@@ -1,20 +1,23 @@
 /// @file
-/// Tests of the plain host's platform: the sectioned file, the log, the small helpers.
+/// Tests of the sectioned file of a plain host.
 
-#include <cctype>
-#include <cstdarg>
-#include <cstdlib>
+#include <atomic>
 #include <filesystem>
+#include <functional>
+#include <random>
 #include <string>
+#include <thread>
 
-#include <LogStream.h>
 #include <SmartBuffer.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "support/FileSizeLimit.h"
 #include "support/RuleFile.h"
+#include "support/SlowFile.h"
 #include "support/TempDir.h"
 
 namespace {
@@ -80,6 +83,50 @@ TEST(MultiSectionFileTest, AnEditChangesItsLinesAndNoOtherByte) {
     }
 }
 
+TEST(MultiSectionFileTest, AgreesWithASlowFile) {
+    char const* const outside[] = {"", "", "#c\n", "\n#\r\n"};
+    char const* const open[] = {"{\n", "{\n", " {\t\r\n"};
+    char const* const inside[] = {"", "a=1\n", "\tb=\r\n", "#a=0\n", "\na=2\n", "ab==\n"};
+    char const* const close[] = {"}\n", "\t}\r\n"};
+    std::mt19937 random(1); // NOLINT(bugprone-random-generator-seed): the same each time.
+    auto const one = [&random](auto const& choices) {
+        return std::string(choices[random() % std::size(choices)]);
+    };
+    TempDir dir;
+    for (int round = 0; round < 100; ++round) {
+        std::string text = one(outside);
+        for (std::size_t sections = random() % 4; sections > 0; --sections)
+            text += one(open) + one(inside) + one(inside) + one(close) + one(outside);
+        if (random() % 3 == 0)
+            text = text.substr(0, text.find_last_not_of('\n') + 1);
+        dir.Write("rules", text);
+        RuleFile file(dir.Path("rules"));
+        SlowFile slow(text);
+        std::string done;
+        for (std::size_t steps = random() % 60; steps > 0; --steps) {
+            char const step = ">>>><<.+-abc"[random() % 12];
+            done += step;
+            slow.Do(step, done);
+            try {
+                switch (step) {
+                case '>': file.GotoNextSection(); break;
+                case '<': file.GotoPreviousSection(); break;
+                case '.': file.Restart(); break;
+                case '+': file.AddSection(false); break;
+                case '-': file.DeleteSection(); break;
+                default: file.SetSectionEntry(std::string(1, step).c_str(), done.c_str());
+                }
+            } catch (std::exception const&) {
+                ASSERT_FALSE(slow.IsOnSection());
+            }
+            ASSERT_EQ(slow.IsOnSection() ? file.Value("a") : "", slow.Value('a')) << text << "\n"
+                                                                                  << done;
+        }
+        file.Save(true, nullptr);
+        ASSERT_EQ(dir.Read("rules"), slow.Text()) << text << "\n" << done;
+    }
+}
+
 TEST(MultiSectionFileTest, SaysWhereAFileIsMalformed) {
     struct {
         std::string content;
@@ -94,6 +141,9 @@ TEST(MultiSectionFileTest, SaysWhereAFileIsMalformed) {
         {"{\n# a\nk 1\n}\n", ":3: found \"k 1\", expected a key, \"=\" and a value"},
         {"{\n =1\n}\n", ":2: found \"=1\", an entry without a key"},
         {"{\n}\n#\0\n"s, ":3: found a NUL"},
+        {"\xEF\xBB\xBF# a\n", ":1: found a byte order mark (BOM)"},
+        {"\xFF\xFE{\0\n\0"s, ":1: found the byte order mark (BOM) of UTF-16"},
+        {"\xFE\xFF\0{"s, ":1: found the byte order mark (BOM) of UTF-16"},
         {"\x1B[2J" + std::string(1000, 'x'), ":1: found \"?[2Jxxxxxxxxxx"},
     };
     TempDir dir;
@@ -169,6 +219,151 @@ TEST(MultiSectionFileTest, TakesNoEntryThatItCouldNotGiveBack) {
     EXPECT_EQ(area.substr(0, 2), "\0?"s);
 }
 
+TEST(MultiSectionFileTest, CountsLinesAsTheFileWasRead) {
+    TempDir dir;
+    dir.Write("rules", "#\n{\nk=1\n}\n{\n\n#\nk=1\nj=2\n}\n");
+    RuleFile file(dir.Path("rules"));
+    char area[1];
+    file.GotoNextSection();
+    file.SetSectionEntry("j", "3");
+    file.GotoNextSection();
+    EXPECT_EQ(file.GetSectionLine(), 5u);
+    auto const lines = file.GetEntryLines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[1], std::pair("j"s, std::size_t{9}));
+    for (std::string const place : {":9: ", ": "}) {
+        try {
+            file.GetSectionEntry("j", area, sizeof area);
+            ADD_FAILURE();
+        } catch (std::exception const& error) {
+            EXPECT_EQ(error.what(),
+                      dir.Path("rules") + place +
+                          "the value of \"j\" has 1 characters, expected less than 1");
+        }
+        file.AddSection(false);
+        file.SetSectionEntry("j", "4");
+        EXPECT_EQ(file.GetSectionLine(), 0u);
+    }
+}
+
+/// Adds a section and saves. Returns why that failed; empty when it did not.
+std::string SaveError(RuleFile& file) {
+    try {
+        file.AddSection(false);
+        file.Save(true, nullptr);
+    } catch (std::exception const& error) {
+        return error.what();
+    }
+    return "";
+}
+
+TEST(Save, ReplacesTheFileThatWasReadOnly) {
+    TempDir dir;
+    std::string const path = dir.Path("d/rules");
+    std::function<void()> const others[] = {
+        [&] { dir.Write("d/rules", kTwo + kTwo); },
+        [&] { std::filesystem::resize_file(path, 0); },
+        [&] { std::filesystem::remove(path); },
+        [&] {
+            std::filesystem::copy_file(path, path + "2", std::filesystem::copy_options::none);
+            std::filesystem::rename(path + "2", path);
+        },
+        [&] { std::filesystem::last_write_time(path, std::filesystem::file_time_type::min()); },
+    };
+    for (bool const isThere : {true, false}) {
+        for (auto const& other : others) {
+            dir.Write("d/rules", kTwo);
+            isThere || std::filesystem::remove(path);
+            RuleFile file(path);
+            isThere ? other() : dir.Write("d/rules", kTwo);
+            std::string const text = std::filesystem::exists(path) ? dir.Read("d/rules") : "none";
+            EXPECT_EQ(SaveError(file),
+                      path +
+                          ": was changed by somebody else after it was read; nothing is written");
+            EXPECT_EQ(std::filesystem::exists(path) ? dir.Read("d/rules") : "none", text);
+            EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path("d")), {}),
+                      text == "none" ? 0 : 1);
+        }
+    }
+    RuleFile file(path); // What it has saved itself is not somebody else's.
+    EXPECT_EQ(SaveError(file) + SaveError(file), "");
+    EXPECT_EQ(dir.Read("d/rules"), kTwo + "{\n}\n{\n}\n");
+}
+
+TEST(Save, LosesNothingBetweenWritersWithoutALock) {
+    TempDir dir;
+    dir.Write("rules", "");
+    std::atomic<std::size_t> saved{0};
+    std::atomic<std::size_t> failed{0};
+    auto const write = [&] {
+        while (saved < 30) {
+            RuleFile file(dir.Path("rules"));
+            ++(SaveError(file).empty() ? saved : failed);
+        }
+    };
+    std::thread other(write);
+    write();
+    other.join();
+    EXPECT_EQ(dir.Read("rules").size(), 4 * saved) << failed << " failed";
+}
+
+TEST(Save, RemovesWhatTheDeadHaveLeftAndNothingElse) {
+    TempDir dir;
+    dir.Write("rules", kTwo);
+    char const* const others[] = {"rules.1.tmp",    "rules.1.2.tmp2",  "rules.1.x.tmp",
+                                  "rules..2.tmp",   "rules.1.2.3.tmp", "rules1.2.tmp",
+                                  "arules.1.2.tmp", "rules.tmp"};
+    for (char const* const name : others)
+        dir.Write(name, "");
+    for (char const* const name : {"rules.1.2.tmp", "rules.4321.0.tmp", "rules.1.3.tmp"})
+        dir.Write(name, "");
+    std::filesystem::create_symlink("rules.tmp", dir.Path("rules.1.4.tmp"));
+    std::filesystem::create_directory(dir.Path("rules.1.5.tmp"));
+    int const living = open(dir.Path("rules.1.3.tmp").c_str(), O_RDONLY);
+    EXPECT_EQ(flock(living, LOCK_EX), 0);
+    for (bool const isAlive : {true, false}) {
+        RuleFile file(dir.Path("rules"));
+        EXPECT_EQ(SaveError(file), "");
+        EXPECT_EQ(std::filesystem::exists(dir.Path("rules.1.3.tmp")), isAlive);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}),
+                  1 + 8 + 2 + (isAlive ? 1 : 0));
+        close(living);
+    }
+    // Nor does a lock that somebody holds on the directory stop a save.
+    int const held = open(dir.Path().c_str(), O_RDONLY | O_DIRECTORY);
+    EXPECT_EQ(flock(held, LOCK_EX), 0);
+    RuleFile file(dir.Path("rules"));
+    EXPECT_EQ(SaveError(file), "");
+    close(held);
+}
+
+TEST(Save, RefusesSenselessSizes) {
+    TempDir dir;
+    constexpr std::size_t kMost = std::size_t{64} * 1024 * 1024;
+    dir.Write("rules", std::string(kMost, '#'));
+    {
+        RuleFile file(dir.Path("rules"));
+        EXPECT_EQ(SaveError(file), dir.Path("rules") + ": has 67108869 bytes, expected at most " +
+                                       "67108864: File too large");
+    }
+    std::filesystem::resize_file(dir.Path("rules"), kMost + 1);
+    EXPECT_EQ(Refusal(dir.Path("rules")), dir.Path("rules") + ": has 67108865 bytes, expected at " +
+                                              "most 67108864: File too large");
+}
+
+TEST(Save, ALimitOfTheFileSizeIsAnErrorAndNoSignal) {
+    TempDir dir;
+    dir.Write("rules", kTwo);
+    {
+        FileSizeLimit const limit(10);
+        RuleFile file(dir.Path("rules"));
+        EXPECT_EQ(SaveError(file),
+                  dir.Path("rules") + ": its temporary file cannot be written: File too large");
+    }
+    EXPECT_EQ(dir.Read("rules"), kTwo);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}), 1);
+}
+
 TEST(MultiSectionFileTest, SaveKeepsTheModeAndFollowsLinks) {
     TempDir dir;
     dir.Write("real/rules", kTwo);
@@ -189,46 +384,6 @@ TEST(MultiSectionFileTest, SaveKeepsTheModeAndFollowsLinks) {
         struct stat status = {};
         ASSERT_EQ(stat(dir.Path(name).c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & 07777u, mode);
-    }
-}
-
-void Trace(LogStream& log, unsigned char level, char const* format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    log.TRACE(level, format, arguments, 0);
-    va_end(arguments);
-}
-
-TEST(LogStreamTest, AppendsTheEntriesOfItsLevels) {
-    TempDir dir;
-    setenv("QUVA_LOG_PATH", (dir.Path() + "/pre-").c_str(), 1);
-    std::string expected;
-    for (std::string const level : {"", "x3", "0", "10", "9", "99999999999999999999999"}) {
-        setenv("QUVA_LOG_LEVEL", level.c_str(), 1);
-        {
-            LogStream log("log", false, true, 0x7FFFFFFF, 1, 2048, false);
-            Trace(log, 0, "%d %s\n", 0, "a");
-            Trace(log, 10, "%d %s\n", 9, "b");
-        }
-        EXPECT_EQ(dir.Read("pre-log"), expected += level.size() == 1 ? "0 a\n" : "0 a\n9 b\n");
-        bool isEnabled = false;
-        GetLogLevel(&isEnabled, nullptr);
-        EXPECT_EQ(isEnabled, std::isdigit(level[0]) != 0);
-    }
-}
-
-TEST(LogStreamTest, ALogThatCannotBeWrittenDisturbsNobody) {
-    unsetenv("QUVA_LOG_LEVEL");
-    TempDir dir;
-    ASSERT_EQ(mkfifo(dir.Path("pipe").c_str(), 0600), 0);
-    for (std::string const& path :
-         {dir.Path("pipe"), dir.Path("none/log"), dir.Path(), "/dev/full"s}) {
-        setenv("QUVA_LOG_PATH", path.c_str(), 1);
-        int const reader = open(dir.Path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
-        LogStream log("", false, true, 0x7FFFFFFF, 1, 2048, false);
-        close(reader); // Writing to the pipe would now end the process.
-        EXPECT_NO_THROW(Trace(log, 0, "%s", std::string(1 << 20, 'x').c_str()));
-        EXPECT_NO_THROW(log.Flush());
     }
 }
 

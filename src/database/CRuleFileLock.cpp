@@ -20,7 +20,10 @@ CRuleFileLock::CRuleFileLock(std::uint32_t timeout) noexcept {
     }
 }
 
-CRuleFileLock::~CRuleFileLock() = default;
+CRuleFileLock::~CRuleFileLock() {
+    CancellationHeld const held;
+    mLock.reset();
+}
 
 bool CRuleFileLock::IsHeld() const noexcept {
     return mLock != nullptr;

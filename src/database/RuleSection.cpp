@@ -11,7 +11,8 @@ namespace CallRecordingUtils {
 namespace {
 
 bool IsUsable(SmartBuffer const& buffer) {
-    return buffer.GetCapacity() != 0 && buffer.GetCapacity() != 0xFFFFFFFFU;
+    std::uint32_t const capacity = buffer.GetCapacity();
+    return capacity != 0 && capacity != 0xFFFFFFFFU;
 }
 
 } // namespace

@@ -2,15 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <MultiSectionFile.h>
-
 #include "support/DatabaseTest.h"
 #include "support/Edits.h"
-
-/// Takes the place of the platform's own, which would not accept such a buffer.
-int Configuration::MultiSectionFile::GetSectionEntry(char const*, char*, unsigned) {
-    return 0;
-}
 
 namespace CallRecordingUtils {
 namespace {
@@ -22,6 +15,8 @@ TEST_F(EditTest, AnUnusableBufferLeavesDefaultsAndTheFile) {
         setenv("BUFFER_CAPACITY", capacity, 1);
         LoadRules(file);
         EXPECT_TRUE(db->DeleteRule("7") && db->ReOrderRule("7", false) && db->DeleteRule(&empty));
+        EXPECT_TRUE(db->ModifyRule(&kA, true)); // No section has its identifier, 0.
+        EXPECT_FALSE(db->MoveRule("7", 0));
         EXPECT_EQ(dir.ReadRules(), file);
         CallRecordingRuleParams added = kC;
         EXPECT_TRUE(db->AddRule(&added));
@@ -29,8 +24,17 @@ TEST_F(EditTest, AnUnusableBufferLeavesDefaultsAndTheFile) {
         EXPECT_EQ(db->GetCallRecordingRules().size(), 2U);
         for (CallRecordingRuleParams const* const rule : db->GetCallRecordingRules())
             EXPECT_EQ(Section(*rule), Section(Rule(-1, "", CALL_TYPE_ANY, "", CALL_TYPE_ANY)));
-        EXPECT_EQ(Trace(), "");
+        EXPECT_EQ(Trace(), "Reordering recording rule failed\n");
     }
+}
+
+TEST_F(EditTest, WhatFitsTheFileIsNotTheBuffersToSay) {
+    setenv("BUFFER_CAPACITY", "2", 1);
+    LoadRules("");
+    CallRecordingRuleParams added = kC;
+    added.description = "longer than the buffer";
+    EXPECT_TRUE(db->AddRule(&added));
+    EXPECT_EQ(dir.ReadRules(), Section(added));
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
 #include <new>
 #include <optional>
 #include <string>
@@ -23,6 +24,7 @@
 enum class Fault {
     FAIL,    ///< Nothing is done, and the error is reported; but close does close.
     NOTHING, ///< Nothing is done, and 0 is returned.
+    ACT,     ///< The action is run first, and the call is made.
     CUT,     ///< A write takes the first half of what it is given.
     KILL     ///< The process is killed before the call, a write after half of it.
 };
@@ -47,7 +49,10 @@ struct SyscallFault {
         if ((!armed->call.empty() && armed->call != name) || --armed->callsToGo != 0)
             return std::nullopt;
         armed->wasHit = true;
-        return armed->fault;
+        if (armed->fault != Fault::ACT)
+            return armed->fault;
+        action();
+        return std::nullopt;
     }
     /// Lets the call go wrong, and returns its result.
     static long Fail(Fault fault) {
@@ -74,6 +79,7 @@ struct SyscallFault {
     }
 
     static inline SyscallFault* armed = nullptr;
+    static inline std::function<void()> action;
     std::string const call;
     int callsToGo;
     Fault const fault;
