@@ -20,6 +20,11 @@ install(CODE "
   set(DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${headers_dir}/platform\")" COMPONENT development)
 install(SCRIPT "${platform_headers_script}" COMPONENT development)
 
+set(is_static OFF)
+get_target_property(library_type callrecordingutils TYPE)
+if(library_type STREQUAL STATIC_LIBRARY)
+  set(is_static ON)
+endif()
 install(EXPORT callrecordingutilsTargets NAMESPACE callrecordingutils::
   DESTINATION "${package_dir}" COMPONENT development)
 configure_package_config_file(
@@ -28,15 +33,26 @@ configure_package_config_file(
 write_basic_package_version_file(callrecordingutilsConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 
-# Relative to where the file lies, so that it is right under any prefix and in any scratch root.
-cmake_path(SET pkgconfig_dir NORMALIZE "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig")
-cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_INCLUDEDIR BASE_DIRECTORY "${pkgconfig_dir}"
-  OUTPUT_VARIABLE pkgconfig_includedir)
-configure_file("${CMAKE_CURRENT_LIST_DIR}/callrecordingutils.pc.in" callrecordingutils.pc @ONLY)
-
 install(FILES
   "${CMAKE_CURRENT_BINARY_DIR}/callrecordingutilsConfig.cmake"
   "${CMAKE_CURRENT_BINARY_DIR}/callrecordingutilsConfigVersion.cmake"
   DESTINATION "${package_dir}" COMPONENT development)
-install(FILES "${CMAKE_CURRENT_BINARY_DIR}/callrecordingutils.pc"
-  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
+
+# The prefix is known when it is installed: `cmake --install DIR --prefix PREFIX` may choose another one.
+set(install_prefix "@CMAKE_INSTALL_PREFIX@")
+configure_file("${CMAKE_CURRENT_LIST_DIR}/callrecordingutils.pc.in" callrecordingutils.pc.in @ONLY)
+install(CODE "
+  configure_file(\"${CMAKE_CURRENT_BINARY_DIR}/callrecordingutils.pc.in\"
+    \"${CMAKE_CURRENT_BINARY_DIR}/callrecordingutils.pc\" @ONLY)
+  file(INSTALL \"${CMAKE_CURRENT_BINARY_DIR}/callrecordingutils.pc\"
+    DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig\")"
+  COMPONENT development)
+
+# Documents and examples.
+set(documents "share/doc/libcallrecordingutils-dev")
+install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+  DESTINATION "${documents}" COMPONENT development)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${documents}" COMPONENT development
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${documents}" COMPONENT development
+  PATTERN CMakeLists.txt EXCLUDE)

@@ -1,11 +1,18 @@
 #!/usr/bin/env bash
-# Installs those of the named Debian packages that are missing. Quiet unless something is.
+# Installs those of the named Debian packages that are missing. Quiet unless something is. Never removes
+# a package to make room for another.
 set -euo pipefail
+
+# On a machine that has packages of several architectures too: ours, or one for all, has to be there.
+native=$(dpkg --print-architecture)
+is_installed() {
+    dpkg-query -W -f '${db:Status-Status} ${Architecture}\n' "$1" 2>/dev/null |
+        grep -qxE "installed ($native|all)"
+}
 
 missing=()
 for package in "$@"; do
-    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
-        missing+=("$package")
+    is_installed "$package" || missing+=("$package")
 done
 [ ${#missing[@]} -gt 0 ] || exit 0
 
@@ -19,5 +26,8 @@ if [ "$(id -u)" -ne 0 ]; then
 fi
 echo "Installing ${missing[*]}" >&2
 export DEBIAN_FRONTEND=noninteractive
-"${root[@]}" apt-get update -qq >&2
-"${root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+lock=(-o DPkg::Lock::Timeout=300) # Another installation may be running.
+# A fresh machine knows no packages yet, and an old one knows versions that are gone.
+"${root[@]}" apt-get "${lock[@]}" update -qq >&2
+"${root[@]}" apt-get "${lock[@]}" install -y -qq --no-install-recommends --no-remove \
+    "${missing[@]}" >/dev/null </dev/null

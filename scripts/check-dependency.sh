@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# Builds the library in WORK-DIR as other projects take it in: as a subproject on a platform of an SDK's,
+# and installed as a static library under a prefix of its own. Both times a program links it and runs.
+# Usage: check-dependency.sh WORK-DIR [CMAKE-OPTION...]
+set -euo pipefail
+
+source=$(cd "$(dirname "$0")/.." && pwd)
+"$source/scripts/install-packages.sh" g++ make cmake pkg-config
+mkdir -p "$1"
+work=$(cd "$1" && pwd)
+shift
+sample=$source/examples/sample
+decides() { "$@" "$sample" 500 0049123 | grep -F 'under rule 4'; }
+configure() { cmake "$@" -DCMAKE_BUILD_TYPE=Debug; }
+
+# Installed is PREFIX and nothing but the library, its headers and what finds them.
+only_the_library() {
+    local files
+    files=$(cd "$1" && find . -type f -o -type l | grep -vE '^\./(include|share/doc)/')
+    echo "$files"
+    ! grep -vE '^\./lib/(libcallrecordingutils\.(so.*|a)|pkgconfig/.*\.pc|cmake/.*\.cmake)$' <<<"$files"
+}
+
+echo "As a subproject:"
+configure -S "$source/tests/dependency" -B "$work/subproject" "$@"
+cmake --build "$work/subproject" -j"$(nproc)"
+decides "$work/subproject/exchange"
+! find "$work/subproject" -name 'callrecordingctl' -o -name '*_tests' -type f | grep .
+rm -rf "$work/prefix"
+cmake --install "$work/subproject" --prefix "$work/prefix"
+only_the_library "$work/prefix"
+
+echo "As a static library:"
+configure -S "$source" -B "$work/static" -DBUILD_SHARED_LIBS=OFF \
+    -DCALLRECORDINGUTILS_BUILD_{CLIENT,TESTS,EXAMPLES}=OFF "$@"
+cmake --build "$work/static" -j"$(nproc)"
+rm -rf "$work/prefix"
+cmake --install "$work/static" --prefix "$work/prefix"
+only_the_library "$work/prefix"
+configure -S "$source/tests/package" -B "$work/client" -DCMAKE_PREFIX_PATH="$work/prefix" "$@"
+cmake --build "$work/client"
+decides "$work/client/decide_call"
+export PKG_CONFIG_PATH=$work/prefix/lib/pkgconfig
+read -ra flags < <(pkg-config --cflags --libs --static callrecordingutils)
+"${CXX:-g++}" -std=c++17 "$source/examples/decide_call.cpp" "${flags[@]}" -o "$work/decide_call"
+decides "$work/decide_call"
