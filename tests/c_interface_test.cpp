@@ -9,11 +9,23 @@
 #include <string>
 #include <thread>
 
+#include <callrecordingutils/CallRecordingRuleParams.h>
 #include <callrecordingutils/callrecordingutils.h>
+#include <callrecordingutils/tokensArray.h>
 
 #include <support/TempDir.h>
 
 namespace {
+
+// Numbers that programs are built with, and that no comparison of binary interfaces sees.
+static_assert(CALLRECORDING_ERROR == -1 && CALLRECORDING_NO == 0 && CALLRECORDING_YES == 1 &&
+              CALLRECORDING_DOUBTFUL == 2);
+static_assert(CALLRECORDING_NUMBER == CALL_TYPE_NUMBER && CALLRECORDING_SIP == CALL_TYPE_SIP &&
+              CALLRECORDING_NUMBER2 == CALL_TYPE_NUMBER2 && CALLRECORDING_ANY == CALL_TYPE_ANY);
+static_assert(CallRecordingUtils::RULE_ENABLED == 0 && CallRecordingUtils::RULE_DISABLED == 1 &&
+              CallRecordingUtils::RULE_NOT_SHOWABLE == 2);
+static_assert(CallRecordingUtils::KEY_CALLRECORDINGRULE_ID == 0 &&
+              CallRecordingUtils::KEY_DESCRIPTION == 9);
 
 /// A rule for every call to called, of which the fields differ.
 std::string RuleText(int id, std::string const& called) {

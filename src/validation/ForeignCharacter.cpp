@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "validation/Quoted.h"
+#include "validation/Sentence.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -78,15 +78,17 @@ std::string Name(std::uint32_t codePoint) {
 std::string DescribeForeignCharacter(std::string_view text) {
     Character const character = ReadCharacter(text);
     if (character.length == 0)
-        return "the byte " + Quoted(text.substr(0, 1)) +
-               " cannot stand in a pattern: write ? for it, or remove it";
+        return Join({"the byte ", Quoted(text.substr(0, 1)),
+                     " cannot stand in a pattern: write ? for it, or remove it"});
     std::string const name = Name(character.codePoint);
     for (Lookalike const& row : kLookalikes)
         if (row.first <= character.codePoint && character.codePoint <= row.last)
-            return std::string("this is ") + row.name + " (" + name +
-                   "), which cannot stand in a pattern: " + row.advice;
-    return "the character " + name + " cannot stand in a pattern: write " +
-           std::string(character.length, '?') + ", one ? for each of its bytes, or remove it";
+            return Join({"this is ", row.name, " (", name,
+                         "), which cannot stand in a pattern: ", row.advice});
+    constexpr std::string_view kOneEach = "????";
+    return Join({"the character ", name, " cannot stand in a pattern: write ",
+                 kOneEach.substr(0, character.length),
+                 ", one ? for each of its bytes, or remove it"});
 }
 
 } // namespace CallRecordingUtils

@@ -2,10 +2,14 @@
 
 #include "validation/RejectionMessage.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
 #include "language/Characters.h"
 #include "language/Forms.h"
 #include "validation/ForeignCharacter.h"
-#include "validation/Quoted.h"
+#include "validation/Sentence.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -18,6 +22,9 @@ class Culprit {
 
     std::string_view Text() const { return written_.substr(begin_, end_ - begin_); }
     std::string_view TextAndRest() const { return written_.substr(begin_); }
+    bool Is(std::string_view text) const { return Text() == text; }
+    char First() const { return begin_ == end_ ? '\0' : written_[begin_]; }
+    char Last() const { return begin_ == end_ ? '\0' : written_[end_ - 1]; }
     char Before() const { return begin_ == 0 ? '\0' : written_[begin_ - 1]; }
 
   private:
@@ -26,133 +33,119 @@ class Culprit {
     std::size_t const end_;
 };
 
-std::string Escape(char c) {
-    return std::string("\\") + c;
+// In the sentences, $q stands for the culprit in quotes, $e for the escape that it is about (the
+// one of the culprit, or the one that the culprit stores), $c for the code of that escape in
+// quotes, $s for the repeated symbol in quotes, and $w for this clause. An escape is compared as
+// the code that stores it, and so helps only where the telephone system hands over that code.
+constexpr std::string_view kWaysToWrite =
+    "? for a $q in the address ($e where the telephone system hands over $c for it)";
+
+char const* DescribeReserved(Culprit const& culprit) {
+    if (culprit.Is("#"))
+        return "$q is reserved for the stored form: write $e, which matches a $q (\\*72 is what "
+               "matches a dialled #72)";
+    if (culprit.Is("@") || culprit.Is(":"))
+        return "$q is reserved for the stored form: write $e, which matches a $q (the parts of a "
+               "SIP "
+               "address are checked one by one)";
+    return "$q is reserved for the stored form: write $e, which matches a $q";
 }
 
-/// What to write for a character that the language uses itself. Its escape is compared as the code
-/// that stores it, and so helps only where the telephone system hands over that code.
-std::string WaysToWrite(char c) {
-    char const code = kEscapeCodes[kEscapedCharacters.find(c)];
-    return "? for a " + Quoted({&c, 1}) + " in the address (" + Escape(c) +
-           " where the telephone system hands over " + Quoted({&code, 1}) + " for it)";
-}
-
-std::string DescribeReserved(std::string_view culprit) {
-    std::string const escape = Escape(EscapedCharacter(culprit.front()));
-    bool const isOfSipAddress = culprit == "@" || culprit == ":";
-    return Quoted(culprit) + " is reserved for the stored form: write " + escape +
-           ", which matches a " + Quoted(culprit) +
-           (culprit == "#"   ? " (\\*72 is what matches a dialled #72)"
-            : isOfSipAddress ? " (the parts of a SIP address are checked one by one)"
-                             : "");
-}
-
-std::string DescribeInvalid(Culprit const& culprit) {
-    std::string_view const character = culprit.Text();
-    if (static_cast<unsigned char>(character.front()) >= 0x80)
-        return DescribeForeignCharacter(culprit.TextAndRest());
+char const* DescribeInvalid(Culprit const& culprit) {
     bool const isRange =
-        character == "<" && culprit.TextAndRest().find('>') != std::string_view::npos;
-    return Quoted(character) + " cannot stand in a pattern: " +
-           (isRange ? "write a range expression in braces, as in {1-5}"
-                    : "remove it, or write ? where the address holds one");
+        culprit.Is("<") && culprit.TextAndRest().find('>') != std::string_view::npos;
+    return isRange ? "$q cannot stand in a pattern: write a range expression in braces, as in {1-5}"
+                   : "$q cannot stand in a pattern: remove it, or write ? where the address holds "
+                     "one";
 }
 
-std::string DescribeUnclosed(std::string_view culprit) {
-    if (culprit != "[" && culprit != "{")
-        return "a range expression begins with \"{\" and ends with \"}\": add these";
-    return "this " + Quoted(culprit) + " is never closed: put " +
-           (culprit == "[" ? "\"]\"" : "\"}\"") + " after its last item";
+char const* DescribeUnclosed(Culprit const& culprit) {
+    if (culprit.Is("["))
+        return "this $q is never closed: put \"]\" after its last item";
+    if (culprit.Is("{"))
+        return "this $q is never closed: put \"}\" after its last item";
+    return "a range expression begins with \"{\" and ends with \"}\": add these";
 }
 
-std::string DescribeUnopened(std::string_view culprit) {
-    return "this " + Quoted(culprit) + " closes nothing: remove it, or put " +
-           (culprit == "]" ? "\"[\"" : "\"{\"") + " before the first item";
+char const* DescribeUnopened(Culprit const& culprit) {
+    return culprit.Is("]")
+               ? "this $q closes nothing: remove it, or put \"[\" before the first item"
+               : "this $q closes nothing: remove it, or put \"{\" before the first item";
 }
 
-std::string DescribeSeparator(std::string_view culprit) {
-    return Quoted(culprit) + " belongs inside [ ] or { }: write " +
-           (culprit == "-" ? "a range as in {1-5}" : "a list as in [1,2]") + ", or " +
-           WaysToWrite(culprit.front());
+char const* DescribeSeparator(Culprit const& culprit) {
+    return culprit.Is("-") ? "$q belongs inside [ ] or { }: write a range as in {1-5}, or $w"
+                           : "$q belongs inside [ ] or { }: write a list as in [1,2], or $w";
 }
 
-std::string DescribeRepeatedDash(Culprit const& culprit) {
-    if (culprit.Before() == '-')
-        return "one \"-\" is enough: remove this one";
-    return "a range has one \"-\" only: write \",\" instead of this second one";
+char const* DescribeRepeatedDash(Culprit const& culprit) {
+    return culprit.Before() == '-'
+               ? "one \"-\" is enough: remove this one"
+               : "a range has one \"-\" only: write \",\" instead of this second one";
 }
 
-std::string DescribeWrongClosing(std::string_view closing) {
-    return closing == "]" ? "\"{\" and \"]\" are no pair: write \"}\" here, or \"[\" there"
-                          : "\"[\" and \"}\" are no pair: write \"]\" here, or \"{\" there";
+char const* DescribeWrongClosing(Culprit const& culprit) {
+    return culprit.Is("]") ? "\"{\" and \"]\" are no pair: write \"}\" here, or \"[\" there"
+                           : "\"[\" and \"}\" are no pair: write \"]\" here, or \"{\" there";
 }
 
-std::string DescribeMisplacedExclusion(Culprit const& culprit) {
-    if (culprit.Before() == '-')
-        return "\"!\" cannot stand inside a range: remove it, and exclude a value in an item of "
-               "its "
-               "own, as in {1-9,!5}";
-    return "\"!\" must follow \"[\", \"{\" or \",\": put one of these before it, or remove it";
+char const* DescribeMisplacedExclusion(Culprit const& culprit) {
+    return culprit.Before() == '-'
+               ? "\"!\" cannot stand inside a range: remove it, and exclude a value in an item of "
+                 "its own, as in {1-9,!5}"
+               : "\"!\" must follow \"[\", \"{\" or \",\": put one of these before it, or remove "
+                 "it";
 }
 
-std::string DescribeLongSetItem(std::string_view culprit) {
-    if (culprit.substr(0, 1) == "!")
-        return Quoted(culprit) +
-               " excludes more than one symbol: in a set write each by itself, as in !2,!3";
-    if (culprit.find("..") != std::string_view::npos)
-        return Quoted(culprit) + " is no range: write it with \"-\", as in [0-9] or {10-20}";
-    return Quoted(culprit) +
-           " is longer than one symbol: separate symbols by \",\", or use braces for "
-           "numbers, as in {10-20}";
+char const* DescribeLongSetItem(Culprit const& culprit) {
+    if (culprit.First() == '!')
+        return "$q excludes more than one symbol: in a set write each by itself, as in !2,!3";
+    if (culprit.Text().find("..") != std::string_view::npos)
+        return "$q is no range: write it with \"-\", as in [0-9] or {10-20}";
+    return "$q is longer than one symbol: separate symbols by \",\", or use braces for numbers, as "
+           "in "
+           "{10-20}";
 }
 
-std::string DescribeMixedBrackets(std::string_view culprit) {
-    bool const isInSet = culprit == "{" || culprit == "}";
-    return Quoted(culprit) + " cannot stand inside " + (isInSet ? "[ ]" : "{ }") +
-           ": close those brackets before it, or remove it";
+char const* DescribeMixedBrackets(Culprit const& culprit) {
+    bool const isInSet = culprit.Is("{") || culprit.Is("}");
+    return isInSet ? "$q cannot stand inside [ ]: close those brackets before it, or remove it"
+                   : "$q cannot stand inside { }: close those brackets before it, or remove it";
 }
 
-std::string DescribeDescending(std::string_view culprit) {
-    std::string const range = Quoted(culprit) + " does not run upwards: ";
-    SymbolKind const kind = KindOf(culprit.front());
+char const* DescribeDescending(Culprit const& culprit) {
+    SymbolKind const kind = KindOf(culprit.First());
     if (kind == SymbolKind::Digit)
-        return range + "the first number must be smaller than the second";
-    if (culprit.size() > 3)
-        return range + "only the first letter of each end counts, and the low one must come first";
-    return range + "the first letter must come before the second" +
-           (kind == KindOf(culprit.back()) ? "" : " (capital letters come before small ones)");
+        return "$q does not run upwards: the first number must be smaller than the second";
+    if (culprit.Text().size() > 3)
+        return "$q does not run upwards: only the first letter of each end counts, and the low one "
+               "must come first";
+    if (kind != KindOf(culprit.Last()))
+        return "$q does not run upwards: the first letter must come before the second (capital "
+               "letters come before small ones)";
+    return "$q does not run upwards: the first letter must come before the second";
 }
 
-std::string DescribeTooLarge(std::string_view culprit) {
-    return Quoted(culprit) + " is beyond 2147483647 (numbers have 32 bits): write the leading "
-                             "digits before the range, as in "
-                             "4930{0000-9999}";
-}
-
-std::string DescribeRepeated(std::string_view culprit, char symbol) {
-    bool const isRange = culprit.size() == 3;
-    if (isRange)
-        return Quoted({&symbol, 1}) + " is given twice in this set: " + Quoted(culprit) +
-               " repeats it, so change the range or what stands before";
-    return Quoted(culprit) + " is given twice in this set: remove it here or before";
+char const* DescribeRepeated(Culprit const& culprit) {
+    bool const isRange = culprit.Text().size() == 3;
+    return isRange ? "$s is given twice in this set: $q repeats it, so change the range or what "
+                     "stands before"
+                   : "$q is given twice in this set: remove it here or before";
 }
 
 // NOLINTNEXTLINE(readability-function-size): a table of sentences, one line each.
-std::string Describe(PatternFault fault, Culprit const& place, char symbol) {
-    std::string_view const culprit = place.Text();
+char const* Describe(PatternFault fault, Culprit const& culprit) {
     switch (fault) {
     case PatternFault::ReservedCharacter: return DescribeReserved(culprit);
     case PatternFault::StrayBackslash:
         return "only * ? , - and ! can follow a backslash: remove it, or add one of these";
     case PatternFault::ExclusionOutsideGroup:
-        return "\"!\" excludes an item: put it inside [ ] or { }, as in [0-9,!5], or write " +
-               WaysToWrite('!');
-    case PatternFault::InvalidCharacter: return DescribeInvalid(place);
+        return "$q excludes an item: put it inside [ ] or { }, as in [0-9,!5], or write $w";
+    case PatternFault::InvalidCharacter: return DescribeInvalid(culprit);
     case PatternFault::NestedGroup:
-        return "this " + Quoted(culprit) +
-               " stands inside brackets that are still open: close them "
-               "before it, or remove it";
+        return "this $q stands inside brackets that are still open: close them before it, or "
+               "remove "
+               "it";
     case PatternFault::UnclosedGroup: return DescribeUnclosed(culprit);
     case PatternFault::UnopenedGroup: return DescribeUnopened(culprit);
     case PatternFault::EmptyGroup:
@@ -161,43 +154,86 @@ std::string Describe(PatternFault fault, Culprit const& place, char symbol) {
         return "an item is missing beside this \",\": add it, or remove the \",\"";
     case PatternFault::IncompleteRange:
         return "a range needs a value on both sides of \"-\": add it, or remove the \"-\"";
-    case PatternFault::RepeatedDash: return DescribeRepeatedDash(place);
+    case PatternFault::RepeatedDash: return DescribeRepeatedDash(culprit);
     case PatternFault::RepeatedStar:
         return "one \"*\" already matches any run of characters: remove this one";
     case PatternFault::StarInGroup:
-        return "\"*\" cannot stand inside [ ] or { }: remove it, or write " + WaysToWrite('*');
+        return "$q cannot stand inside [ ] or { }: remove it, or write $w";
     case PatternFault::SeparatorOutsideGroup: return DescribeSeparator(culprit);
     case PatternFault::LongSetItem: return DescribeLongSetItem(culprit);
     case PatternFault::MixedBrackets: return DescribeMixedBrackets(culprit);
     case PatternFault::EmptyExclusion:
         return "\"!\" excludes nothing here: put a value after it, as in !5, or remove it";
-    case PatternFault::MisplacedExclusion: return DescribeMisplacedExclusion(place);
+    case PatternFault::MisplacedExclusion: return DescribeMisplacedExclusion(culprit);
     case PatternFault::ExclusionOfRange:
         return "\"!\" takes one value and no range: exclude the values one by one, as in !1,!2";
     case PatternFault::MixedRange:
-        return "the ends of " + Quoted(culprit) +
-               " do not belong together: use two numbers, two capital or two small letters";
+        return "the ends of $q do not belong together: use two numbers, two capital or two small "
+               "letters";
     case PatternFault::DescendingRange: return DescribeDescending(culprit);
     case PatternFault::UnequalWidth:
-        return Quoted(culprit) +
-               " has a leading zero: give both ends the same number of digits, as in 01-10";
-    case PatternFault::RepeatedSymbol: return DescribeRepeated(culprit, symbol);
+        return "$q has a leading zero: give both ends the same number of digits, as in 01-10";
+    case PatternFault::RepeatedSymbol: return DescribeRepeated(culprit);
     case PatternFault::NoPositiveItem:
-        return std::string("these brackets only exclude: add what they are to match, as in ") +
-               (culprit == "[" ? "[0-9,!5]" : "{10-99,!50}");
+        return culprit.Is("[")
+                   ? "these brackets only exclude: add what they are to match, as in [0-9,!5]"
+                   : "these brackets only exclude: add what they are to match, as in {10-99,!50}";
     case PatternFault::WrongClosing: return DescribeWrongClosing(culprit);
-    case PatternFault::NumberTooLarge: return DescribeTooLarge(culprit);
+    case PatternFault::NumberTooLarge:
+        return "$q is beyond 2147483647 (numbers have 32 bits): write the leading digits before "
+               "the "
+               "range, as in 4930{0000-9999}";
     }
-    return {};
+    return "";
 }
+
+class Filling {
+  public:
+    Filling(Culprit const& culprit, char symbol) : culprit_(culprit), symbol_(symbol) {}
+
+    std::string Fill(std::string_view sentence) const {
+        std::string filled;
+        while (!sentence.empty()) {
+            std::size_t const place = std::min(sentence.find('$'), sentence.size());
+            filled += sentence.substr(0, place);
+            if (place < sentence.size())
+                filled += Replacement(sentence[place + 1]);
+            sentence.remove_prefix(std::min(place + 2, sentence.size()));
+        }
+        return filled;
+    }
+
+  private:
+    std::string Replacement(char letter) const {
+        switch (letter) {
+        case 'q': return Quoted(culprit_.Text());
+        case 's': return Quoted({&symbol_, 1});
+        case 'w': return Fill(kWaysToWrite);
+        case 'e': return {'\\', kEscapedCharacters[EscapeRow()]};
+        default: return Quoted(kEscapeCodes.substr(EscapeRow(), 1));
+        }
+    }
+
+    std::size_t EscapeRow() const {
+        std::size_t const row = kEscapeCodes.find(culprit_.First());
+        return row != std::string_view::npos ? row : kEscapedCharacters.find(culprit_.First());
+    }
+
+    Culprit const& culprit_;
+    char const symbol_;
+};
 
 } // namespace
 
 PatternRejection Reject(Finding const& finding, std::string_view written, std::string_view stored) {
     std::size_t const begin = PositionAsWritten(written, stored, finding.position);
     std::size_t const end = PositionAsWritten(written, stored, finding.position + finding.length);
+    Culprit const culprit(written, begin, end);
+    bool const isForeign = finding.fault == PatternFault::InvalidCharacter &&
+                           static_cast<unsigned char>(culprit.First()) >= 0x80;
     return {finding.fault, begin,
-            Describe(finding.fault, Culprit(written, begin, end), finding.symbol)};
+            isForeign ? DescribeForeignCharacter(culprit.TextAndRest())
+                      : Filling(culprit, finding.symbol).Fill(Describe(finding.fault, culprit))};
 }
 
 } // namespace CallRecordingUtils

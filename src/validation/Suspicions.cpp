@@ -13,7 +13,7 @@
 #include "language/Forms.h"
 #include "language/Items.h"
 #include "matching/ItemList.h"
-#include "validation/Quoted.h"
+#include "validation/Sentence.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -26,7 +26,7 @@ constexpr int kMostCandidates = 100;        // Tried of a range until one is lef
 struct Suspicion {
     std::size_t begin;
     std::size_t length;
-    std::string sentence; // To go on with behind the quoted text.
+    char const* sentence; // To go on with behind the quoted text.
 };
 using Suspected = std::optional<Suspicion>;
 
@@ -208,7 +208,8 @@ std::optional<PatternProblem> FindSuspicion(std::string_view entry) {
     StoreEscapes(escaped); // The stored form but for the braces, which stand at the same places.
     std::size_t const begin = PositionAsWritten(entry, escaped, suspected->begin);
     std::size_t const end = PositionAsWritten(entry, escaped, suspected->begin + suspected->length);
-    return PatternProblem{begin, Quoted(entry.substr(begin, end - begin)) + suspected->sentence};
+    return PatternProblem{begin,
+                          Join({Quoted(entry.substr(begin, end - begin)), suspected->sentence})};
 }
 
 } // namespace CallRecordingUtils

@@ -1,6 +1,6 @@
-// Quotes what the user wrote.
+// Quotes what the user wrote, and joins it with the words around it.
 
-#include "validation/Quoted.h"
+#include "validation/Sentence.h"
 
 #include <cstddef>
 
@@ -26,7 +26,14 @@ std::string Quoted(std::string_view text) {
     std::string quoted = "\"";
     for (char const c : text.substr(0, kLongest))
         AppendPrintable(quoted, c);
-    return quoted + (text.size() > kLongest ? "...\"" : "\"");
+    return quoted.append(text.size() > kLongest ? "...\"" : "\"");
+}
+
+std::string Join(std::initializer_list<std::string_view> pieces) {
+    std::string joined;
+    for (std::string_view const piece : pieces)
+        joined += piece;
+    return joined;
 }
 
 } // namespace CallRecordingUtils
