@@ -1,7 +1,10 @@
 // replay: what the rules did with the calls of call records, and what other rules would have done.
 
+#include <cerrno>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 
 #include <fmt/format.h>
@@ -11,6 +14,7 @@
 #include "commands/Registry.h"
 #include "output/ReplayText.h"
 #include "output/RuleText.h"
+#include "replay/Page.h"
 #include "replay/RunReplay.h"
 
 namespace callrecordingctl {
@@ -67,6 +71,34 @@ void PrintEach(DecidedCall const& call, RuleList const& rules, bool json) {
         PrintCall(call, rules);
 }
 
+void WriteFile(std::string const& path, std::string const& content) {
+    std::ofstream file(path, std::ios::binary);
+    file << content;
+    file.close();
+    if (!file)
+        throw Failure(kExitUnsaved,
+                      fmt::format("{}: cannot be written: {}", path, std::strerror(errno)));
+}
+
+std::string Now() {
+    std::time_t const now = std::time(nullptr);
+    std::tm parts{};
+    char text[64] = "";
+    if (localtime_r(&now, &parts) != nullptr)
+        std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S %z", &parts);
+    return text;
+}
+
+std::string MakePage(ReplayReport const& report, ReplayFacts const& facts) {
+    PageFacts page;
+    for (Rule const& rule : facts.here.rules)
+        page.sides.push_back({SideText(rule.caller_pattern, rule.caller_call_type),
+                              SideText(rule.called_pattern, rule.called_call_type)});
+    page.made = Now();
+    page.by = "callrecordingctl " CALLRECORDINGCTL_VERSION;
+    return PageOf(report, facts, page);
+}
+
 ExitCode ReplayCalls(Context const& context, Options const& options) {
     ReplayFacts const facts = ReadFacts(context.path, options.against);
     Replay::Options how;
@@ -82,6 +114,8 @@ ExitCode ReplayCalls(Context const& context, Options const& options) {
         PrintJson(ToJson(report, facts));
     else if (!options.each)
         PrintReplay(report, facts);
+    if (!options.page.empty())
+        WriteFile(options.page, MakePage(report, facts));
     if (report.isInterrupted)
         return kExitStopped;
     return options.strict && report.unreadable > 0 ? kExitNo : kExitYes;
@@ -113,6 +147,7 @@ void AddReplay(CommandLine& line) {
     AddColumns(replay, options->format);
     replay.add_option("--against", options->against, "Compare with the rules of another rule file")
         ->type_name("FILE");
+    replay.add_option("--html", options->page, "Write a page for people, too")->type_name("FILE");
     replay.add_flag("--each", options->each, "Print each call with its decision instead");
     replay.add_flag("--strict", options->strict, "Exit with 1 when a line cannot be read");
 }

@@ -12,10 +12,6 @@ namespace {
 
 using namespace CallRecordingUtils;
 
-std::string Percent(std::uint64_t calls, std::uint64_t all) {
-    return fmt::format("{:.1f} %", 100 * Share(calls, all));
-}
-
 std::string Plural(std::uint64_t count, char const* noun) {
     return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }

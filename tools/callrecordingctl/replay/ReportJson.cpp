@@ -2,6 +2,8 @@
 
 #include "replay/ReportJson.h"
 
+#include <fmt/format.h>
+
 namespace callrecordingctl {
 namespace {
 
@@ -114,6 +116,11 @@ ordered_json PartyToJson(CallParty const& party) {
 
 double Share(std::uint64_t calls, std::uint64_t all) {
     return all > 0 ? static_cast<double>(calls) / static_cast<double>(all) : 0;
+}
+
+std::string Percent(std::uint64_t calls, std::uint64_t all) {
+    double const percent = 100 * Share(calls, all);
+    return calls > 0 && percent < 0.05 ? "<0.1 %" : fmt::format("{:.1f} %", percent);
 }
 
 ordered_json DifferencesToJson(ReplayReport const& report, RuleList const& here,

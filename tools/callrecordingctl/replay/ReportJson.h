@@ -37,6 +37,9 @@ nlohmann::ordered_json DifferencesToJson(ReplayReport const& report, RuleList co
 /// The share of calls of all, from 0 to 1.
 double Share(std::uint64_t calls, std::uint64_t all);
 
+/// The same for people: "12.5 %", and "<0.1 %" for what would read as none.
+std::string Percent(std::uint64_t calls, std::uint64_t all);
+
 } // namespace callrecordingctl
 
 #endif

@@ -24,6 +24,16 @@ class Timeline {
     /// The stretches with calls by their beginnings.
     std::map<CallTime, Counts> const& Stretches() const { return stretches_; }
 
+    /// All calls by what decided.
+    Counts Totals() const;
+
+    /// Makes stretches longer until no more than most of them, those without calls too, reach from
+    /// the first to the last; or until they are the longest there are.
+    void WidenTo(std::size_t most);
+    /// Leaves out fewer than one in 1,000 calls where the others then take less than half the time:
+    /// a clock that was wrong would leave nothing to see. Returns how many.
+    std::uint64_t LeaveOutStragglers();
+
   private:
     CallTime BeginOf(CallTime time) const;
     void Widen();
