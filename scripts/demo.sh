@@ -21,3 +21,5 @@ run decide --from alice@pbx.example.com --to 450
 run decide --from agent07@gw2.partner.example:5080 --to 345
 run decide --from bob@pbx.example.com:5060 --to board1@pbx.example.com
 run decide --from 500 --to 501 --explain
+cd "$source"
+run replay examples/calls/november.csv

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <random>
 #include <set>
@@ -321,6 +322,208 @@ TEST(LeadingDigits, GroupEveryNumberOnce) {
             return a.tally.calls > b.tally.calls;
         }));
     }
+}
+
+/// The client as a process.
+class ReplayCommand : public testing::Test {
+  protected:
+    struct Outcome {
+        int code;
+        std::string out, err;
+    };
+    Outcome Run(std::string const& command, std::string const& before = "") const {
+        int const status = std::system(("export QUVA_PATH=" + dir_.Path() + "/; { " + before +
+                                        CALLRECORDINGCTL_PATH + " " + command + "; } >" +
+                                        dir_.Path("out") + " 2>" + dir_.Path("err"))
+                                           .c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, dir_.Read("out"), dir_.Read("err")};
+    }
+    nlohmann::json Json(std::string const& command) const {
+        return nlohmann::json::parse(Run(command + " --json").out);
+    }
+    std::vector<nlohmann::json> Each(std::string const& command) const {
+        std::istringstream lines(Run(command + " --each --json").out);
+        std::vector<nlohmann::json> calls;
+        for (std::string line; std::getline(lines, line);)
+            calls.push_back(nlohmann::json::parse(line));
+        return calls;
+    }
+    void SetUp() override {
+        setenv("TZ", "UTC", 1);
+        tzset();
+        std::filesystem::copy(EXAMPLES_PATH "/sample/telephony", dir_.Path("telephony"));
+    }
+    /// The sample rules with what is replaced, as the file "other" of a configuration beside.
+    std::string Other(std::string const& from, std::string const& to) const {
+        std::string rules = dir_.ReadRules();
+        for (std::size_t at = 0; (at = rules.find(from, at)) != std::string::npos; at += to.size())
+            rules.replace(at, from.size(), to);
+        dir_.Write("other/telephony/callrecordingdb", rules);
+        return dir_.Path("other/telephony/callrecordingdb");
+    }
+
+    TempDir dir_;
+    std::string const calls_ = "replay " EXAMPLES_PATH "/calls/*";
+};
+
+TEST_F(ReplayCommand, CountsWhatDecideDecides) {
+    nlohmann::json const report = Json(calls_);
+    std::map<nlohmann::json, std::uint64_t> counts; // By the rule's identifier, null for none.
+    std::map<nlohmann::json, std::set<std::string>> times;
+    for (nlohmann::json const& call : Each(calls_)) {
+        std::string command = "decide";
+        for (char const* const side : {"from", "to"})
+            command += std::string(" --") + side + " '" + std::string(call[side]["address"]) +
+                       "' --" + side + "-type " + call[side]["call_type"].dump();
+        nlohmann::json const rule = Json(command)["rule"];
+        nlohmann::json const id = rule.is_null() ? rule : rule["callrecordingrule_id"];
+        EXPECT_EQ(call["rule"].is_null() ? call["rule"] : call["rule"]["callrecordingrule_id"], id)
+            << call;
+        ++counts[id];
+        times[id].insert(TimeText(*ReadCallTime(call["time"])));
+    }
+    std::uint64_t all = 0;
+    auto const expect = [&](nlohmann::json const& tally, nlohmann::json const& id) {
+        EXPECT_EQ(tally["calls"], counts[id]) << id;
+        EXPECT_NEAR(tally["share"], static_cast<double>(counts[id]) / 33, 1e-9);
+        EXPECT_TRUE(counts[id] == 0 ? tally["first"].is_null()
+                                    : tally["first"] == *times[id].begin() &&
+                                          tally["last"] == *times[id].rbegin())
+            << tally;
+        all += counts[id];
+    };
+    for (nlohmann::json const& rule : report["rules"])
+        expect(rule, rule["callrecordingrule_id"]);
+    expect(report["not_recorded"], nullptr);
+    EXPECT_EQ(report["calls"], 33);
+    EXPECT_EQ(all, 33U);
+    EXPECT_EQ(report["recorded"], 33 - counts[nullptr]);
+    EXPECT_EQ(report["never_applied"], nlohmann::json::array({11}));
+    EXPECT_EQ(report["cleaned"].dump(), R"({"blanks":0,"brackets":4,"name":2,"parameters":2,)"
+                                        R"("separators":3,"sip:":9,"tel:":1})");
+    EXPECT_EQ(report["rules"][4]["example"]["line"], 3);
+    std::string const text = Run(calls_).out;
+    EXPECT_NE(text.find("33 calls in 3 files from 2026-11-02 07:00:00 to 2026-11-06 17:59:59: 21 "
+                        "recorded (63.6 %), 12 not"),
+              std::string::npos)
+        << text;
+}
+
+TEST_F(ReplayCommand, ComparesWithOtherRulesByWhatBecomesOfTheCall) {
+    std::string const other = Other("archive:/sales", "archive:/vault");
+    Other(",!41", "");
+    std::string rules = dir_.Read("other/telephony/callrecordingdb");
+    rules.replace(rules.find("archive:/sales"), 14, "archive:/vault");
+    rules.replace(rules.find("recording_duration=1800"), 23, "recording_duration=");
+    for (std::size_t at = 0; (at = rules.find("callrecordingrule_id=", at)) != std::string::npos;)
+        rules.insert(at += 21, "7"); // Other identifiers are no difference.
+    dir_.Write("other/telephony/callrecordingdb", rules);
+    auto const outcome = [](nlohmann::json const& rule) {
+        return rule.is_null() ? "none"
+                              : rule["record_to"].dump() + rule["recording_duration"].dump() +
+                                    rule["call_recording_type"].dump();
+    };
+    std::vector<nlohmann::json> const here = Each(calls_);
+    std::vector<nlohmann::json> const there = Each(calls_ + " --config-dir " + dir_.Path("other"));
+    std::map<std::string, std::uint64_t> expected;
+    std::map<std::string, std::uint64_t> groups;
+    for (std::size_t i = 0; i < here.size(); ++i)
+        if (outcome(here[i]["rule"]) != outcome(there[i]["rule"]))
+            ++expected[outcome(here[i]["rule"]) + outcome(there[i]["rule"])];
+    nlohmann::json const differences = Json(calls_ + " --against " + other)["differences"];
+    for (nlohmann::json const& group : differences["groups"])
+        groups[outcome(group["here"]) + outcome(group["there"])] += std::uint64_t{group["calls"]};
+    EXPECT_EQ(groups, expected);
+    EXPECT_EQ(groups.size(), 3U);
+    EXPECT_EQ(differences["calls"], 6);
+    EXPECT_EQ(Json(calls_ + " --against " +
+                   dir_.Path("telephony/callrecordingdb"))["differences"]["calls"],
+              0);
+}
+
+TEST_F(ReplayCommand, TellsWhatItCouldNotReadAndByItsExitStatusWhatItMeans) {
+    dir_.Write("bad.csv",
+               "from,to,to_type,time\n1,112,,2026-11-01\n1,\"2\n3,4,fax,\n5,6,sip,soon\n");
+    std::string const bad = "replay " + dir_.Path("bad.csv");
+    struct {
+        std::string command;
+        int code;
+        char const *out, *err; // Parts.
+    } const rows[] = {
+        {bad, 0, "bad.csv:3: a quote is open at its end", ""},
+        {bad, 0, "bad.csv:4: \"fax\" is no call type", ""},
+        {bad, 0, "1 time in no format that is known: ", ""},
+        {bad + " --strict", 1, "2 lines could not be read:\n", ""},
+        {bad + " --each", 0, "2026-11-01\t1\t112\t0\tarchive:/emergency\nsoon\t5\t6\t-\tnot", ""},
+        {"replay -", 0, "0 calls in 1 file: 0 recorded", ""},
+        {bad + " /none.csv", 3, "", "/none.csv: cannot be read"},
+        {bad + " --against /none", 3, "", "/none: there is no such file"},
+        {bad + " --html /none/page", 4, "", "/none/page: cannot be written"},
+        {bad + " --from-column x", 3, "", "no column \"x\" among: from, to, to_type, time"},
+        {"replay", 2, "", "CALLS"},
+    };
+    for (auto const& [command, code, out, err] : rows) {
+        Outcome const outcome = Run(command, ": | ");
+        EXPECT_EQ(outcome.code, code) << command << outcome.err;
+        EXPECT_NE(outcome.out.find(out), std::string::npos) << command << "\n" << outcome.out;
+        EXPECT_NE(outcome.err.find(err), std::string::npos) << command << "\n" << outcome.err;
+        EXPECT_TRUE(*err != '\0' || outcome.err.empty()) << outcome.err; // No progress, too.
+    }
+}
+
+TEST_F(ReplayCommand, TellsWhatItCountedUntilItWasInterrupted) {
+    Outcome const outcome =
+        Run("replay - --json", "{ echo from,to; yes 1,112 | head -200000; sleep 2; } | timeout "
+                               "--foreground --preserve-status -s INT 1 ");
+    EXPECT_EQ(outcome.code, 130) << outcome.err;
+    nlohmann::json const report = nlohmann::json::parse(outcome.out);
+    EXPECT_EQ(report["interrupted"], true);
+    EXPECT_GT(report["calls"], 100000);
+    EXPECT_EQ(report["rules"][0]["calls"], report["calls"]);
+}
+
+/// The numbers in the elements data of the page behind where.
+std::uint64_t NumberIn(std::string const& page, std::string const& where) {
+    std::size_t const at = page.find("<data value=\"", page.find(where));
+    return at == std::string::npos ? 0 : std::stoull(page.substr(at + 13));
+}
+
+TEST_F(ReplayCommand, WritesAPageThatSaysTheSameAndNothingOfItsOwn) {
+    Other("description=Hotline", "description=<script>alert(1)</script>\xE2\x80\xAE\xFF");
+    dir_.Write("<b>.csv", "from,to,time\n\"<img src=x onerror=alert(1)>\",2,2026-11-04\n\"\n");
+    std::string const command = calls_ + " '" + dir_.Path("<b>.csv") + "' --config-dir " +
+                                dir_.Path("other") + " --against " +
+                                dir_.Path("telephony/callrecordingdb") + " --html " +
+                                dir_.Path("page.html");
+    nlohmann::json const report = Json(command);
+    std::string const page = dir_.Read("page.html");
+    for (nlohmann::json const& rule : report["rules"])
+        EXPECT_EQ(NumberIn(page, "id=\"rule-" + rule["position"].dump() + "\""), rule["calls"]);
+    EXPECT_EQ(NumberIn(page, "id=\"rule-none\""), report["not_recorded"]["calls"]);
+    EXPECT_EQ(NumberIn(page, "id=\"calls\""), report["calls"]);
+    EXPECT_EQ(NumberIn(page, "id=\"recorded\""), report["recorded"]);
+    EXPECT_EQ(NumberIn(page, "id=\"unreadable\""), 1U);
+    std::size_t at = page.find("id=\"digits\"");
+    for (nlohmann::json const& group : report["not_recorded"]["by_leading_digits"]) {
+        at = page.find("<data ", at + 1);
+        EXPECT_EQ(NumberIn(page.substr(at), ""), group["calls"]);
+    }
+    std::uint64_t drawn = 0; // Each call has a time, and so a place in the chart.
+    for (std::size_t end = 0; (end = page.find(" calls</title>", end + 1)) != std::string::npos;)
+        drawn += std::stoull(page.substr(page.rfind(' ', end - 1) + 1));
+    EXPECT_EQ(drawn, report["calls"]);
+    for (char const* const part :
+         {"&lt;script&gt;alert(1)&lt;/script&gt;\xEF\xBF\xBD\xEF\xBF\xBD", "&lt;b&gt;.csv:2",
+          "&lt;img src=x", "it is off", "callrecordingctl 1.", "gateway.csv: 8 calls"})
+        EXPECT_NE(page.find(part), std::string::npos) << part;
+    std::string const digest = report["rule_file"]["sha256"];
+    EXPECT_NE(page.find(digest), std::string::npos);
+    EXPECT_EQ(std::system(("echo '" + digest + "  " + dir_.Path("other/telephony/callrecordingdb") +
+                           "' | sha256sum -c --quiet")
+                              .c_str()),
+              0);
+    for (char const* const bad : {"<script", "<img", "http", "\xE2\x80\xAE", "\xFF"})
+        EXPECT_EQ(page.find(bad), std::string::npos) << bad;
 }
 
 } // namespace

@@ -1,10 +1,6 @@
 // replay: what the rules did with the calls of call records, and what other rules would have done.
 
-#include <cerrno>
-#include <cstring>
-#include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 
 #include <fmt/format.h>
@@ -12,9 +8,9 @@
 #include "CommandLine.h"
 #include "Rules.h"
 #include "commands/Registry.h"
+#include "output/ReplayPage.h"
 #include "output/ReplayText.h"
 #include "output/RuleText.h"
-#include "replay/Page.h"
 #include "replay/RunReplay.h"
 
 namespace callrecordingctl {
@@ -28,7 +24,7 @@ caller_id_number and destination_number, calldate. What stands around an address
 as in "Alice" <sip:201@pbx;user=phone>, is taken off. A line that cannot be read
 is counted and told.
 Examples:
-  callrecordingctl replay Master.csv --no-header --from-column 2 --to-column 3
+  callrecordingctl replay calls.csv --no-header --from-column 2 --to-column 3
   callrecordingctl replay november.csv.gz --against /tmp/callrecordingdb.new
   callrecordingctl replay november.csv.gz --html november.html
 )";
@@ -71,34 +67,6 @@ void PrintEach(DecidedCall const& call, RuleList const& rules, bool json) {
         PrintCall(call, rules);
 }
 
-void WriteFile(std::string const& path, std::string const& content) {
-    std::ofstream file(path, std::ios::binary);
-    file << content;
-    file.close();
-    if (!file)
-        throw Failure(kExitUnsaved,
-                      fmt::format("{}: cannot be written: {}", path, std::strerror(errno)));
-}
-
-std::string Now() {
-    std::time_t const now = std::time(nullptr);
-    std::tm parts{};
-    char text[64] = "";
-    if (localtime_r(&now, &parts) != nullptr)
-        std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S %z", &parts);
-    return text;
-}
-
-std::string MakePage(ReplayReport const& report, ReplayFacts const& facts) {
-    PageFacts page;
-    for (Rule const& rule : facts.here.rules)
-        page.sides.push_back({SideText(rule.caller_pattern, rule.caller_call_type),
-                              SideText(rule.called_pattern, rule.called_call_type)});
-    page.made = Now();
-    page.by = "callrecordingctl " CALLRECORDINGCTL_VERSION;
-    return PageOf(report, facts, page);
-}
-
 ExitCode ReplayCalls(Context const& context, Options const& options) {
     ReplayFacts const facts = ReadFacts(context.path, options.against);
     Replay::Options how;
@@ -115,7 +83,7 @@ ExitCode ReplayCalls(Context const& context, Options const& options) {
     else if (!options.each)
         PrintReplay(report, facts);
     if (!options.page.empty())
-        WriteFile(options.page, MakePage(report, facts));
+        WriteReplayPage(options.page, report, facts);
     if (report.isInterrupted)
         return kExitStopped;
     return options.strict && report.unreadable > 0 ? kExitNo : kExitYes;

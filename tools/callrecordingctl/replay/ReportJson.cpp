@@ -2,6 +2,8 @@
 
 #include "replay/ReportJson.h"
 
+#include <tuple>
+
 #include <fmt/format.h>
 
 namespace callrecordingctl {
@@ -105,14 +107,18 @@ ordered_json RuleFileToJson(RuleFileFacts const& file) {
 }
 
 ordered_json PartyToJson(CallParty const& party) {
-    std::string address = party.params.user;
-    if (party.type == CALL_TYPE_SIP && !(party.params.host.empty() && party.params.port.empty()))
-        address +=
-            "@" + party.params.host + (party.params.port.empty() ? "" : ":" + party.params.port);
-    return {{"call_type", static_cast<int>(party.type)}, {"address", address}};
+    return {{"call_type", static_cast<int>(party.type)}, {"address", AddressText(party)}};
 }
 
 } // namespace
+
+std::string AddressText(CallParty const& party) {
+    auto const& [user, host, port] =
+        std::tie(party.params.user, party.params.host, party.params.port);
+    if (party.type != CALL_TYPE_SIP || (host.empty() && port.empty()))
+        return user;
+    return user + "@" + host + (port.empty() ? "" : ":" + port);
+}
 
 double Share(std::uint64_t calls, std::uint64_t all) {
     return all > 0 ? static_cast<double>(calls) / static_cast<double>(all) : 0;

@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# Has the client in BUILD-DIR write the page of a replay, and Chromium load it as a telephone, a wide
+# screen and paper would show it: nothing in the console, a picture that is not blank, a page as wide
+# as the screen, and the numbers of the JSON in what the browser made of it.
+# Usage: check-page.sh BUILD-DIR
+set -euo pipefail
+
+source=$(cd "$(dirname "$0")/.." && pwd)
+build=$(cd "$1" && pwd)
+"$source/scripts/install-packages.sh" chromium jq
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+cd "$scratch"
+
+fail() {
+    echo "FAILED  $1"
+    exit 1
+}
+
+# browse PAGE OPTION...: what Chromium prints, and in the file console what it complains about.
+browse() {
+    rm -rf profile
+    timeout 120 chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run \
+        --disable-background-networking --disable-component-update --disable-sync \
+        --hide-scrollbars --user-data-dir="$scratch/profile" --enable-logging=stderr \
+        "${@:2}" "file://$scratch/$1" 2>log
+    grep CONSOLE log >console || true
+    [ ! -s console ] || fail "the console says: $(cat console)"
+}
+
+replay() {
+    QUVA_PATH=$source/examples/sample/ "$build/tools/callrecordingctl/callrecordingctl" replay \
+        "$source"/examples/calls/* "$@"
+}
+
+replay --html page.html --json >report.json
+echo '<!DOCTYPE html><title>blank</title>' >blank.html
+for width in 400 1400; do
+    for page in page blank; do
+        browse $page.html --window-size=$width,1200 --screenshot="$scratch/$page.png" >/dev/null
+    done
+    blank=$(stat -c %s blank.png) picture=$(stat -c %s page.png)
+    [ "$picture" -gt $((blank * 5)) ] ||
+        fail "at $width pixels the picture has $picture bytes, a blank one $blank"
+    # The one script here is this check's own, in a copy: it tells what stands out on the right.
+    sed "s|</body>|<script>document.title = [...document.querySelectorAll('*')].filter(e => \
+e.getBoundingClientRect().right > innerWidth + 1).length + ' stand out';</script>&|" \
+        page.html >measured.html
+    browse measured.html --window-size=$width,1200 --dump-dom >dom.html
+    grep -qF '<title>0 stand out</title>' dom.html || fail "wider than $width pixels"
+    echo "ok      a picture of $picture bytes at $width pixels"
+done
+
+browse page.html --print-to-pdf="$scratch/page.pdf" >/dev/null
+[ "$(stat -c %s page.pdf)" -gt 10000 ] || fail "the page on paper is blank"
+echo "ok      on paper"
+
+browse page.html --dump-dom >dom.html
+jq -r '(.rules[], .not_recorded) | .calls' report.json >wanted
+sed -nE '/<tr id="rule-/,/<\/tr>/ s/.*<data value="([0-9]+)">.*/\1/p' dom.html >shown
+diff wanted shown || fail "the numbers of the page are not those of the JSON"
+[ -s wanted ] || fail "there are no numbers"
+echo "ok      $(wc -l <wanted) numbers as in the JSON"

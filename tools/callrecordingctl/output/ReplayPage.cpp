@@ -1,0 +1,95 @@
+// Adds to the counts what only the rules themselves tell.
+
+#include "output/ReplayPage.h"
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <fstream>
+
+#include <fmt/format.h>
+
+#include "Failure.h"
+#include "analysis/RuleAnalysis.h"
+#include "output/RuleText.h"
+#include "replay/Page.h"
+
+namespace callrecordingctl {
+namespace {
+
+using namespace CallRecordingUtils;
+
+std::string NamesOf(std::vector<std::size_t> const& places, RuleList const& rules) {
+    std::string names = places.size() == 1 ? "rule" : "rules";
+    for (std::size_t i = 0; i < places.size(); ++i)
+        names += fmt::format("{} {}",
+                             i == 0                   ? ""
+                             : i + 1 == places.size() ? " and"
+                                                      : ",",
+                             rules[places[i]].callrecordingrule_id);
+    return names;
+}
+
+/// Empty where nothing is known.
+std::string Why(RuleReport const& report, RuleList const& rules) {
+    char const* const side = report.side == WhichSide::Caller ? "calling" : "called";
+    switch (report.standing) {
+    case RuleReport::Decides:
+        return fmt::format("no call of these files is its; one would be from {} to {}",
+                           AddressText(report.call->caller), AddressText(report.call->called));
+    case RuleReport::Hidden:
+        return fmt::format("it never can: {} before it {} all its calls",
+                           NamesOf(report.takenBy, rules),
+                           report.takenBy.size() == 1 ? "takes" : "take");
+    case RuleReport::MatchesNothing:
+        return fmt::format("it never can: no {} side satisfies its pattern", side);
+    case RuleReport::NotAnalysable:
+        return fmt::format("the pattern of its {} side is malformed", side);
+    case RuleReport::Off:
+    case RuleReport::Undecided: break;
+    }
+    return "";
+}
+
+std::map<std::size_t, std::string> WhyNever(ReplayReport const& report, RuleList const& rules) {
+    std::map<std::size_t, std::string> why;
+    RuleAnalysis analysis(rules);
+    for (std::size_t i = 0; i < rules.size(); ++i) {
+        if (report.byRule[i].calls > 0)
+            continue;
+        std::string const reason = Why(analysis.Report(i, 0), rules);
+        if (!reason.empty())
+            why[i] = reason;
+    }
+    return why;
+}
+
+std::string Now() {
+    std::time_t const now = std::time(nullptr);
+    std::tm parts{};
+    char text[64] = "";
+    if (localtime_r(&now, &parts) != nullptr)
+        std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S %z", &parts);
+    return text;
+}
+
+} // namespace
+
+void WriteReplayPage(std::string const& path, ReplayReport const& report,
+                     ReplayFacts const& facts) {
+    PageFacts page;
+    for (Rule const& rule : facts.here.rules)
+        page.sides.push_back({SideText(rule.caller_pattern, rule.caller_call_type),
+                              SideText(rule.called_pattern, rule.called_call_type)});
+    page.whyNever = WhyNever(report, facts.here.rules);
+    page.made = Now();
+    page.by = "callrecordingctl " CALLRECORDINGCTL_VERSION;
+    std::ofstream file(path, std::ios::binary);
+    file << PageOf(report, facts, page);
+    file.close();
+    if (!file)
+        throw Failure(kExitUnsaved,
+                      fmt::format("{}: cannot be written: {}", path, std::strerror(errno)));
+}
+
+} // namespace callrecordingctl

@@ -1,0 +1,18 @@
+// The page of a replay, and writing it to a file.
+
+#ifndef CALLRECORDINGCTL_OUTPUT_REPLAYPAGE_H
+#define CALLRECORDINGCTL_OUTPUT_REPLAYPAGE_H
+
+#include <string>
+
+#include "replay/ReportJson.h"
+
+namespace callrecordingctl {
+
+/// Writes the page to the file at path, with the reasons why rules never applied as far as analysis
+/// knows them. Throws a Failure when it cannot be written.
+void WriteReplayPage(std::string const& path, ReplayReport const& report, ReplayFacts const& facts);
+
+} // namespace callrecordingctl
+
+#endif
