@@ -59,7 +59,8 @@ void Replay::Run(std::string const& path) {
     report_.files.push_back({path, 0, 0});
     ReplayReport::File& file = report_.files.back();
     CallRecord record;
-    // A read that an interrupt ends early looks like the end of the file, in the middle of a record.
+    // A read that an interrupt ends early looks like the end of the file, in the middle of a
+    // record.
     while (reader.Next(record) && !MustStop()) {
         Take(record, file);
         if (options_.onProgress && report_.all.calls % kProgressEvery == 0)
