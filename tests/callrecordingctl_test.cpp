@@ -266,6 +266,81 @@ TEST_F(Client, FindsWhatAHandGetsWrongAndRenumbers) {
     EXPECT_EQ(Json("list").at(3).at("callrecordingrule_id"), 3);
 }
 
+// Every pair of five rules to every place, against the same done to a list of texts.
+TEST_F(Client, MovesRulesAsAListWould) {
+    for (int pair = 0; pair < 25; ++pair) {
+        int const first = pair / 5, second = pair % 5;
+        for (int place = 0; first < second && place < 4; ++place) {
+            std::string text, wanted;
+            for (char const name : std::string("ABCDE"))
+                text += "{\ncallrecordingrule_id=" + std::to_string(name - 'A') +
+                        "\ndescription=" + name + "\n}\n";
+            for (int i = 0; i < 5; ++i)
+                if (i != first && i != second)
+                    wanted += static_cast<char>('A' + i);
+            wanted.insert(static_cast<std::size_t>(place),
+                          {static_cast<char>('A' + first), static_cast<char>('A' + second)});
+            dir.WriteRules(text);
+            Run("move " + std::to_string(second) + " '#" + std::to_string(first + 1) + "' --to " +
+                std::to_string(place + 1));
+            std::string got;
+            for (auto const& rule : Json("list"))
+                got += rule.at("description").get<std::string>();
+            EXPECT_EQ(got, wanted) << first << second << " to " << place;
+        }
+    }
+    Row const rows[] = {{"move 0 --before 3", 0, "at position 3 of 5", ""},
+                        {"move '#5' --after '#1'", 0, "at position 2 of 5", ""},
+                        {"move 0 --to 1", 1, "as it was", "there already"},
+                        {"move 0 --before 0", 2, "", "itself"},
+                        {"move 0 --to 1 --after 2", 2, "", "--to"}};
+    for (Row const& row : rows)
+        Expect(row);
+}
+
+TEST_F(Client, ImportsAllOrNothingAndKeepsWhatStays) {
+    std::string const sample =
+        "# head\n\n# one\n{\ncallrecordingrule_id=3\ncaller_pattern=<1-5>\n"
+        "# inside\nmore=x\ndescription=a,\"b\" \xFF\ncalled_pattern=*\n}\n"
+        "{\ncallrecordingrule_id=1\ncaller_pattern={\ncalled_pattern=<5-1>\n}\n# end";
+    dir.WriteRules(sample); // The second one is malformed, and stays all the same.
+    EXPECT_EQ(Run("import - --replace", Run("list --json").command + " | ").code, 0);
+    EXPECT_EQ(dir.ReadRules(), sample);
+    EXPECT_EQ(Run("import - --replace", Run("export").command + " | ").code, 0);
+    EXPECT_EQ(dir.ReadRules(), sample);
+    dir.Write("faulty.csv", "From;to-type;ENABLED;id\n[1-;;;\n5;fax;;\n1;;perhaps;\n;;;\n;any;;1\n"
+                            "2;;;x\n;;;;;\n\"open;;;\n");
+    dir.Write("faulty.json", "[{\"callrecordingrule_id\": 5,\n\"caller_pattern\": \"5\",\n"
+                             "\"caller_pattern_entry\": \"6\", \"caller_call_type\": 0,\n"
+                             "\"enabled\": true, \"recording_rule_state\": 1, \"what\": 1},\n7]");
+    dir.Write("more.csv", "id,from,description\n1,77,\"x, y\"\n,\"{1-5}\",new\n");
+    std::string const csv = dir.Path("faulty.csv"), json = dir.Path("faulty.json");
+    Row const rows[] = {
+        {"import " + csv, 1, "", csv + ":2: from: malformed pattern"},
+        {"import " + csv, 1, "", "\n    [1-\n    ^\n"},
+        {"import " + csv, 1, "", csv + ":3: to_type: \"fax\" is no call type"},
+        {"import " + csv, 1, "", csv + ":4: enabled: \"perhaps\" is not yes or no"},
+        {"import " + csv, 1, "", csv + ":6: this rule would record every call"},
+        {"import " + csv, 1, "", csv + ":7: id: \"x\" is no number"},
+        {"import " + csv, 1, "", csv + ":8: 6 fields under 4 columns"},
+        {"import " + csv, 1, "", csv + ":9: a quote"},
+        {"import " + json, 1, "", json + ":3: caller_pattern_entry: is not the entry form of"},
+        {"import " + json, 1, "", json + ":4: recording_rule_state: contradicts"},
+        {"import " + json, 1, "", json + ":4: \"what\" is no member"},
+        {"import " + json, 1, "", json + ":5: expected an array of rules"},
+        {"import /none", 3, "", "/none: No such file"},
+        {"import " + dir.Path("more.csv") + " --dry-run", 0, "rule 4 \"x, y\" added", ""},
+    };
+    for (Row const& row : rows)
+        Expect(row);
+    EXPECT_EQ(dir.ReadRules(), sample);
+    Run("import --replace " + dir.Path("more.csv"));
+    EXPECT_EQ(
+        dir.ReadRules().find("# head\n\n# one\n{\ncallrecordingrule_id=1\ncaller_pattern=77\n"), 0U)
+        << dir.ReadRules();
+    EXPECT_EQ(Json("list").at(1).at("callrecordingrule_id"), 4);
+}
+
 TEST_F(Client, FindsRulesThatCanNeverDecide) {
     struct {
         char const *earlier, *later;

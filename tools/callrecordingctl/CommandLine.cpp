@@ -187,14 +187,14 @@ namespace {
 
 constexpr char kRuleHelp[] = "Identifier of the rule, or its position: '#5'";
 
+} // namespace
+
 RuleName ParseRuleName(std::string const& text) {
     bool const isPosition = text.compare(0, 1, "#") == 0;
     std::uint32_t const number =
         ParseNumber("ID", text.substr(isPosition ? 1 : 0), isPosition ? 1 : 0);
     return {static_cast<std::int32_t>(number), isPosition};
 }
-
-} // namespace
 
 void AddRuleName(CLI::App& command, RuleName& rule) {
     AddText(

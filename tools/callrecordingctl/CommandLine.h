@@ -75,6 +75,9 @@ CLI::Option* AddNumber(CLI::App& command, std::string const& name, char const* w
         [name, least, store](std::string const& text) { store(ParseNumber(name, text, least)); });
 }
 
+/// The name of a rule in words of the command line. Throws CLI::ValidationError when text is none.
+RuleName ParseRuleName(std::string const& text);
+
 /// The name of a rule, as a required argument.
 void AddRuleName(CLI::App& command, RuleName& rule);
 

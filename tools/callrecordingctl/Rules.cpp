@@ -12,6 +12,7 @@
 
 #include "Digest.h"
 #include "Failure.h"
+#include "MemoryFile.h"
 #include "database/RuleFile.h"
 
 namespace callrecordingctl {
@@ -53,32 +54,29 @@ bool HasRuleFile(std::string const& path) {
     return fs::symlink_status(path, error).type() != fs::file_type::not_found;
 }
 
-RuleList LoadRules(std::string const& path) {
-    if (!HasRuleFile(path)) {
+RuleList ReadRules(std::string const& path) {
+    RuleList rules;
+    CallRecordingUtils::RuleFile file(path);
+    while (file.Next())
+        rules.push_back(file.ReadRule());
+    return rules;
+}
+
+RuleList LoadRules(std::string const& path, std::string& digest) {
+    if (!HasRuleFile(path))
         Say("{}: no such file, so there are no rules yet; \"add\" makes it", path);
-        return {};
-    }
     try {
-        RuleList rules;
-        CallRecordingUtils::RuleFile file(path);
-        while (file.Next())
-            rules.push_back(file.ReadRule());
-        return rules;
-    } catch (std::exception const& error) {
+        std::string const text = HostPlatform::ReadFile(path).text;
+        digest = DigestOf(text);
+        return RulesOf(text, path);
+    } catch (std::runtime_error const& error) {
         throw Failure(kExitUnreadable, error.what());
     }
 }
 
-std::string FileDigest(std::string const& path) {
-    try {
-        return DigestOf(HostPlatform::ReadFile(path).text);
-    } catch (std::exception const& error) {
-        throw Failure(kExitUnreadable, error.what());
-    }
-}
-
-std::string FileState(std::string const& path) {
-    return StateToken(FileDigest(path));
+RuleList LoadRules(std::string const& path) {
+    std::string digest;
+    return LoadRules(path, digest);
 }
 
 std::size_t FindRule(RuleList const& rules, RuleName name) {

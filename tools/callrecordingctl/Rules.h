@@ -27,15 +27,16 @@ void RequireDirectory(std::string const& path);
 /// Whether there is a rule file at path. Throws a Failure when its directory cannot hold one.
 bool HasRuleFile(std::string const& path);
 
-/// Reads the rules of the file at path. A file that is missing has none, which is said on standard
+/// The rules of the file at path; none without one. Throws a std::exception with path, line and
+/// reason.
+RuleList ReadRules(std::string const& path);
+
+/// The same for a command. A file that is missing has none, which is said on standard
 /// error. Throws a Failure with path, line and reason.
 RuleList LoadRules(std::string const& path);
 
-/// The digest of the file at path, that of the empty text where there is none. Throws a Failure.
-std::string FileDigest(std::string const& path);
-
-/// The token of the state that the file at path is in.
-std::string FileState(std::string const& path);
+/// The same, with the digest of the file, that of the empty text where there is none.
+RuleList LoadRules(std::string const& path, std::string& digest);
 
 /// How the command line names a rule: by its identifier, or as #5 by its position.
 struct RuleName {

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "CommandLine.h"
+#include "Digest.h"
 #include "Rules.h"
 #include "commands/Registry.h"
 #include "model/BasicView.h"
@@ -33,13 +34,6 @@ void PrintList(RuleList const& rules) {
     table.Print();
 }
 
-nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state) {
-    auto document = nlohmann::ordered_json::array();
-    for (std::size_t i = 0; i < rules.size(); ++i)
-        document.push_back(ToJson(rules[i], i + 1, state));
-    return document;
-}
-
 /// The rules as the basic view shows them; says what it does not show.
 RuleList InBasicView(RuleList const& rules) {
     CallRecordingUtils::BasicView view;
@@ -58,8 +52,9 @@ RuleList InBasicView(RuleList const& rules) {
 }
 
 ExitCode List(Context const& context, Options const& options) {
-    RuleList rules = LoadRules(context.path);
-    std::string const state = FileState(context.path);
+    std::string digest;
+    RuleList rules = LoadRules(context.path, digest);
+    std::string const state = StateToken(digest);
     if (options.basic)
         rules = InBasicView(rules);
     if (context.json)

@@ -19,8 +19,11 @@ class CommandLine;
     COMMAND(Modify)                                                                                \
     COMMAND(Delete)                                                                                \
     COMMAND(UpAndDown)                                                                             \
+    COMMAND(Move)                                                                                  \
     COMMAND(EnableAndDisable)                                                                      \
-    COMMAND(Renumber)
+    COMMAND(Renumber)                                                                              \
+    COMMAND(Import)                                                                                \
+    COMMAND(Export)
 
 #define CALLRECORDINGCTL_DECLARE(name) void Add##name(CommandLine& line);
 CALLRECORDINGCTL_COMMANDS(CALLRECORDINGCTL_DECLARE)

@@ -39,13 +39,11 @@ struct Options {
 };
 
 RuleFileFacts ReadRuleFile(std::string const& path) {
-    auto const digestNow = [&path] { return HasRuleFile(path) ? FileDigest(path) : ""; };
-    for (std::string digest = digestNow();;) { // Another process may save the file in between.
-        RuleFileFacts facts{path, digest, LoadRules(path)};
-        digest = digestNow();
-        if (digest == facts.digest)
-            return facts;
-    }
+    RuleFileFacts facts{path, "", {}};
+    facts.rules = LoadRules(path, facts.digest);
+    if (!HasRuleFile(path))
+        facts.digest.clear();
+    return facts;
 }
 
 ReplayFacts ReadFacts(std::string const& path, std::string const& against) {

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "CommandLine.h"
+#include "Digest.h"
 #include "Rules.h"
 #include "commands/Registry.h"
 #include "output/RuleText.h"
@@ -22,8 +23,9 @@ void ExplainPattern(char const* side, std::string const& stored, CallType type) 
 }
 
 ExitCode Show(Context const& context, RuleName name) {
-    RuleList const rules = LoadRules(context.path);
-    std::string const state = FileState(context.path);
+    std::string digest;
+    RuleList const rules = LoadRules(context.path, digest);
+    std::string const state = StateToken(digest);
     std::size_t const index = FindRule(rules, name);
     Rule const& rule = rules[index];
     if (context.json) {

@@ -10,6 +10,8 @@
 #include <host/AtomicFile.h>
 
 #include "Failure.h"
+#include "MemoryFile.h"
+#include "edit/NewText.h"
 #include "model/RuleSides.h"
 
 namespace callrecordingctl {
@@ -33,12 +35,13 @@ std::ptrdiff_t Step(std::size_t place) {
 
 RuleEdit::RuleEdit(std::string const& path)
     : path_(path),
-      textBefore_(Or(kExitUnreadable, [&path] { return HostPlatform::ReadFile(path).text; })),
+      fileBefore_(Or(kExitUnreadable, [&path] { return HostPlatform::ReadFile(path); })),
       file_(Or(kExitUnreadable, [&path] { return CallRecordingUtils::RuleFileEdit(path); })),
       before_(Or(kExitUnreadable, [this] { return file_.Rules(); })) {
     for (std::size_t i = 0; i < before_.size(); ++i)
         traces_.push_back({i, 0});
-    if (Or(kExitUnreadable, [&path] { return HostPlatform::ReadFile(path).text; }) != textBefore_)
+    if (Or(kExitUnreadable, [&path] { return HostPlatform::ReadFile(path); }).stamp !=
+        fileBefore_.stamp)
         throw Failure(kExitUnsaved, path + ": was saved by another process just now; nothing was "
                                            "changed, so try again");
 }
@@ -81,8 +84,45 @@ void RuleEdit::Delete(std::size_t place) {
     traces_.erase(traces_.begin() + Step(place));
 }
 
+std::size_t RuleEdit::PlaceOf(std::size_t origin) const {
+    auto const found = std::find_if(traces_.begin(), traces_.end(), [origin](Trace const& trace) {
+        return trace.origin == origin;
+    });
+    return static_cast<std::size_t>(found - traces_.begin());
+}
+
+void RuleEdit::Replace(RuleList const& rules) {
+    Origins const origins = OriginsOf(before_, rules);
+    newText_ = NewText(TextBefore(), Stored(), rules, origins);
+    Adopt(rules, origins);
+}
+
+void RuleEdit::ReplaceText(std::string const& text) {
+    RuleList const rules = RulesOf(text, path_);
+    newText_ = text;
+    Adopt(rules, OriginsOf(before_, rules));
+}
+
+void RuleEdit::Adopt(RuleList const& rules, Origins const& origins) {
+    after_ = rules;
+    traces_.clear();
+    std::vector<bool> const kept = KeptOrder(origins);
+    std::vector<bool> isGone(before_.size(), true);
+    for (std::size_t i = 0; i < rules.size(); ++i) {
+        bool const isAsItWas =
+            kept[i] && CallRecordingUtils::AreEqual(before_[*origins[i]], rules[i]);
+        traces_.push_back({origins[i], isAsItWas ? 0 : ++turn_});
+        if (origins[i])
+            isGone[*origins[i]] = false;
+    }
+    for (std::size_t i = 0; i < before_.size(); ++i)
+        if (isGone[i])
+            deleted_.push_back(i);
+}
+
 void RuleEdit::Move(std::size_t from, std::size_t to) {
-    Or(kExitUnsaved, [&] { file_.Move(from, to); });
+    if (from != to)
+        Or(kExitUnsaved, [&] { file_.Move(from, to); });
     auto const first = traces_.begin();
     if (from < to)
         std::rotate(first + Step(from), first + Step(from) + 1, first + Step(to) + 1);
@@ -97,6 +137,8 @@ void RuleEdit::Mean(std::size_t place) {
 }
 
 bool RuleEdit::IsChanged() {
+    if (newText_)
+        return *newText_ != TextBefore();
     std::vector<Change> const changes = Changes();
     return isForced_ || std::any_of(changes.begin(), changes.end(), [](Change const& change) {
                return change.before == nullptr || change.after == nullptr ||
@@ -106,11 +148,17 @@ bool RuleEdit::IsChanged() {
 
 void RuleEdit::Save() {
     Or(
-        kExitUnsaved, [this] { file_.Save(); });
+        kExitUnsaved,
+        [this] {
+            if (!newText_)
+                return file_.Save();
+            HostPlatform::ReplaceFile(path_, *newText_, fileBefore_.stamp);
+        });
 }
 
 std::vector<Change> RuleEdit::Changes() {
-    after_ = file_.Rules();
+    if (!newText_)
+        after_ = file_.Rules();
     std::vector<Change> meant(turn_);
     std::vector<Change> others;
     for (std::size_t i = 0; i < after_.size(); ++i) {

@@ -8,8 +8,11 @@
 #include <string>
 #include <vector>
 
+#include <host/AtomicFile.h>
+
 #include "Rules.h"
 #include "database/RuleFileEdit.h"
+#include "edit/Origins.h"
 #include "inspection/StoredRules.h"
 
 namespace callrecordingctl {
@@ -31,7 +34,7 @@ class RuleEdit {
     explicit RuleEdit(std::string const& path);
 
     /// The bytes of the file as it was read.
-    std::string const& TextBefore() const { return textBefore_; }
+    std::string const& TextBefore() const { return fileBefore_.text; }
 
     /// The rules as the file has them.
     RuleList const& Before() const { return before_; }
@@ -58,6 +61,17 @@ class RuleEdit {
     /// Moves a rule; those between make room. Identifiers stay with the places.
     void Move(std::size_t from, std::size_t to);
 
+    /// Where the rule is by now that was at the place origin before. REQUIRES: it is still there.
+    std::size_t PlaceOf(std::size_t origin) const;
+
+    /// Has these rules in the place of all others, with their identifiers. Rules that are equal to
+    /// ones of before keep their sections as they are; see NewText. REQUIRES: no change before this
+    /// one, and none follows.
+    void Replace(RuleList const& rules);
+
+    /// Has text in the place of the whole file. The same is required.
+    void ReplaceText(std::string const& text);
+
     /// Says that the edit is about the rule at place although it needs no change.
     void Mean(std::size_t place);
 
@@ -71,17 +85,20 @@ class RuleEdit {
     std::vector<Change> Changes();
 
   private:
+    void Adopt(RuleList const& rules, Origins const& origins);
+
     struct Trace {
         std::optional<std::size_t> origin; // Its place before; none for a new rule.
         std::size_t turn;                  // When the edit came to it; 0 for never.
     };
 
     std::string path_;
-    std::string textBefore_; // Read before file_: what another process saves in between shows.
+    HostPlatform::FileText fileBefore_;
     CallRecordingUtils::RuleFileEdit file_;
     RuleList before_;
     RuleList after_;
-    std::vector<Trace> traces_; // By place.
+    std::optional<std::string> newText_; // After Replace.
+    std::vector<Trace> traces_;          // By place.
     std::vector<std::size_t> deleted_;
     std::size_t turn_ = 0;
     bool isForced_ = false; // The text changes, also where the rules read the same.

@@ -54,28 +54,6 @@ void AddState(CLI::App& command, RuleFields& fields, bool isNew) {
                               isNew ? "Switch the rule on (default)" : "Switch the rule on");
 }
 
-/// A type alone puts the pattern that the rule has to the test.
-void ApplySide(SideFields const& fields, char const* option, std::string& pattern, CallType& type) {
-    if (!fields.pattern && !fields.type)
-        return;
-    std::string const entry = fields.pattern.value_or(ToEntry(pattern, type));
-    type = fields.type.value_or(type);
-    std::string const culprit = fmt::format("--{}{}", option, fields.pattern ? "" : "-type");
-    if (entry.empty())
-        throw Failure(kExitNo,
-                      culprit + ": an empty pattern never matches; write * for every call");
-    StoredPattern const converted = ToStored(entry, type);
-    if (converted.problem)
-        throw Failure(kExitNo, fmt::format("{}: malformed pattern of call type {}: {}\n{}", culprit,
-                                           CallTypeName(type), converted.problem->message,
-                                           CaretText(entry, *converted.problem)));
-    if (fields.pattern && entry.find('\\') != std::string::npos)
-        Say("{}: {}", culprit, kEscapeNote);
-    pattern = converted.stored;
-    if (auto const suspicion = SurelyNotMeant(pattern, type))
-        Say("{}: note: {}\n{}", culprit, suspicion->message, CaretText(entry, *suspicion));
-}
-
 void ApplyText(std::optional<std::string> const& text, char const* option, std::string& field) {
     if (!text)
         return;
@@ -110,9 +88,42 @@ void Complete(SideFields& side) {
                                                                  : CALL_TYPE_NUMBER;
 }
 
+void ApplySide(SideFields const& fields, std::string const& culprit, std::string& pattern,
+               CallType& type) {
+    if (!fields.pattern && !fields.type)
+        return;
+    std::string const entry = fields.pattern.value_or(ToEntry(pattern, type));
+    type = fields.type.value_or(type);
+    if (entry.empty())
+        throw Failure(kExitNo,
+                      culprit + ": an empty pattern never matches; write * for every call");
+    StoredPattern const converted = ToStored(entry, type);
+    if (converted.problem)
+        throw Failure(kExitNo, fmt::format("{}: malformed pattern of call type {}: {}\n{}", culprit,
+                                           CallTypeName(type), converted.problem->message,
+                                           CaretText(entry, *converted.problem)));
+    pattern = converted.stored;
+}
+
+/// Says what is well formed and yet often not meant.
+void NoteOn(SideFields const& fields, std::string const& culprit, std::string const& pattern,
+            CallType type) {
+    if (!fields.pattern)
+        return;
+    if (fields.pattern->find('\\') != std::string::npos)
+        Say("{}: {}", culprit, kEscapeNote);
+    if (auto const suspicion = SurelyNotMeant(pattern, type))
+        Say("{}: note: {}\n{}", culprit, suspicion->message,
+            CaretText(*fields.pattern, *suspicion));
+}
+
 void Apply(RuleFields const& fields, Rule& rule) {
-    ApplySide(fields.from, "from", rule.caller_pattern, rule.caller_call_type);
-    ApplySide(fields.to, "to", rule.called_pattern, rule.called_call_type);
+    ApplySide(fields.from, fields.from.pattern ? "--from" : "--from-type", rule.caller_pattern,
+              rule.caller_call_type);
+    ApplySide(fields.to, fields.to.pattern ? "--to" : "--to-type", rule.called_pattern,
+              rule.called_call_type);
+    NoteOn(fields.from, "--from", rule.caller_pattern, rule.caller_call_type);
+    NoteOn(fields.to, "--to", rule.called_pattern, rule.called_call_type);
     ApplyText(fields.recordTo, "--record-to", rule.record_to);
     ApplyText(fields.duration, "--duration", rule.recording_duration);
     ApplyText(fields.description, "--description", rule.description);

@@ -36,6 +36,11 @@ void AddRuleFields(CLI::App& command, RuleFields& fields, bool isNew);
 /// Fills in what a new side leaves out: every address, and the type that a pattern looks like.
 void Complete(SideFields& side);
 
+/// Checks a pattern in the entry form and sets it, or with a type alone the one that is there.
+/// Throws a Failure that names culprit when the pattern cannot be one of that type.
+void ApplySide(SideFields const& side, std::string const& culprit, std::string& pattern,
+               CallType& type);
+
 /// Checks the fields that are given and sets them in rule. Throws a Failure that names the option
 /// of the one that cannot be.
 void Apply(RuleFields const& fields, Rule& rule);

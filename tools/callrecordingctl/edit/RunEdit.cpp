@@ -15,13 +15,14 @@
 #include <fmt/format.h>
 
 #include "Digest.h"
-#include "edit/EditLock.h"
+#include "database/RuleFileLock.h"
 #include "output/EditReport.h"
 
 namespace callrecordingctl {
 namespace {
 
 namespace fs = std::filesystem;
+using CallRecordingUtils::RuleFileLock;
 
 constexpr char kReloadNote[] =
     "note: telephony processes decide by the old rules until they reload (see \"Reloading\" in "
@@ -85,15 +86,32 @@ void Report(RuleEdit& edit, EditOptions const& options, Context const& context, 
     }
 }
 
+/// Takes the lock. Edits take milliseconds; a wait as short as that is not worth a word.
+std::unique_ptr<RuleFileLock> Lock(std::string const& path, std::chrono::seconds patience) {
+    try {
+        using namespace std::chrono_literals;
+        try {
+            return std::make_unique<RuleFileLock>(path, 200ms);
+        } catch (CallRecordingUtils::RuleFileLockTimeout const&) {
+            if (patience.count() == 0)
+                throw;
+        }
+        Say("{}: another client is editing; waiting up to {} s", path, patience.count());
+        return std::make_unique<RuleFileLock>(path, patience);
+    } catch (std::exception const& error) {
+        throw Failure(kExitUnsaved, fmt::format("{}; nothing was changed", error.what()));
+    }
+}
+
 } // namespace
 
 ExitCode RunEdit(Context const& context, EditOptions const& options, Changer const& change) {
     fs::path const directory = fs::path(context.path).parent_path();
-    std::optional<EditLock> lock;
+    std::unique_ptr<RuleFileLock> lock;
     if (!options.dryRun) {
         MakeDirectory(directory);
         RequireDirectory(context.path);
-        lock.emplace(context.path + ".lock", options.patience);
+        lock = Lock(context.path, options.patience);
     }
     // Where a dry run misses the directory, a file in its place would be missing, too: no rules.
     RuleEdit edit(fs::exists(directory) ? context.path : directory.string());

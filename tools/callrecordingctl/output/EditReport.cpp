@@ -37,7 +37,11 @@ std::string Sentence(Change const& change, std::size_t count) {
     if (change.before->callrecordingrule_id != after.callrecordingrule_id)
         return fmt::format("{} is now rule {}, at position {} of {}", NameOf(*change.before),
                            after.callrecordingrule_id, change.afterPosition, count);
-    if (CallRecordingUtils::AreEqual(*change.before, after))
+    bool const isEqual = CallRecordingUtils::AreEqual(*change.before, after);
+    if (isEqual && change.beforePosition != change.afterPosition)
+        return fmt::format("{} is at position {} of {} now, was {}", name, change.afterPosition,
+                           count, change.beforePosition);
+    if (isEqual)
         return fmt::format("{} is as it was: {}, {}", name, StateText(after), Sides(after));
     if (DifferInStateOnly(*change.before, after))
         return fmt::format("{} is now {}: {}", name, StateText(after), Sides(after));
@@ -46,6 +50,25 @@ std::string Sentence(Change const& change, std::size_t count) {
 
 /// More than these are a list, and nobody reads it unless asked to.
 constexpr std::size_t kMostSentences = 20;
+
+/// So and so many rules were added, changed and so on.
+std::string Summary(std::vector<Change> const& changes) {
+    std::size_t added = 0, deleted = 0, moved = 0, changed = 0;
+    for (Change const& change : changes) {
+        if (!change.isMeant)
+            continue;
+        if (change.before == nullptr)
+            ++added;
+        else if (change.after == nullptr)
+            ++deleted;
+        else if (CallRecordingUtils::AreEqual(*change.before, *change.after))
+            ++moved;
+        else
+            ++changed;
+    }
+    return fmt::format("rules: {} added, {} changed, {} moved, {} deleted", added, changed, moved,
+                       deleted);
+}
 
 void PrintSentences(std::vector<Change> const& changes, ReportOptions const& options,
                     Context const& context) {
@@ -65,7 +88,8 @@ void PrintSentences(std::vector<Change> const& changes, ReportOptions const& opt
     if (options.verbose)
         return;
     if (meant > kMostSentences)
-        fmt::print("{}and {} more; -v tells each\n", prefix, meant - kMostSentences);
+        fmt::print("{}and {} more; -v tells each\n{}{}\n", prefix, meant - kMostSentences, prefix,
+                   Summary(changes));
     if (others > 0)
         fmt::print("{}{} {} made room and changed identifiers; -v tells each\n", prefix, others,
                    others == 1 ? "rule" : "rules");

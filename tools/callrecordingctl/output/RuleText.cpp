@@ -112,6 +112,13 @@ nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position, std::strin
     return json;
 }
 
+nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state) {
+    auto document = nlohmann::ordered_json::array();
+    for (std::size_t i = 0; i < rules.size(); ++i)
+        document.push_back(ToJson(rules[i], i + 1, state));
+    return document;
+}
+
 void PrintJson(nlohmann::ordered_json const& document) {
     fmt::print("{}\n", document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace));
 }

@@ -47,6 +47,9 @@ std::string CaretText(std::string const& entry, CallRecordingUtils::PatternProbl
 nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position,
                               std::string const& state = "");
 
+/// All of them, as list prints them.
+nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state);
+
 /// Prints a document. Bytes that are no UTF-8 are printed as U+FFFD.
 void PrintJson(nlohmann::ordered_json const& document);
 

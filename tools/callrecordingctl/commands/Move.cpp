@@ -1,0 +1,91 @@
+// move: rules to a place of the list, in the order in which they stand.
+
+#include <algorithm>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "commands/Registry.h"
+#include "edit/RunEdit.h"
+
+namespace callrecordingctl {
+namespace {
+
+constexpr char kHelp[] =
+    R"(Several rules keep their order and then stand one behind the other, the first of
+them at PLACE. Identifiers belong to places: rules that change places exchange
+them too, and the output says which rule has which identifier now.
+Example: callrecordingctl move 17 18 --before 3
+)";
+
+struct Options {
+    std::vector<RuleName> rules;
+    std::optional<std::size_t> to;
+    std::optional<RuleName> before;
+    std::optional<RuleName> after;
+};
+
+/// How many of the rules that stay where they are come before the ones that move.
+std::size_t Ahead(RuleList const& rules, Options const& options,
+                  std::vector<std::size_t> const& moved) {
+    std::size_t const others = rules.size() - moved.size();
+    if (options.to)
+        return std::min(*options.to - 1, others);
+    std::size_t const anchor = FindRule(rules, options.before ? *options.before : *options.after);
+    if (std::find(moved.begin(), moved.end(), anchor) != moved.end())
+        throw Failure(kExitUsage, "a rule cannot move before or behind itself");
+    auto const passed = static_cast<std::size_t>(
+        std::lower_bound(moved.begin(), moved.end(), anchor) - moved.begin());
+    return anchor - passed + (options.before ? 0 : 1);
+}
+
+ExitCode Move(RuleEdit& edit, Options const& options) {
+    RuleList const& rules = edit.Before();
+    std::vector<std::size_t> moved;
+    for (RuleName const name : options.rules)
+        moved.push_back(FindRule(rules, name));
+    std::sort(moved.begin(), moved.end());
+    moved.erase(std::unique(moved.begin(), moved.end()), moved.end());
+    std::size_t const place = Ahead(rules, options, moved);
+    // Those that come from the front go first, the last of them ahead: so none passes another.
+    auto const fromFront = [&](std::size_t i) { return moved[i] - i < place; };
+    std::size_t down = 0;
+    while (down < moved.size() && fromFront(down))
+        ++down;
+    bool isMoved = false;
+    auto const moveOne = [&](std::size_t i) {
+        std::size_t const from = edit.PlaceOf(moved[i]);
+        isMoved = isMoved || from != place + i;
+        edit.Move(from, place + i);
+    };
+    for (std::size_t i = down; i-- > 0;)
+        moveOne(i);
+    for (std::size_t i = down; i < moved.size(); ++i)
+        moveOne(i);
+    if (!isMoved)
+        Say("the rules stand there already; nothing was changed");
+    return isMoved ? kExitYes : kExitNo;
+}
+
+} // namespace
+
+void AddMove(CommandLine& line) {
+    auto const options = std::make_shared<Options>();
+    CLI::App& move = AddEdit(line, "move", "Move rules to a place of the list", kHelp,
+                             [options](RuleEdit& edit) { return Move(edit, *options); });
+    AddRuleNames(move, options->rules);
+    CLI::Option_group* const target = move.add_option_group("Place", "One of these is required");
+    AddNumber(
+        *target, "--to", "PLACE", "Position of the first one; 1 is evaluated first", 1,
+        [options](std::uint32_t place) { options->to = place; });
+    auto const addAnchor = [target](char const* name, char const* help,
+                                    std::optional<RuleName>& rule) {
+        AddText(*target, name, "ID", help,
+                [&rule](std::string const& text) { rule = ParseRuleName(text); });
+    };
+    addAnchor("--before", "The rule before which they go", options->before);
+    addAnchor("--after", "The rule behind which they go", options->after);
+    target->require_option(1);
+}
+
+} // namespace callrecordingctl
