@@ -20,7 +20,8 @@ namespace CallRecordingUtils {
 ///
 /// On a plain host tracing is on when the environment variable QUVA_LOG_LEVEL is a number, the
 /// highest level that is kept; the file lies in the directory QUVA_LOG_PATH ("/var/log/" when
-/// unset). Both are read when the logger is created.
+/// unset). Both are read when the logger is created. The file may be renamed, removed or truncated
+/// at any time; tracing goes on in the file that has the name then.
 class CCallRecordingLogger {
   public:
     /// Opens the log and asks the platform once whether tracing is on.
@@ -32,8 +33,9 @@ class CCallRecordingLogger {
 
     /// Writes one entry and flushes it; does nothing when tracing is off. level 0 marks failures, 3
     /// notices; the platform's log decides which levels it keeps. With withTimestamp the entry
-    /// begins with the local date and time, a tab, ".", the milliseconds and a blank. format is
-    /// printf's; it brings its own line end. Never throws: an entry that cannot be written is lost.
+    /// begins with the local date and time, a tab, ".", the milliseconds and a blank; the time zone
+    /// is the one that holds then. format is printf's; it brings its own line end. Never throws: an
+    /// entry that cannot be written is lost. Holds off the cancellation of the thread.
     CALLRECORDINGUTILS_EXPORT [[gnu::format(printf, 4, 5)]] void
     TRACE(unsigned char level, bool withTimestamp, char const* format, ...) noexcept;
 
