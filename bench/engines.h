@@ -1,6 +1,6 @@
 /// @file
 /// The engines that are compared: the library, what one would write with a regular expression
-/// library or fnmatch(3) instead, and the bare walk of the rule list.
+/// library or fnmatch(3) instead, rule by rule or all at once, and the bare walk of the rule list.
 
 #ifndef BENCH_ENGINES_H
 #define BENCH_ENGINES_H
@@ -45,6 +45,10 @@ std::unique_ptr<Engine> MakeFloor(std::list<Rule*> const& rules);
 std::unique_ptr<Engine> MakePcre2(std::vector<Rule> const& rules);
 std::unique_ptr<Engine> MakeRe2(std::vector<Rule> const& rules);
 std::unique_ptr<Engine> MakeFnmatch(std::vector<Rule> const& rules);
+
+/// All rules at once: one expression for each rule, over both sides of the call joined into one
+/// text, anchored. Throws when the set does not compile.
+std::unique_ptr<Engine> MakeRe2Set(std::vector<Rule> const& rules);
 
 /// One pattern of each engine; compiled in the constructor, tests whole addresses.
 class Pcre2Pattern {

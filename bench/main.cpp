@@ -36,7 +36,10 @@ void Run(bool isQuick) {
 
 void Bench::Load(std::vector<Rule> const& rules) const {
     RuleDirectory::Write(directory.RuleFile(), RuleFileText(rules));
-    if (!assistant.ReloadCallRecordingRules() || db.GetCallRecordingRules().size() != rules.size())
+    std::size_t loaded = 0;
+    bool const isLoaded = assistant.ReloadCallRecordingRules();
+    db.VisitRules([&loaded](Rule const&) { ++loaded; });
+    if (!isLoaded || loaded != rules.size())
         throw std::runtime_error("the library does not load the rules");
 }
 

@@ -60,6 +60,24 @@ class Generator {
         return {pattern, CALL_TYPE_SIP, {user, {}, host, Below(2) == 0 ? port : ""}, CALL_TYPE_SIP};
     }
 
+    /// The called side of a mix in which all are of one kind.
+    Side SideOf(Mix mix) {
+        std::string const digits = Digits(4 + Below(4));
+        Sample sample{digits, digits};
+        switch (mix) {
+        case Mix::Prefix: sample = {"498912" + digits, "498912" + digits}; break;
+        case Mix::Domain: return DomainSide();
+        case Mix::Tails: sample = {"*" + digits, Digits(3 + Below(4)) + digits}; break;
+        case Mix::SetsFirst: sample = Together(SomeSets(2), {digits, digits}); break;
+        case Mix::SetsOnly: sample = SomeSets(5 + Below(3)); break;
+        case Mix::Middle:
+            sample = {"*" + digits + "*", Digits(1 + Below(4)) + digits + Digits(1 + Below(4))};
+            break;
+        default: break;
+        }
+        return {sample.pattern, CALL_TYPE_NUMBER, Params(sample.address), CALL_TYPE_NUMBER};
+    }
+
     Side AnyNumber() { return {"*", CALL_TYPE_ANY, Params(Number()), CALL_TYPE_NUMBER}; }
 
     Side AnySip() {
@@ -82,6 +100,28 @@ class Generator {
     std::string Host() {
         static char const* const hosts[] = {"pbx", "gateway", "trunk", "branch"};
         return fmt::format("{}{}.example.com", hosts[Below(std::size(hosts))], Below(4));
+    }
+
+    Side DomainSide() {
+        std::string const user = Name();
+        return {user + "@example.com", CALL_TYPE_SIP, {user, {}, "example.com", ""}, CALL_TYPE_SIP};
+    }
+
+    static Sample Together(Sample const& a, Sample const& b) {
+        return {a.pattern + b.pattern, a.address + b.address};
+    }
+
+    /// Sets of two to four digits.
+    Sample SomeSets(std::size_t count) {
+        Sample sets;
+        while (count-- > 0) {
+            std::size_t const low = Below(7);
+            std::size_t const more = 1 + Below(3);
+            sets = Together(sets, {Below(2) == 0 ? fmt::format("[{}-{}]", low, low + more)
+                                                 : fmt::format("[{},{}]", low, low + more),
+                                   std::to_string(low)});
+        }
+        return sets;
     }
 
     Sample NumberSample(bool withRanges) {
@@ -152,11 +192,17 @@ Sides MakeSides(Mix mix, bool withRanges, Generator& generator) {
         Sides const sides{generator.AnySip(), generator.SipSide()};
         return generator.Below(2) == 0 ? sides : Sides{sides.called, sides.caller};
     }
+    case Mix::Domain: return {generator.AnySip(), generator.SideOf(mix)};
     case Mix::BothSides: break;
+    default: return {generator.AnyNumber(), generator.SideOf(mix)};
     }
     if (generator.Below(4) == 0)
         return {generator.SipSide(), generator.SipSide()};
     return {generator.NumberSide(withRanges), generator.NumberSide(withRanges)};
+}
+
+bool HasRanges(Mix mix) {
+    return mix == Mix::Numbers || mix == Mix::BothSides;
 }
 
 /// The first three rules of ten, else the first tenth.
@@ -188,9 +234,16 @@ std::string ExcludedNumber(std::string const& pattern) {
 
 } // namespace
 
+char const* NameOf(Mix mix) {
+    static char const* const names[] = {
+        "(a) numbers", "(b) SIP",   "(c) both sides", "(d) prefix",    "(e) exact",
+        "(f) domain",  "(g) tails", "(h) sets first", "(i) sets only", "(j) middle"};
+    return names[static_cast<std::size_t>(mix)];
+}
+
 RuleList MakeRules(Mix mix, std::size_t size, bool withRanges, unsigned seed) {
     Generator generator(seed);
-    RuleList list{mix, withRanges && mix != Mix::Sip, {}, {}};
+    RuleList list{mix, withRanges && HasRanges(mix), {}, {}};
     for (std::size_t place = 0; place < size; ++place) {
         Sides const sides = MakeSides(mix, withRanges, generator);
         Rule rule;

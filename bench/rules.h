@@ -26,10 +26,20 @@ struct Call {
 };
 
 enum class Mix {
-    Numbers,  ///< Callers "*"; called: extensions, prefixes, sets, range expressions, suffixes.
-    Sip,      ///< One side "*", the other user@host or user@host:port.
-    BothSides ///< Both sides restricted: three quarters numbers, one quarter SIP.
+    Numbers,    ///< Callers "*"; called: extensions, prefixes, sets, range expressions, suffixes.
+    Sip,        ///< One side "*", the other user@host or user@host:port.
+    BothSides,  ///< Both sides restricted: three quarters numbers, one quarter SIP.
+    Prefix,     ///< Callers "*", as all below; called: all begin with the same six digits.
+    Extensions, ///< Exact extensions.
+    Domain,     ///< SIP users of one domain.
+    Tails,      ///< "*" and a literal tail.
+    SetsFirst,  ///< Two sets, then digits.
+    SetsOnly,   ///< Nothing but sets.
+    Middle,     ///< Digits between two "*".
 };
+
+/// The name of a mix, as the tables show it.
+char const* NameOf(Mix mix);
 
 struct RuleList {
     Mix mix;

@@ -122,15 +122,15 @@ std::string SidePattern(std::string const& pattern, CallType type) {
     return lacksPort ? pattern + ":*" : pattern;
 }
 
-std::string ToRegex(std::string_view pattern, Exclusion exclusion) {
+std::string ToRegex(std::string_view pattern, Exclusion exclusion, std::string const& anyOne) {
     std::string regex;
     while (!pattern.empty()) {
         char const c = pattern.front();
         std::size_t end = 0;
         if (c == '*') {
-            regex += ".*";
+            regex += anyOne + "*";
         } else if (c == '?') {
-            regex += '.';
+            regex += anyOne;
         } else if (c == '[' || c == '<') {
             end = pattern.find(c == '[' ? ']' : '>');
             std::string_view const items = pattern.substr(1, end - 1);

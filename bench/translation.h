@@ -20,8 +20,9 @@ std::string SidePattern(std::string const& pattern, CallType type);
 /// none, the ranges before and behind it.
 enum class Exclusion { Lookahead, Split };
 
-/// A regular expression for the whole address, without anchors.
-std::string ToRegex(std::string_view pattern, Exclusion exclusion);
+/// A regular expression for the whole address, without anchors. anyOne is the expression for any
+/// one character.
+std::string ToRegex(std::string_view pattern, Exclusion exclusion, std::string const& anyOne = ".");
 
 /// A pattern of fnmatch(3). REQUIRES: pattern has no range expression.
 std::string ToGlob(std::string_view pattern);

@@ -37,15 +37,18 @@ bool Edit(CCallRecordingDB& database) {
         return false;
 
     std::string const id = std::to_string(rule.callrecordingrule_id);
-    CallRecordingRuleParams const* const listed = database.GetSelectedRule(id); // Borrowed.
-    if (listed == nullptr || listed->record_to != rule.record_to ||
+    CallRecordingRuleParams listed;
+    if (!database.CopyRule(id, listed) || listed.record_to != rule.record_to ||
         !database.SetRuleState(id, false) || !database.SetRuleState(id, true))
         return false;
 
-    // Each rule on the way takes over the identifier of its new place; listed is good until the
-    // reload.
+    // Each rule on the way takes over the identifier of its new place.
     bool const isSaved = database.MoveRule(id, 0);
-    std::string const newId = std::to_string(listed->callrecordingrule_id);
+    std::string newId = id;
+    database.VisitRules([&](CallRecordingRuleParams const& moved) {
+        if (moved.called_pattern == rule.called_pattern)
+            newId = std::to_string(moved.callrecordingrule_id);
+    });
     if (!isSaved || newId == id || !database.Reload())
         return false;
     return database.DeleteRule(newId) && database.Reload() &&

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <random>
 #include <string>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include <callrecordingutils/CCallRecordingAssistant.h>
+#include <callrecordingutils/CCallRecordingDB.h>
 
 #include "support/Edits.h"
 #include "support/SlowMatcher.h"
@@ -273,6 +275,109 @@ TEST_F(Matching, TheFirstEnabledRuleWithBothSidesDecides) {
                   expected != &kB);
         EXPECT_EQ(Section(rule), Section(*expected));
     }
+}
+
+/// The identifiers of the rules that decide some calls, by a look at every rule.
+std::string DecidedOneByOne(CCallRecordingAssistant const& assistant,
+                            std::vector<CallRecordingRuleParams> const& rules) {
+    std::string ids;
+    for (int number = 100; number < 400; number += 7) {
+        CallParams const side{std::to_string(number), {}, "", ""};
+        auto const takes = [&](CallRecordingRuleParams const& rule) {
+            auto const matches = [&](std::string const& pattern, CallType type) {
+                return assistant.IsSideMatched(side, CALL_TYPE_NUMBER, pattern, type);
+            };
+            return rule.recording_rule_state == RULE_ENABLED &&
+                   matches(rule.caller_pattern, rule.caller_call_type) &&
+                   matches(rule.called_pattern, rule.called_call_type);
+        };
+        auto const rule = std::find_if(rules.begin(), rules.end(), takes);
+        ids += rule == rules.end() ? " -" : " " + std::to_string(rule->callrecordingrule_id);
+    }
+    return ids;
+}
+
+std::string Decided(CCallRecordingAssistant& assistant) {
+    std::string ids;
+    for (int number = 100; number < 400; number += 7) {
+        CallParams const side{std::to_string(number), {}, "", ""};
+        CallRecordingRuleParams rule;
+        ids +=
+            assistant.IsCallRecordingAllowed(side, CALL_TYPE_NUMBER, side, CALL_TYPE_NUMBER, &rule)
+                ? " " + std::to_string(rule.callrecordingrule_id)
+                : " -";
+    }
+    return ids;
+}
+
+// Whatever is done to rules, list and file, a decision is what a look at every rule gives.
+TEST_F(Matching, DecisionsFollowWhateverIsDoneToTheRules) {
+    std::string text;
+    for (int id = 0; id < 120; ++id) {
+        std::string const digits = std::to_string(id * 37 % 300 + 100);
+        std::string const caller = id % 4 == 0 ? "*" + digits.substr(1) : "*";
+        std::string const called = id % 3 == 0 ? digits.substr(0, 2) + "*" : digits;
+        text += Section(Rule(id, caller.c_str(), CALL_TYPE_ANY, called.c_str(), CALL_TYPE_NUMBER));
+    }
+    Load(text);
+    CCallRecordingDB& db = *CCallRecordingDB::GetInstance(true, false);
+    std::mt19937 random(1);
+    auto const anId = [&] { return std::to_string(random() % 120); };
+    auto const expectSame = [&](char const* step) {
+        std::vector<CallRecordingRuleParams> rules;
+        db.VisitRules([&](CallRecordingRuleParams const& rule) { rules.push_back(rule); });
+        EXPECT_EQ(Decided(assistant), DecidedOneByOne(assistant, rules)) << step;
+    };
+    for (int round = 0; round < 12; ++round) {
+        EXPECT_TRUE(db.SetRuleState(anId(), false));
+        EXPECT_TRUE(db.SetRuleState(anId(), true));
+        expectSame("states");
+        EXPECT_TRUE(db.ReOrderRule(anId(), round % 2 == 0));
+        expectSame("moved in memory");
+        EXPECT_TRUE(db.Reload());
+        expectSame("reloaded");
+        std::string const id = anId();
+        CallRecordingRuleParams* const lent = db.GetSelectedRule(id);
+        lent->called_pattern = "3*";
+        expectSame("changed while lent");
+        CallRecordingRuleParams copy;
+        EXPECT_TRUE(db.CopyRule(id, copy));
+        EXPECT_EQ(copy.called_pattern, "3*");
+        EXPECT_TRUE(db.ModifyRule(&copy, false));
+        EXPECT_TRUE(db.Reload());
+        expectSame("returned by a reload");
+    }
+    CallRecordingRuleParams untouched = kB;
+    EXPECT_FALSE(db.CopyRule("777", untouched));
+    EXPECT_EQ(Section(untouched), Section(kB));
+
+    auto& list = db.GetCallRecordingRules();
+    EXPECT_TRUE(db.Reload()); // The reference outlives it.
+    list.reverse();
+    expectSame("the list reversed");
+    list.insert(std::next(list.begin()), nullptr);
+    delete list.front();
+    list.pop_front();
+    expectSame("the list cut, and a null entry in it");
+    db.DestroyCallRecordList();
+    expectSame("emptied");
+    CCallRecordingDB::CloseInstance();
+}
+
+TEST_F(Matching, RulesAreLentWhileCallsAreDecided) {
+    std::string text;
+    for (int id = 100; id < 180; ++id)
+        text += Section(Rule(id, "*", CALL_TYPE_ANY, std::to_string(id).c_str(), CALL_TYPE_NUMBER));
+    Load(text);
+    std::thread lender([&] {
+        CCallRecordingDB& db = *CCallRecordingDB::GetInstance(true, false);
+        EXPECT_NE(db.GetSelectedRule("150"), nullptr);
+        EXPECT_EQ(db.GetCallRecordingRules().size(), 80U);
+        CCallRecordingDB::CloseInstance();
+    });
+    std::string const first = Decided(assistant);
+    lender.join();
+    EXPECT_EQ(Decided(assistant), first);
 }
 
 TEST_F(Matching, ReloadSwitchesBetweenWholeLists) {

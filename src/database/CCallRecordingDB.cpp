@@ -3,6 +3,7 @@
 #include <callrecordingutils/CCallRecordingDB.h>
 
 #include <memory>
+#include <new>
 
 #include <callrecordingutils/CCallRecordingLogger.h>
 
@@ -10,6 +11,7 @@
 #include "common/DecimalNumber.h"
 #include "common/MutexGuard.h"
 #include "database/Trace.h"
+#include "matching/RuleIndex.h"
 
 namespace CallRecordingUtils {
 
@@ -20,7 +22,8 @@ std::int32_t CCallRecordingDB::mInstancesCount = 0;
 CCallRecordingLogger* CCallRecordingDB::mpLogger = nullptr;
 bool CCallRecordingDB::mIsAdvancedMode = true;
 
-CCallRecordingDB::CCallRecordingDB() : mIsLoaded(false), mHasAdvancedRules(false) {}
+CCallRecordingDB::CCallRecordingDB()
+    : mIsLoaded(false), mHasAdvancedRules(false), mpIndex(std::make_unique<RuleIndex>()) {}
 
 CCallRecordingDB::~CCallRecordingDB() {
     Cleanup();
@@ -71,12 +74,40 @@ void CCallRecordingDB::Cleanup() {
 }
 
 void CCallRecordingDB::DestroyCallRecordList() {
+    mpIndex->Clear();
     for (CallRecordingRuleParams* rule : mCallRecordList)
         delete rule;
     mCallRecordList.clear();
 }
 
+/// What makes decisions fast, and nothing else: without the memory for it the list serves as it is.
+void CCallRecordingDB::PrepareDecisions() noexcept {
+    try {
+        // A copied list has its nodes side by side in memory instead of among the records, which
+        // makes a walk several times as fast.
+        std::list<CallRecordingRuleParams*>(mCallRecordList).swap(mCallRecordList);
+    } catch (std::bad_alloc const&) {
+        return;
+    }
+    mpIndex->Build(mCallRecordList);
+}
+
+void CCallRecordingDB::VisitRules(
+    std::function<void(CallRecordingRuleParams const&)> const& visit) const {
+    for (CallRecordingRuleParams const* rule : mCallRecordList)
+        if (rule != nullptr)
+            visit(*rule);
+}
+
+bool CCallRecordingDB::CopyRule(std::string const& ruleId, CallRecordingRuleParams& rule) const {
+    CallRecordingRuleParams const* const record = FindRecord(ruleId);
+    if (record != nullptr)
+        rule = *record;
+    return record != nullptr;
+}
+
 std::list<CallRecordingRuleParams*>& CCallRecordingDB::GetCallRecordingRules() {
+    mpIndex->LendList();
     return mCallRecordList;
 }
 
@@ -85,6 +116,11 @@ std::string CCallRecordingDB::GetLastFailure() const {
 }
 
 CallRecordingRuleParams* CCallRecordingDB::GetSelectedRule(std::string const& ruleId) {
+    mpIndex->LendRecord();
+    return FindRecord(ruleId);
+}
+
+CallRecordingRuleParams* CCallRecordingDB::FindRecord(std::string const& ruleId) const {
     std::int32_t const id = ParseDecimal(ruleId);
     for (CallRecordingRuleParams* rule : mCallRecordList)
         if (rule != nullptr && rule->callrecordingrule_id == id)

@@ -368,7 +368,7 @@ bool CCallRecordingDB::SetRuleState(std::string const& ruleId, bool enable) {
                 return false;
             }
             RuleFileEdit edit(RuleFilePath());
-            CallRecordingRuleParams* const rule = GetSelectedRule(ruleId);
+            CallRecordingRuleParams* const rule = FindRecord(ruleId);
             if (rule == nullptr)
                 return true;
             rule->recording_rule_state = enable ? RULE_ENABLED : RULE_DISABLED;

@@ -1,7 +1,6 @@
 // Loading: turns the sections of the rule file into the rule list, in either view mode.
 
 #include <memory>
-#include <new>
 
 #include <callrecordingutils/CCallRecordingDB.h>
 
@@ -23,16 +22,6 @@ void AppendRule(RuleList& list, CallRecordingRuleParams const& rule) {
     (void)record.release(); // The list owns it, now that it holds it.
 }
 
-/// A copied list has its nodes side by side in memory instead of among the records, which makes the
-/// walk of a decision several times as fast. Without the memory for a copy the list serves as well.
-void LaySideBySide(RuleList& list) noexcept {
-    try {
-        RuleList(list).swap(list);
-    } catch (std::bad_alloc const&) {
-        return;
-    }
-}
-
 } // namespace
 
 bool CCallRecordingDB::Load() {
@@ -48,6 +37,7 @@ bool CCallRecordingDB::Load() {
     });
     if (!succeeded && !mIsAdvancedMode)
         DestroyCallRecordList(); // Half of the merged rules would mislead.
+    PrepareDecisions();
     mIsLoaded = true;
     Trace(TraceLine::kLoaded);
     return succeeded;
@@ -67,7 +57,6 @@ void CCallRecordingDB::ReadRuleFile() {
     }
     for (CallRecordingRuleParams const& rule : basicView.Rules())
         AppendRule(mCallRecordList, rule);
-    LaySideBySide(mCallRecordList);
 }
 
 bool CCallRecordingDB::GetCurrentSection(Configuration::MultiSectionFile* file,

@@ -13,9 +13,22 @@
 #include "matching/ItemList.h"
 #include "matching/PatternCounts.h"
 #include "matching/PatternMatcher.h"
+#include "matching/RuleIndex.h"
 #include "model/SipAddress.h"
 
 namespace CallRecordingUtils {
+namespace {
+
+/// By the index where it may be asked, else by a walk; null when no rule takes the call.
+CallRecordingRuleParams const* Decide(std::list<CallRecordingRuleParams*> const& rules,
+                                      RuleIndex const& index, Call const& call) {
+    if (index.IsUsable())
+        return index.DecidingRule(call);
+    auto const deciding = DecidingRule(rules, call);
+    return deciding == rules.end() ? nullptr : *deciding;
+}
+
+} // namespace
 
 CCallRecordingAssistant::CCallRecordingAssistant(bool withLogger)
     : mpCallRecordingDB(nullptr), mpMutex(nullptr) {
@@ -35,12 +48,13 @@ bool CCallRecordingAssistant::IsCallRecordingAllowed(CallParams const& caller,
                                                      CallType const& calledType,
                                                      CallRecordingRuleParams* rule) {
     MutexGuard const guard(*mpMutex);
-    auto const& rules = mpCallRecordingDB->GetCallRecordingRules();
-    auto const deciding = DecidingRule(rules, Call(caller, callerType, called, calledType));
-    if (deciding == rules.end())
+    CallRecordingRuleParams const* const deciding =
+        Decide(mpCallRecordingDB->mCallRecordList, *mpCallRecordingDB->mpIndex,
+               Call(caller, callerType, called, calledType));
+    if (deciding == nullptr)
         return false;
     if (rule != nullptr)
-        *rule = **deciding;
+        *rule = *deciding;
     return true;
 }
 

@@ -49,6 +49,13 @@ class CallSide {
     /// REQUIRES: ruleType is the call's type, or any.
     bool Satisfies(std::string_view pattern, CallType ruleType) const;
 
+    CallType Type() const { return type_; }
+
+    /// What rule sides of the call's own type compare with their pattern. For a SIP call it is
+    /// longer than what those of any type compare, User(), and begins with that.
+    std::string_view Address() const { return address_; }
+    std::string_view User() const { return addressForAny_; }
+
   private:
     void PutSipAddressTogether(CallParams const& params);
     bool SatisfiesSip(std::string_view pattern) const;

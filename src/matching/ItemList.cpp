@@ -3,7 +3,7 @@
 #include "matching/ItemList.h"
 
 #include <algorithm>
-#include <memory>
+#include <optional>
 #include <string>
 
 #include "common/DecimalNumber.h"
@@ -28,8 +28,8 @@ class RangePart {
             text_ = run;
             return;
         }
-        if (joined_ == nullptr)
-            joined_ = std::make_unique<std::string>();
+        if (!joined_)
+            joined_.emplace();
         if (text_.data() != joined_->data())
             *joined_ = text_;
         text_ = joined_->append(run);
@@ -38,8 +38,8 @@ class RangePart {
     std::string_view Text() const { return text_; }
 
   private:
-    std::string_view text_; // Into the list, or into joined_.
-    std::unique_ptr<std::string> joined_;
+    std::string_view text_;             // Into the list, or into joined_.
+    std::optional<std::string> joined_; // Short ones allocate nothing.
 };
 
 /// Whether candidate is a number from low to high. A low part such as 00 makes the comparison one

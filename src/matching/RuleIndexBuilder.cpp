@@ -1,0 +1,295 @@
+// Builds the index. Where a rule is put follows from its traits; what a node asks for is a choice
+// that cannot change an answer, only the time that it takes.
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "matching/RuleIndex.h"
+#include "matching/TraitChoice.h"
+
+namespace CallRecordingUtils {
+namespace {
+
+constexpr std::size_t kShortestIndexed = 2; // Shorter lists are walked.
+constexpr std::size_t kFewestBelow = 4;     // Fewer rules are a leaf,
+constexpr std::size_t kLargestLeaf = 16;    // and so are these, unless origins help.
+constexpr std::size_t kSmallFilters = 3;    // Of such a leaf.
+constexpr std::size_t kFewestApart = 2;     // Of some pairs, for a node to tell them apart.
+constexpr std::size_t kOriginPays = 4; // Each character of an address costs a search of its own.
+constexpr std::size_t kMostCharacters = 6; // That the bits of origins tell of.
+constexpr std::size_t kMostSlots = 8;      // A rule with more in one place goes to the rest.
+constexpr std::size_t kCopies = 1;         // Of a rule beyond the one, on an average.
+constexpr std::size_t kMostRules = std::size_t{1} << 28;
+
+std::size_t Count(SlotSet slots) {
+    std::size_t count = 0;
+    for (; slots != 0; slots = static_cast<SlotSet>(slots & (slots - 1)))
+        ++count;
+    return count;
+}
+
+template <typename Act>
+void ForEachSlot(SlotSet slots, Act act) {
+    for (Word rest = slots; rest != 0; rest &= rest - 1)
+        act(LowestBit(rest));
+}
+
+TraitSet MiddleTraits(std::size_t side) {
+    TraitSet middle;
+    for (std::size_t i = 0; i < kTraitsOfView[static_cast<std::size_t>(View::Middle)]; ++i)
+        middle.set(FirstTrait(side, View::Middle) + i);
+    return middle;
+}
+
+} // namespace
+
+class RuleIndex::Builder {
+  public:
+    explicit Builder(RuleIndex& index) : index_(index), choice_(traits_) {}
+
+    void Build() {
+        traits_.reserve(index_.rules_.size());
+        Ranks all;
+        for (CallRecordingRuleParams const* rule : index_.rules_) {
+            all.push_back(static_cast<Rank>(traits_.size()));
+            traits_.push_back(TraitsOf(*rule));
+        }
+        TraitSet const fixed = ~(MiddleTraits(0) | MiddleTraits(1));
+        AddNodes(1);
+        Make(0, all, {fixed, {true, true}, kCopies * all.size()});
+        index_.nodes_.shrink_to_fit();
+        index_.ranks_.shrink_to_fit();
+        index_.filters_.shrink_to_fit();
+        index_.origins_.shrink_to_fit();
+    }
+
+  private:
+    /// What may be done below a node.
+    struct Scope {
+        TraitSet open;                      // The traits that may be asked for.
+        std::array<bool, 2> mayHaveOrigins; // For each side.
+        std::size_t copies; // How many more places the rules may take than there are rules.
+
+        /// A part of the scope, for some of all the places that the rules take.
+        Scope Part(std::size_t places, std::size_t all) const {
+            return {open, mayHaveOrigins, copies * places / all};
+        }
+    };
+
+    /// Makes nodes_[at] the node of rules.
+    void Make(std::uint32_t at, Ranks const& rules, Scope const& scope) {
+        index_.nodes_[at].first = rules.front();
+        if (rules.size() < kFewestBelow || !MakeBranches(at, rules, scope))
+            MakeLeaf(at, rules, scope.open);
+    }
+
+    /// Returns false when the rules are better off in a leaf.
+    bool MakeBranches(std::uint32_t at, Ranks const& rules, Scope const& scope) {
+        std::size_t apart = 0;
+        std::size_t trait = 0;
+        for (std::size_t side = 0; side < 2; ++side) {
+            auto const [fixed, middle] = choice_.Best(rules, scope.open, MiddleTraits(side));
+            if (scope.mayHaveOrigins[side] &&
+                middle.apart > kOriginPays * fixed.apart + kFewestApart) {
+                MakeOrigins(at, rules, scope, side);
+                return true;
+            }
+            apart = fixed.apart;
+            trait = fixed.trait;
+        }
+        return rules.size() > kLargestLeaf && apart >= kFewestApart &&
+               MakeSplit(at, rules, scope, trait);
+    }
+
+    void MakeOrigins(std::uint32_t at, Ranks const& rules, Scope const& scope, std::size_t side) {
+        Ranks below, rest;
+        for (Rank const rule : rules)
+            (traits_[rule][FirstTrait(side, View::Middle)] == kAnySlot ? rest : below)
+                .push_back(rule);
+        index_.nodes_[at].kind = Kind::Origins;
+        index_.nodes_[at].side = static_cast<std::uint8_t>(side);
+        AddOriginBits(index_.nodes_[at], below);
+        Scope outside = scope.Part(rest.size(), rules.size());
+        outside.mayHaveOrigins[side] = false;
+        AddRest(at, rest, outside);
+        Scope inside = scope.Part(below.size(), rules.size());
+        inside.open |= MiddleTraits(side);
+        inside.mayHaveOrigins = {false, false}; // Else the time would grow with their product.
+        std::uint32_t const branch = AddNodes(1);
+        index_.nodes_[at].begin = branch;
+        Make(branch, below, inside);
+    }
+
+    /// Adds the bits of a node of origins: one for each text of a few characters with which the
+    /// middle of one of rules can begin; of as many characters as give eight bits a rule and more,
+    /// but no more than it costs little to find all texts of.
+    void AddOriginBits(Node& node, Ranks const& rules) {
+        std::size_t characters = 1;
+        while (characters < kMostCharacters && OriginBits(characters) < 8 * rules.size() &&
+               TextsOf(rules, node.side, characters + 1) <= 16 * rules.size())
+            ++characters;
+        node.size = static_cast<std::uint32_t>(characters);
+        node.bits = static_cast<std::uint32_t>(index_.origins_.size());
+        index_.origins_.resize(node.bits + (OriginBits(characters) + kWordBits - 1) / kWordBits);
+        for (Rank const rule : rules)
+            SetOriginBits(&index_.origins_[node.bits],
+                          &traits_[rule][FirstTrait(node.side, View::Middle)], characters, 0);
+    }
+
+    std::size_t TextsOf(Ranks const& rules, std::size_t side, std::size_t characters) const {
+        std::size_t all = 0;
+        for (Rank const rule : rules) {
+            std::size_t texts = 1;
+            for (std::size_t i = 0; i < characters; ++i)
+                texts *= Count(traits_[rule][FirstTrait(side, View::Middle) + i]);
+            all += texts;
+        }
+        return all;
+    }
+
+    static void SetOriginBits(Word* bits, SlotSet const* middle, std::size_t characters,
+                              std::size_t before) {
+        if (characters == 0)
+            bits[before / kWordBits] |= Word{1} << before % kWordBits;
+        else
+            ForEachSlot(
+                *middle,
+                [&](std::size_t slot) {
+                    SetOriginBits(bits, middle + 1, characters - 1, before * kSlots + slot);
+                });
+    }
+
+    /// Returns false when there would be no branches.
+    bool MakeSplit(std::uint32_t at, Ranks const& rules, Scope const& scope, std::size_t trait) {
+        std::size_t copies = 0;
+        std::size_t const mostSlots = MostSlots(rules, trait, scope.copies, copies);
+        std::array<Ranks, kSlots> branches;
+        Ranks rest;
+        for (Rank const rule : rules)
+            if (Count(traits_[rule][trait]) > mostSlots)
+                rest.push_back(rule);
+            else
+                ForEachSlot(traits_[rule][trait],
+                            [&](std::size_t slot) { branches[slot].push_back(rule); });
+        if (rest.size() == rules.size())
+            return false;
+        Scope below = scope;
+        below.open.reset(trait);
+        below.copies -= copies;
+        index_.nodes_[at].kind = Kind::Split;
+        index_.nodes_[at].traits[0] = kTraitTable[trait];
+        std::size_t const places = rules.size() + copies;
+        AddRest(at, rest, below.Part(rest.size(), places));
+        AddBranches(at, branches, below, places);
+        return true;
+    }
+
+    /// Returns with how many slots at the most a rule is put into the branches of all of them, so
+    /// that no more copies arise than there may be; copies is how many do.
+    std::size_t MostSlots(Ranks const& rules, std::size_t trait, std::size_t allowed,
+                          std::size_t& copies) const {
+        std::array<std::size_t, kSlots + 1> rulesWith{};
+        for (Rank const rule : rules)
+            ++rulesWith[Count(traits_[rule][trait])];
+        std::size_t most = 1;
+        while (most < kMostSlots && copies + rulesWith[most + 1] * most <= allowed) {
+            copies += rulesWith[most + 1] * most;
+            ++most;
+        }
+        return most;
+    }
+
+    void AddBranches(std::uint32_t at, std::array<Ranks, kSlots> const& branches,
+                     Scope const& below, std::size_t places) {
+        auto const used = std::count_if(branches.begin(), branches.end(),
+                                        [](Ranks const& branch) { return !branch.empty(); });
+        std::uint32_t const begin = AddNodes(static_cast<std::uint32_t>(used));
+        index_.nodes_[at].begin = begin;
+        std::uint8_t made = 0;
+        for (std::size_t slot = 0; slot < kSlots; ++slot) {
+            if (branches[slot].empty())
+                continue;
+            Make(begin + made, branches[slot], below.Part(branches[slot].size(), places));
+            index_.nodes_[at].branch[slot] = ++made;
+        }
+    }
+
+    void AddRest(std::uint32_t at, Ranks const& rest, Scope const& scope) {
+        if (rest.empty())
+            return;
+        std::uint32_t const node = AddNodes(1);
+        index_.nodes_[at].rest = node;
+        Make(node, rest, scope);
+    }
+
+    std::uint32_t AddNodes(std::uint32_t count) {
+        auto const first = static_cast<std::uint32_t>(index_.nodes_.size());
+        index_.nodes_.resize(first + count);
+        return first;
+    }
+
+    void MakeLeaf(std::uint32_t at, Ranks const& rules, TraitSet open) {
+        Node& leaf = index_.nodes_[at];
+        leaf.begin = static_cast<std::uint32_t>(index_.ranks_.size());
+        leaf.size = static_cast<std::uint32_t>(rules.size());
+        leaf.bits = static_cast<std::uint32_t>(index_.filters_.size());
+        index_.ranks_.insert(index_.ranks_.end(), rules.begin(), rules.end());
+        TraitSet asked;
+        std::array<std::size_t, kMostFilters> filters;
+        std::size_t const most = rules.size() <= kLargestLeaf ? kSmallFilters : kMostFilters;
+        while (leaf.filterCount < most) {
+            std::size_t const trait = choice_.BestFilter(rules, asked, open);
+            if (trait == TraitChoice::kNone)
+                break;
+            open.reset(trait);
+            asked.set(trait);
+            leaf.traits[leaf.filterCount] = kTraitTable[trait];
+            filters[leaf.filterCount++] = trait;
+        }
+        std::size_t const block = SetsOfBlock(leaf) * kSmallBlock;
+        for (std::size_t i = 0; i < rules.size(); i += block)
+            for (std::size_t f = 0; f < leaf.filterCount; ++f)
+                AddFilter(rules, i, std::min(i + block, rules.size()), filters[f],
+                          SetsOfBlock(leaf));
+    }
+
+    void AddFilter(Ranks const& rules, std::size_t begin, std::size_t end, std::size_t trait,
+                   std::size_t sets) {
+        std::array<Word, kSlots> filter{};
+        for (std::size_t i = begin; i < end; ++i)
+            ForEachSlot(traits_[rules[i]][trait],
+                        [&](std::size_t slot) { filter[slot] |= Word{1} << (i - begin); });
+        for (Word const word : filter) {
+            std::size_t const at = index_.filters_.size();
+            index_.filters_.resize(at + sets);
+            if (sets == 1)
+                index_.filters_[at] = static_cast<RuleSet>(word);
+            else
+                std::memcpy(&index_.filters_[at], &word, sizeof word);
+        }
+    }
+
+    RuleIndex& index_;
+    std::vector<RuleTraits> traits_; // Of each rule.
+    TraitChoice const choice_;
+};
+
+void RuleIndex::Build(std::list<CallRecordingRuleParams*> const& rules) noexcept {
+    Clear();
+    isRecordLent_.store(false, std::memory_order_relaxed); // Those that were lent are gone.
+    if (rules.size() < kShortestIndexed || rules.size() > kMostRules || isListLent_)
+        return;
+    try {
+        rules_.reserve(rules.size());
+        for (CallRecordingRuleParams const* rule : rules)
+            if (rule != nullptr)
+                rules_.push_back(rule);
+        if (!rules_.empty())
+            Builder(*this).Build();
+    } catch (std::bad_alloc const&) {
+        Clear();
+    }
+}
+
+} // namespace CallRecordingUtils

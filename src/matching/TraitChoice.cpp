@@ -1,0 +1,57 @@
+// Counts, over some pairs of rules, what each trait tells apart. The loops over all traits are what
+// building an index takes its time for; they are plain so that the compiler makes vectors of them.
+
+#include "matching/TraitChoice.h"
+
+#include <algorithm>
+
+namespace CallRecordingUtils {
+
+TraitChoice::Counts TraitChoice::CountApart(Ranks const& rules, TraitSet const& asked) const {
+    Counts apart{};
+    std::size_t const size = rules.size();
+    std::size_t const pairs = std::min(kPairs, size * (size - 1) / 2);
+    for (std::size_t pair = 0; pair < pairs; ++pair) {
+        // Pairs spread over all rules, near ones and far ones.
+        std::size_t const i = pair * size / pairs;
+        std::size_t const j = (i + 1 + (size / 2 + 7 * pair) % (size - 1)) % size;
+        RuleTraits const& a = traits_[rules[i]];
+        RuleTraits const& b = traits_[rules[j]];
+        bool isApart = false;
+        for (std::size_t t = 0; asked.any() && t < kTraits; ++t)
+            isApart = isApart || (asked[t] && (a[t] & b[t]) == 0);
+        for (std::size_t t = 0; !isApart && t < kTraits; ++t)
+            apart[t] = static_cast<std::uint16_t>(apart[t] + ((a[t] & b[t]) == 0 ? 1 : 0));
+    }
+    return apart;
+}
+
+TraitChoice::Choice TraitChoice::Most(Counts const& counts, TraitSet const& open) {
+    Choice best{kNone, 0};
+    for (std::size_t t = 0; t < kTraits; ++t)
+        if (counts[t] > best.apart && open[t])
+            best = {t, counts[t]};
+    return best;
+}
+
+std::array<TraitChoice::Choice, 2> TraitChoice::Best(Ranks const& rules, TraitSet const& open,
+                                                     TraitSet const& middle) const {
+    Counts const apart = CountApart(rules, {});
+    return {Most(apart, open), Most(apart, middle)};
+}
+
+std::size_t TraitChoice::BestFilter(Ranks const& rules, TraitSet const& asked,
+                                    TraitSet const& open) const {
+    Counts worth = CountApart(rules, asked);
+    for (std::size_t t = 0; t < kTraits; ++t)
+        worth[t] = static_cast<std::uint16_t>(worth[t] * 2 * kPairs);
+    std::size_t const step = rules.size() / kPairs + 1;
+    for (std::size_t i = 0; i < rules.size(); i += step) {
+        RuleTraits const& traits = traits_[rules[i]];
+        for (std::size_t t = 0; t < kTraits; ++t)
+            worth[t] = static_cast<std::uint16_t>(worth[t] + (traits[t] != kAnySlot ? 1 : 0));
+    }
+    return Most(worth, open).trait;
+}
+
+} // namespace CallRecordingUtils
