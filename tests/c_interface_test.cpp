@@ -122,6 +122,7 @@ TEST_F(CInterface, ABrokenFileTakesNothingAway) {
     EXPECT_EQ(callrecording_reload(rules), CALLRECORDING_ERROR);
     EXPECT_EQ(callrecording_count(rules), 1);
     std::string const failure = LastFailure();
+    EXPECT_EQ(failure.rfind(dir.Path()), 0U) << failure; // The path, and only once.
     std::array<char, 8> cut{};
     EXPECT_EQ(callrecording_last_failure(rules, cut.data(), cut.size()), failure.size());
     EXPECT_EQ(std::string(cut.data()), failure.substr(0, 7));
@@ -155,6 +156,11 @@ TEST_F(CInterface, ChecksPatterns) {
         {"*@{1,[2]}:5060", CALLRECORDING_SIP, CALLRECORDING_DOUBTFUL, 5, "\"[\" insi"},
         {"*@1:{1-05}", CALLRECORDING_SIP, CALLRECORDING_DOUBTFUL, 5, "\"1-05\" t"},
         {"201", CALLRECORDING_SIP, CALLRECORDING_NO, 3, "a SIP pa"},
+        {"1\\!@pbx", CALLRECORDING_SIP, CALLRECORDING_NO, 1, "an escap"},
+        {"*@p\\!b", CALLRECORDING_SIP, CALLRECORDING_NO, 3, "an escap"},
+        {"1\\!@p\\!b:*", CALLRECORDING_SIP, CALLRECORDING_YES, 0, ""},
+        {"*@p\\,b", CALLRECORDING_SIP, CALLRECORDING_NO, 3, "an escap"},
+        {"*@pbx:5\\!", CALLRECORDING_SIP, CALLRECORDING_NO, 7, "an escap"},
         {"201", 4, CALLRECORDING_ERROR, 0, ""},
         {nullptr, CALLRECORDING_NUMBER, CALLRECORDING_ERROR, 0, ""},
     };

@@ -24,7 +24,7 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// Runs an edit from its first step to its last; what of it fails is kept in reasons.
+/// Runs an edit. When a step of it fails, the reason is kept in reasons.
 template <typename Edit>
 bool RunEdit(std::string& reasons, TraceLine failure, Edit edit) {
     CancellationHeld const held;
@@ -107,7 +107,7 @@ bool ModifyWithTwin(std::string& reasons, RuleFileEdit& edit, std::size_t place,
             return true;
         });
     if (!AttemptSave(reasons, [&] { edit.Set(place, rule); })) {
-        // The twin is brought up to date all the same, but must not take along what is half set.
+        // The twin is brought up to date all the same, in a file without the half-made change.
         RuleFileEdit unchanged(RuleFilePath());
         if (SetTwin(unchanged, previous, rule))
             unchanged.Save();
@@ -117,7 +117,7 @@ bool ModifyWithTwin(std::string& reasons, RuleFileEdit& edit, std::size_t place,
     try {
         hasTwin = SetTwin(edit, previous, rule);
     } catch (...) {
-        // Nor does the rewrite wait for a twin that cannot be looked for.
+        // A twin that cannot be looked for does not hold up the rewrite.
         RuleFileEdit alone(RuleFilePath());
         AttemptSave(reasons, [&] {
             alone.Set(place, rule);

@@ -42,8 +42,8 @@ RuleFileLock::RuleFileLock(std::string const& ruleFile, std::chrono::millisecond
 }
 
 RuleFileLock::~RuleFileLock() {
-    // Said, not left to closing: a process forked meanwhile has the open file too. Nor may such a
-    // process give the lock back in its parent's place.
+    // To close the file is not enough: a process forked meanwhile has it open as well. And such a
+    // process must not give back what its parent holds.
     if (file_ >= 0 && process_ == getpid())
         flock(file_, LOCK_UN);
     Close();

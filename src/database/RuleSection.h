@@ -18,7 +18,7 @@
 
 namespace CallRecordingUtils {
 
-/// A read of one entry at a time out of the current section of a rule file.
+/// Reads the current section of a rule file, one entry at a time.
 class SectionReader {
   public:
     /// file must outlive the reader.

@@ -1,5 +1,5 @@
-// The texts of the trace lines. Each stands in its call: a compiler that checks formats wants to
-// see them there.
+// The texts of the trace lines. Each stands in its call, since that is where a compiler
+// checks formats.
 
 #include "database/Trace.h"
 

@@ -1,8 +1,9 @@
 // The two forms of a pattern, and the way from each to the other.
 //
-//     entry form, which people write    stored form, which the rule file holds and the matcher
-//     reads {1-5}                             <1-5>
-//     \*  \?  \,  \-  \!                #  ^  @  %  :
+//     entry form       {1-5}    \*  \?  \,  \-  \!
+//     stored form      <1-5>    #   ^   @   %   :
+//
+// People write the entry form. The rule file holds the stored form, and the matcher reads it.
 
 #ifndef LANGUAGE_FORMS_H
 #define LANGUAGE_FORMS_H

@@ -30,9 +30,8 @@ std::optional<SipAddress> SplitUserAndHost(std::string_view address);
 /// there is no ":".
 std::string_view SplitPort(std::string_view address, std::optional<std::string_view>& port);
 
-/// Splits a SIP pattern, in either form: the port off behind the last ":", then the rest at its
-/// last
-/// "@". Nothing without such an "@".
+/// Splits a SIP pattern, in either form. The last ":" begins the port, and the last "@" before it
+/// ends the user part. Nothing without such an "@".
 std::optional<SipAddress> SplitSipAddress(std::string_view address);
 
 /// One side of a call, as a telephony process hands it over.

@@ -12,7 +12,8 @@
 namespace CallRecordingUtils {
 
 /// Returns the first thing wrong with pattern, in the entry form. Replaces the escapes in pattern
-/// once the first step of the check, which wants to see them, has passed.
+/// by their codes, unless pattern holds a code already: that is found before, and nothing is
+/// replaced.
 std::optional<Finding> CheckAndStoreEscapes(std::string& pattern);
 
 /// Returns why entry, a pattern in the entry form, is malformed; nothing when it is well formed.

@@ -141,8 +141,8 @@ class RangeScan {
                                              : PatternFault::DescendingRange);
     }
 
-    /// Returns what in the item the user should look at: brackets and exclusions fail whatever is
-    /// done about the ends.
+    /// Returns what the user should look at in a range with wrong ends. A bracket or an exclusion
+    /// in it comes first: the item stays wrong as long as it is there, whatever the ends are.
     Finding WrongEnds(PatternFault fault) const {
         std::string_view const item = range_.substr(itemAt_, at_ - itemAt_);
         std::size_t const bracket = item.find_first_of("[]");

@@ -34,7 +34,8 @@ StoredPattern ExplainNoSip(std::string_view entry) {
                    "leave out \"sip:\"");
 }
 
-/// The escapes whose stored code the library would take for the structure of the address.
+/// Finds an escape that is stored as "@" or ":", where the matcher would take it for the end of a
+/// piece.
 StoredPattern ExplainMisread(SipAddress const& pieces, std::size_t hostBegin,
                              std::size_t portBegin) {
     constexpr auto kNone = std::string_view::npos;
@@ -55,8 +56,8 @@ StoredPattern ExplainMisread(SipAddress const& pieces, std::size_t hostBegin,
                    "port, :* for every port");
 }
 
-/// Stores one piece. What the check of the piece says of "@" and ":" would mislead: here they are
-/// structure, met once too often.
+/// Stores one piece of a SIP pattern. A "@" or ":" in it is one too many. The check of the piece
+/// would call it reserved, which misleads here, where these characters divide the address.
 StoredPattern StoreSipPiece(std::string_view piece, std::size_t begin) {
     StoredPattern result = StorePiece(piece);
     if (!result.problem)

@@ -127,8 +127,8 @@ bool LeavesNumber(Item const& item, std::string_view items) {
     return false;
 }
 
-/// A "?" of a value is left as long as one character is; so one that no exclusion names stands for
-/// it.
+/// A "?" is excluded only when every character is. So it is enough to try one that no exclusion
+/// names.
 bool LeavesValue(Item const& item, std::string_view items) {
     std::string candidate(item.text);
     std::replace(candidate.begin(), candidate.end(), '?', '\x01');
@@ -168,7 +168,7 @@ Suspected SuspectGroup(std::string_view items, std::size_t begin) {
     return std::nullopt;
 }
 
-/// Where the matcher stops within the pattern, that is the worst of all.
+/// Looks for a place where the matcher stops within the pattern. That is the worst of all.
 Suspected SuspectStop(std::string_view stored) {
     Element element{Construct::End, 0, 0};
     do

@@ -67,7 +67,7 @@ class SymbolSetCheck {
         return std::nullopt;
     }
 
-    /// Chooses what in an item that has none of the three forms the user should look at.
+    /// Returns what the user should look at in an item that has none of the three forms.
     Finding WrongItem() const {
         std::size_t const brace = item_.find_first_of("{}");
         if (brace != std::string_view::npos)
