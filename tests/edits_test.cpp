@@ -8,6 +8,8 @@
 #include <utility>
 
 #include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 #include <callrecordingutils/CCallRecordingAssistant.h>
 #include <callrecordingutils/CCallRecordingDB.h>
@@ -186,6 +188,16 @@ TEST_F(Edits, TextsThatAreNoLineFailAndChangeNothing) {
             EXPECT_EQ(dir.ReadRules(), file);
         }
     }
+    // The same reason of two steps is said once, different ones one after the other.
+    CallRecordingRuleParams noLine = With(kA, 0, "a\n");
+    EXPECT_FALSE(db->ModifyRule(&noLine, true));
+    EXPECT_EQ(db->GetLastFailure(),
+              dir.Path(TempDir::RULE_FILE) + ": the new value of \"record_to\" has a line break");
+    noLine.description = "b\n";
+    noLine.caller_pattern = "c\n";
+    EXPECT_FALSE(db->ModifyRule(&noLine, true));
+    EXPECT_NE(db->GetLastFailure().find("\"caller_pattern\" has a line break; "),
+              std::string::npos);
     // The rewrite fails, the twin is still brought up to date, and no half of the rewrite is saved.
     LoadRules(file);
     CallRecordingRuleParams rule = With(kA, 0, "new");
@@ -249,6 +261,35 @@ TEST_F(Edits, AFileThatCannotBeReadIsNeverWritten) {
     EXPECT_FALSE(db->DeleteRule(&kA));
     EXPECT_EQ(dir.ReadRules(), unread + Section(kTwinOfA));
     EXPECT_EQ(Trace(), "Save call recording rule failed\nRemoving recording rule failed\n");
+}
+
+TEST_F(Edits, AFailedSaveFailsForTheRuleAndItsTwin) {
+    std::string const file = Section(kA) + Section(kTwinOfA) + Section(kC);
+    LoadRules(file);
+    int const free = dup(0);
+    close(free);
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    rlimit const limit{static_cast<rlim_t>(free) + 1, before.rlim_max}; // Too few to save.
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    bool const isAlone = db->ModifyRule(&kC, true);
+    bool const isPair = db->ModifyRule(&kA, true);
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_FALSE(isAlone || isPair);
+    EXPECT_EQ(db->GetLastFailure(), dir.Path(TempDir::RULE_FILE) +
+                                        ": a temporary file cannot be made beside it: Too many "
+                                        "open files");
+    EXPECT_EQ(dir.ReadRules(), file);
+    std::string const failed = "Save currently selected call recording rule failed\n";
+    // A rule that mirrors itself is its own twin.
+    EXPECT_EQ(Trace(), failed + "Save call recording rule failed\n" + failed +
+                           "Save call recording rule failed\n");
+    CallRecordingRuleParams const b = With(kB, 0);
+    LoadRules(Section(b));
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    EXPECT_FALSE(db->ModifyRule(&b, true));
+    setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(Trace(), failed);
 }
 
 TEST_F(Edits, CancellationWaitsForTheirEnd) {

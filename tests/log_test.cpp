@@ -100,21 +100,25 @@ TEST_F(Log, NoHalfALineJoinsTheNext) {
     }
 }
 
-TEST_F(Log, WritesToNoFileThatTookOverItsDescriptor) {
-    LogStream log("a/log", false, true, 0x7FFFFFFF, 1, 2048, false);
-    int number = 0;
-    std::error_code error;
-    while (std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(number), error) !=
-           dir.Path("a/log"))
-        ASSERT_LT(++number, 1000);
-    dir.Write("other", "");
-    int const other = open(dir.Path("other").c_str(), O_WRONLY);
-    dup2(other, number); // As after closing all descriptors.
-    Add(log, "1\n");
-    EXPECT_EQ(dir.Read("other"), "");
-    EXPECT_EQ(dir.Read("a/log"), "1\n");
-    EXPECT_EQ(close(number), 0) << "the host's descriptor was closed";
-    close(other);
+TEST_F(Log, LeavesAFileAloneThatTookOverItsDescriptor) {
+    for (bool const isWrittenTo : {false, true}) {
+        auto log = std::make_unique<LogStream>("a/log", false, true, 0, 1, 2048, false);
+        int number = 0;
+        std::error_code error;
+        while (std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(number), error) !=
+               dir.Path("a/log"))
+            ASSERT_LT(++number, 1000);
+        dir.Write("other", "");
+        int const other = open(dir.Path("other").c_str(), O_WRONLY);
+        dup2(other, number); // As after closing all descriptors.
+        if (isWrittenTo)
+            Add(*log, "1\n");
+        log.reset();
+        EXPECT_EQ(dir.Read("other"), "");
+        EXPECT_EQ(dir.Read("a/log"), isWrittenTo ? "1\n" : "");
+        EXPECT_EQ(close(number), 0) << "the host's descriptor was closed";
+        close(other);
+    }
 }
 
 TEST_F(Log, APipeIsWrittenAsLongAsSomebodyReads) {

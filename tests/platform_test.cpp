@@ -319,6 +319,7 @@ TEST(Save, RemovesWhatTheDeadHaveLeftAndNothingElse) {
         dir.Write(name, "");
     std::filesystem::create_symlink("rules.tmp", dir.Path("rules.1.4.tmp"));
     std::filesystem::create_directory(dir.Path("rules.1.5.tmp"));
+    EXPECT_EQ(mkfifo(dir.Path("rules.1.6.tmp").c_str(), 0600), 0);
     int const living = open(dir.Path("rules.1.3.tmp").c_str(), O_RDONLY);
     EXPECT_EQ(flock(living, LOCK_EX), 0);
     for (bool const isAlive : {true, false}) {
@@ -326,7 +327,7 @@ TEST(Save, RemovesWhatTheDeadHaveLeftAndNothingElse) {
         EXPECT_EQ(SaveError(file), "");
         EXPECT_EQ(std::filesystem::exists(dir.Path("rules.1.3.tmp")), isAlive);
         EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}),
-                  1 + 8 + 2 + (isAlive ? 1 : 0));
+                  1 + 8 + 3 + (isAlive ? 1 : 0));
         close(living);
     }
     // Nor does a lock that somebody holds on the directory stop a save.
