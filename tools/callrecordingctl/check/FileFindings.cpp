@@ -9,9 +9,10 @@
 #include <fmt/format.h>
 
 #include "Similar.h"
+#include "analysis/RuleAnalysis.h"
 #include "check/Suspicions.h"
 #include "database/RuleKeys.h"
-#include "model/SipAddress.h"
+#include "output/CallText.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
 #include "validation/SidePattern.h"
@@ -44,51 +45,29 @@ char const* KeyMeantBy(std::string const& key) {
     });
 }
 
-/// A SIP pattern without a port takes every port.
-std::string WithPort(std::string const& pattern) {
-    auto const pieces = CallRecordingUtils::SplitSipAddress(pattern);
-    if (!pieces || !pieces->port.value_or("").empty())
-        return pattern;
-    return pattern + (pieces->port ? "*" : ":*");
-}
+/// A rule that decides may lose calls to so many that more are not looked for.
+constexpr std::size_t kMostTakers = 100;
 
-/// Whether every address that the later side matches is matched by the earlier one, as far as that
-/// shows without looking into patterns.
-bool Covers(std::string const& earlier, CallType earlierType, std::string const& later,
-            CallType laterType) {
-    if (earlierType == CALL_TYPE_ANY && earlier == "*")
-        return true;
-    if (laterType == CALL_TYPE_SIP)
-        return earlierType == CALL_TYPE_SIP &&
-               (WithPort(earlier) == "*@*:*" || WithPort(earlier) == WithPort(later));
-    // A side of type any compares a number just as one of the two number types does.
-    bool const isOfType = earlierType == laterType || earlierType == CALL_TYPE_ANY;
-    return isOfType && (earlier == later || earlier == "*");
-}
-
-bool CanDecide(Rule const& rule) {
-    return rule.recording_rule_state == RULE_ENABLED && !rule.caller_pattern.empty() &&
-           !rule.called_pattern.empty();
-}
-
-bool Covers(Rule const& earlier, Rule const& later) {
-    return CanDecide(earlier) && CanDecide(later) &&
-           Covers(earlier.caller_pattern, earlier.caller_call_type, later.caller_pattern,
-                  later.caller_call_type) &&
-           Covers(earlier.called_pattern, earlier.called_call_type, later.called_pattern,
-                  later.called_call_type);
+RuleList RulesOf(std::vector<StoredRule> const& stored) {
+    RuleList rules;
+    for (StoredRule const& rule : stored)
+        rules.push_back(rule.rule);
+    return rules;
 }
 
 class Checker {
   public:
-    std::vector<FileFinding> Run(std::vector<StoredRule> const& rules) {
-        for (rule_ = rules.begin(); rule_ != rules.end(); ++rule_, ++position_) {
+    Checker(std::vector<StoredRule> const& rules, std::size_t memory)
+        : stored_(rules), rules_(RulesOf(rules)), analysis_(rules_, memory) {}
+
+    std::vector<FileFinding> Run() {
+        for (rule_ = stored_.begin(); rule_ != stored_.end(); ++rule_, ++position_) {
             CheckKeys();
             CheckId();
             CheckNumbers();
             CheckPattern(KEY_CALLER_PATTERN, "from", rule_->rule.caller_call_type);
             CheckPattern(KEY_CALLED_PATTERN, "to", rule_->rule.called_call_type);
-            CheckReach(rules.begin());
+            CheckReach();
         }
         std::stable_sort(
             findings_.begin(), findings_.end(),
@@ -99,8 +78,10 @@ class Checker {
   private:
     using Current = std::vector<StoredRule>::const_iterator;
 
-    void Find(std::size_t line, std::string const& message, std::string const& caret = "") {
-        findings_.push_back({line, position_, rule_->rule.callrecordingrule_id, message, caret});
+    void Find(std::string_view kind, std::size_t line, std::string const& message,
+              std::string const& caret = "") {
+        findings_.push_back(
+            {kind, line, position_, rule_->rule.callrecordingrule_id, message, caret, {}});
     }
 
     void CheckKeys() {
@@ -109,11 +90,12 @@ class Checker {
             auto const [first, isNew] = lineOf.emplace(key, line);
             char const* const meant = KeyMeantBy(key);
             if (meant != nullptr && key != meant)
-                Find(line,
+                Find("key", line,
                      fmt::format("\"{}\" is not read; is \"{}\" meant?", Printable(key), meant));
             else if (meant != nullptr && !isNew)
-                Find(line, fmt::format("{} is given again; the one on line {} counts", key,
-                                       first->second));
+                Find("key", line,
+                     fmt::format("{} is given again; the one on line {} counts", key,
+                                 first->second));
         }
     }
 
@@ -124,11 +106,13 @@ class Checker {
         std::size_t const line = rule_->LineOf(KEY_CALLRECORDINGRULE_ID);
         auto const [first, isNew] = lineOfId_.emplace(id, line);
         if (!isNew)
-            Find(line, fmt::format("the identifier {} is that of the rule on line {} already; {}",
-                                   id, first->second, kRepair));
+            Find("identifier", line,
+                 fmt::format("the identifier {} is that of the rule on line {} already; {}", id,
+                             first->second, kRepair));
         else if (!IsPlainId(*rule_))
-            Find(line, fmt::format("the identifier \"{}\" is no plain number; it reads as {}; {}",
-                                   Printable(text), id, kRepair));
+            Find("identifier", line,
+                 fmt::format("the identifier \"{}\" is no plain number; it reads as {}; {}",
+                             Printable(text), id, kRepair));
     }
 
     void CheckNumbers() {
@@ -143,7 +127,7 @@ class Checker {
     void CheckNumber(RuleFileKeys key, std::string_view digits, char const* readAs) {
         std::string const& text = rule_->values[key];
         if (text.size() != 1 || digits.find(text[0]) == std::string_view::npos)
-            Find(rule_->LineOf(key),
+            Find("value", rule_->LineOf(key),
                  fmt::format("{} is \"{}\", expected 0 to {}; it reads as {}", kRuleKeys[key],
                              Printable(text), digits.back(), readAs));
     }
@@ -152,30 +136,62 @@ class Checker {
         std::string const& stored = rule_->values[key];
         std::size_t const line = rule_->LineOf(key);
         if (stored.find('\r') != std::string::npos)
-            Find(line, fmt::format("{}: the pattern has a carriage return in it, so it matches "
-                                   "nothing; \"sed -i 's/\\r//' FILE\" takes them out",
-                                   side));
+            Find("pattern", line,
+                 fmt::format("{}: the pattern has a carriage return in it, so it matches "
+                             "nothing; \"sed -i 's/\\r//' FILE\" takes them out",
+                             side));
         else if (stored.empty())
-            Find(line, fmt::format("{}: an empty pattern never matches", side));
+            Find("pattern", line, fmt::format("{}: an empty pattern never matches", side));
         else if (auto const problem = ExplainStored(stored, type))
-            Find(line, fmt::format("{}: malformed pattern: {}", side, problem->message),
+            Find("pattern", line, fmt::format("{}: malformed pattern: {}", side, problem->message),
                  "\n" + CaretText(ToEntry(stored, type), *problem));
         else if (auto const suspicion = SurelyNotMeant(stored, type))
-            Find(line, fmt::format("{}: {}", side, suspicion->message),
+            Find("pattern", line, fmt::format("{}: {}", side, suspicion->message),
                  "\n" + CaretText(ToEntry(stored, type), *suspicion));
     }
 
-    void CheckReach(Current first) {
-        auto const found = std::find_if(first, rule_, [this](StoredRule const& earlier) {
-            return Covers(earlier.rule, rule_->rule);
-        });
-        if (found != rule_)
-            Find(rule_->line,
-                 fmt::format(
-                     "can never decide: rule {} on line {} matches every call that it matches",
-                     found->rule.callrecordingrule_id, found->line));
+    void CheckReach() {
+        RuleReport const report = analysis_.Report(position_ - 1, kMostTakers);
+        char const* const side = report.side == WhichSide::Caller ? "from" : "to";
+        std::string const takers = RulesText(rules_, report.takenBy);
+        switch (report.standing) {
+        case RuleReport::Hidden: Find(kNeverDecides, rule_->line, WhyHidden(report.takenBy)); break;
+        case RuleReport::MatchesNothing:
+            if (!rule_->rule.caller_pattern.empty() && !rule_->rule.called_pattern.empty())
+                Find(kMatchesNothing, rule_->line,
+                     fmt::format("can never decide: nothing satisfies its {} side", side));
+            break;
+        case RuleReport::NotAnalysable:
+            Find(kNotAnalysable, rule_->line,
+                 fmt::format("not analysable, since its {} pattern is malformed", side));
+            break;
+        case RuleReport::Undecided:
+            Find(kUndecided, rule_->line,
+                 "whether it decides calls is undecided: " + WhyUndecided(rules_));
+            break;
+        case RuleReport::Decides:
+            if (!report.takenBy.empty())
+                Find(kLosesCalls, rule_->line, "some calls that it matches are taken by " + takers);
+            break;
+        case RuleReport::Off: break;
+        }
+        if (!report.takenBy.empty())
+            findings_.back().takenBy = report.takenBy;
     }
 
+    std::string WhyHidden(std::vector<std::size_t> const& takers) const {
+        if (takers.size() != 1)
+            return takers.empty() ? "can never decide: rules before it take all its calls"
+                                  : fmt::format("can never decide: {} together take all its calls",
+                                                RulesText(rules_, takers));
+        return fmt::format(
+            "can never decide: rule {} on line {} matches every call that it matches",
+            rules_[takers[0]].callrecordingrule_id, stored_[takers[0]].line);
+    }
+
+    std::vector<StoredRule> const& stored_;
+    RuleList const rules_;
+    RuleAnalysis analysis_;
     Current rule_;
     std::size_t position_ = 1;
     std::map<std::int32_t, std::size_t> lineOfId_;
@@ -189,8 +205,13 @@ bool IsPlainId(StoredRule const& stored) {
     return id >= 0 && stored.values[KEY_CALLRECORDINGRULE_ID] == std::to_string(id);
 }
 
-std::vector<FileFinding> FindFaults(std::vector<StoredRule> const& rules) {
-    return Checker().Run(rules);
+bool IsNote(FileFinding const& finding) {
+    return finding.kind == kLosesCalls || finding.kind == kNotAnalysable ||
+           finding.kind == kUndecided;
+}
+
+std::vector<FileFinding> FindFaults(std::vector<StoredRule> const& rules, std::size_t memory) {
+    return Checker(rules, memory).Run();
 }
 
 } // namespace callrecordingctl

@@ -14,6 +14,9 @@ class CommandLine;
     COMMAND(Show)                                                                                  \
     COMMAND(Decide)                                                                                \
     COMMAND(Check)                                                                                 \
+    COMMAND(Example)                                                                               \
+    COMMAND(Diff)                                                                                  \
+    COMMAND(Prove)                                                                                 \
     COMMAND(Replay)                                                                                \
     COMMAND(Add)                                                                                   \
     COMMAND(Modify)                                                                                \

@@ -39,6 +39,9 @@ class RuleEdit {
     /// The rules as the file has them.
     RuleList const& Before() const { return before_; }
 
+    /// The rules as the changes have left them.
+    RuleList After() { return file_.Rules(); }
+
     /// How many rules there are by now.
     std::size_t Count() const { return traces_.size(); }
 

@@ -16,6 +16,7 @@
 
 #include "Digest.h"
 #include "database/RuleFileLock.h"
+#include "output/CallText.h"
 #include "output/EditReport.h"
 
 namespace callrecordingctl {
@@ -71,6 +72,8 @@ void Report(RuleEdit& edit, EditOptions const& options, Context const& context, 
     std::string reason;
     try {
         ReportEdit(edit.Changes(), {edit.Count(), options.dryRun, options.verbose}, context);
+        if (options.dryRun && !context.json)
+            PrintCallChanges(edit.Before(), edit.After());
         if (std::fflush(stdout) != 0)
             reason = std::strerror(errno);
     } catch (std::exception const& error) {
@@ -133,7 +136,9 @@ CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char
         line.AddCommand(name, summary, help, [options, change](Context const& context) {
             return RunEdit(context, *options, change);
         });
-    edit.add_flag("--dry-run", options->dryRun, "Show the rule before and after; write nothing");
+    edit.add_flag(
+        "--dry-run", options->dryRun,
+        "Show the rule before and after, and calls that\nare decided differently; write nothing");
     edit.add_flag("-v,--verbose", options->verbose, "Tell every rule that changes");
     AddText(
         edit, "--if-state", "TOKEN",

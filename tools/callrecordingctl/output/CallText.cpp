@@ -1,0 +1,131 @@
+// Puts calls and the rules that decide them into words.
+
+#include "output/CallText.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "output/RuleText.h"
+#include "output/Table.h"
+
+namespace callrecordingctl {
+namespace {
+
+using namespace CallRecordingUtils;
+
+std::string PartyText(CallParty const& party) {
+    std::string const address = AddressText(party);
+    std::string const shown = address.empty() ? "\"\"" : Printable(address);
+    return party.type == CALL_TYPE_NUMBER ? shown
+                                          : fmt::format("{} {}", CallTypeName(party.type), shown);
+}
+
+nlohmann::ordered_json PartyToJson(CallParty const& party) {
+    return {{"call_type", static_cast<int>(party.type)}, {"address", AddressText(party)}};
+}
+
+} // namespace
+
+std::string AddressText(CallParty const& party) {
+    if (party.type != CALL_TYPE_SIP)
+        return party.params.user;
+    std::string const address = party.params.user + '@' + party.params.host;
+    // A ":" in the host would be read as that of a port.
+    bool const needsPort = party.params.host.find(':') != std::string::npos;
+    return party.params.port.empty() && !needsPort ? address : address + ':' + party.params.port;
+}
+
+std::string CallText(ExampleCall const& call) {
+    return fmt::format("from {} to {}", PartyText(call.caller), PartyText(call.called));
+}
+
+nlohmann::ordered_json CallToJson(ExampleCall const& call) {
+    return {{"from", PartyToJson(call.caller)}, {"to", PartyToJson(call.called)}};
+}
+
+nlohmann::ordered_json IdsToJson(RuleList const& rules, std::vector<std::size_t> const& places) {
+    auto ids = nlohmann::ordered_json::array();
+    for (std::size_t const place : places)
+        ids.push_back(rules[place].callrecordingrule_id);
+    return ids;
+}
+
+std::string RulesText(RuleList const& rules, std::vector<std::size_t> const& places) {
+    constexpr std::size_t kMost = 8;
+    std::size_t const shown = places.size() <= kMost ? places.size() : kMost - 1;
+    std::string text = places.size() == 1 ? "rule " : "rules ";
+    for (std::size_t i = 0; i < shown; ++i) {
+        bool const isLast = i + 1 == places.size();
+        text += fmt::format("{}{}",
+                            i == 0   ? ""
+                            : isLast ? " and "
+                                     : ", ",
+                            rules[places[i]].callrecordingrule_id);
+    }
+    return shown == places.size() ? text
+                                  : fmt::format("{} and {} more", text, places.size() - shown);
+}
+
+nlohmann::ordered_json IdToJson(RuleList const& rules, std::optional<std::size_t> place) {
+    return place ? nlohmann::ordered_json(rules[*place].callrecordingrule_id)
+                 : nlohmann::ordered_json();
+}
+
+nlohmann::ordered_json DifferencesToJson(std::vector<Difference> const& differences,
+                                         RuleList const& here, RuleList const& there) {
+    auto document = nlohmann::ordered_json::array();
+    for (Difference const& difference : differences)
+        document.push_back({{"call", CallToJson(difference.call)},
+                            {"here", IdToJson(here, difference.here)},
+                            {"there", IdToJson(there, difference.there)}});
+    return document;
+}
+
+std::string DecisionText(RuleList const& list, std::optional<std::size_t> place) {
+    if (!place)
+        return "not recorded";
+    Rule const& rule = list[*place];
+    auto const part = [](char const* name, std::string const& text) {
+        return text.empty() ? "" : fmt::format(", {}{}", name, text);
+    };
+    return Printable(fmt::format("recorded by rule {}: type {}{}{}", rule.callrecordingrule_id,
+                                 static_cast<int>(rule.call_recording_type),
+                                 part("to ", rule.record_to),
+                                 part("duration ", rule.recording_duration)));
+}
+
+std::string WhyUndecided(RuleList const& rules) {
+    auto const isMalformed = [](Rule const& rule) {
+        return rule.recording_rule_state == RULE_ENABLED &&
+               (ExplainStored(rule.caller_pattern, rule.caller_call_type) ||
+                ExplainStored(rule.called_pattern, rule.called_call_type));
+    };
+    auto const found = std::find_if(rules.begin(), rules.end(), isMalformed);
+    if (found == rules.end())
+        return "the rules are too entangled for the memory that the analysis may take";
+    return fmt::format("it depends on malformed patterns, as those of rule {} are; "
+                       "\"callrecordingctl check\" says where",
+                       found->callrecordingrule_id);
+}
+
+void PrintCallChanges(RuleList const& before, RuleList const& after) {
+    constexpr std::size_t kMost = 20;
+    Comparison const comparison = Compare(before, after);
+    std::size_t shown = 0;
+    for (auto const& [call, here, there] : comparison.differences)
+        if (++shown <= kMost)
+            fmt::print("dry run: the call {}\n  is now {}\n  would be {}\n", CallText(call),
+                       DecisionText(before, here), DecisionText(after, there));
+    if (shown > kMost)
+        fmt::print("dry run: and a call for each of {} more pairs of rules\n", shown - kMost);
+    if (comparison.same == true)
+        fmt::print("dry run: no call is decided differently\n");
+    RuleList both = before;
+    both.insert(both.end(), after.begin(), after.end());
+    if (!comparison.same)
+        fmt::print("dry run: whether calls are decided differently is undecided: {}\n",
+                   WhyUndecided(both));
+}
+
+} // namespace callrecordingctl
