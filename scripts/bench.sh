@@ -18,3 +18,4 @@ if ! { cmake -S "$source" -B "$build" -DCMAKE_BUILD_TYPE=Release \
 fi
 cd "$build" # The rule files of the run are made here and removed at its end.
 bench/callrecording_bench "$@"
+bench/analysis_bench

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Fuzzes patterns and the sectioned file with clang's libFuzzer, each for
+# Fuzzes patterns, their analysis and the sectioned file with clang's libFuzzer, each for
 # the given time, from the checked-in corpus. New inputs of interest go to build-fuzz/corpus and are
 # used by the next run as well. Stops at the first finding and names the file that reproduces it.
 # Usage: fuzz.sh [SECONDS-PER-TARGET]   (60)
@@ -25,7 +25,7 @@ mkdir -p "$build/findings"
 trap 'rm -rf "$scratch" "${files:-}"' EXIT
 export TMPDIR=${files:-$scratch}
 
-for target in pattern section_file; do
+for target in analysis pattern section_file; do
     mkdir -p "$build/corpus/$target"
     if "$build/fuzz_$target" -max_total_time="$duration" -max_len=256 -timeout=10 -rss_limit_mb=1024 \
         -artifact_prefix="$build/findings/$target-" \

@@ -350,7 +350,7 @@ TEST_F(Client, FindsRulesThatCanNeverDecide) {
         {"--from 1", "--from 1 --to 2", true},
         {"--from 1 --from-type any", "--from 1", true},
         {"--from 1", "--from 1 --from-type any", false},
-        {"--from 1 --from-type any", "--from 1@b", false},
+        {"--from 1 --from-type any", "--from 1@b", true},
         {"--from-type sip", "--from a@b:5060", true},
         {"--from a@b", "--from a@b:*", true},
         {"--from a@b:5060", "--from a@b", false},
