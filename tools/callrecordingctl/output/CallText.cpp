@@ -8,6 +8,7 @@
 
 #include "output/RuleText.h"
 #include "output/Table.h"
+#include "replay/ReportJson.h"
 
 namespace callrecordingctl {
 namespace {
@@ -26,15 +27,6 @@ nlohmann::ordered_json PartyToJson(CallParty const& party) {
 }
 
 } // namespace
-
-std::string AddressText(CallParty const& party) {
-    if (party.type != CALL_TYPE_SIP)
-        return party.params.user;
-    std::string const address = party.params.user + '@' + party.params.host;
-    // A ":" in the host would be read as that of a port.
-    bool const needsPort = party.params.host.find(':') != std::string::npos;
-    return party.params.port.empty() && !needsPort ? address : address + ':' + party.params.port;
-}
 
 std::string CallText(ExampleCall const& call) {
     return fmt::format("from {} to {}", PartyText(call.caller), PartyText(call.called));

@@ -14,9 +14,6 @@
 
 namespace callrecordingctl {
 
-/// The address as decide takes it.
-std::string AddressText(CallRecordingUtils::CallParty const& party);
-
 /// from 201 to sip alice@pbx; a call type is said where it is no number.
 std::string CallText(CallRecordingUtils::ExampleCall const& call);
 

@@ -117,7 +117,11 @@ std::string AddressText(CallParty const& party) {
         std::tie(party.params.user, party.params.host, party.params.port);
     if (party.type != CALL_TYPE_SIP || (host.empty() && port.empty()))
         return user;
-    return user + "@" + host + (port.empty() ? "" : ":" + port);
+    // Outside of brackets a ":" of the host would be read as that of a port.
+    std::size_t const bracket = host.rfind(']');
+    bool const hasColon =
+        host.find(':', bracket == std::string::npos ? 0 : bracket) != std::string::npos;
+    return user + "@" + host + (port.empty() && !hasColon ? "" : ":" + port);
 }
 
 double Share(std::uint64_t calls, std::uint64_t all) {
