@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <random>
 #include <regex>
 #include <sstream>
 #include <thread>
@@ -339,6 +340,66 @@ TEST_F(Client, ImportsAllOrNothingAndKeepsWhatStays) {
         dir.ReadRules().find("# head\n\n# one\n{\ncallrecordingrule_id=1\ncaller_pattern=77\n"), 0U)
         << dir.ReadRules();
     EXPECT_EQ(Json("list").at(1).at("callrecordingrule_id"), 4);
+}
+
+TEST_F(Client, RecordsEditsAndTakesThemBack) {
+    dir.WriteRules("# mine\n");
+    Run("add --from 1");
+    std::string const one = dir.ReadRules();
+    std::string const state = Json("list").at(0).at("file_state");
+    Run("add --from 2 --at 1 --description 'two' --twin");
+    Run("delete 0 1");
+    Row const rows[] = {
+        {"undo --dry-run", 0, "dry run: rule 0 \"two\" added", ""},
+        {"undo", 0, "rule 0 \"two\" added at position 1 of 3", ""},
+        {"undo", 0, "rule 0 \"two\" deleted", ""},
+        {"undo --to 3", 0, "is now rule", ""},
+        {"undo", 0, "is now rule 0", ""}, // That takes back the going forth.
+        {"disable 0 --if-state " + state, 0, "now off", ""},
+        {"disable 0 --if-state " + state, 7, "", "nothing was changed\n  rule 0 is now off"},
+        {"undo 9", 1, "", "only 2 edits are recorded"},
+        {"log --rule 0", 0, "disable 0 --if-state", ""},
+        {"log --rule 77", 0, "", "no edit is recorded that fits"},
+        {"log --since noon", 2, "", "--since: \"noon\" is no time"},
+        {"log --since 1h --json", 0, "\"command\": \"", ""},
+        {"show 0 --at 1d --json", 5, "", "no rule 0"},
+        {"undo", 0, "rule 0 is now on", ""},
+    };
+    for (Row const& row : rows)
+        Expect(row);
+    EXPECT_EQ(dir.ReadRules(), one);
+    dir.WriteRules(one + "# by hand\n");
+    Expect({"log", 0, "edited around callrecordingctl\n     no rule changed", ""});
+    Expect({"undo", 1, "", "edited around callrecordingctl"});
+    EXPECT_EQ(Run("undo --also-outside").code, 0);
+    EXPECT_EQ(dir.ReadRules(), one);
+}
+
+TEST_F(Client, OutlivesAHistoryThatCannotBeWrittenAndOneThatAKillLeft) {
+    std::mt19937 random(1); // NOLINT(cert-msc32-c,cert-msc51-cpp)
+    auto const description = [&random] {
+        std::string text(20000, ' ');
+        for (char& c : text)
+            c = "0123456789abcdef"[random() % 16];
+        return text;
+    };
+    dir.WriteRules("");
+    Run("add --from 1");
+    for (int i = 0; i < 4; ++i)
+        Run("modify 0 --description " + description());
+    auto const size = std::filesystem::file_size(dir.Path("telephony/callrecordingdb.history"));
+    std::string const limit = "trap '' XFSZ; ulimit -f " + std::to_string(size / 512) + "; ";
+    Row const full = Run("modify 0 --description " + description(), limit);
+    EXPECT_EQ(full.code, 0) << full.err; // It was saved, and the history had no room for it.
+    EXPECT_NE(full.err.find("missing in the history"), std::string::npos) << full.err;
+    Run("add --from 3");
+    EXPECT_EQ(Json("log").size(), 7U); // Put right by this one.
+    dir.WriteRules("#" + std::string(1 << 20, ' ') + "\n" + dir.ReadRules());
+    EXPECT_EQ(Run("add --from 2", "trap '' XFSZ; ulimit -f 1000; ").code, 4);
+    EXPECT_EQ(Json("log").size(), 8U); // The edit by hand, and not the one that failed.
+    dir.Write("telephony/callrecordingdb.history", "no database");
+    Expect({"add --from 2", 0, "rule 2 added", "missing in the history"});
+    Expect({"log", 3, "", "callrecordingdb.history: file is not a database"});
 }
 
 TEST_F(Client, FindsRulesThatCanNeverDecide) {

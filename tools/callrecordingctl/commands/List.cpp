@@ -26,14 +26,6 @@ struct Options {
     bool basic = false;
 };
 
-void PrintList(RuleList const& rules) {
-    Table table(ListHeaders(), 6, 3);
-    for (std::size_t i = 0; i < rules.size(); ++i)
-        table.Add(ListRow(rules[i], i + 1),
-                  rules[i].recording_rule_state != CallRecordingUtils::RULE_ENABLED);
-    table.Print();
-}
-
 /// The rules as the basic view shows them; says what it does not show.
 RuleList InBasicView(RuleList const& rules) {
     CallRecordingUtils::BasicView view;
@@ -57,14 +49,7 @@ ExitCode List(Context const& context, Options const& options) {
     std::string const state = StateToken(digest);
     if (options.basic)
         rules = InBasicView(rules);
-    if (context.json)
-        PrintJson(ListToJson(rules, state));
-    else if (!rules.empty())
-        PrintList(rules);
-    else if (HasRuleFile(context.path))
-        Say("{}: there are no rules", context.path);
-    if (!context.json)
-        Say("the file is in state {}", state);
+    PrintRules(rules, state, context.json);
     return kExitYes;
 }
 

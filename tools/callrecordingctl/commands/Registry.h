@@ -25,6 +25,8 @@ class CommandLine;
     COMMAND(Move)                                                                                  \
     COMMAND(EnableAndDisable)                                                                      \
     COMMAND(Renumber)                                                                              \
+    COMMAND(Undo)                                                                                  \
+    COMMAND(Log)                                                                                   \
     COMMAND(Import)                                                                                \
     COMMAND(Export)
 

@@ -6,14 +6,21 @@
 
 #include "CommandLine.h"
 #include "Digest.h"
+#include "MemoryFile.h"
 #include "Rules.h"
 #include "commands/Registry.h"
+#include "history/History.h"
+#include "history/When.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
 #include "validation/SidePattern.h"
 
 namespace callrecordingctl {
 namespace {
+
+constexpr char kHelp[] =
+    R"(With --at the file is shown as it was at that time; without ID, all its rules.
+)";
 
 void ExplainPattern(char const* side, std::string const& stored, CallType type) {
     if (auto const problem = CallRecordingUtils::ExplainStored(stored, type))
@@ -22,35 +29,84 @@ void ExplainPattern(char const* side, std::string const& stored, CallType type) 
         Say("{}: an empty pattern never matches", side);
 }
 
-ExitCode Show(Context const& context, RuleName name) {
-    std::string digest;
-    RuleList const rules = LoadRules(context.path, digest);
-    std::string const state = StateToken(digest);
-    std::size_t const index = FindRule(rules, name);
-    Rule const& rule = rules[index];
-    if (context.json) {
-        PrintJson(ToJson(rule, index + 1, state));
-        return kExitYes;
-    }
+void PrintRule(Rule const& rule, std::size_t position, std::string const& state) {
     std::vector<std::string> names = ListHeaders();
-    std::vector<std::string> values = ListRow(rule, index + 1);
+    std::vector<std::string> values = ListRow(rule, position);
     names.insert(names.end(), {"FROM, STORED", "TO, STORED", "FILE STATE"});
     values.insert(values.end(), {rule.caller_pattern, rule.called_pattern, state});
     for (std::size_t i = 0; i < names.size(); ++i)
         fmt::print("{:<12}{}{}\n", names[i], values[i].empty() ? "" : "  ", Printable(values[i]));
     ExplainPattern("from", rule.caller_pattern, rule.caller_call_type);
     ExplainPattern("to", rule.called_pattern, rule.called_call_type);
+}
+
+struct Options {
+    std::optional<RuleName> rule;
+    std::optional<std::int64_t> at;
+};
+
+/// The text of the rule file as it was then.
+std::string TextAt(std::string const& path, std::int64_t seconds) {
+    try {
+        History history(path, false);
+        std::string const current = HasRuleFile(path) ? ReadInput(path) : "";
+        std::string digest;
+        for (HistoryEntry const& entry : history.Entries(current)) {
+            if (digest.empty())
+                digest = entry.before; // Before the first edit.
+            if (entry.seconds <= seconds)
+                digest = entry.after;
+        }
+        auto const text = digest.empty() ? current : history.TextOf(digest);
+        if (text)
+            return *text;
+        if (digest == DigestOf(current))
+            return current;
+    } catch (HistoryError const& error) {
+        throw Failure(kExitUnreadable, error.what());
+    }
+    throw Failure(kExitNo, "the rules of " + WhenText(seconds) + " are not kept any more");
+}
+
+ExitCode Show(Context const& context, Options const& options) {
+    std::string digest;
+    RuleList rules;
+    if (options.at) {
+        std::string const text = TextAt(context.path, *options.at);
+        digest = DigestOf(text);
+        rules = RulesOf(text, context.path);
+    } else {
+        rules = LoadRules(context.path, digest);
+    }
+    std::string const state = StateToken(digest);
+    if (!options.rule) {
+        PrintRules(rules, state, context.json);
+        return kExitYes;
+    }
+    std::size_t const index = FindRule(rules, *options.rule);
+    if (context.json)
+        PrintJson(ToJson(rules[index], index + 1, state));
+    else
+        PrintRule(rules[index], index + 1, state);
     return kExitYes;
 }
 
 } // namespace
 
 void AddShow(CommandLine& line) {
-    auto const rule = std::make_shared<RuleName>();
-    CLI::App& show =
-        line.AddCommand("show", "Show one rule in full", "",
-                        [rule](Context const& context) { return Show(context, *rule); });
-    AddRuleName(show, *rule);
+    auto const options = std::make_shared<Options>();
+    CLI::App& show = line.AddCommand(
+        "show", "Show one rule in full, or the rules of another time", kHelp,
+        [options](Context const& context) {
+            if (!options->rule && !options->at)
+                throw Failure(kExitUsage, "ID is required (see \"callrecordingctl help show\")");
+            return Show(context, *options);
+        });
+    AddText(
+        show, "ID", "", "Identifier of the rule, or its position: '#5'",
+        [options](std::string const& text) { options->rule = ParseRuleName(text); });
+    AddText(show, "--at", "WHEN", kWhenHelp,
+            [options](std::string const& text) { options->at = ParseWhen("--at", text); });
 }
 
 } // namespace callrecordingctl

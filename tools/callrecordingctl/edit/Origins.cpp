@@ -20,6 +20,11 @@ std::string AllOf(Rule const& rule) {
 }
 namespace {
 
+std::string AllButIdOf(Rule const& rule) {
+    std::string const all = AllOf(rule);
+    return all.substr(all.find('\n'));
+}
+
 std::string IdOf(Rule const& rule) {
     return std::to_string(rule.callrecordingrule_id);
 }
@@ -50,6 +55,7 @@ Origins OriginsOf(RuleList const& before, RuleList const& after) {
     Origins origins(after.size());
     std::vector<bool> isTaken(before.size(), false);
     Match(before, after, AllOf, isTaken, origins);
+    Match(before, after, AllButIdOf, isTaken, origins);
     Match(before, after, IdOf, isTaken, origins);
     return origins;
 }

@@ -92,32 +92,13 @@ std::size_t RuleEdit::PlaceOf(std::size_t origin) const {
 }
 
 void RuleEdit::Replace(RuleList const& rules) {
-    Origins const origins = OriginsOf(before_, rules);
-    newText_ = NewText(TextBefore(), Stored(), rules, origins);
-    Adopt(rules, origins);
+    newText_ = NewText(TextBefore(), Stored(), rules, OriginsOf(before_, rules));
+    after_ = rules;
 }
 
 void RuleEdit::ReplaceText(std::string const& text) {
-    RuleList const rules = RulesOf(text, path_);
     newText_ = text;
-    Adopt(rules, OriginsOf(before_, rules));
-}
-
-void RuleEdit::Adopt(RuleList const& rules, Origins const& origins) {
-    after_ = rules;
-    traces_.clear();
-    std::vector<bool> const kept = KeptOrder(origins);
-    std::vector<bool> isGone(before_.size(), true);
-    for (std::size_t i = 0; i < rules.size(); ++i) {
-        bool const isAsItWas =
-            kept[i] && CallRecordingUtils::AreEqual(before_[*origins[i]], rules[i]);
-        traces_.push_back({origins[i], isAsItWas ? 0 : ++turn_});
-        if (origins[i])
-            isGone[*origins[i]] = false;
-    }
-    for (std::size_t i = 0; i < before_.size(); ++i)
-        if (isGone[i])
-            deleted_.push_back(i);
+    after_ = RulesOf(text, path_);
 }
 
 void RuleEdit::Move(std::size_t from, std::size_t to) {
@@ -157,8 +138,9 @@ void RuleEdit::Save() {
 }
 
 std::vector<Change> RuleEdit::Changes() {
-    if (!newText_)
-        after_ = file_.Rules();
+    if (newText_)
+        return ChangesBetween(before_, after_);
+    after_ = file_.Rules();
     std::vector<Change> meant(turn_);
     std::vector<Change> others;
     for (std::size_t i = 0; i < after_.size(); ++i) {

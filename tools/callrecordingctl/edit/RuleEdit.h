@@ -12,19 +12,10 @@
 
 #include "Rules.h"
 #include "database/RuleFileEdit.h"
-#include "edit/Origins.h"
+#include "edit/Changes.h"
 #include "inspection/StoredRules.h"
 
 namespace callrecordingctl {
-
-/// One rule before and after an edit, with its positions; null where it is new or deleted.
-struct Change {
-    Rule const* before = nullptr;
-    std::size_t beforePosition = 0;
-    Rule const* after = nullptr;
-    std::size_t afterPosition = 0;
-    bool isMeant = false; ///< The edit is about this rule; others only made room.
-};
 
 /// Reads the file once; then any number of changes, then one save. A place is the index of a rule
 /// in the list as the changes so far have left it. Throws a Failure with the reason when the file
@@ -32,6 +23,8 @@ struct Change {
 class RuleEdit {
   public:
     explicit RuleEdit(std::string const& path);
+
+    std::string const& Path() const { return path_; }
 
     /// The bytes of the file as it was read.
     std::string const& TextBefore() const { return fileBefore_.text; }
@@ -43,7 +36,7 @@ class RuleEdit {
     RuleList After() { return file_.Rules(); }
 
     /// How many rules there are by now.
-    std::size_t Count() const { return traces_.size(); }
+    std::size_t Count() const { return newText_ ? after_.size() : traces_.size(); }
 
     /// The rules with their lines and texts, as the file has them.
     std::vector<CallRecordingUtils::StoredRule> Stored() const;
@@ -75,6 +68,10 @@ class RuleEdit {
     /// Has text in the place of the whole file. The same is required.
     void ReplaceText(std::string const& text);
 
+    /// Says that the edit takes back so many earlier ones.
+    void TakeBack(std::size_t edits) { undone_ = edits; }
+    std::size_t Undone() const { return undone_; }
+
     /// Says that the edit is about the rule at place although it needs no change.
     void Mean(std::size_t place);
 
@@ -88,8 +85,6 @@ class RuleEdit {
     std::vector<Change> Changes();
 
   private:
-    void Adopt(RuleList const& rules, Origins const& origins);
-
     struct Trace {
         std::optional<std::size_t> origin; // Its place before; none for a new rule.
         std::size_t turn;                  // When the edit came to it; 0 for never.
@@ -104,6 +99,7 @@ class RuleEdit {
     std::vector<Trace> traces_;          // By place.
     std::vector<std::size_t> deleted_;
     std::size_t turn_ = 0;
+    std::size_t undone_ = 0;
     bool isForced_ = false; // The text changes, also where the rules read the same.
 };
 

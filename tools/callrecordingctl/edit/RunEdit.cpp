@@ -15,7 +15,9 @@
 #include <fmt/format.h>
 
 #include "Digest.h"
+#include "MemoryFile.h"
 #include "database/RuleFileLock.h"
+#include "history/RecordEdit.h"
 #include "output/CallText.h"
 #include "output/EditReport.h"
 
@@ -55,13 +57,38 @@ void MakeDirectory(fs::path const& directory) {
                       fmt::format("{}: cannot be made: {}", directory.string(), error.message()));
 }
 
+/// What became of the rules since the state with this token, where the history still has it.
+std::string WhatChanged(RuleEdit const& edit, std::string const& token) {
+    try {
+        auto const text = History(edit.Path(), false).TextOf(token);
+        if (!text)
+            return "";
+        RuleList const then = RulesOf(*text, token);
+        std::string told;
+        for (Change const& change : ChangesBetween(then, edit.Before()))
+            if (change.isMeant)
+                told += "\n  " + Sentence(change, edit.Before().size());
+        return told.empty() ? "\n  no rule has changed; comments or other entries have" : told;
+    } catch (std::exception const&) {
+        return ""; // That it is another one is known without it.
+    }
+}
+
 void RequireState(RuleEdit const& edit, std::string const& token) {
     std::string const digest = DigestOf(edit.TextBefore());
-    if (token.size() < StateToken(digest).size() || digest.compare(0, token.size(), token) != 0)
+    bool const isToken = token.size() >= StateToken(digest).size();
+    if (!isToken || digest.compare(0, token.size(), token) != 0)
         throw Failure(kExitChanged,
                       fmt::format("the rule file is another one by now: its state is {}, not {}; "
-                                  "nothing was changed",
-                                  StateToken(digest), token));
+                                  "nothing was changed{}",
+                                  StateToken(digest), token,
+                                  isToken ? WhatChanged(edit, token) : ""));
+}
+
+void Save(RuleEdit& edit, Context const& context) {
+    EditRecord record(context, edit.TextBefore(), edit.Undone());
+    edit.Save();
+    record.Finish(HostPlatform::ReadFile(edit.Path()).text);
 }
 
 /// Prints the report. For an edit that was saved it only says what went wrong with that.
@@ -123,7 +150,7 @@ ExitCode RunEdit(Context const& context, EditOptions const& options, Changer con
     ExitCode const code = change(edit);
     bool const isSaved = lock && edit.IsChanged();
     if (isSaved)
-        edit.Save();
+        Save(edit, context);
     lock.reset();
     Report(edit, options, context, isSaved);
     return code;

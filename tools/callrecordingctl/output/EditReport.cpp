@@ -22,32 +22,6 @@ bool DifferInStateOnly(Rule before, Rule const& after) {
     return CallRecordingUtils::AreEqual(before, after);
 }
 
-std::string Sentence(Change const& change, std::size_t count) {
-    if (change.after == nullptr)
-        return fmt::format("{} deleted: {}", NameOf(*change.before), Sides(*change.before));
-    Rule const& after = *change.after;
-    std::string const name = NameOf(after);
-    if (change.before == nullptr)
-        return fmt::format("{} added at position {} of {}: {}", name, change.afterPosition, count,
-                           Sides(after));
-    if (change.before->callrecordingrule_id != after.callrecordingrule_id &&
-        change.beforePosition == change.afterPosition)
-        return fmt::format("{} at position {} is now rule {}", NameOf(*change.before),
-                           change.afterPosition, after.callrecordingrule_id);
-    if (change.before->callrecordingrule_id != after.callrecordingrule_id)
-        return fmt::format("{} is now rule {}, at position {} of {}", NameOf(*change.before),
-                           after.callrecordingrule_id, change.afterPosition, count);
-    bool const isEqual = CallRecordingUtils::AreEqual(*change.before, after);
-    if (isEqual && change.beforePosition != change.afterPosition)
-        return fmt::format("{} is at position {} of {} now, was {}", name, change.afterPosition,
-                           count, change.beforePosition);
-    if (isEqual)
-        return fmt::format("{} is as it was: {}, {}", name, StateText(after), Sides(after));
-    if (DifferInStateOnly(*change.before, after))
-        return fmt::format("{} is now {}: {}", name, StateText(after), Sides(after));
-    return fmt::format("{} changed: {}", name, Sides(after));
-}
-
 /// More than these are a list, and nobody reads it unless asked to.
 constexpr std::size_t kMostSentences = 20;
 
@@ -84,6 +58,8 @@ void PrintSentences(std::vector<Change> const& changes, ReportOptions const& opt
             continue;
         if (auto const line = AddCommandFor(*change.before, change.beforePosition, context))
             fmt::print("  to have it back: {}\n", Printable(*line));
+        else
+            fmt::print("  to have it back: callrecordingctl undo\n"); // No options say it.
     }
     if (options.verbose)
         return;
@@ -115,7 +91,35 @@ void PrintTable(std::vector<Change> const& changes, bool verbose) {
     table.Print();
 }
 
-void PrintChangesAsJson(std::vector<Change> const& changes) {
+} // namespace
+
+std::string Sentence(Change const& change, std::size_t count) {
+    if (change.after == nullptr)
+        return fmt::format("{} deleted: {}", NameOf(*change.before), Sides(*change.before));
+    Rule const& after = *change.after;
+    std::string const name = NameOf(after);
+    if (change.before == nullptr)
+        return fmt::format("{} added at position {} of {}: {}", name, change.afterPosition, count,
+                           Sides(after));
+    if (change.before->callrecordingrule_id != after.callrecordingrule_id &&
+        change.beforePosition == change.afterPosition)
+        return fmt::format("{} at position {} is now rule {}", NameOf(*change.before),
+                           change.afterPosition, after.callrecordingrule_id);
+    if (change.before->callrecordingrule_id != after.callrecordingrule_id)
+        return fmt::format("{} is now rule {}, at position {} of {}", NameOf(*change.before),
+                           after.callrecordingrule_id, change.afterPosition, count);
+    bool const isEqual = CallRecordingUtils::AreEqual(*change.before, after);
+    if (isEqual && change.beforePosition != change.afterPosition)
+        return fmt::format("{} is at position {} of {} now, was {}", name, change.afterPosition,
+                           count, change.beforePosition);
+    if (isEqual)
+        return fmt::format("{} is as it was: {}, {}", name, StateText(after), Sides(after));
+    if (DifferInStateOnly(*change.before, after))
+        return fmt::format("{} is now {}: {}", name, StateText(after), Sides(after));
+    return fmt::format("{} changed: {}", name, Sides(after));
+}
+
+nlohmann::ordered_json ChangesToJson(std::vector<Change> const& changes) {
     auto const json = [](Rule const* rule, std::size_t position) {
         return rule != nullptr ? ToJson(*rule, position) : nlohmann::ordered_json();
     };
@@ -123,17 +127,17 @@ void PrintChangesAsJson(std::vector<Change> const& changes) {
     for (Change const& change : changes)
         document.push_back({{"before", json(change.before, change.beforePosition)},
                             {"after", json(change.after, change.afterPosition)}});
-    PrintJson(document);
+    return document;
 }
-
-} // namespace
 
 void ReportEdit(std::vector<Change> const& changes, ReportOptions const& options,
                 Context const& context) {
     if (context.json)
-        return PrintChangesAsJson(changes);
+        return PrintJson(ChangesToJson(changes));
     PrintSentences(changes, options, context);
-    if (options.dryRun)
+    if (changes.empty())
+        fmt::print("no rule changes\n");
+    else if (options.dryRun)
         PrintTable(changes, options.verbose);
 }
 

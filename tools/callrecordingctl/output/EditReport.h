@@ -4,12 +4,20 @@
 #define CALLRECORDINGCTL_OUTPUT_EDITREPORT_H
 
 #include <cstddef>
+#include <string>
 #include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "CommandLine.h"
 #include "edit/RuleEdit.h"
 
 namespace callrecordingctl {
+
+/// The change in a sentence; count is the number of the rules after it.
+std::string Sentence(Change const& change, std::size_t count);
+
+nlohmann::ordered_json ChangesToJson(std::vector<Change> const& changes);
 
 struct ReportOptions {
     std::size_t count; ///< Of the rules after the edit.

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "Failure.h"
 #include "output/Table.h"
 
 namespace callrecordingctl {
@@ -117,6 +118,19 @@ nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& stat
     for (std::size_t i = 0; i < rules.size(); ++i)
         document.push_back(ToJson(rules[i], i + 1, state));
     return document;
+}
+
+void PrintRules(RuleList const& rules, std::string const& state, bool json) {
+    if (json)
+        return PrintJson(ListToJson(rules, state));
+    Table table(ListHeaders(), 6, 3);
+    for (std::size_t i = 0; i < rules.size(); ++i)
+        table.Add(ListRow(rules[i], i + 1), rules[i].recording_rule_state != RULE_ENABLED);
+    if (rules.empty())
+        Say("there are no rules");
+    else
+        table.Print();
+    Say("the file is in state {}", state);
 }
 
 void PrintJson(nlohmann::ordered_json const& document) {

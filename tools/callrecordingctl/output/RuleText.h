@@ -50,6 +50,9 @@ nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position,
 /// All of them, as list prints them.
 nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state);
 
+/// Prints all of them as list does, with the state of the file that they are in.
+void PrintRules(RuleList const& rules, std::string const& state, bool json);
+
 /// Prints a document. Bytes that are no UTF-8 are printed as U+FFFD.
 void PrintJson(nlohmann::ordered_json const& document);
 
