@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and shows the main job on a real rule file: the rules, and what
 # they decide for a handful of calls.
+# Usage: demo.sh [BUILD-DIR]
 set -euo pipefail
 
 source=$(cd "$(dirname "$0")/.." && pwd)
-build=$source/build
+build=${1:-$source/build}
 BUILD_TARGET=callrecordingctl "$source/scripts/build.sh" "$build"
 
 export QUVA_PATH=$source/examples/sample/

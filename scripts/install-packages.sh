@@ -25,6 +25,8 @@ if [ "$(id -u)" -ne 0 ]; then
     root=(sudo)
 fi
 echo "Installing ${missing[*]}" >&2
+exec 9>"${TMPDIR:-/tmp}/callrecordingutils-install-$(id -u).lock" # One at a time, where checks run side by side.
+flock 9
 export DEBIAN_FRONTEND=noninteractive
 lock=(-o DPkg::Lock::Timeout=300) # Another installation may be running.
 # A fresh machine knows no packages yet, and an old one knows versions that are gone.

@@ -45,6 +45,7 @@ class CALLRECORDINGUTILS_EXPORT CRuleFileLock {
     CRuleFileLock(CRuleFileLock const&) = delete;
     CRuleFileLock& operator=(CRuleFileLock const&) = delete;
 
+    /// Returns whether the lock is held.
     bool IsHeld() const noexcept;
 
     /// Returns why the lock is not held, with the path of its file and the system's words, for

@@ -4,9 +4,12 @@
  *
  *     callrecording_rules *rules = callrecording_open(NULL);
  *     callrecording_rule const *rule;
- *     if (callrecording_decide(rules, "201@pbx:5060", CALLRECORDING_SIP, "150",
- * CALLRECORDING_NUMBER, &rule) == CALLRECORDING_YES) { start_recording(rule->record_to,
- * rule->recording_duration); callrecording_rule_free(rule);
+ *     int32_t answer;
+ *     answer = callrecording_decide(rules, "201@pbx:5060", CALLRECORDING_SIP,
+ *                                   "150", CALLRECORDING_NUMBER, &rule);
+ *     if (answer == CALLRECORDING_YES) {
+ *         start_recording(rule->record_to, rule->recording_duration);
+ *         callrecording_rule_free(rule);
  *     }
  *     callrecording_close(rules);
  *
@@ -24,7 +27,7 @@
  * handlers.
  *
  * No function throws, prints, ends the process or changes its state. All integers are 32 bits wide
- * but the sizes; constants are #define'd, so that their values are the same in every language.
+ * but the sizes; constants are macros, so that their values are the same in every language.
  */
 
 #ifndef CALLRECORDINGUTILS_CALLRECORDINGUTILS_H
@@ -38,21 +41,21 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default) /* For the build of the library. */
 
+#define CALLRECORDING_VERSION_MAJOR 1 /**< Of this header. */
+#define CALLRECORDING_VERSION_MINOR 0 /**< Of this header. */
+#define CALLRECORDING_VERSION_PATCH 0 /**< Of this header. */
 /** The version of this header, 1.2.3 as 10203; callrecording_version() has that of the library. */
-#define CALLRECORDING_VERSION_MAJOR 1
-#define CALLRECORDING_VERSION_MINOR 0
-#define CALLRECORDING_VERSION_PATCH 0
 #define CALLRECORDING_VERSION                                                                      \
     (CALLRECORDING_VERSION_MAJOR * 10000 + CALLRECORDING_VERSION_MINOR * 100 +                     \
      CALLRECORDING_VERSION_PATCH)
 
-/** Answers. Never anything else. */
+/* Answers. Never anything else. */
 #define CALLRECORDING_ERROR (-1) /**< Undecided: an argument is none, or there is no memory. */
-#define CALLRECORDING_NO 0
-#define CALLRECORDING_YES 1
+#define CALLRECORDING_NO 0       /**< Not recorded, not done, malformed. */
+#define CALLRECORDING_YES 1      /**< Recorded, done, well formed. */
 #define CALLRECORDING_DOUBTFUL 2 /**< Of callrecording_check_pattern only. */
 
-/** Call types, of a side of a call and of a side of a rule. */
+/* Call types, of a side of a call and of a side of a rule. */
 #define CALLRECORDING_NUMBER 0  /**< A number, as 150. */
 #define CALLRECORDING_SIP 1     /**< user@host or user@host:port. */
 #define CALLRECORDING_NUMBER2 2 /**< A number of a second kind. */
@@ -75,7 +78,7 @@ typedef struct callrecording_rule {
     char const* called_pattern;     /**< Of the called side, as caller_pattern. */
     char const* record_to;          /**< Where to record to. */
     char const* recording_duration; /**< How long to record. */
-    char const* description;
+    char const* description;        /**< Free text. */
 } callrecording_rule;
 
 /** Returns the version of the library, in the form of CALLRECORDING_VERSION. */
