@@ -23,7 +23,8 @@ shows md_docs_pattern_language.html '<code>\*72</code>'
 shows md_docs_pattern_language.html '<code>201@pbx:5060</code>'
 shows md_docs_rule_file.html '<td'
 # No entity or escape that was meant for the tool, and no path of this checkout in the name of a page.
-if grep -lE '&amp;(#[0-9]+|[a-z]+);|\\@|/// ' -- *.html | grep -v _source || ls | grep -E '^md_' | grep -v '^md_docs_'; then
+if grep -lE '&amp;(#[0-9]+|[a-z]+);|\\@|/// ' -- *.html | grep -v _source ||
+    find . -name 'md_*' ! -name 'md_docs_*' | grep .; then
     echo "These pages show what is meant for the tool only, or are named after the checkout" >&2
     exit 1
 fi

@@ -4,7 +4,7 @@
 # Usage: long-checks.sh [SECONDS-OF-FUZZING]   (3600, shared by all targets)
 set -uo pipefail
 
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit
 work=$PWD/build-long
 mkdir -p "$work"
 failed=0
