@@ -129,6 +129,23 @@ TEST_F(CInterface, ABrokenFileTakesNothingAway) {
     EXPECT_EQ(callrecording_last_failure(rules, cut.data(), 0), failure.size());
 }
 
+TEST_F(CInterface, FindsOneOfManyRules) {
+    std::string text;
+    for (int id = 0; id < 500; ++id)
+        text += RuleText(id, "7" + std::to_string(id));
+    dir.WriteRules(text);
+    Open();
+    for (int const id : {0, 7, 499, 500}) {
+        std::string const called = "7" + std::to_string(id);
+        callrecording_rule const* rule = nullptr;
+        callrecording_decide(rules, "201", CALLRECORDING_NUMBER, called.c_str(),
+                             CALLRECORDING_NUMBER, &rule);
+        EXPECT_EQ(rule == nullptr ? 500 : rule->place, id);
+        EXPECT_EQ(rule == nullptr ? 500 : rule->id, id);
+        callrecording_rule_free(rule);
+    }
+}
+
 TEST_F(CInterface, FindsTheDirectoryAsTheLibraryDoes) {
     setenv("QUVA_PATH", dir.Path("").c_str(), 1);
     for (char const* slashes : {"", "/"}) {

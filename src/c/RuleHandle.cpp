@@ -13,17 +13,6 @@
 namespace CallRecordingUtils {
 namespace {
 
-std::shared_ptr<RuleSnapshot const> ReadRules(std::string const& path) {
-    auto snapshot = std::make_shared<RuleSnapshot>();
-    RuleFile file(path);
-    while (file.Next())
-        snapshot->records.push_back(file.ReadRule());
-    snapshot->order.reserve(snapshot->records.size());
-    for (CallRecordingRuleParams const& record : snapshot->records)
-        snapshot->order.push_back(&record);
-    return snapshot;
-}
-
 /// Why reading failed, with the path where the platform does not say it.
 std::string Reason(std::exception const& exception, std::string const& path) noexcept {
     try {
@@ -36,13 +25,22 @@ std::string Reason(std::exception const& exception, std::string const& path) noe
 
 } // namespace
 
+RuleSnapshot::RuleSnapshot(std::string const& path) {
+    RuleFile file(path);
+    while (file.Next())
+        records_.push_back(file.ReadRule());
+    for (CallRecordingRuleParams& record : records_)
+        order_.push_back(&record);
+    index_.Build(order_);
+}
+
 RuleHandle::RuleHandle(std::string path)
     : path_(std::move(path)), rules_(std::make_shared<RuleSnapshot>()) {}
 
 bool RuleHandle::Reload() {
     MutexGuard const guard(reloading_);
     try {
-        Replace(ReadRules(path_), "");
+        Replace(std::make_shared<RuleSnapshot>(path_), "");
         return true;
     } catch (std::bad_alloc const&) {
         Replace(Rules(), "out of memory");

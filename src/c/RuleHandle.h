@@ -4,6 +4,7 @@
 #define C_RULEHANDLE_H
 
 #include <cstddef>
+#include <list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -12,12 +13,33 @@
 
 #include <callrecordingutils/CallRecordingRuleParams.h>
 
+#include "matching/Decision.h"
+#include "matching/RuleIndex.h"
+
 namespace CallRecordingUtils {
 
 /// Rules as they were read; nothing changes them.
-struct RuleSnapshot {
-    std::vector<CallRecordingRuleParams> records;
-    std::vector<CallRecordingRuleParams const*> order; // Of the records, for the decision.
+class RuleSnapshot {
+  public:
+    /// None.
+    RuleSnapshot() = default;
+    /// Those of the file at path. Throws what RuleFile does.
+    explicit RuleSnapshot(std::string const& path);
+
+    RuleSnapshot(RuleSnapshot const&) = delete;
+    RuleSnapshot& operator=(RuleSnapshot const&) = delete;
+
+    std::vector<CallRecordingRuleParams> const& Records() const { return records_; }
+
+    /// The record that decides call, or null.
+    CallRecordingRuleParams const* Deciding(Call const& call) const {
+        return DecidingRecord(order_, index_, call);
+    }
+
+  private:
+    std::vector<CallRecordingRuleParams> records_;
+    std::list<CallRecordingRuleParams*> order_; // Of the records.
+    RuleIndex index_;                           // Of order_.
 };
 
 /// Any number of threads may use it at once.

@@ -28,10 +28,11 @@ namespace {
 
 /// A rule for C, and what its texts lie in.
 struct DecidingRuleForC : callrecording_rule {
-    DecidingRuleForC(std::shared_ptr<RuleSnapshot const> snapshot, std::size_t index)
+    /// record is one of snapshot.
+    DecidingRuleForC(std::shared_ptr<RuleSnapshot const> snapshot,
+                     CallRecordingRuleParams const& record)
         : callrecording_rule{}, keeper(std::move(snapshot)) {
-        CallRecordingRuleParams const& record = keeper->records[index];
-        place = static_cast<std::int32_t>(index);
+        place = static_cast<std::int32_t>(&record - keeper->Records().data());
         id = record.callrecordingrule_id;
         recording_type = record.call_recording_type;
         caller_call_type = record.caller_call_type;
@@ -73,13 +74,12 @@ std::string RuleFilePathOf(char const* directory) {
 std::int32_t Decide(RuleHandle& handle, CallParty const& caller, CallParty const& called,
                     callrecording_rule const** rule) {
     std::shared_ptr<RuleSnapshot const> snapshot = handle.Rules();
-    auto const deciding =
-        DecidingRule(snapshot->order, Call(caller.params, caller.type, called.params, called.type));
-    if (deciding == snapshot->order.end())
+    CallRecordingRuleParams const* const deciding =
+        snapshot->Deciding(Call(caller.params, caller.type, called.params, called.type));
+    if (deciding == nullptr)
         return CALLRECORDING_NO;
-    std::size_t const index = static_cast<std::size_t>(deciding - snapshot->order.begin());
     if (rule != nullptr)
-        *rule = new DecidingRuleForC(std::move(snapshot), index);
+        *rule = new DecidingRuleForC(std::move(snapshot), *deciding);
     return CALLRECORDING_YES;
 }
 
@@ -114,7 +114,7 @@ std::int32_t callrecording_reload(callrecording_rules* rules) {
 
 std::int32_t callrecording_count(callrecording_rules* rules) {
     return rules == nullptr ? CALLRECORDING_ERROR
-                            : static_cast<std::int32_t>(rules->handle.Rules()->records.size());
+                            : static_cast<std::int32_t>(rules->handle.Rules()->Records().size());
 }
 
 std::int32_t callrecording_decide(callrecording_rules* rules, char const* caller,

@@ -17,19 +17,6 @@
 #include "model/SipAddress.h"
 
 namespace CallRecordingUtils {
-namespace {
-
-/// By the index where it may be asked, else by a walk; null when no rule takes the call.
-CallRecordingRuleParams const* Decide(std::list<CallRecordingRuleParams*> const& rules,
-                                      RuleIndex const& index, Call const& call) {
-    if (index.IsUsable())
-        return index.DecidingRule(call);
-    auto const deciding = DecidingRule(rules, call);
-    return deciding == rules.end() ? nullptr : *deciding;
-}
-
-} // namespace
-
 CCallRecordingAssistant::CCallRecordingAssistant(bool withLogger)
     : mpCallRecordingDB(nullptr), mpMutex(nullptr) {
     auto mutex = std::make_unique<ThreadMutex>();
@@ -49,8 +36,8 @@ bool CCallRecordingAssistant::IsCallRecordingAllowed(CallParams const& caller,
                                                      CallRecordingRuleParams* rule) {
     MutexGuard const guard(*mpMutex);
     CallRecordingRuleParams const* const deciding =
-        Decide(mpCallRecordingDB->mCallRecordList, *mpCallRecordingDB->mpIndex,
-               Call(caller, callerType, called, calledType));
+        DecidingRecord(mpCallRecordingDB->mCallRecordList, *mpCallRecordingDB->mpIndex,
+                       Call(caller, callerType, called, calledType));
     if (deciding == nullptr)
         return false;
     if (rule != nullptr)

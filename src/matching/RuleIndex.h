@@ -118,6 +118,17 @@ class RuleIndex {
     std::atomic<bool> isListLent_{false};
 };
 
+/// Returns the rule that decides call, or null when none does: by index, which was built of rules,
+/// where it may be asked, else by a walk.
+inline CallRecordingRuleParams const*
+DecidingRecord(std::list<CallRecordingRuleParams*> const& rules, RuleIndex const& index,
+               Call const& call) {
+    if (index.IsUsable())
+        return index.DecidingRule(call);
+    auto const deciding = DecidingRule(rules, call);
+    return deciding == rules.end() ? nullptr : *deciding;
+}
+
 } // namespace CallRecordingUtils
 
 #endif
