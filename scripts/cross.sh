@@ -28,7 +28,7 @@ options=(-DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCALLRECORDINGUTILS_GTEST_SOURCE=/
 EXCLUDE_TESTS='ForkedChild|TimeGrows' "$source/scripts/test.sh" "$build" "${options[@]}"
 
 if [ -n "$package" ]; then
-    "$source/scripts/package.sh" "$build-package" "${options[@]}"
+    "$source/scripts/package.sh" "$build-package" "${options[@]}" -DCMAKE_BUILD_TYPE=Release
     for file in "$build-package"/packages/*.deb; do
         [ "$(dpkg-deb -f "$file" Architecture)" = "$architecture" ]
     done
