@@ -1,9 +1,9 @@
 // Opens a call file with the reader for its format.
 
-#include "CallReader.h"
+#include "replay/CallReader.h"
 
-#include "CsvRecords.h"
-#include "JsonRecords.h"
+#include "replay/CsvRecords.h"
+#include "replay/JsonRecords.h"
 
 namespace callrecordingctl {
 

@@ -6,10 +6,10 @@
 #include <memory>
 #include <string>
 
-#include "CallRecord.h"
-#include "Columns.h"
-#include "Input.h"
-#include "Lines.h"
+#include "replay/CallRecord.h"
+#include "replay/Columns.h"
+#include "replay/Input.h"
+#include "replay/Lines.h"
 
 namespace callrecordingctl {
 

@@ -1,6 +1,6 @@
 // Reads and writes times.
 
-#include "CallTime.h"
+#include "replay/CallTime.h"
 
 #include <algorithm>
 #include <ctime>

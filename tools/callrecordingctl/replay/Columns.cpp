@@ -1,6 +1,6 @@
 // The table of names. docs/replay.md lists them, too.
 
-#include "Columns.h"
+#include "replay/Columns.h"
 
 #include <vector>
 

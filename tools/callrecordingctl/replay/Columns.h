@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "CallRecord.h"
+#include "replay/CallRecord.h"
 
 namespace callrecordingctl {
 

@@ -1,6 +1,6 @@
 // Reads rows with libcsv, and calls out of them.
 
-#include "CsvRecords.h"
+#include "replay/CsvRecords.h"
 
 #include <algorithm>
 

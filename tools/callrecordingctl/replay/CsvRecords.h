@@ -8,9 +8,9 @@
 
 #include <csv.h>
 
-#include "CallRecord.h"
-#include "Columns.h"
-#include "Lines.h"
+#include "replay/CallRecord.h"
+#include "replay/Columns.h"
+#include "replay/Lines.h"
 
 namespace callrecordingctl {
 

@@ -1,6 +1,6 @@
 // Reads a call file. zlib hands on as it is what is not compressed.
 
-#include "Input.h"
+#include "replay/Input.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,6 +1,6 @@
 // Reads an object of JSON value by value, without building it.
 
-#include "JsonRecords.h"
+#include "replay/JsonRecords.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>

@@ -7,9 +7,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "CallRecord.h"
-#include "Columns.h"
-#include "Lines.h"
+#include "replay/CallRecord.h"
+#include "replay/Columns.h"
+#include "replay/Lines.h"
 
 namespace callrecordingctl {
 

@@ -1,6 +1,6 @@
 // Finds the groups.
 
-#include "LeadingDigits.h"
+#include "replay/LeadingDigits.h"
 
 #include <numeric>
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Tally.h"
+#include "replay/Tally.h"
 
 namespace callrecordingctl {
 

@@ -1,6 +1,6 @@
 // Splits the bytes of a call file into lines.
 
-#include "Lines.h"
+#include "replay/Lines.h"
 
 namespace callrecordingctl {
 

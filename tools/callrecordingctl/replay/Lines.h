@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "Input.h"
+#include "replay/Input.h"
 
 namespace callrecordingctl {
 

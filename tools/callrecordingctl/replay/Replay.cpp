@@ -1,10 +1,8 @@
 // Goes through call files, call by call.
 
-#include "Replay.h"
+#include "replay/Replay.h"
 
 #include <tuple>
-
-#include "matching/Decision.h"
 
 namespace callrecordingctl {
 namespace {
@@ -24,18 +22,6 @@ std::string Shortened(std::string const& text) {
     return text.substr(0, end) + "...";
 }
 
-std::vector<Rule const*> PointersTo(RuleList const& rules) {
-    std::vector<Rule const*> pointers;
-    for (Rule const& rule : rules)
-        pointers.push_back(&rule);
-    return pointers;
-}
-
-Decision Decide(std::vector<Rule const*> const& rules, Call const& call) {
-    auto const rule = DecidingRule(rules, call);
-    return rule == rules.end() ? kNotRecorded : static_cast<Decision>(rule - rules.begin());
-}
-
 } // namespace
 
 bool HaveSameOutcome(Rule const* left, Rule const* right) {
@@ -48,9 +34,9 @@ bool HaveSameOutcome(Rule const* left, Rule const* right) {
 }
 
 Replay::Replay(RuleList const& rules, RuleList const* others, Options options)
-    : rules_(PointersTo(rules)), options_(std::move(options)) {
+    : rules_(rules), options_(std::move(options)) {
     if (others != nullptr)
-        others_ = PointersTo(*others);
+        others_.emplace(*others);
     report_.byRule.resize(rules.size());
 }
 
@@ -109,8 +95,8 @@ void Replay::Take(CallRecord& record, ReplayReport::File& file) {
     Call const call(caller.params, caller.type, called.params, called.type);
     std::optional<Decision> other;
     if (others_)
-        other = Decide(*others_, call);
-    DecidedCall const decided{file.path, record, caller, called, Decide(rules_, call), other};
+        other = others_->Decide(call);
+    DecidedCall const decided{file.path, record, caller, called, rules_.Decide(call), other};
     Count(decided);
     if (options_.onCall)
         options_.onCall(decided);
@@ -141,8 +127,7 @@ void Replay::Count(DecidedCall const& call) {
     }
     if (time)
         report_.timeline.Add(*time, call.decision);
-    if (!call.other ||
-        HaveSameOutcome(RuleOf(rules_, call.decision), RuleOf(*others_, *call.other)))
+    if (!call.other || HaveSameOutcome(rules_.RuleOf(call.decision), others_->RuleOf(*call.other)))
         return;
     report_.different.Count(time, example);
     auto const pair = std::make_pair(call.decision, *call.other);

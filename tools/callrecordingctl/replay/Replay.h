@@ -12,23 +12,15 @@
 #include <utility>
 #include <vector>
 
-#include <callrecordingutils/CallRecordingRuleParams.h>
-
-#include "CallReader.h"
-#include "LeadingDigits.h"
-#include "Tally.h"
-#include "Timeline.h"
 #include "inspection/CallAddress.h"
 #include "model/SipAddress.h"
+#include "replay/CallReader.h"
+#include "replay/Decider.h"
+#include "replay/LeadingDigits.h"
+#include "replay/Tally.h"
+#include "replay/Timeline.h"
 
 namespace callrecordingctl {
-
-using Rule = CallRecordingUtils::CallRecordingRuleParams;
-using RuleList = std::vector<Rule>;
-
-/// The index of a rule in its list; kNotRecorded where none takes a call.
-using Decision = std::size_t;
-constexpr Decision kNotRecorded = static_cast<Decision>(-1);
 
 /// What was counted. Its size grows with the rules, and not with the calls.
 struct ReplayReport {
@@ -92,7 +84,7 @@ class Replay {
         volatile std::sig_atomic_t const* stop = nullptr;
     };
 
-    /// others are the rules to compare with, or null. All must outlive the object.
+    /// others are the rules to compare with, or null.
     Replay(RuleList const& rules, RuleList const* others, Options options);
 
     /// Decides the calls of the file at path. Throws a CallFileError.
@@ -101,8 +93,6 @@ class Replay {
     ReplayReport const& Report() const { return report_; }
 
   private:
-    using RulePointers = std::vector<Rule const*>;
-
     bool MustStop() const { return options_.stop != nullptr && *options_.stop != 0; }
     struct Side {
         CallRecordingUtils::CallParty party;
@@ -114,12 +104,9 @@ class Replay {
     void AddProblem(CallRecord const& record, ReplayReport::File& file);
     std::optional<CallTime> ReadTime(CallRecord const& record, std::string const& file);
     void Count(DecidedCall const& call);
-    Rule const* RuleOf(RulePointers const& rules, Decision decision) const {
-        return decision == kNotRecorded ? nullptr : rules[decision];
-    }
 
-    RulePointers rules_;
-    std::optional<RulePointers> others_;
+    Decider const rules_;
+    std::optional<Decider> others_;
     Options options_;
     ReplayReport report_;
 };

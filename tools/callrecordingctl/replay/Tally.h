@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "CallTime.h"
+#include "replay/CallTime.h"
 
 namespace callrecordingctl {
 

@@ -1,6 +1,6 @@
 // Keeps the stretches of time few.
 
-#include "Timeline.h"
+#include "replay/Timeline.h"
 
 #include <iterator>
 #include <numeric>

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <map>
 
-#include "CallTime.h"
+#include "replay/CallTime.h"
 
 namespace callrecordingctl {
 

@@ -1,0 +1,23 @@
+// Asks the index, or walks the rules.
+
+#include "replay/Decider.h"
+
+namespace callrecordingctl {
+
+Decider::Decider(RuleList rules) : rules_(std::move(rules)) {
+    for (Rule& rule : rules_)
+        pointers_.push_back(&rule);
+    index_.Build(pointers_);
+}
+
+Decision Decider::Decide(CallRecordingUtils::Call const& call) const {
+    if (!index_.IsUsable()) {
+        auto const rule = CallRecordingUtils::DecidingRule(pointers_, call);
+        return rule == pointers_.end() ? kNotRecorded
+                                       : static_cast<Decision>(*rule - rules_.data());
+    }
+    Rule const* const rule = index_.DecidingRule(call);
+    return rule == nullptr ? kNotRecorded : static_cast<Decision>(rule - rules_.data());
+}
+
+} // namespace callrecordingctl
