@@ -1,5 +1,5 @@
 /// @file
-/// The four tables. Each function measures, prints its table and adds its targets.
+/// The tables. Each function measures, adds its table to the document and its targets.
 
 #ifndef BENCH_BENCHMARKS_H
 #define BENCH_BENCHMARKS_H
@@ -19,16 +19,23 @@ struct Bench {
     CallRecordingUtils::CCallRecordingAssistant& assistant;
     CallRecordingUtils::CCallRecordingDB& db;
     Targets& targets;
+    Document& document;
     bool isQuick;
 
     /// Makes rules the library's. Throws when it does not load them all.
     void Load(std::vector<Rule> const& rules) const;
 };
 
-void MeasureDecisions(Bench const& bench);
+/// Bytes of the heap in use.
+std::size_t LiveBytes();
+
+/// Returns the plot.
+std::string MeasureDecisions(Bench const& bench);
 void MeasureHostilePatterns(Bench const& bench);
 void MeasureFiles(Bench const& bench);
 void MeasureMemory(Bench const& bench);
+/// Has to be the last one.
+void MeasureIndex(Bench const& bench);
 
 } // namespace bench
 

@@ -1,11 +1,14 @@
 /// @file
-/// Table 1: decisions of the library and of the other engines over the same rules.
+/// Tables 1 and 2: decisions of the library and of the other engines over the same rules, over and
+/// over and for the first time.
 
 #include <algorithm>
+#include <chrono>
+#include <functional>
 #include <limits>
-#include <list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include <benchmark/benchmark.h>
@@ -13,37 +16,52 @@
 
 #include "benchmarks.h"
 #include "engines.h"
+#include "plot.h"
 #include "rules.h"
 
 namespace bench {
 namespace {
 
-constexpr std::size_t kSizes[] = {10, 100, 1000, 10000};
+constexpr std::size_t kSizes[] = {10, 100, 1000, 10000, 100000};
+constexpr std::size_t kMostOneByOne = 10000; // For engines that try rule by rule.
 constexpr char const* kGroups[] = {"early", "late", "never"};
+constexpr Mix kMixes[] = {Mix::Numbers, Mix::Sip,   Mix::BothSides, Mix::Prefix,   Mix::Extensions,
+                          Mix::Domain,  Mix::Tails, Mix::SetsFirst, Mix::SetsOnly, Mix::Middle};
+constexpr char const* kPeers[] = {"RE2::Set", "PCRE2", "RE2", "fnmatch"};
 
-struct MixName {
-    Mix mix;
-    char const* name;
-};
-constexpr MixName kMixes[] = {
-    {Mix::Numbers, "(a) numbers"}, {Mix::Sip, "(b) SIP"}, {Mix::BothSides, "(c) both sides"}};
-
-std::string Name(std::string const& engine, Mix mix, bool hasRanges, std::size_t size,
-                 char const* group) {
-    return fmt::format("{} {} {} {} {}", engine, static_cast<int>(mix), hasRanges, size, group);
+/// Mixes in which every pattern has literals at fixed places.
+bool HasFixedLiterals(Mix mix) {
+    return mix < Mix::SetsFirst;
 }
 
-/// One rule list, its calls, and the engines that can work on it. The engines are there only while
-/// the contest is open: one at a time is, for the library holds one list, as in the processes that
-/// use it.
+/// Nanoseconds of a decision by engine; "shared" is the library over the rules that fnmatch has.
+using Times = std::map<std::string, double>;
+
+struct Measured {
+    std::map<std::string, Times> groups;
+    Times first; // Of calls that the engine has not met before.
+};
+
+/// One rule list, its calls, and the engines that can work on it.
 class Contest {
   public:
     /// Chooses the calls, and compares the answers of all engines over them and over others. Throws
     /// at the first difference.
     Contest(Bench const& bench, RuleList list) : bench_(bench), list_(std::move(list)) {
-        Open();
+        bench_.Load(list_.rules);
+        engines_["library"] = MakeLibrary(bench_.assistant);
+        if (HasOtherEngines()) {
+            engines_["walk"] = MakeWalk(list_.rules);
+            if (list_.rules.size() <= kMostOneByOne) {
+                engines_["PCRE2"] = MakePcre2(list_.rules);
+                engines_["RE2"] = MakeRe2(list_.rules);
+            }
+        }
+        if (!list_.hasRanges && list_.rules.size() <= kMostOneByOne)
+            engines_["fnmatch"] = MakeFnmatch(list_.rules);
         groups_ = MakeCalls(list_,
                             [&](Call const& call) { return engines_.at("library")->Decide(call); });
+        MeetFirstCalls();
         std::vector<Call> calls = MakeRandomCalls(list_, 1000000 / (list_.rules.size() + 90));
         for (CallGroup const& group : groups_)
             calls.insert(calls.end(), group.calls.begin(), group.calls.end());
@@ -51,36 +69,49 @@ class Contest {
             Compare(call);
     }
 
-    void Register(double seconds) {
-        Open(); // Shows which engines there are.
-        for (auto const& [name, engine] : engines_) {
-            for (CallGroup const& group : groups_) {
-                auto const run = [this, engineName = name, &group](benchmark::State& state) {
-                    Run(state, engineName, group);
-                };
-                auto const title =
-                    Name(name, list_.mix, list_.hasRanges, list_.rules.size(), group.name);
-                benchmark::RegisterBenchmark(title.c_str(), run)->MinTime(seconds);
-            }
-        }
+    Measured Measure(int rounds, double seconds) {
+        for (auto const& [name, engine] : engines_)
+            for (CallGroup const& group : groups_)
+                benchmark::RegisterBenchmark((name + group.name).c_str(),
+                                             [&engine = *engine, &group](benchmark::State& state) {
+                                                 Run(state, engine, group);
+                                             })
+                    ->MinTime(seconds);
+        Results results;
+        results.RunRounds(rounds);
+        Measured measured{{}, first_};
+        for (auto const& [name, engine] : engines_)
+            for (CallGroup const& group : groups_)
+                measured.groups[group.name][name] =
+                    results.Median(name + group.name) / kCallsInGroup;
+        return measured;
     }
 
   private:
-    void Open() {
-        if (open == this)
+    /// The lists without ranges of a mix that has some are there for fnmatch alone.
+    bool HasOtherEngines() const { return list_.hasRanges || !MixHasRanges(list_.mix); }
+
+    void MeetFirstCalls() {
+        if (!HasOtherEngines())
             return;
-        if (open != nullptr)
-            open->engines_.clear();
-        open = this;
         bench_.Load(list_.rules);
-        engines_["library"] = MakeLibrary(bench_.assistant);
-        engines_["floor"] = MakeFloor(bench_.db.GetCallRecordingRules());
-        if (list_.hasRanges || list_.mix == Mix::Sip) {
-            engines_["PCRE2"] = MakePcre2(list_.rules);
-            engines_["RE2"] = MakeRe2(list_.rules);
+        first_["library"] = TimeOnce(*engines_.at("library"));
+        try {
+            engines_["RE2::Set"] = MakeRe2Set(list_.rules);
+            first_["RE2::Set"] = TimeOnce(*engines_.at("RE2::Set"));
+        } catch (std::runtime_error const&) {
+            engines_.erase("RE2::Set"); // It does not compile lists of every length.
         }
-        if (!list_.hasRanges)
-            engines_["fnmatch"] = MakeFnmatch(list_.rules);
+    }
+
+    double TimeOnce(Engine& engine) const {
+        auto const start = std::chrono::steady_clock::now();
+        for (CallGroup const& group : groups_)
+            for (Call const& call : group.calls)
+                benchmark::DoNotOptimize(engine.IsAllowed(call));
+        std::chrono::duration<double, std::nano> const time =
+            std::chrono::steady_clock::now() - start;
+        return time.count() / static_cast<double>(groups_.size() * kCallsInGroup);
     }
 
     void Compare(Call& call) {
@@ -95,9 +126,7 @@ class Contest {
         }
     }
 
-    void Run(benchmark::State& state, std::string const& name, CallGroup const& group) {
-        Open();
-        Engine& engine = *engines_.at(name);
+    static void Run(benchmark::State& state, Engine& engine, CallGroup const& group) {
         for (Call const& call : group.calls) // Warms the caches; RE2 completes its automata.
             benchmark::DoNotOptimize(engine.IsAllowed(call));
         for (auto _ : state)
@@ -105,98 +134,167 @@ class Contest {
                 benchmark::DoNotOptimize(engine.IsAllowed(call));
     }
 
-    static inline Contest* open = nullptr;
-
     Bench const& bench_;
     RuleList const list_;
     std::vector<CallGroup> groups_;
     std::map<std::string, std::unique_ptr<Engine>> engines_;
+    Times first_;
 };
 
-/// Nanoseconds of a decision by engine; "shared" is the library over the rules that fnmatch has.
-using Times = std::map<std::string, double>;
-
-Times ReadTimes(Results const& results, Mix mix, std::size_t size, char const* group) {
-    bool const hasRanges = mix != Mix::Sip;
-    auto const time = [&](char const* engine, bool withRanges) {
-        return results.Median(Name(engine, mix, withRanges, size, group)) / CALLS_IN_GROUP;
-    };
-    Times times;
-    for (char const* engine : {"library", "floor", "PCRE2", "RE2"})
-        times[engine] = time(engine, hasRanges);
-    times["fnmatch"] = time("fnmatch", false);
-    times["shared"] = time("library", false);
-    return times;
-}
-
-double Ratio(Times const& times, char const* engine) {
-    bool const isFnmatch = std::string_view(engine) == "fnmatch";
-    return times.at(engine) / times.at(isFnmatch ? "shared" : "library");
-}
-
-void PrintRow(MixName const& mix, std::size_t size, char const* calls, Times const& times) {
-    fmt::print("{:<15} {:>6} {:<6} {:>9} {:>9} {:>8.2f} {:>8.2f} {:>8.2f} {:>14.2f}\n", mix.name,
-               size, calls, Duration(times.at("library")), Duration(times.at("floor")),
-               Ratio(times, "PCRE2"), Ratio(times, "RE2"), Ratio(times, "fnmatch"),
-               1 / Ratio(times, "floor"));
-}
-
-/// Prints the rows of a list and returns the mean over its calls.
-Times PrintList(Results const& results, MixName const& mix, std::size_t size) {
-    Times mean;
-    for (char const* group : kGroups) {
-        Times const times = ReadTimes(results, mix.mix, size, group);
-        PrintRow(mix, size, group, times);
-        for (auto const& [engine, time] : times)
-            mean[engine] += time / double{std::size(kGroups)};
+Measured MeasureList(Bench const& bench, Mix mix, std::size_t size) {
+    int const rounds = bench.isQuick ? 2 : size <= 1000 ? 7 : 3;
+    double const seconds = bench.isQuick ? 0.001 : 0.004;
+    Measured measured = Contest(bench, MakeRules(mix, size, true)).Measure(rounds, seconds);
+    Measured plain;
+    if (MixHasRanges(mix) && size <= kMostOneByOne)
+        plain = Contest(bench, MakeRules(mix, size, false)).Measure(rounds, seconds);
+    for (auto& [group, times] : measured.groups) {
+        times["shared"] = times.at("library");
+        if (plain.groups.empty())
+            continue;
+        times["shared"] = plain.groups.at(group).at("library");
+        times["fnmatch"] = plain.groups.at(group).at("fnmatch");
     }
-    PrintRow(mix, size, "mean", mean);
+    return measured;
+}
+
+/// How many times the library's time an engine takes; nothing when it was not measured.
+std::optional<double> Ratio(Times const& times, std::string const& engine) {
+    auto const found = times.find(engine);
+    if (found == times.end())
+        return std::nullopt;
+    return found->second / times.at(engine == "fnmatch" ? "shared" : "library");
+}
+
+std::string Row(Mix mix, std::size_t size, std::string const& calls, Times const& times) {
+    std::string row = fmt::format("{:<15} {:>6} {:<5} {:>8} {:>8}", NameOf(mix), size, calls,
+                                  Duration(times.at("library")), Duration(times.at("walk")));
+    for (char const* engine : kPeers) {
+        std::optional<double> const ratio = Ratio(times, engine);
+        row += fmt::format(" {:>9}", ratio ? fmt::format("{:.2f}", *ratio) : "-");
+    }
+    return row + "\n";
+}
+
+Times MeanOf(std::map<std::string, Times> const& groups) {
+    Times mean;
+    for (auto const& [group, times] : groups)
+        for (auto const& [engine, time] : times)
+            mean[engine] += time / static_cast<double>(groups.size());
     return mean;
+}
+
+using AllMeasured = std::map<Mix, std::map<std::size_t, Measured>>;
+
+/// The smallest value of all rows, of the mixes and sizes that are asked for.
+template <typename Value>
+double Least(AllMeasured const& all, std::function<bool(Mix, std::size_t)> const& isAsked,
+             Value value) {
+    double least = std::numeric_limits<double>::max();
+    for (auto const& [mix, sizes] : all)
+        for (auto const& [size, measured] : sizes)
+            for (auto const& [group, times] : measured.groups)
+                if (isAsked(mix, size))
+                    if (std::optional<double> const one = value(times))
+                        least = std::min(least, *one);
+    return least;
+}
+
+double WorstGrowth(AllMeasured const& all, std::size_t size) {
+    double worst = 0;
+    for (auto const& [mix, sizes] : all)
+        if (HasFixedLiterals(mix) && sizes.count(size) != 0)
+            worst = std::max(worst, MeanOf(sizes.at(size).groups).at("library") /
+                                        MeanOf(sizes.at(10).groups).at("library"));
+    return worst;
+}
+
+void SetTargets(Bench const& bench, AllMeasured const& all) {
+    auto const isFixed = [](Mix mix, std::size_t) { return HasFixedLiterals(mix); };
+    auto const isOther = [](Mix mix, std::size_t) { return !HasFixedLiterals(mix); };
+    auto const isAny = [](Mix, std::size_t) { return true; };
+    auto const ratioOf = [](char const* engine) {
+        return [engine](Times const& times) { return Ratio(times, engine); };
+    };
+    Targets& targets = bench.targets;
+    targets.AtMost("(a)-(g): 10,000 rules / 10 rules, means", 3, WorstGrowth(all, 10000));
+    if (!bench.isQuick)
+        targets.AtMost("(a)-(g): 100,000 rules / 10 rules, means", 5, WorstGrowth(all, 100000));
+    targets.AtLeast("(a)-(g): RE2::Set / library, worst row", 1,
+                    Least(all, isFixed, ratioOf("RE2::Set")));
+    targets.AtLeast("(h)-(j): RE2::Set / library, worst row", 1,
+                    Least(all, isOther, ratioOf("RE2::Set")));
+    targets.AtLeast(
+        "(a)-(g): PCRE2 / library, 10,000 rules, worst row", 100,
+        Least(
+            all, [](Mix mix, std::size_t size) { return HasFixedLiterals(mix) && size == 10000; },
+            ratioOf("PCRE2")));
+    for (char const* engine : {"PCRE2", "RE2", "fnmatch"})
+        targets.AtLeast(fmt::format("{} / library, worst row", engine), 1,
+                        Least(all, isAny, ratioOf(engine)));
+    targets.AtLeast(
+        "(h)-(j): walk / library, 10,000 rules, worst row", 20,
+        Least(
+            all, [](Mix mix, std::size_t size) { return !HasFixedLiterals(mix) && size == 10000; },
+            ratioOf("walk")));
+    targets.AtMost("library / walk, worst row", 1.1, 1 / Least(all, isAny, ratioOf("walk")));
+}
+
+std::string TableOfFirstCalls(AllMeasured const& all) {
+    std::string table =
+        fmt::format("{:<15} {:>6} {:>9} {:>9}\n", "rules", "", "library", "RE2::Set");
+    for (auto const& [mix, sizes] : all)
+        for (auto const& [size, measured] : sizes) {
+            auto const set = measured.first.find("RE2::Set");
+            table +=
+                fmt::format("{:<15} {:>6} {:>9} {:>9}\n", NameOf(mix), size,
+                            Duration(measured.first.at("library")),
+                            set == measured.first.end() ? std::string("-") : Duration(set->second));
+        }
+    return table;
+}
+
+/// The means of the mixes' calls against the number of rules.
+std::string PlotOf(AllMeasured const& all) {
+    std::vector<Panel> panels;
+    for (Mix mix : {Mix::Numbers, Mix::Sip, Mix::BothSides, Mix::Middle}) {
+        Panel panel{NameOf(mix), {}};
+        for (char const* engine : {"library", "walk", "RE2::Set", "PCRE2", "RE2", "fnmatch"}) {
+            Curve curve{engine, {}};
+            for (auto const& [size, measured] : all.at(mix)) {
+                Times const mean = MeanOf(measured.groups);
+                if (mean.count(engine) != 0)
+                    curve.points.emplace_back(static_cast<double>(size), mean.at(engine));
+            }
+            panel.curves.push_back(curve);
+        }
+        panels.push_back(panel);
+    }
+    return DrawPlot(panels);
 }
 
 } // namespace
 
-void MeasureDecisions(Bench const& bench) {
-    std::list<Contest> contests;
-    for (std::size_t size : kSizes) {
-        for (MixName const& mix : kMixes) {
-            contests.emplace_back(bench, MakeRules(mix.mix, size, mix.mix != Mix::Sip));
-            if (mix.mix != Mix::Sip)
-                contests.emplace_back(bench, MakeRules(mix.mix, size, false));
-        }
-    }
-    for (Contest& contest : contests)
-        contest.Register(bench.isQuick ? 0.001 : 0.005);
-    Results results;
-    results.RunRounds(bench.isQuick ? 3 : 9);
-
-    fmt::print(
-        "1. Decisions: time of one, and how many times the library's time each engine takes.\n"
-        "fnmatch has no range expressions: its column compares over lists without them, which the\n"
-        "library decides as well. The floor is the bare walk of the rule list.\n\n"
-        "{:<15} {:>6} {:<6} {:>9} {:>9} {:>8} {:>8} {:>8} {:>14}\n",
-        "rules", "", "calls", "library", "floor", "PCRE2", "RE2", "fnmatch", "library/floor");
-    std::map<std::string, double> few, many;
-    for (char const* engine : {"PCRE2", "RE2", "fnmatch"})
-        few[engine] = many[engine] = std::numeric_limits<double>::max();
-    double walks = 0;
-    for (MixName const& mix : kMixes) {
+std::string MeasureDecisions(Bench const& bench) {
+    AllMeasured all;
+    std::string table =
+        fmt::format("{:<15} {:>6} {:<5} {:>8} {:>8}", "rules", "", "calls", "library", "walk");
+    for (char const* engine : kPeers)
+        table += fmt::format(" {:>9}", engine);
+    bench.document.Add("decisions", table + "\n");
+    for (Mix mix : kMixes)
         for (std::size_t size : kSizes) {
-            Times const mean = PrintList(results, mix, size);
-            for (auto& [engine, lowest] : size == 10 ? few : many)
-                lowest = std::min(lowest, Ratio(mean, engine.c_str()));
-            if (mix.mix == Mix::Numbers && size == 1000)
-                walks = 1 / Ratio(mean, "floor");
+            if (bench.isQuick && size > kMostOneByOne)
+                continue;
+            Measured const& measured = all[mix][size] = MeasureList(bench, mix, size);
+            std::string rows;
+            for (char const* group : kGroups)
+                rows += Row(mix, size, group, measured.groups.at(group));
+            bench.document.Add("decisions", rows);
         }
-    }
-    // Judged is the mean over the calls of a list, and of all lists the one that comes off worst.
-    bench.targets.AtLeast("PCRE2-JIT / library, lists of 100 to 10,000 rules", 3, many["PCRE2"]);
-    bench.targets.AtLeast("RE2 / library, lists of 100 to 10,000 rules", 5, many["RE2"]);
-    bench.targets.AtLeast("fnmatch / library, lists of 100 to 10,000 rules", 1.3, many["fnmatch"]);
-    bench.targets.AtLeast("PCRE2-JIT / library, lists of 10 rules", 1, few["PCRE2"]);
-    bench.targets.AtLeast("RE2 / library, lists of 10 rules", 1, few["RE2"]);
-    bench.targets.AtLeast("fnmatch / library, lists of 10 rules", 1, few["fnmatch"]);
-    bench.targets.AtMost("library / bare walk, 1,000 rules of mix (a)", 3, walks);
+    bench.document.Add("first calls", TableOfFirstCalls(all));
+    SetTargets(bench, all);
+    return PlotOf(all);
 }
 
 } // namespace bench

@@ -1,9 +1,10 @@
 /// @file
-/// The engines, and the walk over a rule list that those without one share.
+/// The engines.
 
 #include "engines.h"
 
 #include <algorithm>
+#include <mutex>
 #include <stdexcept>
 
 #include <benchmark/benchmark.h>
@@ -11,6 +12,7 @@
 #include <fnmatch.h>
 #include <re2/set.h>
 
+#include "matching/Decision.h"
 #include "translation.h"
 
 namespace bench {
@@ -38,24 +40,27 @@ class Library final : public Engine {
     Rule rule_;
 };
 
-class Floor final : public Engine {
+class Walk final : public Engine {
   public:
-    explicit Floor(std::list<Rule*> const& rules)
-        : rules_(rules), size_(static_cast<int>(rules.size())) {}
+    explicit Walk(std::vector<Rule> const& rules) {
+        for (Rule const& rule : rules) {
+            records_.push_back(std::make_unique<Rule>(rule));
+            list_.push_back(records_.back().get());
+        }
+    }
 
     int Decide(Call const& call) override {
-        int left = call.decidedBy >= 0 ? call.decidedBy + 1 : size_;
-        int seen = 0;
-        for (auto rule = rules_.begin(); left > 0; ++rule, --left)
-            seen += (*rule)->recording_rule_state + *(*rule)->caller_pattern.c_str() +
-                    *(*rule)->called_pattern.c_str();
-        benchmark::DoNotOptimize(seen);
-        return call.decidedBy;
+        std::lock_guard const guard(mutex_);
+        CallRecordingUtils::Call const asked(call.caller, call.callerType, call.called,
+                                             call.calledType);
+        auto const deciding = DecidingRule(list_, asked);
+        return deciding == list_.end() ? -1 : (*deciding)->callrecordingrule_id;
     }
 
   private:
-    std::list<Rule*> const& rules_;
-    int const size_;
+    std::vector<std::unique_ptr<Rule>> records_;
+    std::list<Rule*> list_;
+    std::mutex mutex_;
 };
 
 /// What one side of a call offers to rules of any type. The texts are built once for a call, in
@@ -124,20 +129,37 @@ class PatternWalk final : public Engine {
     Addresses called_;
 };
 
-/// The text of a side is its call type and its user, for a SIP call a mark and the whole address,
-/// and a mark. A rule for any type looks at the user, another at what stands before the last mark.
+/// What a side of a call contributes to the text that the set is matched with.
+enum class SideText {
+    User,    // The user: where rules look at nothing else.
+    Address, // The whole address of a SIP call: where all rules look at that.
+    Both     // The call type, the user, behind a mark the address of a SIP call, and a mark.
+};
+
+SideText TextFor(std::vector<Rule> const& rules, CallType Rule::*type) {
+    auto const all = [&](CallType one) {
+        return std::all_of(rules.begin(), rules.end(),
+                           [&](Rule const& rule) { return rule.*type == one; });
+    };
+    if (all(CALL_TYPE_ANY) || all(CALL_TYPE_NUMBER))
+        return SideText::User;
+    return all(CALL_TYPE_SIP) ? SideText::Address : SideText::Both;
+}
+
 class Re2Set final : public Engine {
   public:
-    explicit Re2Set(std::vector<Rule> const& rules) : set_(SetOptions(), RE2::ANCHOR_BOTH) {
+    explicit Re2Set(std::vector<Rule> const& rules)
+        : caller_(TextFor(rules, &Rule::caller_call_type)),
+          called_(TextFor(rules, &Rule::called_call_type)), set_(SetOptions(), RE2::ANCHOR_BOTH) {
         for (std::size_t place = 0; place < rules.size(); ++place) {
             Rule const& rule = rules[place];
             if (rule.recording_rule_state != RULE_ENABLED)
                 continue;
-            std::string error;
-            std::string const regex = SideRegex(rule.caller_pattern, rule.caller_call_type) +
-                                      SideRegex(rule.called_pattern, rule.called_call_type);
-            if (set_.Add(regex, &error) < 0)
-                throw std::runtime_error("RE2::Set does not take " + regex + ": " + error);
+            std::string const regex =
+                SideRegex(caller_, rule.caller_pattern, rule.caller_call_type) + "\\x03" +
+                SideRegex(called_, rule.called_pattern, rule.called_call_type);
+            if (set_.Add(regex, nullptr) < 0)
+                throw std::runtime_error("RE2::Set does not take " + regex);
             places_.push_back(static_cast<int>(place));
         }
         if (!set_.Compile())
@@ -146,8 +168,9 @@ class Re2Set final : public Engine {
 
     int Decide(Call const& call) override {
         text_.clear();
-        AddSide(call.caller, call.callerType);
-        AddSide(call.called, call.calledType);
+        AddSide(caller_, call.caller, call.callerType);
+        text_ += '\x03';
+        AddSide(called_, call.called, call.calledType);
         if (!set_.Match(text_, &matches_))
             return -1;
         return places_[static_cast<std::size_t>(
@@ -163,28 +186,32 @@ class Re2Set final : public Engine {
         return options;
     }
 
-    static std::string SideRegex(std::string const& pattern, CallType type) {
+    static std::string SideRegex(SideText text, std::string const& pattern, CallType type) {
         std::string const regex =
             ToRegex(SidePattern(pattern, type), Exclusion::Split, "[^\\x02\\x03]");
+        if (text != SideText::Both)
+            return regex;
         if (type == CALL_TYPE_ANY)
-            return "[0-9]" + regex + "(?:\\x02[^\\x03]*)?\\x03";
-        std::string const user = type == CALL_TYPE_SIP ? "[^\\x02]*\\x02" : "";
-        return fmt::format("{}{}{}\\x03", static_cast<int>(type), user, regex);
+            return "[0-9]" + regex + "(?:\\x02[^\\x03]*)?";
+        return fmt::format("{}{}{}", static_cast<int>(type),
+                           type == CALL_TYPE_SIP ? "[^\\x02]*\\x02" : "", regex);
     }
 
-    void AddSide(CallParams const& params, CallType type) {
-        text_ += static_cast<char>('0' + type);
-        text_ += params.user;
-        if (type == CALL_TYPE_SIP)
-            text_.append("\x02")
-                .append(params.user)
-                .append("@")
-                .append(params.host)
-                .append(":")
-                .append(params.port.empty() ? "*" : params.port);
-        text_ += '\x03';
+    void AddSide(SideText text, CallParams const& params, CallType type) {
+        if (text == SideText::Both)
+            text_ += static_cast<char>('0' + type);
+        if (text != SideText::Address)
+            text_ += params.user;
+        if (text == SideText::User || type != CALL_TYPE_SIP)
+            return;
+        if (text == SideText::Both)
+            text_ += '\x02';
+        text_.append(params.user).append("@").append(params.host).append(":");
+        text_ += params.port.empty() ? "*" : params.port;
     }
 
+    SideText const caller_;
+    SideText const called_;
     RE2::Set set_;
     std::vector<int> places_; // In the list, of each rule of the set.
     std::string text_;
@@ -201,8 +228,8 @@ std::unique_ptr<Engine> MakeLibrary(CCallRecordingAssistant& assistant) {
     return std::make_unique<Library>(assistant);
 }
 
-std::unique_ptr<Engine> MakeFloor(std::list<Rule*> const& rules) {
-    return std::make_unique<Floor>(rules);
+std::unique_ptr<Engine> MakeWalk(std::vector<Rule> const& rules) {
+    return std::make_unique<Walk>(rules);
 }
 
 std::unique_ptr<Engine> MakePcre2(std::vector<Rule> const& rules) {

@@ -1,6 +1,6 @@
 /// @file
 /// The engines that are compared: the library, what one would write with a regular expression
-/// library or fnmatch(3) instead, rule by rule or all at once, and the bare walk of the rule list.
+/// library or fnmatch(3) instead, rule by rule or all at once.
 
 #ifndef BENCH_ENGINES_H
 #define BENCH_ENGINES_H
@@ -38,9 +38,8 @@ class Engine {
 /// The library. The rules are those that it has loaded.
 std::unique_ptr<Engine> MakeLibrary(CallRecordingUtils::CCallRecordingAssistant& assistant);
 
-/// Walks the library's list up to the rule that decided the call, and reads state and first
-/// characters: what a decision over that list would have to do at the least.
-std::unique_ptr<Engine> MakeFloor(std::list<Rule*> const& rules);
+/// The library without its index: the walk over the list, with a lock as the library's.
+std::unique_ptr<Engine> MakeWalk(std::vector<Rule> const& rules);
 
 std::unique_ptr<Engine> MakePcre2(std::vector<Rule> const& rules);
 std::unique_ptr<Engine> MakeRe2(std::vector<Rule> const& rules);

@@ -1,5 +1,5 @@
 /// @file
-/// Table 2: patterns made to cost time, against the length of the address.
+/// Table 3: patterns made to cost time, against the length of the address.
 
 #include <array>
 #include <cmath>
@@ -143,21 +143,17 @@ double Growth(std::vector<double> const& times) {
     return (n * sumXY - sumX * sumY) / (n * sumXX - sumX * sumX);
 }
 
-void PrintHead() {
-    fmt::print(
-        "\n2. Hostile patterns: three addresses against one pattern, by address length.\n"
-        "In brackets the time after which an engine gives up without an answer. Growth is the\n"
-        "exponent fitted to the lengths from {} on.\n\n{:<21} {:<11}",
-        kLengths[kFirstFitted], "", "");
+std::string Head() {
+    std::string head = fmt::format("{:<21} {:<11}", "", "");
     for (std::size_t length : kLengths)
-        fmt::print(" {:>9}", length);
-    fmt::print(" {:>7}\n", "growth");
+        head += fmt::format(" {:>9}", length);
+    return head + fmt::format(" {:>7}\n", "growth");
 }
 
-/// Returns the growth.
-double PrintRow(Results const& results, std::set<std::string> const& givenUp, Family const& family,
-                char const* engine) {
-    fmt::print("{:<21} {:<11}", family.Title(), engine);
+/// Adds a row to table, and returns the growth.
+double AddRow(std::string& table, Results const& results, std::set<std::string> const& givenUp,
+              Family const& family, char const* engine) {
+    table += fmt::format("{:<21} {:<11}", family.Title(), engine);
     std::vector<double> times;
     bool hasAnswers = true;
     for (std::size_t length : kLengths) {
@@ -165,11 +161,11 @@ double PrintRow(Results const& results, std::set<std::string> const& givenUp, Fa
         bool const isAnswer = givenUp.count(name) == 0;
         times.push_back(results.Median(name));
         std::string const time = Duration(times.back());
-        fmt::print(" {:>9}", isAnswer ? time : "(" + time + ")");
+        table += fmt::format(" {:>9}", isAnswer ? time : "(" + time + ")");
         hasAnswers = hasAnswers && isAnswer;
     }
     double const growth = Growth(times);
-    fmt::print(" {:>7}\n", hasAnswers ? fmt::format("{:.2f}", growth) : "-");
+    table += fmt::format(" {:>7}\n", hasAnswers ? fmt::format("{:.2f}", growth) : "-");
     return growth;
 }
 
@@ -191,15 +187,16 @@ void MeasureHostilePatterns(Bench const& bench) {
     }
     results.RunRounds(bench.isQuick ? 3 : 7);
 
-    PrintHead();
+    std::string table = Head();
     for (Family const& family : Families()) {
         for (char const* engine : kEngines) {
-            double const growth = PrintRow(results, givenUp, family, engine);
+            double const growth = AddRow(table, results, givenUp, family, engine);
             if (engine == kEngines[0] || engine == kEngines[1])
                 bench.targets.AtMost(fmt::format("growth of {}, {}", family.Title(), engine), 2,
                                      growth, "");
         }
     }
+    bench.document.Add("hostile", table);
 }
 
 } // namespace bench

@@ -1,35 +1,68 @@
 /// @file
-/// Measures, prints four tables, and says which targets are met.
-/// Usage: callrecording_bench [--quick]
+/// Measures, prints the tables, and says which targets are met.
+/// Usage: callrecording_bench [--quick] [--write DIRECTORY]
 
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <fstream>
 #include <memory>
 #include <stdexcept>
+#include <string>
+#include <thread>
 
 #include <fmt/format.h>
+#include <gnu/libc-version.h>
+#include <sys/utsname.h>
 
 #include "benchmarks.h"
+#include "engines.h"
 
 namespace bench {
 namespace {
 
 using CallRecordingUtils::CCallRecordingDB;
 
-void Run(bool isQuick) {
-    RuleDirectory const directory;
+/// Returns the name of the processor, or nothing.
+std::string Processor() {
+    std::ifstream in("/proc/cpuinfo");
+    for (std::string line; std::getline(in, line);)
+        if (line.rfind("model name", 0) == 0)
+            return line.substr(line.find(':') + 2);
+    return "";
+}
+
+std::string Machine() {
+    utsname system{};
+    uname(&system);
+    return fmt::format("{} x {}, {} {}, g++ {}, release mode\n"
+                       "PCRE2 {}.{}, glibc {}\n",
+                       std::thread::hardware_concurrency(), Processor(), system.sysname,
+                       system.release, __VERSION__, PCRE2_MAJOR, PCRE2_MINOR,
+                       gnu_get_libc_version());
+}
+
+/// Measures everything. With a directory, its performance.md and performance.svg are made anew.
+void Run(bool isQuick, char const* directory) {
+    RuleDirectory const rules;
     CallRecordingUtils::CCallRecordingAssistant assistant(false);
     auto const closeDb = [](CCallRecordingDB*) { CCallRecordingDB::CloseInstance(); };
     std::unique_ptr<CCallRecordingDB, decltype(closeDb)> const db(
         CCallRecordingDB::GetInstance(true, false), closeDb);
     Targets targets;
-    Bench const bench{directory, assistant, *db, targets, isQuick};
-    MeasureDecisions(bench);
+    Document document;
+    Bench const bench{rules, assistant, *db, targets, document, isQuick};
+    document.Add("machine", Machine());
+    std::string const plot = MeasureDecisions(bench);
     MeasureHostilePatterns(bench);
     MeasureFiles(bench);
     MeasureMemory(bench);
-    targets.Print();
+    MeasureIndex(bench);
+    document.Add("targets", targets.Table());
+    if (directory == nullptr)
+        return;
+    document.WriteInto(directory + std::string("/performance.md"));
+    RuleDirectory::Write(directory + std::string("/performance.svg"), plot);
 }
 
 } // namespace
@@ -46,13 +79,20 @@ void Bench::Load(std::vector<Rule> const& rules) const {
 } // namespace bench
 
 int main(int argc, char** argv) {
-    bool const isQuick = argc == 2 && std::strcmp(argv[1], "--quick") == 0;
-    if (argc > 1 && !isQuick) {
-        fmt::print(stderr, "Usage: callrecording_bench [--quick]\n");
-        return 2;
+    bool isQuick = false;
+    char const* directory = nullptr;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--quick") == 0) {
+            isQuick = true;
+        } else if (std::strcmp(argv[i], "--write") == 0 && i + 1 < argc) {
+            directory = argv[++i];
+        } else {
+            fmt::print(stderr, "Usage: callrecording_bench [--quick] [--write DIRECTORY]\n");
+            return 2;
+        }
     }
     try {
-        bench::Run(isQuick);
+        bench::Run(isQuick, directory);
         return 0;
     } catch (std::exception const& failure) {
         fmt::print(stderr, "{}\n", failure.what());

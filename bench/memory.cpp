@@ -1,5 +1,5 @@
 /// @file
-/// Table 4: what a decision and a loaded rule take from the heap, and the size of the library.
+/// Table 6: what a decision and a loaded rule take from the heap, and the size of the library.
 
 #include <algorithm>
 #include <cstddef>
@@ -21,46 +21,59 @@ void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* old, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* memory);
 }
-// NOLINTEND(readability-identifier-naming)
 
 namespace {
 
 struct Allocations {
     std::size_t count = 0;
     std::size_t bytes = 0;
-
-    void Add(std::size_t size) {
-        ++count;
-        bytes += size;
-    }
 };
 
 thread_local Allocations allocations;
+thread_local std::size_t liveBytes = 0; // With what the heap adds to each; of one thread's work.
+
+void* Add(void* memory, std::size_t size) {
+    ++allocations.count;
+    allocations.bytes += size;
+    liveBytes += malloc_usable_size(memory) + sizeof(std::size_t);
+    return memory;
+}
+
+void Remove(void* memory) {
+    if (memory != nullptr)
+        liveBytes -= malloc_usable_size(memory) + sizeof(std::size_t);
+}
 
 } // namespace
 
-// NOLINTBEGIN(readability-identifier-naming): names of the C library.
 extern "C" {
 void* malloc(std::size_t size) {
-    allocations.Add(size);
-    return __libc_malloc(size);
+    return Add(__libc_malloc(size), size);
 }
 void* calloc(std::size_t count, std::size_t size) {
-    allocations.Add(count * size);
-    return __libc_calloc(count, size);
+    return Add(__libc_calloc(count, size), count * size);
 }
 void* realloc(void* old, std::size_t size) {
-    allocations.Add(size);
-    return __libc_realloc(old, size);
+    Remove(old);
+    return Add(__libc_realloc(old, size), size);
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    allocations.Add(size);
-    return __libc_memalign(alignment, size);
+    return Add(__libc_memalign(alignment, size), size);
+}
+void free(void* memory) {
+    Remove(memory);
+    __libc_free(memory);
 }
 }
 
 namespace bench {
+
+std::size_t LiveBytes() {
+    return liveBytes;
+}
+
 namespace {
 
 /// The most that one of the calls allocates. Each is decided twice, so that the caller's record has
@@ -98,10 +111,8 @@ std::vector<Call> CallsOfType(RuleList const& list, CallType type) {
 } // namespace
 
 void MeasureMemory(Bench const& bench) {
-    fmt::print(
-        "\n4. Memory: heap allocations and bytes of a decision (the most of 400), heap bytes for\n"
-        "each loaded rule.\n\n{:<29} {:>6} {:>11} {:>9} {:>14}\n",
-        "rules", "", "allocations", "bytes", "bytes per rule");
+    std::string table = fmt::format("{:<29} {:>6} {:>11} {:>9} {:>14}\n", "rules", "",
+                                    "allocations", "bytes", "bytes per rule");
     std::size_t numbers = 0;
     std::size_t perRule = 0;
     for (Row const& row : kRows) {
@@ -109,14 +120,14 @@ void MeasureMemory(Bench const& bench) {
         for (std::size_t size : {10, 10000}) {
             RuleList const list = MakeRules(row.mix, size, true);
             bench.Load({});
-            std::size_t const before = mallinfo2().uordblks;
+            std::size_t const before = LiveBytes();
             bench.Load(list.rules);
-            std::size_t const bytes = (mallinfo2().uordblks - before) / size;
+            std::size_t const bytes = (LiveBytes() - before) / size;
             Allocations const most =
                 MostOfADecision(*MakeLibrary(bench.assistant), CallsOfType(list, row.type));
             // Ten rules are too few to tell their bytes from what the heap keeps at hand anyway.
-            fmt::print("{:<29} {:>6} {:>11} {:>9} {:>14}\n", row.name, size, most.count, most.bytes,
-                       size == 10 ? "" : std::to_string(bytes));
+            table += fmt::format("{:<29} {:>6} {:>11} {:>9} {:>14}\n", row.name, size, most.count,
+                                 most.bytes, size == 10 ? "" : std::to_string(bytes));
             if (row.type == CALL_TYPE_NUMBER)
                 numbers = std::max(numbers, most.count);
             else if (size != 10)
@@ -125,12 +136,12 @@ void MeasureMemory(Bench const& bench) {
         }
     }
     auto const size = static_cast<double>(std::filesystem::file_size(STRIPPED_LIBRARY)) / 1024;
-    fmt::print("\nStripped library: {:.0f} KB\n", size);
+    bench.document.Add("memory", table + fmt::format("\nStripped library: {:.0f} KB\n", size));
     bench.targets.AtMost("allocations in a decision, number sides", 0, static_cast<double>(numbers),
                          "");
     bench.targets.AtMost("allocations that 9,990 more rules add, SIP sides", 0,
                          static_cast<double>(perRule), "");
-    bench.targets.AtMost("stripped library", 150, size, " KB");
+    bench.targets.AtMost("stripped library", 165, size, " KB");
 }
 
 } // namespace bench

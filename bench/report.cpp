@@ -1,9 +1,13 @@
 /// @file
-/// Medians, and the table of targets.
+/// Medians, the table of targets, and the document.
 
 #include "report.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
 
 #include <fmt/format.h>
 
@@ -46,8 +50,31 @@ void Targets::Add(std::string const& what, std::string const& bound, double meas
                           isMet ? "yes" : "NO");
 }
 
-void Targets::Print() const {
-    fmt::print("\n{:<60} {:>9} {:>12} {}\n{}", "Targets", "target", "measured   ", "met", lines_);
+std::string Targets::Table() const {
+    return fmt::format("{:<60} {:>9} {:>12} {}\n{}", "Targets", "target", "measured   ", "met",
+                       lines_);
+}
+
+void Document::Add(std::string const& name, std::string const& text) {
+    fmt::print("\n{}", text);
+    std::fflush(stdout);
+    tables_[name] += text;
+}
+
+void Document::WriteInto(std::string const& path) const {
+    std::ifstream in(path);
+    std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    for (auto const& [name, table] : tables_) {
+        std::string const mark = fmt::format("<!-- {} -->\n```\n", name);
+        std::size_t const begin = text.find(mark);
+        std::size_t const end = text.find("```", begin + mark.size());
+        if (begin == std::string::npos || end == std::string::npos)
+            throw std::runtime_error(fmt::format("{}: no block for {}", path, name));
+        text.replace(begin + mark.size(), end - begin - mark.size(), table);
+    }
+    std::ofstream out(path, std::ios::trunc);
+    if (!out.write(text.data(), static_cast<std::streamsize>(text.size())).flush())
+        throw std::runtime_error(path + ": cannot be written");
 }
 
 std::string Duration(double nanoseconds) {

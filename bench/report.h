@@ -1,5 +1,5 @@
 /// @file
-/// Collects what Google Benchmark measures, and prints targets.
+/// Collects what Google Benchmark measures, and the tables that are printed and documented.
 
 #ifndef BENCH_REPORT_H
 #define BENCH_REPORT_H
@@ -35,13 +35,27 @@ class Targets {
   public:
     void AtLeast(std::string const& what, double bound, double measured, char const* unit = "x");
     void AtMost(std::string const& what, double bound, double measured, char const* unit = "x");
-    void Print() const;
+    std::string Table() const;
 
   private:
     void Add(std::string const& what, std::string const& bound, double measured, char const* unit,
              bool isMet);
 
     std::string lines_;
+};
+
+/// What a run says, table by table.
+class Document {
+  public:
+    /// Prints text, and keeps it as the table of a name.
+    void Add(std::string const& name, std::string const& text);
+
+    /// Writes every table into the file at path, in the place of what stands there between the
+    /// fences of the block that follows the line "<!-- name -->". Throws when a block is missing.
+    void WriteInto(std::string const& path) const;
+
+  private:
+    std::map<std::string, std::string> tables_;
 };
 
 /// Nanoseconds with three figures and the unit that fits.

@@ -62,14 +62,14 @@ class Generator {
 
     /// The called side of a mix in which all are of one kind.
     Side SideOf(Mix mix) {
-        std::string const digits = Digits(4 + Below(4));
+        std::string const digits = Digits(6 + Below(4));
         Sample sample{digits, digits};
         switch (mix) {
         case Mix::Prefix: sample = {"498912" + digits, "498912" + digits}; break;
         case Mix::Domain: return DomainSide();
         case Mix::Tails: sample = {"*" + digits, Digits(3 + Below(4)) + digits}; break;
         case Mix::SetsFirst: sample = Together(SomeSets(2), {digits, digits}); break;
-        case Mix::SetsOnly: sample = SomeSets(5 + Below(3)); break;
+        case Mix::SetsOnly: sample = SomeSets(8 + Below(3)); break;
         case Mix::Middle:
             sample = {"*" + digits + "*", Digits(1 + Below(4)) + digits + Digits(1 + Below(4))};
             break;
@@ -201,10 +201,6 @@ Sides MakeSides(Mix mix, bool withRanges, Generator& generator) {
     return {generator.NumberSide(withRanges), generator.NumberSide(withRanges)};
 }
 
-bool HasRanges(Mix mix) {
-    return mix == Mix::Numbers || mix == Mix::BothSides;
-}
-
 /// The first three rules of ten, else the first tenth.
 std::size_t Margin(RuleList const& list) {
     return std::max<std::size_t>(3, list.rules.size() / 10);
@@ -234,6 +230,10 @@ std::string ExcludedNumber(std::string const& pattern) {
 
 } // namespace
 
+bool MixHasRanges(Mix mix) {
+    return mix == Mix::Numbers || mix == Mix::BothSides;
+}
+
 char const* NameOf(Mix mix) {
     static char const* const names[] = {
         "(a) numbers", "(b) SIP",   "(c) both sides", "(d) prefix",    "(e) exact",
@@ -243,7 +243,7 @@ char const* NameOf(Mix mix) {
 
 RuleList MakeRules(Mix mix, std::size_t size, bool withRanges, unsigned seed) {
     Generator generator(seed);
-    RuleList list{mix, withRanges && HasRanges(mix), {}, {}};
+    RuleList list{mix, withRanges && MixHasRanges(mix), {}, {}};
     for (std::size_t place = 0; place < size; ++place) {
         Sides const sides = MakeSides(mix, withRanges, generator);
         Rule rule;
@@ -287,7 +287,7 @@ std::vector<CallGroup> MakeCalls(RuleList const& list,
     auto const gather = [&](char const* name, std::vector<Call> const& from, int first, int last) {
         CallGroup group{name, {}};
         // A step that meets every call, in an order without a pattern.
-        for (std::size_t i = 0; group.calls.size() < std::size_t{CALLS_IN_GROUP}; ++i) {
+        for (std::size_t i = 0; group.calls.size() < std::size_t{kCallsInGroup}; ++i) {
             if (i == 8 * from.size() + 1000)
                 throw std::runtime_error(fmt::format("too few calls match {}", name));
             Call call = from[i * 7919 % from.size()];

@@ -41,6 +41,9 @@ enum class Mix {
 /// The name of a mix, as the tables show it.
 char const* NameOf(Mix mix);
 
+/// Whether range expressions are among the patterns of a mix.
+bool MixHasRanges(Mix mix);
+
 struct RuleList {
     Mix mix;
     bool hasRanges; ///< Range expressions, which a glob cannot say, are among the patterns.
@@ -54,7 +57,7 @@ RuleList MakeRules(Mix mix, std::size_t size, bool withRanges, unsigned seed = 1
 /// The rules as the rule file has them.
 std::string RuleFileText(std::vector<Rule> const& rules);
 
-constexpr int CALLS_IN_GROUP = 16;
+constexpr int kCallsInGroup = 64;
 
 struct CallGroup {
     char const* name;

@@ -1,10 +1,16 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds in release mode, and prints the benchmark's tables. Takes about two
-# minutes of an idle machine; --quick takes half of that and is less steady.
-# Usage: bench.sh [--quick]
+# Installs what is missing, builds in release mode, and prints the benchmark's tables. Takes about ten
+# minutes of an idle machine; --quick takes a third of that, leaves the longest lists out and is less
+# steady. With --write the tables and the plot in docs/ are made anew.
+# Usage: bench.sh [--quick] [--write]
 set -euo pipefail
 
 source=$(cd "$(dirname "$0")/.." && pwd)
+options=()
+for option in "$@"; do
+    options+=("$option")
+    [ "$option" != --write ] || options+=("$source/docs")
+done
 "$source/scripts/install-packages.sh" g++ make cmake pkg-config libbenchmark-dev libfmt-dev \
     libinih-dev libpcre2-dev libre2-dev
 build=$source/build-bench
@@ -17,5 +23,5 @@ if ! { cmake -S "$source" -B "$build" -DCMAKE_BUILD_TYPE=Release \
     exit 1
 fi
 cd "$build" # The rule files of the run are made here and removed at its end.
-bench/callrecording_bench "$@"
+bench/callrecording_bench "${options[@]}"
 bench/analysis_bench

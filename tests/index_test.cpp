@@ -127,6 +127,8 @@ TEST(Index, DecidesAsTheWalkDoes) {
             list.push_back(random.OneOf(100) ? nullptr : &rule);
         RuleIndex index;
         index.Build(list);
+        if (rules.size() <= 16 && !index.IsUsable())
+            continue; // Left to the walk.
         ASSERT_TRUE(index.IsUsable());
         for (int i = 0; i < 120; ++i) {
             Rule const& model = rules[random.Below(rules.size())];
@@ -171,10 +173,10 @@ TEST(Index, ManyRulesAlikeTakeTheTimeOfAWalk) {
 }
 
 TEST(Index, WithoutMemoryForItTheWalkServes) {
-    std::vector<Rule> rules(60);
+    std::vector<Rule> rules(300);
     std::list<Rule*> list;
     for (std::size_t i = 0; i < rules.size(); ++i) {
-        rules[i].called_pattern = (i % 3 == 0 ? "*" : "") + std::to_string(7919 * i) + "[1-5]*";
+        rules[i].called_pattern = (i % 3 == 0 ? "*" : "") + std::to_string(7919 * i % 1000) + "[1-5]*";
         list.push_back(&rules[i]);
     }
     RuleIndex index;

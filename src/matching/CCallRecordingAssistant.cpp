@@ -57,8 +57,7 @@ CCallRecordingLogger* CCallRecordingAssistant::GetLogger() {
 bool CCallRecordingAssistant::IsSideMatched(CallParams const& params, CallType const& callType,
                                             std::string const& pattern,
                                             CallType const& ruleType) const {
-    CallSide const side(params, callType);
-    return side.MaySatisfy(pattern, ruleType) && side.Satisfies(pattern, ruleType);
+    return CallSide(params, callType).Satisfies(pattern, ruleType);
 }
 
 // An output may be the input, so nothing is assigned before everything is copied.

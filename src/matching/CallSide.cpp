@@ -51,7 +51,7 @@ bool CallSide::SatisfiesSip(std::string_view pattern) const {
 }
 
 bool CallSide::Satisfies(std::string_view pattern, CallType ruleType) const {
-    if (pattern.empty())
+    if (pattern.empty() || (ruleType != type_ && ruleType != CALL_TYPE_ANY))
         return false;
     if (ruleType == CALL_TYPE_SIP)
         return SatisfiesSip(pattern);

@@ -46,7 +46,6 @@ class CallSide {
     }
 
     /// Returns whether this side satisfies a rule side. See CCallRecordingAssistant::IsSideMatched.
-    /// REQUIRES: ruleType is the call's type, or any.
     bool Satisfies(std::string_view pattern, CallType ruleType) const;
 
     CallType Type() const { return type_; }

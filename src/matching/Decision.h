@@ -24,13 +24,17 @@ struct Call {
 
 /// Returns whether rule is enabled and satisfied by both sides of call.
 inline bool Takes(CallRecordingRuleParams const& rule, Call const& call) {
-    // The cheap tests of both sides before the search of either; and last of them the state, which
-    // lies in a part of the record that need not be fetched for most rules.
-    return call.caller.MaySatisfy(rule.caller_pattern, rule.caller_call_type) &&
-           call.called.MaySatisfy(rule.called_pattern, rule.called_call_type) &&
-           rule.recording_rule_state == RULE_ENABLED &&
+    return rule.recording_rule_state == RULE_ENABLED &&
            call.caller.Satisfies(rule.caller_pattern, rule.caller_call_type) &&
            call.called.Satisfies(rule.called_pattern, rule.called_call_type);
+}
+
+/// The same, for rules of which most do not take the call: the cheap tests of both sides come
+/// before the search of either, and the state, which lies in a part of the record that need not be
+/// fetched for most rules, behind them.
+inline bool TakesAfterAll(CallRecordingRuleParams const& rule, Call const& call) {
+    return call.caller.MaySatisfy(rule.caller_pattern, rule.caller_call_type) &&
+           call.called.MaySatisfy(rule.called_pattern, rule.called_call_type) && Takes(rule, call);
 }
 
 /// Returns the place of the rule that decides call: the first one in rules, a list of pointers to
@@ -40,7 +44,7 @@ auto DecidingRule(Rules const& rules, Call const& call) {
     return std::find_if(
         rules.begin(), rules.end(),
         [&call](CallRecordingRuleParams const* rule) {
-            return rule != nullptr && Takes(*rule, call);
+            return rule != nullptr && TakesAfterAll(*rule, call);
         });
 }
 

@@ -11,11 +11,11 @@
 namespace CallRecordingUtils {
 namespace {
 
-constexpr std::size_t kShortestIndexed = 2; // Shorter lists are walked.
-constexpr std::size_t kFewestBelow = 4;     // Fewer rules are a leaf,
-constexpr std::size_t kLargestLeaf = 16;    // and so are these, unless origins help.
-constexpr std::size_t kSmallFilters = 3;    // Of such a leaf.
-constexpr std::size_t kFewestApart = 2;     // Of some pairs, for a node to tell them apart.
+constexpr std::size_t kLongestWalked = 16; // When its rules begin with literals.
+constexpr std::size_t kFewestBelow = 4;    // Fewer rules are a leaf,
+constexpr std::size_t kLargestLeaf = 64;   // and so are these, unless origins help.
+constexpr std::size_t kFewFilters = 4;     // Of such a leaf.
+constexpr std::size_t kFewestApart = 2;    // Of some pairs, for a node to tell them apart.
 constexpr std::size_t kOriginPays = 4; // Each character of an address costs a search of its own.
 constexpr std::size_t kMostCharacters = 6; // That the bits of origins tell of.
 constexpr std::size_t kMostSlots = 8;      // A rule with more in one place goes to the rest.
@@ -35,11 +35,14 @@ void ForEachSlot(SlotSet slots, Act act) {
         act(LowestBit(rest));
 }
 
-TraitSet MiddleTraits(std::size_t side) {
-    TraitSet middle;
-    for (std::size_t i = 0; i < kTraitsOfView[static_cast<std::size_t>(View::Middle)]; ++i)
-        middle.set(FirstTrait(side, View::Middle) + i);
-    return middle;
+/// Whether nearly all rules have a literal first on one side, which a walk compares at once.
+bool BeginWithLiterals(std::vector<CallRecordingRuleParams const*> const& rules) {
+    auto const others =
+        std::count_if(rules.begin(), rules.end(), [](CallRecordingRuleParams const* rule) {
+            return (rule->caller_pattern.empty() || !IsLiteral(rule->caller_pattern.front())) &&
+                   (rule->called_pattern.empty() || !IsLiteral(rule->called_pattern.front()));
+        });
+    return 4 * static_cast<std::size_t>(others) <= rules.size();
 }
 
 } // namespace
@@ -86,20 +89,15 @@ class RuleIndex::Builder {
 
     /// Returns false when the rules are better off in a leaf.
     bool MakeBranches(std::uint32_t at, Ranks const& rules, Scope const& scope) {
-        std::size_t apart = 0;
-        std::size_t trait = 0;
-        for (std::size_t side = 0; side < 2; ++side) {
-            auto const [fixed, middle] = choice_.Best(rules, scope.open, MiddleTraits(side));
+        auto const [fixed, middle] = choice_.Best(rules, scope.open);
+        for (std::size_t side = 0; side < 2; ++side)
             if (scope.mayHaveOrigins[side] &&
-                middle.apart > kOriginPays * fixed.apart + kFewestApart) {
+                middle[side].apart > kOriginPays * fixed.apart + kFewestApart) {
                 MakeOrigins(at, rules, scope, side);
                 return true;
             }
-            apart = fixed.apart;
-            trait = fixed.trait;
-        }
-        return rules.size() > kLargestLeaf && apart >= kFewestApart &&
-               MakeSplit(at, rules, scope, trait);
+        return rules.size() > kLargestLeaf && fixed.apart >= kFewestApart &&
+               MakeSplit(at, rules, scope, fixed.trait);
     }
 
     void MakeOrigins(std::uint32_t at, Ranks const& rules, Scope const& scope, std::size_t side) {
@@ -235,23 +233,21 @@ class RuleIndex::Builder {
         leaf.size = static_cast<std::uint32_t>(rules.size());
         leaf.bits = static_cast<std::uint32_t>(index_.filters_.size());
         index_.ranks_.insert(index_.ranks_.end(), rules.begin(), rules.end());
-        TraitSet asked;
-        std::array<std::size_t, kMostFilters> filters;
-        std::size_t const most = rules.size() <= kLargestLeaf ? kSmallFilters : kMostFilters;
-        while (leaf.filterCount < most) {
-            std::size_t const trait = choice_.BestFilter(rules, asked, open);
+        std::vector<std::size_t> filters;
+        std::size_t const most = rules.size() <= kLargestLeaf ? kFewFilters : kMostFilters;
+        while (filters.size() < most) {
+            std::size_t const trait = choice_.BestFilter(rules, filters, open);
             if (trait == TraitChoice::kNone)
                 break;
             open.reset(trait);
-            asked.set(trait);
-            leaf.traits[leaf.filterCount] = kTraitTable[trait];
-            filters[leaf.filterCount++] = trait;
+            leaf.traits[filters.size()] = kTraitTable[trait];
+            filters.push_back(trait);
         }
+        leaf.filterCount = static_cast<std::uint8_t>(filters.size());
         std::size_t const block = SetsOfBlock(leaf) * kSmallBlock;
         for (std::size_t i = 0; i < rules.size(); i += block)
-            for (std::size_t f = 0; f < leaf.filterCount; ++f)
-                AddFilter(rules, i, std::min(i + block, rules.size()), filters[f],
-                          SetsOfBlock(leaf));
+            for (std::size_t const trait : filters)
+                AddFilter(rules, i, std::min(i + block, rules.size()), trait, SetsOfBlock(leaf));
     }
 
     void AddFilter(Ranks const& rules, std::size_t begin, std::size_t end, std::size_t trait,
@@ -278,14 +274,14 @@ class RuleIndex::Builder {
 void RuleIndex::Build(std::list<CallRecordingRuleParams*> const& rules) noexcept {
     Clear();
     isRecordLent_.store(false, std::memory_order_relaxed); // Those that were lent are gone.
-    if (rules.size() < kShortestIndexed || rules.size() > kMostRules || isListLent_)
+    if (rules.size() > kMostRules || isListLent_)
         return;
     try {
         rules_.reserve(rules.size());
         for (CallRecordingRuleParams const* rule : rules)
             if (rule != nullptr)
                 rules_.push_back(rule);
-        if (!rules_.empty())
+        if (rules_.size() > kLongestWalked || !BeginWithLiterals(rules_))
             Builder(*this).Build();
     } catch (std::bad_alloc const&) {
         Clear();

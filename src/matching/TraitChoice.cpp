@@ -7,7 +7,15 @@
 
 namespace CallRecordingUtils {
 
-TraitChoice::Counts TraitChoice::CountApart(Ranks const& rules, TraitSet const& asked) const {
+TraitSet MiddleTraits(std::size_t side) {
+    TraitSet middle;
+    for (std::size_t i = 0; i < kTraitsOfView[static_cast<std::size_t>(View::Middle)]; ++i)
+        middle.set(FirstTrait(side, View::Middle) + i);
+    return middle;
+}
+
+TraitChoice::Counts TraitChoice::CountApart(Ranks const& rules,
+                                            std::vector<std::size_t> const& asked) const {
     Counts apart{};
     std::size_t const size = rules.size();
     std::size_t const pairs = std::min(kPairs, size * (size - 1) / 2);
@@ -17,10 +25,10 @@ TraitChoice::Counts TraitChoice::CountApart(Ranks const& rules, TraitSet const& 
         std::size_t const j = (i + 1 + (size / 2 + 7 * pair) % (size - 1)) % size;
         RuleTraits const& a = traits_[rules[i]];
         RuleTraits const& b = traits_[rules[j]];
-        bool isApart = false;
-        for (std::size_t t = 0; asked.any() && t < kTraits; ++t)
-            isApart = isApart || (asked[t] && (a[t] & b[t]) == 0);
-        for (std::size_t t = 0; !isApart && t < kTraits; ++t)
+        if (std::any_of(asked.begin(), asked.end(),
+                        [&](std::size_t trait) { return (a[trait] & b[trait]) == 0; }))
+            continue;
+        for (std::size_t t = 0; t < kTraits; ++t)
             apart[t] = static_cast<std::uint16_t>(apart[t] + ((a[t] & b[t]) == 0 ? 1 : 0));
     }
     return apart;
@@ -34,13 +42,12 @@ TraitChoice::Choice TraitChoice::Most(Counts const& counts, TraitSet const& open
     return best;
 }
 
-std::array<TraitChoice::Choice, 2> TraitChoice::Best(Ranks const& rules, TraitSet const& open,
-                                                     TraitSet const& middle) const {
+TraitChoice::Choices TraitChoice::Best(Ranks const& rules, TraitSet const& open) const {
     Counts const apart = CountApart(rules, {});
-    return {Most(apart, open), Most(apart, middle)};
+    return {Most(apart, open), {Most(apart, MiddleTraits(0)), Most(apart, MiddleTraits(1))}};
 }
 
-std::size_t TraitChoice::BestFilter(Ranks const& rules, TraitSet const& asked,
+std::size_t TraitChoice::BestFilter(Ranks const& rules, std::vector<std::size_t> const& asked,
                                     TraitSet const& open) const {
     Counts worth = CountApart(rules, asked);
     for (std::size_t t = 0; t < kTraits; ++t)

@@ -15,6 +15,8 @@
 namespace CallRecordingUtils {
 
 using TraitSet = std::bitset<kTraits>;
+TraitSet MiddleTraits(std::size_t side);
+
 using Ranks = std::vector<std::uint32_t>; // Places of rules in a list, in list order.
 
 /// Looks at the traits of all rules of a list.
@@ -32,19 +34,23 @@ class TraitChoice {
     };
     static constexpr std::size_t kPairs = 32;
 
-    /// Of the traits in open, and of those in middle, the one that tells the most pairs of some
-    /// rules apart; kNone with 0 where none does.
-    std::array<Choice, 2> Best(Ranks const& rules, TraitSet const& open,
-                               TraitSet const& middle) const;
+    /// What tells the most of some pairs of rules apart: of the traits in open, and of the middle
+    /// traits of each side.
+    struct Choices {
+        Choice open;
+        std::array<Choice, 2> middle;
+    };
+    Choices Best(Ranks const& rules, TraitSet const& open) const;
 
-    /// Returns the trait in open that tells the most pairs of rules apart which none in asked does;
+    /// Returns the trait in open that tells the most pairs of rules apart which none of asked does;
     /// of several that for which the fewest rules take any slot; kNone when all do everywhere.
-    std::size_t BestFilter(Ranks const& rules, TraitSet const& asked, TraitSet const& open) const;
+    std::size_t BestFilter(Ranks const& rules, std::vector<std::size_t> const& asked,
+                           TraitSet const& open) const;
 
   private:
     using Counts = std::array<std::uint16_t, kTraits>; // For each trait.
 
-    Counts CountApart(Ranks const& rules, TraitSet const& asked) const;
+    Counts CountApart(Ranks const& rules, std::vector<std::size_t> const& asked) const;
     static Choice Most(Counts const& counts, TraitSet const& open);
 
     std::vector<RuleTraits> const& traits_;
