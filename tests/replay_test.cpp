@@ -461,6 +461,12 @@ TEST_F(ReplayCommand, TellsWhatItCouldNotReadAndByItsExitStatusWhatItMeans) {
         {bad + " --html /none/page", 4, "", "/none/page: cannot be written"},
         {bad + " --from-column x", 3, "", "no column \"x\" among: from, to, to_type, time"},
         {"replay", 2, "", "CALLS"},
+        {"disable 3 --replay x", 2, "", "--replay requires --dry-run"},
+        {"disable 3 --dry-run --replay /none.csv", 3, "", "/none.csv: cannot be read"},
+        {"disable 3 --dry-run --replay " EXAMPLES_PATH "/calls/november.csv", 0,
+         "4 of 18 calls decided differently by the rules after the edit", ""},
+        {"disable 3 --dry-run --json --replay " EXAMPLES_PATH "/calls/november.csv", 0,
+         "\"replay\": {\n    \"calls\": 4,", ""},
     };
     for (auto const& [command, code, out, err] : rows) {
         Outcome const outcome = Run(command, ": | ");

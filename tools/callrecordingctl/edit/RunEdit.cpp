@@ -98,11 +98,18 @@ void Report(RuleEdit& edit, EditOptions const& options, Context const& context, 
         std::signal(SIGPIPE, SIG_IGN);
     std::string reason;
     try {
-        ReportEdit(edit.Changes(), {edit.Count(), options.dryRun, options.verbose}, context);
+        std::optional<EditReplay> replay;
+        if (!options.replay.empty())
+            replay = ReplayEdit(options.replay, edit);
+        ReportEdit(edit.Changes(),
+                   {edit.Count(), options.dryRun, options.verbose, replay ? &*replay : nullptr},
+                   context);
         if (options.dryRun && !context.json)
             PrintCallChanges(edit.Before(), edit.After());
         if (std::fflush(stdout) != 0)
             reason = std::strerror(errno);
+    } catch (Failure const&) { // No matter of the output.
+        throw;
     } catch (std::exception const& error) {
         reason = error.what();
     }
@@ -163,9 +170,14 @@ CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char
         line.AddCommand(name, summary, help, [options, change](Context const& context) {
             return RunEdit(context, *options, change);
         });
-    edit.add_flag(
+    CLI::Option* const dryRun = edit.add_flag(
         "--dry-run", options->dryRun,
         "Show the rule before and after, and calls that\nare decided differently; write nothing");
+    edit.add_option("--replay", options->replay,
+                    "With --dry-run: tell which calls of these call\n"
+                    "records would be decided differently")
+        ->type_name("CALLS")
+        ->needs(dryRun);
     edit.add_flag("-v,--verbose", options->verbose, "Tell every rule that changes");
     AddText(
         edit, "--if-state", "TOKEN",

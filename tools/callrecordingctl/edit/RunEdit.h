@@ -5,6 +5,9 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "CommandLine.h"
 #include "edit/RuleEdit.h"
@@ -17,6 +20,7 @@ struct EditOptions {
     bool verbose = false;
     std::optional<std::string> ifState; ///< The token of the state that the edit is meant for.
     std::chrono::seconds patience{5};
+    std::vector<std::string> replay; ///< Call files; of a dry run only.
 };
 
 /// Makes the changes. Returns the exit code: no when there is nothing to do. Throws a Failure when

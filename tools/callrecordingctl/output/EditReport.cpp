@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "model/RuleSides.h"
+#include "output/ReplayText.h"
 #include "output/RuleText.h"
 #include "output/ShellText.h"
 #include "output/Table.h"
@@ -133,12 +134,20 @@ nlohmann::ordered_json ChangesToJson(std::vector<Change> const& changes) {
 void ReportEdit(std::vector<Change> const& changes, ReportOptions const& options,
                 Context const& context) {
     if (context.json)
-        return PrintJson(ChangesToJson(changes));
+        return options.replay == nullptr
+                   ? PrintJson(ChangesToJson(changes))
+                   : PrintJson({{"changes", ChangesToJson(changes)},
+                                {"replay",
+                                 DifferencesToJson(options.replay->report, options.replay->before,
+                                                   options.replay->after)}});
     PrintSentences(changes, options, context);
     if (changes.empty())
         fmt::print("no rule changes\n");
     else if (options.dryRun)
         PrintTable(changes, options.verbose);
+    if (options.replay != nullptr)
+        PrintDifferences(options.replay->report, options.replay->before, options.replay->after,
+                         {"BEFORE", "AFTER", "the rules after the edit"});
 }
 
 } // namespace callrecordingctl

@@ -10,6 +10,7 @@
 #include <nlohmann/json.hpp>
 
 #include "CommandLine.h"
+#include "edit/EditReplay.h"
 #include "edit/RuleEdit.h"
 
 namespace callrecordingctl {
@@ -22,7 +23,8 @@ nlohmann::ordered_json ChangesToJson(std::vector<Change> const& changes);
 struct ReportOptions {
     std::size_t count; ///< Of the rules after the edit.
     bool dryRun;
-    bool verbose; ///< Every rule, also those that only moved along.
+    bool verbose;             ///< Every rule, also those that only moved along.
+    EditReplay const* replay; ///< What the edit does to calls of call records, or null.
 };
 
 /// Prints the changes.

@@ -121,18 +121,18 @@ std::string OutcomeText(Rule const* rule) {
     return text + (rule->description.empty() ? "" : " (" + rule->description + ")");
 }
 
-void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList const& others,
-                      std::string const& there) {
+void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList const& there,
+                      ListNames const& names) {
     fmt::print("{} of {} decided differently by {}\n", report.different.calls,
-               Plural(report.all.calls, "call"), Printable(there));
+               Plural(report.all.calls, "call"), Printable(names.others));
     if (report.different.calls == 0)
         return;
     auto const text = [](RuleList const& rules, Decision decision) {
         return OutcomeText(decision == kNotRecorded ? nullptr : &rules[decision]);
     };
-    Table table({"CALLS", "HERE", "THERE", "EXAMPLE"});
+    Table table({"CALLS", names.here, names.there, "EXAMPLE"});
     for (auto const& [pair, tally] : report.differences)
-        table.Add({std::to_string(tally.calls), text(here, pair.first), text(others, pair.second),
+        table.Add({std::to_string(tally.calls), text(here, pair.first), text(there, pair.second),
                    ExampleText(tally.example)});
     if (report.moreDifferences.calls > 0)
         table.Add({std::to_string(report.moreDifferences.calls), "of more rules", "", ""});
@@ -148,7 +148,8 @@ void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
     PrintProblems(report);
     if (facts.there) {
         fmt::print("\n");
-        PrintDifferences(report, facts.here.rules, facts.there->rules, facts.there->path);
+        PrintDifferences(report, facts.here.rules, facts.there->rules,
+                         {"HERE", "THERE", facts.there->path});
     }
 }
 

@@ -10,9 +10,16 @@ namespace callrecordingctl {
 /// Prints the report: the rules, what none of them takes, and what is to be said about the files.
 void PrintReplay(ReplayReport const& report, ReplayFacts const& facts);
 
-/// Prints how the other rules decide differently. there says what these are: "the rules in FILE".
-void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList const& others,
-                      std::string const& there);
+/// What the two lists of rules are called, for headers, and the other one in a sentence.
+struct ListNames {
+    char const* here;
+    char const* there;
+    std::string others;
+};
+
+/// Prints how the other rules decide differently.
+void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList const& there,
+                      ListNames const& names);
 
 /// Prints one call with its decision as a line of fields with tabs between them: time, from, to,
 /// identifier of the rule, destination.

@@ -1,0 +1,25 @@
+// What an edit would do to the calls of call records.
+
+#ifndef CALLRECORDINGCTL_EDIT_EDITREPLAY_H
+#define CALLRECORDINGCTL_EDIT_EDITREPLAY_H
+
+#include <string>
+#include <vector>
+
+#include "edit/RuleEdit.h"
+#include "replay/Replay.h"
+
+namespace callrecordingctl {
+
+struct EditReplay {
+    RuleList before;
+    RuleList after;
+    ReplayReport report; ///< Of the rules before, compared with those after.
+};
+
+/// Replays the call files. Throws a Failure when one of them cannot be used.
+EditReplay ReplayEdit(std::vector<std::string> const& calls, RuleEdit& edit);
+
+} // namespace callrecordingctl
+
+#endif
