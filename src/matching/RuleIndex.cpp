@@ -126,11 +126,12 @@ CallRecordingRuleParams const* RuleIndex::DecidingRule(Call const& call) const {
 }
 
 void RuleIndex::Clear() noexcept {
-    rules_ = {};
-    nodes_ = {};
-    ranks_ = {};
-    filters_ = {};
-    origins_ = {};
+    // Assigning an empty list would keep the memory.
+    decltype(rules_)().swap(rules_);
+    decltype(nodes_)().swap(nodes_);
+    decltype(ranks_)().swap(ranks_);
+    decltype(filters_)().swap(filters_);
+    decltype(origins_)().swap(origins_);
 }
 
 } // namespace CallRecordingUtils
