@@ -139,7 +139,7 @@ TEST(Index, DecidesAsTheWalkDoes) {
             for (int pass = 0; pass < 3; ++pass) {
                 auto const walked = DecidingRule(list, call);
                 long const before = allocations;
-                Rule const* const found = index.DecidingRule(call);
+                Rule const* const found = index.Decide(call).rule;
                 ASSERT_EQ(allocations, before);
                 ASSERT_EQ(found, walked == list.end() ? nullptr : *walked)
                     << caller.user << " to " << called.user << "@" << called.host << ":"
@@ -153,6 +153,49 @@ TEST(Index, DecidesAsTheWalkDoes) {
         }
     }
     EXPECT_GT(decided, 3000U);
+}
+
+// What an index is there for. The bounds are about twice what it takes.
+TEST(Index, LooksAtFewOfManyRules) {
+    struct {
+        char const* kind;
+        std::string (*make)(Generator&);
+        std::size_t mostEffort; // On an average.
+    } const rows[] = {
+        {"exact", [](Generator& g) { return g.Digits(7); }, 12},
+        {"prefix", [](Generator& g) { return "498912" + g.Digits(5) + "*"; }, 12},
+        {"tail", [](Generator& g) { return "*" + g.Digits(7); }, 12},
+        {"middle", [](Generator& g) { return "*" + g.Digits(7) + "*"; }, 20},
+        {"range", [](Generator& g) { return g.Digits(5) + "<10-29>"; }, 12},
+        {"sets first", [](Generator& g) { return "[1-4][2,3]" + g.Digits(6); }, 12},
+        {"sets only",
+         [](Generator& g) {
+             std::string sets;
+             for (int i = 0; i < 9; ++i)
+                 sets += "[" + g.Digits(1) + "," + g.Digits(1) + "]";
+             return sets;
+         },
+         250},
+    };
+    for (auto const& [kind, make, mostEffort] : rows) {
+        Generator random(2);
+        std::vector<Rule> rules(4000);
+        std::list<Rule*> list;
+        for (Rule& rule : rules) {
+            rule.caller_pattern = "*";
+            rule.called_pattern = make(random);
+            list.push_back(&rule);
+        }
+        RuleIndex index;
+        index.Build(list);
+        std::size_t effort = 0;
+        for (int i = 0; i < 500; ++i) {
+            CallParams const called =
+                random.Params(rules[random.Below(rules.size())].called_pattern);
+            effort += index.Decide(Call({}, CALL_TYPE_NUMBER, called, CALL_TYPE_NUMBER)).effort;
+        }
+        EXPECT_LE(effort, 500 * mostEffort) << kind;
+    }
 }
 
 // Where each rule would be tested for each place of the address, the index gives up.
@@ -169,14 +212,16 @@ TEST(Index, ManyRulesAlikeTakeTheTimeOfAWalk) {
     index.Build(list);
     CallParams const address{std::string(20000, '5'), {}, "", ""};
     Call const call(address, CALL_TYPE_NUMBER, address, CALL_TYPE_NUMBER);
-    EXPECT_EQ(index.DecidingRule(call), &rules.back());
+    EXPECT_EQ(index.Decide(call).rule, &rules.back());
+    EXPECT_LT(index.Decide(call).effort, 2 * rules.size());
 }
 
 TEST(Index, WithoutMemoryForItTheWalkServes) {
     std::vector<Rule> rules(300);
     std::list<Rule*> list;
     for (std::size_t i = 0; i < rules.size(); ++i) {
-        rules[i].called_pattern = (i % 3 == 0 ? "*" : "") + std::to_string(7919 * i % 1000) + "[1-5]*";
+        rules[i].called_pattern =
+            (i % 3 == 0 ? "*" : "") + std::to_string(7919 * i % 1000) + "[1-5]*";
         list.push_back(&rules[i]);
     }
     RuleIndex index;

@@ -5,6 +5,7 @@
 #define LANGUAGE_ELEMENTS_H
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 #include "language/Characters.h"
@@ -43,6 +44,37 @@ inline Element ReadElement(std::string_view pattern, std::size_t at) {
     if (closing == std::string_view::npos)
         return {Construct::Unclosed, at, at};
     return {c == '[' ? Construct::Set : Construct::Range, at, closing + 1};
+}
+
+/// Returns how many literals pattern and address both begin with.
+inline std::size_t SharedLiterals(std::string_view pattern, std::string_view address) {
+    std::size_t const size = pattern.size() < address.size() ? pattern.size() : address.size();
+    constexpr std::size_t kTogether = 8; // Compared in one go: nothing is compared more often.
+    auto const areLiterals = [](char const* text) {
+        bool all = true;
+        for (std::size_t i = 0; i < kTogether; ++i)
+            all = all & IsLiteral(text[i]);
+        return all;
+    };
+    std::size_t shared = 0;
+    while (size - shared >= kTogether &&
+           std::memcmp(&pattern[shared], &address[shared], kTogether) == 0 &&
+           areLiterals(&pattern[shared]))
+        shared += kTogether;
+    while (shared < size && pattern[shared] == address[shared] && IsLiteral(pattern[shared]))
+        ++shared;
+    return shared;
+}
+
+/// Returns whether address begins with the literals that pattern begins with. Where it does not,
+/// the pattern cannot match.
+inline bool BeginsWithLiteralsOf(std::string_view pattern, std::string_view address) {
+    if (pattern.empty() || !IsLiteral(pattern.front()))
+        return true;
+    if (address.empty() || pattern.front() != address.front()) // Where most comparisons end.
+        return false;
+    std::size_t const shared = SharedLiterals(pattern, address);
+    return shared == pattern.size() || !IsLiteral(pattern[shared]);
 }
 
 /// Whether the element takes exactly one character of an address.

@@ -17,6 +17,7 @@
 #include "model/SipAddress.h"
 
 namespace CallRecordingUtils {
+
 CCallRecordingAssistant::CCallRecordingAssistant(bool withLogger)
     : mpCallRecordingDB(nullptr), mpMutex(nullptr) {
     auto mutex = std::make_unique<ThreadMutex>();

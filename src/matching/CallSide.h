@@ -12,18 +12,9 @@
 
 #include <callrecordingutils/CallRecordingRuleParams.h>
 
-#include "language/Characters.h"
+#include "language/Elements.h"
 
 namespace CallRecordingUtils {
-
-/// Returns whether address begins with the literals that pattern begins with. Where it does not,
-/// the pattern cannot match.
-inline bool BeginsWithLiteralsOf(std::string_view pattern, std::string_view address) {
-    for (std::size_t at = 0; at < pattern.size() && IsLiteral(pattern[at]); ++at)
-        if (at == address.size() || pattern[at] != address[at])
-            return false;
-    return true;
-}
 
 /// Tests one side of a call against the sides of any number of rules. What the tests need of the
 /// call is put together once.

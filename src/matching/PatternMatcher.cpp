@@ -11,11 +11,11 @@ namespace CallRecordingUtils {
 /// Takes the literals from at on; at ends behind them. The commonest steps, without the detour of
 /// an element for each.
 bool PatternMatcher::TakeLiterals(std::size_t& at, Way& way) const {
-    for (; at < texts_.pattern.size() && IsLiteral(texts_.pattern[at]); ++at, ++way.position)
-        if (way.position == texts_.address.size() ||
-            texts_.pattern[at] != texts_.address[way.position])
-            return false;
-    return true;
+    std::string_view const pattern = texts_.pattern.substr(at);
+    std::size_t const shared = SharedLiterals(pattern, texts_.address.substr(way.position));
+    at += shared;
+    way.position += shared;
+    return shared == pattern.size() || !IsLiteral(pattern[shared]);
 }
 
 /// Takes the elements from begin to end, which ReadFixed has read.

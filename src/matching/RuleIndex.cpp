@@ -38,8 +38,8 @@ class RuleIndex::Search {
     /// many rules are alike, and each of them would be tested for many origins.
     void Walk() {
         Rank const end = std::min(best_, static_cast<Rank>(index_.rules_.size()));
-        for (Rank rank = 0; rank < end; ++rank)
-            if (Takes(*index_.rules_[rank], call_)) {
+        for (Rank rank = 0; rank < end; ++rank, ++effort_)
+            if (TakesAfterAll(*index_.rules_[rank], call_)) {
                 best_ = rank;
                 return;
             }
@@ -47,6 +47,7 @@ class RuleIndex::Search {
 
     bool HasGivenUp() const { return effort_ > limit_; }
     Rank Best() const { return best_; }
+    std::size_t Effort() const { return effort_; }
 
   private:
     void VisitBranch(Node const& node) {
@@ -90,6 +91,7 @@ class RuleIndex::Search {
             for (std::size_t f = 0; f < leaf.filterCount; ++f, filters += kSlots * sets)
                 passing &= sets == 1 ? filters[slots[f]] : WordAt(filters + slots[f] * sets);
             TestRules(ranks + i, passing);
+            ++effort_;
         }
     }
 
@@ -113,16 +115,17 @@ class RuleIndex::Search {
     Call const& call_;
     CallTraits traits_;
     Rank best_ = kNoRank;
-    std::size_t effort_ = 0; // Nodes visited and rules tested.
+    std::size_t effort_ = 0;
     std::size_t const limit_;
 };
 
-CallRecordingRuleParams const* RuleIndex::DecidingRule(Call const& call) const {
+RuleIndex::Decision RuleIndex::Decide(Call const& call) const {
     Search search(*this, call);
     search.Visit(0);
     if (search.HasGivenUp())
         search.Walk();
-    return search.Best() == kNoRank ? nullptr : rules_[search.Best()];
+    Rank const best = search.Best();
+    return {best == kNoRank ? nullptr : rules_[best], search.Effort()};
 }
 
 void RuleIndex::Clear() noexcept {

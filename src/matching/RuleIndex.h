@@ -1,16 +1,18 @@
 // The rules of a list, arranged so that a decision looks at few of them.
 //
-// It cannot change an answer:
-// - It never says that a rule takes a call. Takes of Decision.h does, which every step of a walk
-// asks
-//   as well, on the record as it is at that moment; so a state that is changed counts at once.
-// - It leaves a rule out only for what no call has that the rule takes: the traits that TraitsOf
-// reads
-//   off the patterns. When it is not sure, a trait of a rule is "any", and the rule is looked at.
-// - It leaves out rules behind the first one found, and no others, for their place.
-// - What it was built from is patterns, call types and order. Who can change those has been lent
-// the
-//   list or a record; from then on it is not used.
+// It cannot change an answer, for four reasons.
+//
+// It never says that a rule takes a call. Takes of Decision.h does, which every step of a walk asks
+// as well, on the record as it is at that moment; so a state that is changed counts at once.
+//
+// It leaves a rule out only for what no call has that the rule takes: the traits that TraitsOf
+// reads off the patterns. When it is not sure, a trait of a rule is "any", and the rule is looked
+// at.
+//
+// It leaves out rules behind the first one found, and no others, for their place.
+//
+// What it was built from is patterns, call types and order. Who can change those has been lent the
+// list or a record; from then on it is not used.
 //
 // tests/index_test.cpp compares it with the walk.
 
@@ -60,14 +62,18 @@ class RuleIndex {
     void LendRecord() { isRecordLent_.store(true, std::memory_order_relaxed); }
     void LendList() { isListLent_.store(true, std::memory_order_relaxed); }
 
-    /// Whether DecidingRule may be asked; else the list has to be walked.
+    /// Whether Decide may be asked; else the list has to be walked.
     bool IsUsable() const {
         return !nodes_.empty() && !isRecordLent_.load(std::memory_order_relaxed) &&
                !isListLent_.load(std::memory_order_relaxed);
     }
 
-    /// Returns the first rule of the list that takes call, or null. REQUIRES: IsUsable().
-    CallRecordingRuleParams const* DecidingRule(Call const& call) const;
+    struct Decision {
+        CallRecordingRuleParams const* rule; // The first of the list that takes the call, or null.
+        std::size_t effort; // How many nodes, blocks of a leaf and rules were looked at.
+    };
+    /// REQUIRES: IsUsable().
+    Decision Decide(Call const& call) const;
 
   private:
     using Rank = std::uint32_t; // The place of a rule in the list, null entries not counted.
@@ -78,10 +84,10 @@ class RuleIndex {
 
     struct Node {
         Rank first = 0; // The first rule below.
-        std::uint32_t begin =
-            0; // Leaf: its first rule in ranks_. Else: its first branch in nodes_.
-        std::uint32_t size =
-            0; // Leaf: how many rules. Origins: how many characters the bits tell of.
+        // Leaf: its first rule in ranks_. Else: its first branch in nodes_.
+        std::uint32_t begin = 0;
+        // Leaf: how many rules. Origins: how many characters the bits tell of.
+        std::uint32_t size = 0;
         std::uint32_t bits = 0; // Leaf: its filters in filters_. Origins: its bits in origins_.
         std::uint32_t rest = 0; // The node of the rest; 0: there is none.
         std::array<Trait, kMostFilters> traits{}; // Leaf: of the filters. Split: the one asked for.
@@ -91,10 +97,9 @@ class RuleIndex {
         std::uint8_t side = 0;        // Origins: of the call.
     };
 
-    /// The rules of a leaf are filtered in blocks, a bit for each rule: of 16, or in a large leaf
-    /// of
-    /// 64. A block has for each trait of the leaf and for each slot the set of the rules that have
-    /// the slot there.
+    /// The rules of a leaf are filtered in blocks of 16, or of 64 in a large leaf, a bit for each
+    /// rule. A block has for each trait of the leaf and for each slot the set of the rules that
+    /// have the slot there.
     static constexpr std::size_t kSmallBlock = 16;
     using RuleSet = std::uint16_t; // A word of 64 bits consists of four.
     static constexpr std::size_t SetsOfBlock(Node const& leaf) {
@@ -124,7 +129,7 @@ inline CallRecordingRuleParams const*
 DecidingRecord(std::list<CallRecordingRuleParams*> const& rules, RuleIndex const& index,
                Call const& call) {
     if (index.IsUsable())
-        return index.DecidingRule(call);
+        return index.Decide(call).rule;
     auto const deciding = DecidingRule(rules, call);
     return deciding == rules.end() ? nullptr : *deciding;
 }

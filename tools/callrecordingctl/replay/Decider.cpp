@@ -11,12 +11,7 @@ Decider::Decider(RuleList rules) : rules_(std::move(rules)) {
 }
 
 Decision Decider::Decide(CallRecordingUtils::Call const& call) const {
-    if (!index_.IsUsable()) {
-        auto const rule = CallRecordingUtils::DecidingRule(pointers_, call);
-        return rule == pointers_.end() ? kNotRecorded
-                                       : static_cast<Decision>(*rule - rules_.data());
-    }
-    Rule const* const rule = index_.DecidingRule(call);
+    Rule const* const rule = CallRecordingUtils::DecidingRecord(pointers_, index_, call);
     return rule == nullptr ? kNotRecorded : static_cast<Decision>(rule - rules_.data());
 }
 
