@@ -10,7 +10,8 @@ mkdir -p "$1"
 build=$(cd "$1" && pwd)
 
 export DEB_BUILD_MAINT_OPTIONS=hardening=+all
-flags() { dpkg-buildflags --get "$1" | sed "s# *-f[a-z-]*-map=[^ ]*##g; s# -O2##"; }
+# Without -g: the packages are stripped, and the bytes do not depend on the place of the sources then.
+flags() { dpkg-buildflags --get "$1" | sed "s#-f[a-z-]*-map=[^ ]*##g; s#-O2##; s#^-g ##"; }
 "$source/scripts/build.sh" "$build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
     -DCALLRECORDINGUTILS_BUILD_TESTS=OFF -DCALLRECORDINGUTILS_BUILD_EXAMPLES=OFF \
     -DCMAKE_CXX_FLAGS="$(flags CXXFLAGS) $(flags CPPFLAGS)" \
