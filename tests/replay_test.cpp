@@ -458,6 +458,7 @@ TEST_F(ReplayCommand, TellsWhatItCouldNotReadAndByItsExitStatusWhatItMeans) {
         {"replay -", 0, "0 calls in 1 file: 0 recorded", ""},
         {bad + " /none.csv", 3, "", "/none.csv: cannot be read"},
         {bad + " --against /none", 3, "", "/none: there is no such file"},
+        {bad + " --against callrecordingdb", 0, "0 of 2 calls decided differently", ""},
         {bad + " --html /none/page", 4, "", "/none/page: cannot be written"},
         {bad + " --from-column x", 3, "", "no column \"x\" among: from, to, to_type, time"},
         {"replay", 2, "", "CALLS"},
@@ -469,7 +470,7 @@ TEST_F(ReplayCommand, TellsWhatItCouldNotReadAndByItsExitStatusWhatItMeans) {
          "\"replay\": {\n    \"calls\": 4,", ""},
     };
     for (auto const& [command, code, out, err] : rows) {
-        Outcome const outcome = Run(command, ": | ");
+        Outcome const outcome = Run(command, "cd " + dir_.Path("telephony") + "; : | ");
         EXPECT_EQ(outcome.code, code) << command << outcome.err;
         EXPECT_NE(outcome.out.find(out), std::string::npos) << command << "\n" << outcome.out;
         EXPECT_NE(outcome.err.find(err), std::string::npos) << command << "\n" << outcome.err;

@@ -52,7 +52,8 @@ ReplayFacts ReadFacts(std::string const& path, std::string const& against) {
         return facts;
     if (!std::filesystem::exists(against))
         throw Failure(kExitUnreadable, against + ": there is no such file");
-    facts.there = ReadRuleFile(against);
+    // A name without a directory would read as one in none.
+    facts.there = ReadRuleFile(std::filesystem::absolute(against).string());
     return facts;
 }
 
