@@ -44,6 +44,9 @@ if(DPKG_ARCHITECTURE AND CMAKE_LIBRARY_ARCHITECTURE)
   execute_process(OUTPUT_VARIABLE CPACK_DEBIAN_PACKAGE_ARCHITECTURE OUTPUT_STRIP_TRAILING_WHITESPACE
     COMMAND "${DPKG_ARCHITECTURE}" -f -t "${CMAKE_LIBRARY_ARCHITECTURE}" -q DEB_HOST_ARCH)
 endif()
+if(CMAKE_CROSSCOMPILING)
+  set(CPACK_CROSS_ROOT "${CMAKE_FIND_ROOT_PATH}")
+endif()
 set(CPACK_PROJECT_CONFIG_FILE "${CMAKE_CURRENT_LIST_DIR}/PackageArchitecture.cmake")
 
 # An installation under /usr is the system's, and has what Debian asks for: the directory of the rules, a

@@ -32,6 +32,6 @@ if [ -n "$package" ]; then
     for file in "$build-package"/packages/*.deb; do
         [ "$(dpkg-deb -f "$file" Architecture)" = "$architecture" ]
     done
-    dpkg-deb -f "$build-package"/packages/libcallrecordingutils1_*.deb Architecture Depends |
-        grep -F 'libstdc++6 (>='
+    dpkg-deb -f "$build-package"/packages/libcallrecordingutils1_*.deb Depends |
+        tee /dev/stderr | grep -xE 'libc6 [^,:]*, libgcc-s1 [^,:]*, libstdc\+\+6[^,:]*'
 fi
