@@ -96,11 +96,11 @@ void Report(RuleEdit& edit, EditOptions const& options, Context const& context, 
     // A reader that has gone must not end this process: the edit has been made.
     if (isSaved)
         std::signal(SIGPIPE, SIG_IGN);
+    std::optional<EditReplay> replay;
+    if (!options.replay.empty()) // Of a dry run.
+        replay = ReplayEdit(options.replay, edit);
     std::string reason;
     try {
-        std::optional<EditReplay> replay;
-        if (!options.replay.empty())
-            replay = ReplayEdit(options.replay, edit);
         ReportEdit(edit.Changes(),
                    {edit.Count(), options.dryRun, options.verbose, replay ? &*replay : nullptr},
                    context);
@@ -108,8 +108,6 @@ void Report(RuleEdit& edit, EditOptions const& options, Context const& context, 
             PrintCallChanges(edit.Before(), edit.After());
         if (std::fflush(stdout) != 0)
             reason = std::strerror(errno);
-    } catch (Failure const&) { // No matter of the output.
-        throw;
     } catch (std::exception const& error) {
         reason = error.what();
     }
