@@ -268,6 +268,56 @@ TEST_F(Client, FindsWhatAHandGetsWrongAndRenumbers) {
 }
 
 // Every pair of five rules to every place, against the same done to a list of texts.
+TEST_F(Client, FindsChecksFilesAndCompletes) {
+    dir.WriteRules("");
+    Run("add --from 20[1-3] --description 'Vertrieb 東京'");
+    Run("add --from 301 --to a@b --disabled --description 'x\u202Ey'");
+    dir.Write("other", "{\ncallrecordingrule_id=7\ncaller_pattern=<5-1>\n}\n");
+    std::string const other = dir.Path("other");
+    Row const rows[] = {
+        {"list --grep VERTRIEB", 0, "1  0   on ", ""},
+        {"list --matching-from 'sip:301@x'", 0, "", "there are no rules"},
+        {"list --matching-from '<tel:3-01>'", 0, "2  1   off", ""},
+        {"list --matching-to 'a@b:9' --enabled", 0, "1  0   on ", ""},
+        {"list --disabled --json", 0, "\"position\": 2", ""},
+        {"list --disabled", 0, "x?y", ""},
+        {"decide --from '\"A\" <tel:2-01>' --to 1", 0, "recorded by rule 0",
+         "--from: taken for 201 (left out: name, brackets, tel:, separators)"},
+        {"check " + other, 1, other + ":1: rule 7: ", ""},
+        {"check -", 1, "standard input:", ""},
+        {"check " + other + " --type number", 0, other + "\n", ""},
+    };
+    for (Row const& row : rows)
+        Expect(row.command == "check -" ? Row{"check - <" + other, row.code, row.out, row.err}
+                                        : row);
+    struct {
+        char const *words, *offered;
+    } const completions[] = {
+        {"sh", "show\tShow one rule"},
+        {"delete ", "0\tVertrieb"},
+        {"delete 0 --tw", "--twin\t"},
+        {"move 0 --after ", "1\tx?y\n"},
+        {"add --to-type=s", "--to-type=sip\t"},
+        {"decide --from-type s", "sip\t"},
+        {"import ", ":files\n"},
+        {"help und", "undo\t"},
+    };
+    for (auto const& [words, offered] : completions) {
+        std::string const given(words);
+        std::string const line = "__complete --config-dir=" + dir.Path() + " " + given +
+                                 (given.back() == ' ' ? "''" : "") +
+                                 "\n:"; // What Run adds is not for it.
+        EXPECT_NE(Run(line).out.find(offered), std::string::npos) << words << Run(line).out;
+    }
+    for (char const* const command :
+         {"", "list", "show", "decide", "check", "add", "modify", "delete", "up", "down", "move",
+          "enable", "disable", "renumber", "undo", "log", "import", "export", "replay"}) {
+        std::istringstream help(Run(std::string("help ") + command, "", " | cat").out);
+        for (std::string line; std::getline(help, line);)
+            EXPECT_LE(line.size(), 80U) << line;
+    }
+}
+
 TEST_F(Client, MovesRulesAsAListWould) {
     for (int pair = 0; pair < 25; ++pair) {
         int const first = pair / 5, second = pair % 5;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "Completion.h"
+#include "HelpFormatter.h"
 #include "Rules.h"
 #include "Similar.h"
 #include "commands/HelpText.h"
@@ -108,7 +110,7 @@ std::string Explain(CLI::ParseError const& error, CLI::App& app,
 CommandLine::CommandLine()
     : app_("Shows, explains and edits the rules by which calls are recorded.", "callrecordingctl") {
     app_.footer(kMainHelp);
-    app_.get_formatter()->column_width(24);
+    app_.formatter(std::make_shared<HelpFormatter>());
     app_.require_subcommand(1);
     app_.set_version_flag("--version", "callrecordingctl " CALLRECORDINGCTL_VERSION);
     AddConfigDir(app_, [this](std::string const& directory) { context_.directory = directory; });
@@ -132,6 +134,10 @@ int CommandLine::Run(int argc, char** argv) {
     // Until the line has been read; the command may not see it at all.
     if (std::find(words.begin(), words.end(), "--json") != words.end())
         UseJsonMessages();
+    if (!words.empty() && words[0] == kCompleteCommand) {
+        PrintCompletions(app_, {words.begin() + 1, words.end()});
+        return kExitYes;
+    }
     try {
         Parse(words);
     } catch (CLI::ParseError const& error) {

@@ -1,11 +1,13 @@
 // check: the stored form of patterns, or what is wrong with them; without any, what is wrong with
 // the rule file.
 
+#include <filesystem>
 #include <memory>
 
 #include <fmt/format.h>
 
 #include "CommandLine.h"
+#include "MemoryFile.h"
 #include "Rules.h"
 #include "analysis/RuleAnalysis.h"
 #include "check/FileFindings.h"
@@ -27,8 +29,10 @@ Without a PATTERN: malformed patterns of the rule file, identifiers given twice,
 values out of range, and rules that can never decide, because nothing satisfies
 a side or because earlier rules together take all their calls; each with the
 line of the file. That earlier rules take some calls of a rule is usual, and
-only a note, of a hundred of them at most. Exit status: 0 nothing but notes, 1
-something found, 6 undecided.
+only a note, of a hundred of them at most. An argument that is the name of a
+file, or "-" for standard input, has that file checked; with --type it is a
+pattern all the same. Exit status: 0 nothing but notes, 1 something found, 6
+undecided.
 "callrecordingctl --help" explains the patterns.
 )";
 
@@ -81,13 +85,14 @@ ExitCode CheckPatterns(Options const& options, bool json) {
     return result;
 }
 
-std::vector<StoredRule> ReadRules(std::string const& path) {
-    if (!HasRuleFile(path))
-        return {};
+std::vector<StoredRule> ReadChecked(std::string const& path, std::string const& name) {
     try {
         return ReadStoredRules(path);
     } catch (std::exception const& error) {
-        throw Failure(kExitUnreadable, error.what());
+        std::string message = error.what();
+        if (message.compare(0, path.size(), path) == 0)
+            message.replace(0, path.size(), name);
+        throw Failure(kExitUnreadable, message);
     }
 }
 
@@ -115,14 +120,16 @@ ExitCode CodeOf(std::vector<FileFinding> const& findings) {
     return code;
 }
 
-ExitCode CheckFile(std::string const& path, std::size_t memory, bool json) {
-    std::vector<StoredRule> const rules = ReadRules(path);
+/// Checks the rule file at path, which messages call name.
+ExitCode CheckFile(std::string const& path, std::string const& name, std::size_t memory,
+                   bool json) {
+    std::vector<StoredRule> const rules = ReadChecked(path, name);
     std::vector<FileFinding> const findings = FindFaults(rules, memory);
     auto document = nlohmann::ordered_json::array();
     for (FileFinding const& finding : findings) {
         document.push_back(FindingToJson(finding, rules));
         if (!json)
-            fmt::print("{}:{}: {}rule {}: {}{}\n", path, finding.line,
+            fmt::print("{}:{}: {}rule {}: {}{}\n", name, finding.line,
                        IsNote(finding) ? "note: " : "", finding.id, finding.message, finding.caret);
     }
     ExitCode const code = CodeOf(findings);
@@ -134,17 +141,35 @@ ExitCode CheckFile(std::string const& path, std::size_t memory, bool json) {
     return code;
 }
 
+/// A file that is not installed: what names one, and is not said to be a pattern by --type.
+bool NamesFile(Options const& options) {
+    if (options.patterns.size() != 1 || options.type)
+        return false;
+    std::error_code ignored;
+    return options.patterns[0] == "-" ||
+           std::filesystem::is_regular_file(options.patterns[0], ignored);
+}
+
+ExitCode Check(Context const& context, Options const& options) {
+    if (options.patterns.empty()) {
+        HasRuleFile(context.path); // Says what is missing where there is no place for it.
+        return CheckFile(context.path, context.path, options.memory, context.json);
+    }
+    if (!NamesFile(options))
+        return CheckPatterns(options, context.json);
+    std::string const& file = options.patterns[0];
+    MemoryFile const copy(ReadInput(file));
+    return CheckFile(copy.Path(), file == "-" ? "standard input" : file, options.memory,
+                     context.json);
+}
+
 } // namespace
 
 void AddCheck(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& check = line.AddCommand(
-        "check", "Check patterns, or without any the whole rule file", kHelp,
-        [options](Context const& context) {
-            return options->patterns.empty()
-                       ? CheckFile(context.path, options->memory, context.json)
-                       : CheckPatterns(*options, context.json);
-        });
+        "check", "Check patterns, or a rule file", kHelp,
+        [options](Context const& context) { return Check(context, *options); });
     AddText(check, "PATTERN...", "", "Patterns as they would be given to add",
             [options](std::string const& text) { options->patterns.push_back(text); })
         ->expected(0, 1); // For the help: all patterns are left over.

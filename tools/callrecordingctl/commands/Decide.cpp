@@ -7,6 +7,7 @@
 #include "CommandLine.h"
 #include "Rules.h"
 #include "commands/Registry.h"
+#include "inspection/CallAddress.h"
 #include "matching/Decision.h"
 #include "model/SipAddress.h"
 #include "output/RuleText.h"
@@ -18,7 +19,9 @@ namespace {
 using namespace CallRecordingUtils;
 
 constexpr char kHelp[] =
-    R"(ADDR is a number, or user@host[:port] for SIP. It is compared as it is given.
+    R"(ADDR is a number, or user@host[:port] for SIP. What call records write around
+an address (sip:, tel:, <>, a name, blanks and dashes in a number) is taken off,
+and the output says so.
 Example: callrecordingctl decide --from alice@pbx:5060 --to 0123 --explain
 )";
 
@@ -31,8 +34,6 @@ struct Options {
 /// The addresses are compared as they are given, which surprises where a pattern holds an escape or
 /// an address was pasted from elsewhere.
 void WarnOfAddress(PartyOptions const& side, char const* option) {
-    if (side.address.compare(0, 4, "sip:") == 0 || side.address.compare(0, 5, "sips:") == 0)
-        Say("{}: \"sip:\" is taken for a part of the user; leave it out", option);
     if (side.address.find_first_of("*?,-!") != std::string::npos)
         Say("{}: in an address * ? , - ! are matched by a ? or * of a pattern only; an "
             "escape such as \\* is stored as a code and matches that code (# ^ @ % :)",
@@ -48,6 +49,15 @@ std::string Mismatch(CallSide const& side, CallType type, char const* name,
     if (side.Satisfies(pattern, ruleType))
         return "";
     return fmt::format("{} does not match {}", name, SideText(pattern, ruleType));
+}
+
+/// Takes off what call records write around an address, and says so: the telephone system may hand
+/// it over differently.
+PartyOptions Cleaned(PartyOptions const& side, char const* option) {
+    CallAddress const cleaned = CleanCallAddress(side.address);
+    if (cleaned.cleanings.any())
+        Say("{}: taken for {} (left out: {})", option, cleaned.text, Words(cleaned.cleanings));
+    return {cleaned.text, side.type};
 }
 
 struct Verdict {
@@ -132,11 +142,13 @@ void PrintAsJson(std::vector<Verdict> const& verdicts, RuleList const& rules, bo
 
 ExitCode Decide(Context const& context, Options const& options) {
     RuleList const rules = LoadRules(context.path);
-    std::vector<Verdict> const verdicts = DecidedCall(options.from, options.to).Judge(rules);
+    PartyOptions const from = Cleaned(options.from, "--from");
+    PartyOptions const to = Cleaned(options.to, "--to");
+    std::vector<Verdict> const verdicts = DecidedCall(from, to).Judge(rules);
     bool const isRecorded = !verdicts.empty() && verdicts.back().decides;
     if (!isRecorded) {
-        WarnOfAddress(options.from, "--from");
-        WarnOfAddress(options.to, "--to");
+        WarnOfAddress(from, "--from");
+        WarnOfAddress(to, "--to");
     }
     if (context.json)
         PrintAsJson(verdicts, rules, options.explain);

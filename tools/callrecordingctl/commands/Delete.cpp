@@ -12,8 +12,9 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(With --twin, all rules before this one that mirror it go too, or if there is none
-the first behind it. Without such a rule nothing is deleted. See --dry-run.
+    R"(With --twin, all rules before this one that mirror it go too, or if there is
+none the first behind it. Without such a rule nothing is deleted. The output has
+the commands that bring the rules back; "undo" does so, too.
 )";
 
 struct Options {

@@ -14,8 +14,8 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Prints all rules for "import": comma-separated values, which spreadsheets read, or
-with --json what "list --json" prints. Patterns are in the entry form.
+    R"(Prints all rules for "import": comma-separated values, which spreadsheets read,
+or with --json what "list --json" prints. Patterns are in the entry form.
 Example: callrecordingctl export >rules.csv
 )";
 

@@ -41,10 +41,10 @@ Setting up rules; each goes behind the ones before it:
   callrecordingctl add --everyone --disabled --description 'every call'
 Finding out why a call is not recorded, or by which rule it is:
   callrecordingctl decide --from 213 --to 00331234 --explain
-  callrecordingctl check                            looks for faults in the rules
-  callrecordingctl example 7                        a call that rule 7 decides
-  callrecordingctl prove --to 112 --recorded        that all such calls are
-  callrecordingctl diff FILE                        calls that FILE decides otherwise
+  callrecordingctl check                           looks for faults in the rules
+  callrecordingctl example 7                       a call that rule 7 decides
+  callrecordingctl prove --to 112 --recorded       that all such calls are
+  callrecordingctl diff FILE                       calls that FILE decides otherwise
 Changing rules; ID is the identifier that list shows, or the position, '#4':
   callrecordingctl up 4          one place up; "up 4 99" makes it the first
   callrecordingctl modify 4 --to '[2-4]??' --duration 3600

@@ -24,13 +24,14 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(FILE holds what "list --json" or "export" prints, or a table with separators , or ;
-whose first row names the columns: from, from_type, to, to_type, record_to,
+    R"(FILE holds what "list --json" or "export" prints, or a table with separators ,
+or ; whose first row names the columns: from, from_type, to, to_type, record_to,
 duration, description, recording_type, enabled, id; "-" is standard input.
 Columns mean what the options of add mean, and may be left out.
-Everything is checked first, and every fault is told with its line. Then all rules
-are saved at once: behind the others under new identifiers, or with --replace in
-the place of all others, where rules that stay keep their lines of the file.
+Everything is checked first, and every fault is told with its line. Then all
+rules are saved at once: behind the others under new identifiers, or with
+--replace in the place of all others; rules that stay keep their lines of the
+file.
 )";
 
 struct Options {

@@ -1,7 +1,9 @@
 // list: the rules in their order.
 
 #include <algorithm>
+#include <cctype>
 #include <memory>
+#include <tuple>
 
 #include <fmt/format.h>
 
@@ -9,7 +11,10 @@
 #include "Digest.h"
 #include "Rules.h"
 #include "commands/Registry.h"
+#include "inspection/CallAddress.h"
+#include "matching/CallSide.h"
 #include "model/BasicView.h"
+#include "model/SipAddress.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
 
@@ -24,7 +29,42 @@ environment variable COLUMNS says how wide. For scripts there is --json.
 
 struct Options {
     bool basic = false;
+    std::string grep;
+    PartyOptions from;
+    PartyOptions to;
+    bool enabled = false;
+    bool disabled = false;
 };
+
+bool ContainsText(std::string const& text, std::string const& part) {
+    auto const isSame = [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) ==
+               std::tolower(static_cast<unsigned char>(b));
+    };
+    return std::search(text.begin(), text.end(), part.begin(), part.end(), isSame) != text.end();
+}
+
+/// Whether the side of a rule takes the address; every side does when none is given.
+bool TakesAddress(PartyOptions const& party, std::string const& pattern, CallType type) {
+    using namespace CallRecordingUtils;
+    if (party.address.empty())
+        return true;
+    CallParty const call = ReadCallParty(CleanCallAddress(party.address).text, party.type);
+    return (type == call.type || type == CALL_TYPE_ANY) &&
+           CallSide(call.params, call.type).Satisfies(pattern, type);
+}
+
+bool IsWanted(Rule const& rule, Options const& options) {
+    bool const isOn = rule.recording_rule_state == CallRecordingUtils::RULE_ENABLED;
+    if ((options.enabled && !isOn) || (options.disabled && isOn))
+        return false;
+    std::string all;
+    for (std::string const& cell : ListRow(rule, 0))
+        all += cell + "\n";
+    return ContainsText(all, options.grep) &&
+           TakesAddress(options.from, rule.caller_pattern, rule.caller_call_type) &&
+           TakesAddress(options.to, rule.called_pattern, rule.called_call_type);
+}
 
 /// The rules as the basic view shows them; says what it does not show.
 RuleList InBasicView(RuleList const& rules) {
@@ -49,7 +89,14 @@ ExitCode List(Context const& context, Options const& options) {
     std::string const state = StateToken(digest);
     if (options.basic)
         rules = InBasicView(rules);
-    PrintRules(rules, state, context.json);
+    RuleList wanted;
+    std::vector<std::size_t> positions;
+    for (std::size_t i = 0; i < rules.size(); ++i)
+        if (IsWanted(rules[i], options)) {
+            wanted.push_back(rules[i]);
+            positions.push_back(i + 1);
+        }
+    PrintRules(wanted, positions, state, context.json);
     return kExitYes;
 }
 
@@ -60,6 +107,15 @@ void AddList(CommandLine& line) {
     CLI::App& list =
         line.AddCommand("list", "Show the rules in order of evaluation", kHelp,
                         [options](Context const& context) { return List(context, *options); });
+    list.add_option("--grep", options->grep, "Only rules with this text in them")
+        ->type_name("TEXT");
+    for (auto const& [name, who, party] : {std::tuple("--matching-from", "calling", &options->from),
+                                           std::tuple("--matching-to", "called", &options->to)})
+        list.add_option(name, party->address,
+                        fmt::format("Only rules whose {} side takes this address", who))
+            ->type_name("ADDR");
+    list.add_flag("--enabled", options->enabled, "Only rules that are on");
+    list.add_flag("--disabled", options->disabled, "Only rules that are off");
     list.add_flag("--basic", options->basic, "The basic view: each rule and its twin as one");
 }
 

@@ -20,8 +20,8 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Prints the edits, the last one first. An edit made around callrecordingctl, by hand
-or by a telephony process, shows as such once another one follows or now.
+    R"(Prints the edits, the last one first. An edit made around callrecordingctl, by
+hand or by a telephony process, shows as such.
 Example: callrecordingctl log --since monday
 )";
 

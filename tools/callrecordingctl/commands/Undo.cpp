@@ -13,9 +13,9 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(The file becomes what it was before the last N edits, byte for byte. Another undo
-goes further back. An edit made around callrecordingctl stops it: see "log", and
-say --also-outside if it is to be taken back as well.
+    R"(The file becomes what it was before the last N edits, byte for byte. Another
+undo goes further back. An edit made around callrecordingctl stops it: see
+"log", and say --also-outside if it is to be taken back as well.
 )";
 
 struct Options {

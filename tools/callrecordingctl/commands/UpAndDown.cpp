@@ -13,8 +13,8 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Identifiers belong to places: rules that change places exchange them too, and the
-output says which rule has which identifier now. When the rule is at the end
+    R"(Identifiers belong to places: rules that change places exchange them too, and
+the output says which rule has which identifier now. When the rule is at the end
 already, nothing changes, and the exit status is 1.
 )";
 

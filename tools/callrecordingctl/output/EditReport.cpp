@@ -13,11 +13,6 @@
 namespace callrecordingctl {
 namespace {
 
-std::string Sides(Rule const& rule) {
-    return fmt::format("from {} to {}", SideText(rule.caller_pattern, rule.caller_call_type),
-                       SideText(rule.called_pattern, rule.called_call_type));
-}
-
 bool DifferInStateOnly(Rule before, Rule const& after) {
     before.recording_rule_state = after.recording_rule_state;
     return CallRecordingUtils::AreEqual(before, after);
@@ -96,12 +91,12 @@ void PrintTable(std::vector<Change> const& changes, bool verbose) {
 
 std::string Sentence(Change const& change, std::size_t count) {
     if (change.after == nullptr)
-        return fmt::format("{} deleted: {}", NameOf(*change.before), Sides(*change.before));
+        return fmt::format("{} deleted: {}", NameOf(*change.before), SidesText(*change.before));
     Rule const& after = *change.after;
     std::string const name = NameOf(after);
     if (change.before == nullptr)
         return fmt::format("{} added at position {} of {}: {}", name, change.afterPosition, count,
-                           Sides(after));
+                           SidesText(after));
     if (change.before->callrecordingrule_id != after.callrecordingrule_id &&
         change.beforePosition == change.afterPosition)
         return fmt::format("{} at position {} is now rule {}", NameOf(*change.before),
@@ -114,10 +109,10 @@ std::string Sentence(Change const& change, std::size_t count) {
         return fmt::format("{} is at position {} of {} now, was {}", name, change.afterPosition,
                            count, change.beforePosition);
     if (isEqual)
-        return fmt::format("{} is as it was: {}, {}", name, StateText(after), Sides(after));
+        return fmt::format("{} is as it was: {}, {}", name, StateText(after), SidesText(after));
     if (DifferInStateOnly(*change.before, after))
-        return fmt::format("{} is now {}: {}", name, StateText(after), Sides(after));
-    return fmt::format("{} changed: {}", name, Sides(after));
+        return fmt::format("{} is now {}: {}", name, StateText(after), SidesText(after));
+    return fmt::format("{} changed: {}", name, SidesText(after));
 }
 
 nlohmann::ordered_json ChangesToJson(std::vector<Change> const& changes) {

@@ -2,6 +2,8 @@
 
 #include "output/RuleText.h"
 
+#include <numeric>
+
 #include <fmt/format.h>
 
 #include "Failure.h"
@@ -51,6 +53,11 @@ void AddSide(nlohmann::ordered_json& json, std::string const& side, std::string 
 }
 
 } // namespace
+
+std::string SidesText(Rule const& rule) {
+    return fmt::format("from {} to {}", SideText(rule.caller_pattern, rule.caller_call_type),
+                       SideText(rule.called_pattern, rule.called_call_type));
+}
 
 std::string NameOf(Rule const& rule) {
     return fmt::format("rule {}{}", rule.callrecordingrule_id,
@@ -113,24 +120,44 @@ nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position, std::strin
     return json;
 }
 
-nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state) {
+namespace {
+
+std::vector<std::size_t> AllPositions(RuleList const& rules) {
+    std::vector<std::size_t> positions(rules.size());
+    std::iota(positions.begin(), positions.end(), 1);
+    return positions;
+}
+
+nlohmann::ordered_json RulesToJson(RuleList const& rules, std::vector<std::size_t> const& positions,
+                                   std::string const& state) {
     auto document = nlohmann::ordered_json::array();
     for (std::size_t i = 0; i < rules.size(); ++i)
-        document.push_back(ToJson(rules[i], i + 1, state));
+        document.push_back(ToJson(rules[i], positions[i], state));
     return document;
 }
 
-void PrintRules(RuleList const& rules, std::string const& state, bool json) {
+} // namespace
+
+nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state) {
+    return RulesToJson(rules, AllPositions(rules), state);
+}
+
+void PrintRules(RuleList const& rules, std::vector<std::size_t> const& positions,
+                std::string const& state, bool json) {
     if (json)
-        return PrintJson(ListToJson(rules, state));
+        return PrintJson(RulesToJson(rules, positions, state));
     Table table(ListHeaders(), 6, 3);
     for (std::size_t i = 0; i < rules.size(); ++i)
-        table.Add(ListRow(rules[i], i + 1), rules[i].recording_rule_state != RULE_ENABLED);
+        table.Add(ListRow(rules[i], positions[i]), rules[i].recording_rule_state != RULE_ENABLED);
     if (rules.empty())
         Say("there are no rules");
     else
         table.Print();
     Say("the file is in state {}", state);
+}
+
+void PrintRules(RuleList const& rules, std::string const& state, bool json) {
+    PrintRules(rules, AllPositions(rules), state, json);
 }
 
 void PrintJson(nlohmann::ordered_json const& document) {

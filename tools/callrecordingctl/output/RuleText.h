@@ -29,6 +29,9 @@ char const* StateText(Rule const& rule);
 /// Call type and pattern in the entry form, with a mark when the pattern is malformed or empty.
 std::string SideText(std::string const& stored, CallType type);
 
+/// Both sides in words: from ... to ...
+std::string SidesText(Rule const& rule);
+
 /// The rule as a sentence names it: rule 5 "abroad".
 std::string NameOf(Rule const& rule);
 
@@ -52,6 +55,10 @@ nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& stat
 
 /// Prints all of them as list does, with the state of the file that they are in.
 void PrintRules(RuleList const& rules, std::string const& state, bool json);
+
+/// The same for some of the rules, which stand at these positions.
+void PrintRules(RuleList const& rules, std::vector<std::size_t> const& positions,
+                std::string const& state, bool json);
 
 /// Prints a document. Bytes that are no UTF-8 are printed as U+FFFD.
 void PrintJson(nlohmann::ordered_json const& document);

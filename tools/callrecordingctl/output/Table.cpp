@@ -12,6 +12,9 @@
 
 #include <fmt/format.h>
 
+#include <unistr.h>
+#include <uniwidth.h>
+
 namespace callrecordingctl {
 namespace {
 
@@ -31,16 +34,34 @@ std::size_t ScreenWidth() {
     return width > 0 ? width : IsTerminal() ? 80 : kUnlimited;
 }
 
-bool IsContinuation(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+/// The length of the character that text begins with; a byte that is none counts as one.
+std::size_t CharacterLength(std::string_view text) {
+    ucs4_t character = 0;
+    int const length =
+        u8_mbtoucr(&character, reinterpret_cast<std::uint8_t const*>(text.data()), text.size());
+    return length > 0 ? static_cast<std::size_t>(length) : 1;
 }
 
-/// The bytes that the first width characters of text take.
+/// The columns that the character takes.
+std::size_t CharacterWidth(std::string_view character) {
+    ucs4_t code = 0;
+    int const length = u8_mbtoucr(&code, reinterpret_cast<std::uint8_t const*>(character.data()),
+                                  character.size());
+    int const width = length > 0 ? uc_width(code, "UTF-8") : 1;
+    return width >= 0 ? static_cast<std::size_t>(width) : 1;
+}
+
+/// The bytes of text that fit into width columns, with the marks that combine with the last one.
 std::size_t BytesOf(std::string_view text, std::size_t width) {
     std::size_t at = 0;
-    for (; at < text.size(); ++at)
-        if (!IsContinuation(text[at]) && width-- == 0)
+    while (at < text.size()) {
+        std::size_t const length = CharacterLength(text.substr(at));
+        std::size_t const columns = CharacterWidth(text.substr(at, length));
+        if (columns > width)
             break;
+        width -= columns;
+        at += length;
+    }
     return at;
 }
 
@@ -63,7 +84,8 @@ std::size_t BreakAt(std::string_view text, std::size_t length) {
 
 /// Takes one line of at most width characters from the front of text.
 std::string_view TakeLine(std::string_view& text, std::size_t width) {
-    std::size_t length = BytesOf(text, width);
+    std::size_t length =
+        std::max(BytesOf(text, width), std::min(text.size(), CharacterLength(text)));
     if (length < text.size())
         length = BreakAt(text, length);
     std::string_view const line = text.substr(0, length);
@@ -131,7 +153,9 @@ std::vector<Columns> Lines(std::vector<std::size_t> const& widths, std::size_t s
 
 bool HasColour() {
     char const* const refusal = std::getenv("NO_COLOR");
-    return IsTerminal() && (refusal == nullptr || *refusal == '\0');
+    char const* const terminal = std::getenv("TERM");
+    bool const isDumb = terminal == nullptr || std::string_view(terminal) == "dumb";
+    return IsTerminal() && !isDumb && (refusal == nullptr || *refusal == '\0');
 }
 
 std::string Printable(std::string_view text) {
@@ -140,6 +164,13 @@ std::string Printable(std::string_view text) {
         return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
     };
     std::replace_if(printable.begin(), printable.end(), isControl, '?');
+    // What changes the direction of writing would have a text pass for another one.
+    for (std::string_view const direction :
+         {"\u061C", "\u200E", "\u200F", "\u202A", "\u202B", "\u202C", "\u202D", "\u202E", "\u2066",
+          "\u2067", "\u2068", "\u2069"})
+        for (std::size_t at = printable.find(direction); at != std::string::npos;
+             at = printable.find(direction, at))
+            printable.replace(at, direction.size(), "?");
     // U+0080 to U+009F, which some terminals obey as well.
     for (std::size_t i = 1; i < printable.size(); ++i)
         if (printable[i - 1] == '\xC2' && static_cast<unsigned char>(printable[i]) < 0xA0)
@@ -148,8 +179,12 @@ std::string Printable(std::string_view text) {
 }
 
 std::size_t DisplayWidth(std::string_view text) {
-    return text.size() -
-           static_cast<std::size_t>(std::count_if(text.begin(), text.end(), IsContinuation));
+    std::size_t width = 0;
+    for (std::size_t length = 0; !text.empty(); text.remove_prefix(length)) {
+        length = CharacterLength(text);
+        width += CharacterWidth(text.substr(0, length));
+    }
+    return width;
 }
 
 void Table::Add(std::vector<std::string> cells, bool isPale) {

@@ -10,13 +10,13 @@
 
 namespace callrecordingctl {
 
-/// Whether standard output takes colour: a terminal, and no NO_COLOR.
+/// Whether standard output takes colour: a terminal that is not dumb, and no NO_COLOR.
 bool HasColour();
 
 /// text without what could steer a terminal.
 std::string Printable(std::string_view text);
 
-/// The columns that text takes: its characters, read as UTF-8.
+/// The columns that text, read as UTF-8, takes on a terminal.
 std::size_t DisplayWidth(std::string_view text);
 
 /// Rows of cells under headers. On a terminal, or when COLUMNS is set, the table fits the width:
