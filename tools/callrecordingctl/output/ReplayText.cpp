@@ -39,7 +39,7 @@ void PrintRules(ReplayReport const& report, RuleList const& rules) {
             row.insert(row.end(), {WhenText(tally.first), WhenText(tally.last)});
         row.push_back(ExampleText(tally.example));
         row.insert(row.end(), behind.begin(), behind.end());
-        table.Add(row, tally.calls == 0);
+        table.Add(row, tally.calls == 0 ? RowStyle::Pale : RowStyle::Plain);
     };
     for (std::size_t i = 0; i < rules.size(); ++i)
         add({std::to_string(i + 1), std::to_string(rules[i].callrecordingrule_id),

@@ -128,6 +128,13 @@ std::vector<std::size_t> AllPositions(RuleList const& rules) {
     return positions;
 }
 
+RowStyle StyleOf(Rule const& rule) {
+    if (ExplainStored(rule.caller_pattern, rule.caller_call_type) ||
+        ExplainStored(rule.called_pattern, rule.called_call_type))
+        return RowStyle::Alarm;
+    return rule.recording_rule_state == RULE_ENABLED ? RowStyle::Plain : RowStyle::Pale;
+}
+
 nlohmann::ordered_json RulesToJson(RuleList const& rules, std::vector<std::size_t> const& positions,
                                    std::string const& state) {
     auto document = nlohmann::ordered_json::array();
@@ -147,8 +154,9 @@ void PrintRules(RuleList const& rules, std::vector<std::size_t> const& positions
     if (json)
         return PrintJson(RulesToJson(rules, positions, state));
     Table table(ListHeaders(), 6, 3);
+    table.MayGiveWay({"REC", "FOR", "STATE"});
     for (std::size_t i = 0; i < rules.size(); ++i)
-        table.Add(ListRow(rules[i], positions[i]), rules[i].recording_rule_state != RULE_ENABLED);
+        table.Add(ListRow(rules[i], positions[i]), StyleOf(rules[i]));
     if (rules.empty())
         Say("there are no rules");
     else

@@ -12,6 +12,8 @@
 
 #include <fmt/format.h>
 
+#include "output/Pager.h"
+
 #include <unistr.h>
 #include <uniwidth.h>
 
@@ -116,8 +118,10 @@ void Narrow(Columns& columns, std::size_t screen) {
     }
 }
 
-/// Prints the cells of one row that belong to columns, on as many lines as they need.
-void PrintCells(std::vector<std::string> const& cells, Columns const& columns, char const* style) {
+/// The cells of one row that belong to columns, on as many lines as they need.
+std::string CellsText(std::vector<std::string> const& cells, Columns const& columns,
+                      char const* style) {
+    std::string text;
     auto const first = cells.begin() + static_cast<std::ptrdiff_t>(columns.first);
     std::size_t const count = columns.widths.size();
     std::vector<std::string_view> rest(first, first + static_cast<std::ptrdiff_t>(count));
@@ -129,8 +133,17 @@ void PrintCells(std::vector<std::string> const& cells, Columns const& columns, c
             line.append(part).append(columns.widths[i] + kGap - DisplayWidth(part), ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
-        fmt::print("{}{}{}\n", style, line, *style != '\0' ? "\x1B[0m" : "");
+        text += fmt::format("{}{}{}\n", style, line, *style != '\0' ? "\x1B[0m" : "");
     } while (!std::all_of(rest.begin(), rest.end(), isEmpty));
+    return text;
+}
+
+char const* Escape(RowStyle style) {
+    switch (style) {
+    case RowStyle::Pale: return "\x1B[2m";
+    case RowStyle::Alarm: return "\x1B[31m";
+    default: return "";
+    }
 }
 
 /// The columns of each line that a row takes: one line if that fits the screen or if there is no
@@ -187,10 +200,10 @@ std::size_t DisplayWidth(std::string_view text) {
     return width;
 }
 
-void Table::Add(std::vector<std::string> cells, bool isPale) {
+void Table::Add(std::vector<std::string> cells, RowStyle style) {
     for (std::string& cell : cells)
         cell = Printable(cell);
-    rows_.push_back({std::move(cells), isPale});
+    rows_.push_back({std::move(cells), style});
 }
 
 std::vector<std::size_t> Table::NaturalWidths() const {
@@ -201,24 +214,62 @@ std::vector<std::size_t> Table::NaturalWidths() const {
     return widths;
 }
 
-void Table::Print() const {
-    std::size_t const screen = ScreenWidth();
+/// Takes out the columns that may give way and are the same for all rows. Returns what they say.
+std::string Table::WithoutEqualColumns() {
+    std::string said;
+    for (std::string const& header : mayGiveWay_) {
+        auto& headers = rows_.front().cells;
+        auto const found = std::find(headers.begin(), headers.end(), header);
+        if (found == headers.end() || rows_.size() < 3)
+            continue;
+        auto const at = found - headers.begin();
+        auto const cellOf = [at](Row& row) { return row.cells.begin() + at; };
+        std::string const value = *cellOf(rows_[1]);
+        if (std::any_of(rows_.begin() + 1, rows_.end(),
+                        [&](Row& row) { return *cellOf(row) != value; }))
+            continue;
+        said += fmt::format("{}{} {}", said.empty() ? "All of them: " : ", ", header,
+                            value.empty() ? "(empty)" : value);
+        for (Row& row : rows_)
+            row.cells.erase(cellOf(row));
+        second_ -= static_cast<std::size_t>(at) < second_ ? 1 : 0;
+        under_ -= static_cast<std::size_t>(at) < under_ ? 1 : 0;
+    }
+    return said;
+}
+
+std::string Table::Text(std::size_t screen) const {
     bool const hasColour = HasColour();
     std::vector<Columns> const lines = Lines(NaturalWidths(), second_, under_, screen);
     std::size_t border = 0;
     for (Columns const& line : lines)
         border = std::max(border, line.indent + Total(line.widths));
+    std::string text;
     for (Row const& row : rows_) {
         bool const isHeader = &row == &rows_.front();
-        char const* const style = !hasColour   ? ""
-                                  : isHeader   ? "\x1B[1m"
-                                  : row.isPale ? "\x1B[2m"
-                                               : "";
-        for (Columns const& line : lines)
-            PrintCells(row.cells, line, style);
+        for (Columns const& line : lines) {
+            // The first of several lines is bold, so that one sees where a row begins.
+            bool const isBold = isHeader || (lines.size() > 1 && &line == &lines.front() &&
+                                             row.style == RowStyle::Plain);
+            text += CellsText(row.cells, line,
+                              !hasColour ? ""
+                              : isBold   ? "\x1B[1m"
+                                         : Escape(row.style));
+        }
         if (isHeader && IsTerminal())
-            fmt::print("{}\n", std::string(border, '-'));
+            text += std::string(std::min(border, screen), '-') + '\n';
     }
+    return text;
+}
+
+void Table::Print() const {
+    std::size_t const screen = ScreenWidth();
+    Table table = *this;
+    std::string said;
+    if (Total(NaturalWidths()) > screen)
+        said = table.WithoutEqualColumns();
+    std::string const text = table.Text(screen);
+    Page(said.empty() ? text : text + said + '\n');
 }
 
 } // namespace callrecordingctl

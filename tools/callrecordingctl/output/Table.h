@@ -19,29 +19,38 @@ std::string Printable(std::string_view text);
 /// The columns that text, read as UTF-8, takes on a terminal.
 std::size_t DisplayWidth(std::string_view text);
 
+enum class RowStyle { Plain, Pale, Alarm };
+
 /// Rows of cells under headers. On a terminal, or when COLUMNS is set, the table fits the width:
-/// where it would not, the columns from second on go on a line of their own, indented as far as the
-/// column under takes, and what is still too long is wrapped. Otherwise every row is one line, for
-/// grep and awk.
+/// where it would not, the columns that are the same for all rows give way and are told once below;
+/// then those from second on go on a line of their own, indented as far as the column under takes;
+/// and what is still too long is wrapped. Otherwise every row is one line, for grep and awk. What
+/// is longer than the terminal goes through a pager.
 class Table {
   public:
     explicit Table(std::vector<std::string> headers, std::size_t second = 0, std::size_t under = 0)
-        : rows_{{std::move(headers), false}}, second_(second), under_(under) {}
+        : rows_{{std::move(headers), RowStyle::Plain}}, second_(second), under_(under) {}
 
-    /// Adds a row; a pale one is printed faintly where there is colour.
-    void Add(std::vector<std::string> cells, bool isPale = false);
+    void Add(std::vector<std::string> cells, RowStyle style = RowStyle::Plain);
+
+    /// The columns with these headers may give way.
+    void MayGiveWay(std::vector<std::string> headers) { mayGiveWay_ = std::move(headers); }
+
     void Print() const;
 
   private:
     struct Row {
         std::vector<std::string> cells;
-        bool isPale;
+        RowStyle style;
     };
     std::vector<std::size_t> NaturalWidths() const;
+    std::string WithoutEqualColumns();
+    std::string Text(std::size_t screen) const;
 
     std::vector<Row> rows_; // The first holds the headers.
     std::size_t second_;
     std::size_t under_;
+    std::vector<std::string> mayGiveWay_;
 };
 
 } // namespace callrecordingctl

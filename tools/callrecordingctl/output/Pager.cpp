@@ -1,0 +1,58 @@
+// Hands long output to a pager.
+
+#include "output/Pager.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+namespace callrecordingctl {
+namespace {
+
+std::size_t ScreenHeight() {
+    winsize size{};
+    bool const isTerminal = isatty(STDOUT_FILENO) != 0 && isatty(STDIN_FILENO) != 0;
+    return isTerminal && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_row : 0;
+}
+
+/// The command to page with; empty for none.
+std::string PagerCommand() {
+    char const* const terminal = std::getenv("TERM");
+    if (terminal == nullptr || std::string(terminal) == "dumb")
+        return "";
+    char const* const pager = std::getenv("PAGER");
+    std::string const command = pager != nullptr ? pager : "less";
+    return command == "cat" ? "" : command;
+}
+
+} // namespace
+
+void Page(std::string const& text) {
+    std::size_t const height = ScreenHeight();
+    auto const lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+    std::string const command = height > 0 && lines + 1 > height ? PagerCommand() : "";
+    if (!command.empty()) {
+        std::fflush(stdout);
+        setenv("LESS", "FRX", 0); // As git does: colours, and no clearing of the screen.
+        auto const before = std::signal(SIGPIPE, SIG_IGN); // Who has seen enough leaves early.
+        std::FILE* const pager =
+            popen(command.c_str(), "w"); // NOLINT(cert-env33-c): the user's own.
+        if (pager != nullptr) {
+            std::fwrite(text.data(), 1, text.size(), pager);
+            int const status = pclose(pager);
+            std::signal(SIGPIPE, before);
+            if (status != 127 << 8)
+                return;
+        }
+        std::signal(SIGPIPE, before);
+    }
+    fmt::print("{}", text);
+}
+
+} // namespace callrecordingctl
