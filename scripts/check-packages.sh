@@ -159,7 +159,8 @@ check "the rules' directory, changelogs, documents and examples" ship /etc/quva-
 check "packages extract" extract
 if [ -e "$root/usr/bin/callrecordingctl" ]; then
     check "client: files" holds callrecordingctl usr/bin/callrecordingctl \
-        'usr/share/*/completions/*' usr/share/man/man1/callrecordingctl.1.gz
+        'usr/share/*/completions/*' usr/share/fish/vendor_completions.d/callrecordingctl.fish \
+        usr/share/zsh/site-functions/_callrecordingctl usr/share/man/man1/callrecordingctl.1.gz
     check "client: dependencies" says callrecordingctl Depends \
         "libcallrecordingutils1 (= $version)" 'libc6 (>='
     check "client: runs" client_runs
