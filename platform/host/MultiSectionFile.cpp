@@ -90,7 +90,7 @@ bool MultiSectionFile::Impl::GotoPreviousSection() {
 
 Section& MultiSectionFile::Impl::Current() {
     if (!isOnSection_)
-        text_.Fail(0, "no section is selected");
+        text_.Fail(0, {"no section is selected"});
     return *std::prev(next_);
 }
 
@@ -116,8 +116,8 @@ bool MultiSectionFile::Impl::GetSectionEntry(std::string_view key, char* buffer,
     std::string_view const value = entry != nullptr ? entry->value : std::string_view();
     if (value.size() >= size) {
         text_.Fail(entry != nullptr ? SectionedText::LineOf(Current(), *entry) : Current().line,
-                   "the value of " + Quoted(key) + " has " + std::to_string(value.size()) +
-                       " characters, expected less than " + std::to_string(size));
+                   {"the value of ", Quoted(key), " has ", std::to_string(value.size()),
+                    " characters, expected less than ", std::to_string(size)});
     }
     buffer[value.copy(buffer, value.size())] = '\0';
     return entry != nullptr;

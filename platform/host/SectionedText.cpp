@@ -138,7 +138,7 @@ void SectionedText::Read() {
     }
     if (reading.IsInSection()) {
         Fail(reading.line,
-             "the file ends" + reading.OpenedWhere() + ", expected " + Quoted(syntax_.close));
+             {"the file ends", reading.OpenedWhere(), ", expected ", Quoted(syntax_.close)});
     }
     tail_ = Stretch(std::string_view(text_).substr(reading.outside));
 }
@@ -146,12 +146,13 @@ void SectionedText::Read() {
 /// A text in another encoding would otherwise fail with a message that shows nothing wrong.
 void SectionedText::RequireText() const {
     if (StartsWith(text_, "\xEF\xBB\xBF"))
-        Fail(1, "found a byte order mark (BOM) before the text; save the file without it");
+        Fail(1, {"found a byte order mark (BOM) before the text; save the file without it"});
     if (StartsWith(text_, "\xFF\xFE") || StartsWith(text_, "\xFE\xFF"))
-        Fail(1, "found the byte order mark (BOM) of UTF-16; save the file in UTF-8 without one");
+        Fail(1, {"found the byte order mark (BOM) of UTF-16; save the file in UTF-8 without one"});
     std::size_t const nul = text_.find('\0');
     if (nul != std::string::npos)
-        Fail(CountLines(std::string_view(text_).substr(0, nul)) + 1, "found a NUL, expected text");
+        Fail(CountLines(std::string_view(text_).substr(0, nul)) + 1,
+             {"found a NUL, expected text"});
 }
 
 void SectionedText::ReadLine(Reading& reading, std::size_t offset, std::string_view line) {
@@ -161,16 +162,16 @@ void SectionedText::ReadLine(Reading& reading, std::size_t offset, std::string_v
     std::string_view const marker = WithoutTrailingBlanks(content);
     if (marker == syntax_.open) {
         if (reading.IsInSection()) {
-            Fail(reading.line, "found " + Quoted(syntax_.open) + reading.OpenedWhere() +
-                                   ", expected " + Quoted(syntax_.close) + " first");
+            Fail(reading.line, {"found ", Quoted(syntax_.open), reading.OpenedWhere(),
+                                ", expected ", Quoted(syntax_.close), " first"});
         }
         reading.open = offset;
         reading.openLine = reading.line;
     } else if (marker == syntax_.close) {
         if (!reading.IsInSection()) {
-            Fail(reading.line, "found " + Quoted(syntax_.close) +
-                                   " while no section is open, expected " + Quoted(syntax_.open) +
-                                   " first");
+            Fail(reading.line,
+                 {"found ", Quoted(syntax_.close), " while no section is open, expected ",
+                  Quoted(syntax_.open), " first"});
         }
         std::string_view const text(text_);
         std::size_t const end = offset + line.size();
@@ -185,17 +186,16 @@ void SectionedText::ReadLine(Reading& reading, std::size_t offset, std::string_v
 
 void SectionedText::RequireEntry(Reading const& reading, std::string_view content) const {
     if (!reading.IsInSection()) {
-        Fail(reading.line, "found " + Quoted(content) + " outside the sections, expected " +
-                               Quoted(syntax_.open) + ", a comment or a blank line");
+        Fail(reading.line, {"found ", Quoted(content), " outside the sections, expected ",
+                            Quoted(syntax_.open), ", a comment or a blank line"});
     }
     std::size_t const separator = content.find(syntax_.separator);
     if (separator == std::string_view::npos) {
-        Fail(reading.line, "found " + Quoted(content) + ", expected a key, " +
-                               Quoted(syntax_.separator) + " and a value, or " +
-                               Quoted(syntax_.close));
+        Fail(reading.line, {"found ", Quoted(content), ", expected a key, ",
+                            Quoted(syntax_.separator), " and a value, or ", Quoted(syntax_.close)});
     }
     if (separator == 0)
-        Fail(reading.line, "found " + Quoted(content) + ", an entry without a key");
+        Fail(reading.line, {"found ", Quoted(content), ", an entry without a key"});
 }
 
 // --- Entries ---
@@ -239,12 +239,12 @@ void SectionedText::AddEntry(Section& section, std::string_view key, std::string
 void SectionedText::RequireStorable(std::string_view key, std::string_view value) const {
     if (key.empty() || IsBlank(key.front()) || HasLineBreak(key) ||
         StartsWith(key, syntax_.comment) || key.find(syntax_.separator) != std::string_view::npos)
-        Fail(0, Quoted(key) + " cannot be a key");
+        Fail(0, {Quoted(key), " cannot be a key"});
     if (HasLineBreak(value))
-        Fail(0, "the new value of " + Quoted(key) + " has a line break");
+        Fail(0, {"the new value of ", Quoted(key), " has a line break"});
     if (value.size() > kLongestValue) {
-        Fail(0, "the new value of " + Quoted(key) + " has " + std::to_string(value.size()) +
-                    " characters, expected at most " + std::to_string(kLongestValue));
+        Fail(0, {"the new value of ", Quoted(key), " has ", std::to_string(value.size()),
+                 " characters, expected at most ", std::to_string(kLongestValue)});
     }
 }
 
@@ -293,8 +293,14 @@ std::string SectionedText::Text() const {
     return text.append(tail_.Text());
 }
 
-void SectionedText::Fail(std::size_t line, std::string const& reason) const {
-    throw std::runtime_error(path_ + (line != 0 ? ":" + std::to_string(line) : "") + ": " + reason);
+void SectionedText::Fail(std::size_t line, std::initializer_list<std::string_view> reason) const {
+    std::string text = path_;
+    if (line != 0)
+        text.append(":").append(std::to_string(line));
+    text.append(": ");
+    for (std::string_view const part : reason)
+        text.append(part);
+    throw std::runtime_error(text);
 }
 
 } // namespace HostPlatform

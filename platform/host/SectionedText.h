@@ -5,6 +5,7 @@
 #define PLATFORM_HOST_SECTIONEDTEXT_H
 
 #include <cstddef>
+#include <initializer_list>
 #include <list>
 #include <memory>
 #include <string>
@@ -97,7 +98,7 @@ class SectionedText {
     std::string Text() const;
 
     /// Throws reason, with the path and, where it is not 0, the line.
-    [[noreturn]] void Fail(std::size_t line, std::string const& reason) const;
+    [[noreturn]] void Fail(std::size_t line, std::initializer_list<std::string_view> reason) const;
 
   private:
     struct Reading;
