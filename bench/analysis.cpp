@@ -39,9 +39,9 @@ Tally ReportAll(RuleParamsList const& rules) {
     RuleAnalysis analysis(rules);
     for (std::size_t place = 0; place < rules.size(); ++place) {
         RuleReport const report = analysis.Report(place, 100);
-        tally.hidden += report.standing == RuleReport::Hidden ? 1 : 0;
-        tally.undecided += report.standing == RuleReport::Undecided ? 1 : 0;
-        tally.losing += report.standing == RuleReport::Decides && !report.takenBy.empty() ? 1 : 0;
+        tally.hidden += report.standing == RuleReport::kHidden ? 1 : 0;
+        tally.undecided += report.standing == RuleReport::kUndecided ? 1 : 0;
+        tally.losing += report.standing == RuleReport::kDecides && !report.takenBy.empty() ? 1 : 0;
     }
     return tally;
 }
@@ -55,7 +55,7 @@ void Measure(char const* kind, RuleParamsList const& rules) {
     double const diff = Seconds([&] { comparison = Compare(rules, swapped); });
     Proof proof;
     double const prove = Seconds([&] {
-        proof = RuleAnalysis(rules).Prove({{{"*", CALL_TYPE_ANY}, {"112", 0}}, Claim::Recorded});
+        proof = RuleAnalysis(rules).Prove({{{"*", CALL_TYPE_ANY}, {"112", 0}}, Claim::kRecorded});
     });
     auto const word = [](std::optional<bool> answer, char const* yes, char const* no) {
         return answer ? (*answer ? yes : no) : "undecided";

@@ -201,19 +201,19 @@ void CheckReports(Case& c) {
     RuleAnalysis analysis(c.rules, c.memory);
     for (std::size_t i = 0; i < c.rules.size(); ++i) {
         RuleReport const report = analysis.Report(i);
-        if (report.standing == RuleReport::Undecided) {
+        if (report.standing == RuleReport::kUndecided) {
             c.CountUndecided();
             continue;
         }
         bool const isOn = c.rules[i].recording_rule_state == RULE_ENABLED;
-        EXPECT_EQ(isOn, report.standing != RuleReport::Off);
+        EXPECT_EQ(isOn, report.standing != RuleReport::kOff);
         if (!isOn)
             continue;
-        bool const decides = report.standing == RuleReport::Decides;
+        bool const decides = report.standing == RuleReport::kDecides;
         EXPECT_EQ(decides, report.call.has_value());
         EXPECT_TRUE(decides ? DecidingPlace(c.rules, *report.call) == i : takers[i].count(i) == 0);
         bool const matches = c.isComplete && takers[i].empty();
-        EXPECT_TRUE(!matches || report.standing == RuleReport::MatchesNothing);
+        EXPECT_TRUE(!matches || report.standing == RuleReport::kMatchesNothing);
         std::set<std::size_t> expected = takers[i];
         expected.erase(i);
         std::set<std::size_t> const found(report.takenBy.begin(), report.takenBy.end());
@@ -266,13 +266,13 @@ void CheckProofs(Case& c) {
     RuleAnalysis analysis(c.rules, c.memory);
     for (std::size_t i = 0; i <= c.rules.size() + 1; ++i) {
         Claim const claim{SidesOf(c.others[0]),
-                          i < c.rules.size()    ? Claim::ByRule
-                          : i == c.rules.size() ? Claim::Recorded
-                                                : Claim::NotRecorded,
+                          i < c.rules.size()    ? Claim::kByRule
+                          : i == c.rules.size() ? Claim::kRecorded
+                                                : Claim::kNotRecorded,
                           i};
         auto const holds = [&](std::optional<std::size_t> decider) {
-            return claim.outcome == Claim::ByRule ? decider == i
-                                                  : decider.has_value() == (i == c.rules.size());
+            return claim.outcome == Claim::kByRule ? decider == i
+                                                   : decider.has_value() == (i == c.rules.size());
         };
         bool const isTrue = std::all_of(c.sets.begin(), c.sets.end(), [&](unsigned set) {
             return (set >> c.rules.size() & 1) == 0 ||
@@ -388,15 +388,15 @@ TEST(Analysis, DoesNotGuessAtPatternsOutsideOfTheLanguage) {
     struct {
         RuleReport::Standing standing;
         bool isAnalysable;
-    } const expected[] = {{RuleReport::Decides, true},   {RuleReport::NotAnalysable, false},
-                          {RuleReport::Undecided, true}, {RuleReport::Decides, true},
-                          {RuleReport::Hidden, true},    {RuleReport::Decides, true}};
+    } const expected[] = {{RuleReport::kDecides, true},   {RuleReport::kNotAnalysable, false},
+                          {RuleReport::kUndecided, true}, {RuleReport::kDecides, true},
+                          {RuleReport::kHidden, true},    {RuleReport::kDecides, true}};
     for (std::size_t place = 0; place < rules.size(); ++place) {
         EXPECT_EQ(expected[place].standing, analysis.Report(place).standing) << place;
         EXPECT_EQ(expected[place].isAnalysable, analysis.IsAnalysable(place)) << place;
     }
     EXPECT_EQ(WhichSide::Called, analysis.Report(1).side);
-    EXPECT_FALSE(analysis.Prove({{{"*", 3}, {"12", 0}}, Claim::NotRecorded}).proved == true);
+    EXPECT_FALSE(analysis.Prove({{{"*", 3}, {"12", 0}}, Claim::kNotRecorded}).proved == true);
     // Rules that both lists have are no difference, whatever they match; what one has may be one.
     RuleParamsList others = rules;
     others.erase(others.begin() + 4);
@@ -421,7 +421,7 @@ TEST(Analysis, EndsWithinItsBounds) {
     RuleAnalysis analysis(rules, usual);
     for (std::size_t place = 0; place < rules.size(); ++place) {
         RuleReport const report = analysis.Report(place, 3);
-        EXPECT_EQ(report.standing == RuleReport::Decides, report.call.has_value());
+        EXPECT_EQ(report.standing == RuleReport::kDecides, report.call.has_value());
         EXPECT_TRUE(!report.call || DecidingPlace(rules, *report.call) == place);
     }
 }

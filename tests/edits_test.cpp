@@ -264,31 +264,29 @@ TEST_F(Edits, AFileThatCannotBeReadIsNeverWritten) {
 }
 
 TEST_F(Edits, AFailedSaveFailsForTheRuleAndItsTwin) {
-    std::string const file = Section(kA) + Section(kTwinOfA) + Section(kC);
+    std::string const longComment = "#" + std::string(64 * 1024, '.') + "\n";
+    std::string const file = longComment + Section(kA) + Section(kTwinOfA) + Section(kC);
     LoadRules(file);
-    int const free = dup(0);
-    close(free);
     rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-    rlimit const limit{static_cast<rlim_t>(free) + 1, before.rlim_max}; // Too few to save.
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    rlimit const limit{64 * 1024, before.rlim_max}; // The log stays below it.
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
     bool const isAlone = db->ModifyRule(&kC, true);
     bool const isPair = db->ModifyRule(&kA, true);
-    setrlimit(RLIMIT_NOFILE, &before);
+    setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_FALSE(isAlone || isPair);
     EXPECT_EQ(db->GetLastFailure(), dir.Path(TempDir::RULE_FILE) +
-                                        ": a temporary file cannot be made beside it: Too many "
-                                        "open files");
+                                        ": its temporary file cannot be written: File too large");
     EXPECT_EQ(dir.ReadRules(), file);
     std::string const failed = "Save currently selected call recording rule failed\n";
     // A rule that mirrors itself is its own twin.
     EXPECT_EQ(Trace(), failed + "Save call recording rule failed\n" + failed +
                            "Save call recording rule failed\n");
     CallRecordingRuleParams const b = With(kB, 0);
-    LoadRules(Section(b));
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    LoadRules(longComment + Section(b));
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
     EXPECT_FALSE(db->ModifyRule(&b, true));
-    setrlimit(RLIMIT_NOFILE, &before);
+    setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_EQ(Trace(), failed);
 }
 

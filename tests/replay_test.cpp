@@ -150,18 +150,18 @@ TEST(CallReader, ReadsEachFormatAndGoesOnBehindWhatIsNone) {
 
 TEST(CallReader, TakesTheColumnsThatAreNamed) {
     CallFormat named;
-    named.names.Name(COLUMN_FROM, "A Side");
-    named.names.Name(COLUMN_TO, "3");
+    named.names.Name(kColumnFrom, "A Side");
+    named.names.Name(kColumnTo, "3");
     ExpectRead(Read("a_side,from,x\n1,2,3\n", named), {"2 1>3"}, "by name and number");
     ExpectRead(Read("{\"a.side\":1,\"3\":2,\"to\":4}\n{\"from\":1,\"3\":1}", named),
                {"1 1>2", "2 !no value \"A Side\""}, "JSON");
-    named.names.Name(COLUMN_TIME, "when");
+    named.names.Name(kColumnTime, "when");
     ExpectRead(Read("a_side,from,x\n1,2,3\n", named), {"*no column \"when\""}, "no such name");
     CallFormat bare;
     bare.hasHeader = false;
     ExpectRead(Read("1,2\n", bare), {"*--from-column takes the number of a column"}, "no number");
-    bare.names.Name(COLUMN_FROM, "2");
-    bare.names.Name(COLUMN_TO, "1");
+    bare.names.Name(kColumnFrom, "2");
+    bare.names.Name(kColumnTo, "1");
     ExpectRead(Read("1;2\n3;4\n", bare), {"1 2>1", "2 4>3"}, "no header");
 }
 

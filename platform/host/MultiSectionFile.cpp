@@ -28,7 +28,8 @@ char const* Required(char const* argument) {
 
 class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
   public:
-    Impl(std::string path, SectionSyntax syntax) : Impl(path, std::move(syntax), ReadFile(path)) {}
+    Impl(std::string const& path, SectionSyntax syntax)
+        : Impl(path, std::move(syntax), ReadFile(path)) {}
 
     void Restart();
     bool GotoNextSection();

@@ -47,7 +47,9 @@ bool IsTemporaryOf(std::string_view name, std::string_view entry) {
     if (entry.substr(0, name.size()) != name)
         return false;
     entry.remove_prefix(name.size());
-    return TakeNumber(entry) && TakeNumber(entry) && entry == kEnding;
+    bool const hasProcess = TakeNumber(entry);
+    bool const hasCount = hasProcess && TakeNumber(entry);
+    return hasCount && entry == kEnding;
 }
 
 /// Removes the file entry unless its process lives and holds the lock on it.

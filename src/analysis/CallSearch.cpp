@@ -126,7 +126,7 @@ CallFinding SearchCall(AutomatonPool const& pool, std::vector<SidePair> const& m
         MakeSet(mustBe[side]);
         MakeSet(others[side]);
     }
-    CallFinding const cheapest = TryCheapest(pool, mustBe, avoid, allowance);
+    CallFinding cheapest = TryCheapest(pool, mustBe, avoid, allowance);
     if (cheapest.outcome != Outcome::Undecided)
         return cheapest;
     int const outer = others[0].size() <= others[1].size() ? 0 : 1;

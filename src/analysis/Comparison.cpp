@@ -17,12 +17,12 @@ struct Enabled {
     std::vector<std::size_t> places{};
     std::vector<RuleSpace::RuleId> ids{};
 
-    std::size_t size() const { return ids.size(); }
+    std::size_t Count() const { return ids.size(); }
     CallRecordingRuleParams const* Rule(std::size_t at) const {
-        return at < size() ? &rules[places[at]] : nullptr;
+        return at < Count() ? &rules[places[at]] : nullptr;
     }
     std::optional<std::size_t> Place(std::size_t at) const {
-        return at < size() ? std::optional(places[at]) : std::nullopt;
+        return at < Count() ? std::optional(places[at]) : std::nullopt;
     }
 };
 
@@ -44,8 +44,8 @@ class Comparer {
     }
 
     Comparison Run() {
-        for (std::size_t a = 0; a <= here_.size(); ++a)
-            for (std::size_t b = 0; b <= there_.size(); ++b)
+        for (std::size_t a = 0; a <= here_.Count(); ++a)
+            for (std::size_t b = 0; b <= there_.Count(); ++b)
                 if (!AreAlike(here_.Rule(a), there_.Rule(b)) && MayBothDecide(a, b))
                     Search(a, b);
         if (!result_.differences.empty())
@@ -68,7 +68,7 @@ class Comparer {
     /// For each rule of from, the first one of in that has its sides.
     std::vector<std::size_t> FirstCopies(Enabled const& from, Enabled const& in) const {
         std::map<SidePairKey, std::size_t> first;
-        for (std::size_t at = 0; at < in.size(); ++at)
+        for (std::size_t at = 0; at < in.Count(); ++at)
             first.emplace(KeyOf(in.ids[at]), at);
         std::vector<std::size_t> copies;
         for (RuleSpace::RuleId const id : from.ids) {
@@ -86,19 +86,19 @@ class Comparer {
     /// Quick, and often true when they do not. A rule whose copy in the other list comes before b
     /// leaves b nothing of its calls.
     bool MayBothDecide(std::size_t a, std::size_t b) const {
-        if (a < here_.size() && copyInThere_[a] < b)
+        if (a < here_.Count() && copyInThere_[a] < b)
             return false;
-        if (b < there_.size() && copyInHere_[b] < a)
+        if (b < there_.Count() && copyInHere_[b] < a)
             return false;
-        return a == here_.size() || b == there_.size() ||
+        return a == here_.Count() || b == there_.Count() ||
                space_.MayMeet(here_.ids[a], there_.ids[b]);
     }
 
     void Search(std::size_t a, std::size_t b) {
         std::vector<RuleSpace::RuleId> must;
-        if (a < here_.size())
+        if (a < here_.Count())
             must.push_back(here_.ids[a]);
-        if (b < there_.size())
+        if (b < there_.Count())
             must.push_back(there_.ids[b]);
         RuleSpace::Answer const answer = space_.Find(must, {{here_.ids, a}, {there_.ids, b}});
         if (answer.outcome == Outcome::None)

@@ -29,8 +29,8 @@ int Continue(int sofar, char read, std::string_view bound, std::size_t at) {
 
 /// Where the reading of a candidate stands in a range of numbers.
 struct RangePlace {
-    enum Phase { Digits, Zero, Tail } phase; // Tail: behind the digits that make the value.
-    std::size_t length;                      // What is read.
+    enum Phase { kDigits, kZero, kTail } phase; // kTail: behind the digits that make the value.
+    std::size_t length;                         // What is read.
     int toLow;
     int toHigh;
 
@@ -49,19 +49,19 @@ class NumberRange {
           high_(Bound(high)), isUnbounded_(!isFixedWidth_ && ParseDecimal(high) == kGreatest) {}
 
     std::optional<RangePlace> Next(RangePlace const& from, Symbol symbol) const {
-        if (from.length == longest_ || from.phase == RangePlace::Zero)
+        if (from.length == longest_ || from.phase == RangePlace::kZero)
             return std::nullopt;
         char const c = ByteOf(symbol);
         RangePlace to = from;
         ++to.length;
-        if (from.phase == RangePlace::Tail)
+        if (from.phase == RangePlace::kTail)
             return to;
         if (!isFixedWidth_ && !IsDigit(c)) {
-            to.phase = RangePlace::Tail;
+            to.phase = RangePlace::kTail;
             return from.length > 0 && HasValue(from) ? std::optional(to) : std::nullopt;
         }
         if (!isFixedWidth_ && from.length == 0 && c == '0')
-            to.phase = RangePlace::Zero;
+            to.phase = RangePlace::kZero;
         to.toLow = Continue(from.toLow, c, low_, from.length);
         to.toHigh = Continue(from.toHigh, c, high_, from.length);
         return to;
@@ -72,7 +72,7 @@ class NumberRange {
             return false;
         if (isFixedWidth_)
             return place.length == shortest_ && place.toLow >= 0 && place.toHigh <= 0;
-        return place.phase == RangePlace::Tail || HasValue(place);
+        return place.phase == RangePlace::kTail || HasValue(place);
     }
 
   private:
@@ -104,7 +104,7 @@ class NumberRange {
 /// The branches of all items. They begin in one place, the first.
 class Branches {
   public:
-    enum Mark : std::uint8_t { Nothing = 0, Accepts = 1, Excludes = 2 };
+    enum Mark : std::uint8_t { kNothing = 0, kAccepts = 1, kExcludes = 2 };
 
     explicit Branches(std::size_t mostPlaces) : mostPlaces_(mostPlaces) { AddPlace(); }
 
@@ -113,7 +113,7 @@ class Branches {
             std::size_t const end = EndOfItem(list, at);
             std::string_view const item = list.substr(at, end - at);
             bool const isExclusion = !item.empty() && item.front() == '!';
-            if (!AddItem(item.substr(isExclusion ? 1 : 0), isExclusion ? Excludes : Accepts))
+            if (!AddItem(item.substr(isExclusion ? 1 : 0), isExclusion ? kExcludes : kAccepts))
                 return Unreadable::OutsideTheLanguage;
             if (places_.size() > mostPlaces_)
                 return Unreadable::TooLarge;
@@ -137,7 +137,7 @@ class Branches {
         unsigned marks = 0;
         for (std::uint32_t const place : places)
             marks |= places_[place].marks;
-        return marks == Accepts;
+        return marks == kAccepts;
     }
 
   private:
@@ -147,7 +147,7 @@ class Branches {
     };
     struct Place {
         std::vector<Edge> edges;
-        unsigned marks = Nothing;
+        unsigned marks = kNothing;
     };
 
     std::uint32_t AddPlace() {
@@ -226,7 +226,7 @@ class Branches {
     }
 
     void AddNumbers(NumberRange const& range, Mark mark) {
-        std::map<RangePlace, std::uint32_t> known{{{RangePlace::Digits, 0, 0, 0}, 0}};
+        std::map<RangePlace, std::uint32_t> known{{{RangePlace::kDigits, 0, 0, 0}, 0}};
         std::vector<RangePlace> open{known.begin()->first};
         while (!open.empty() && places_.size() <= mostPlaces_) {
             RangePlace const from = open.back();
@@ -239,7 +239,7 @@ class Branches {
                 auto const [place, isNew] = known.emplace(*to, 0);
                 if (isNew) {
                     place->second = AddPlace();
-                    places_.back().marks |= range.Accepts(*to) ? mark : Nothing;
+                    places_.back().marks |= range.Accepts(*to) ? mark : kNothing;
                     open.push_back(*to);
                 }
                 edges[place->second].Add(static_cast<Symbol>(symbol));

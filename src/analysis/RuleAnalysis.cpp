@@ -69,20 +69,20 @@ RuleAnalysis::Answer const& RuleAnalysis::Example(std::size_t place) {
 
 RuleReport RuleAnalysis::Report(std::size_t place, std::size_t mostTakers) {
     if (rules_[place].recording_rule_state != RULE_ENABLED)
-        return {RuleReport::Off, {}, {}};
+        return {RuleReport::kOff, {}, {}};
     for (WhichSide const side : {WhichSide::Caller, WhichSide::Called})
         if (space_.AcceptsNothing(ids_[place], side))
-            return {RuleReport::MatchesNothing, {}, {}, side};
+            return {RuleReport::kMatchesNothing, {}, {}, side};
     Answer const& answer = Example(place);
     switch (answer.outcome) {
-    case Outcome::Found: return {RuleReport::Decides, answer.call, TakersOf(place, mostTakers)};
-    case Outcome::None: return {RuleReport::Hidden, {}, TakersOf(place, rules_.size())};
+    case Outcome::Found: return {RuleReport::kDecides, answer.call, TakersOf(place, mostTakers)};
+    case Outcome::None: return {RuleReport::kHidden, {}, TakersOf(place, rules_.size())};
     case Outcome::Undecided: break;
     }
     for (WhichSide const side : {WhichSide::Caller, WhichSide::Called})
         if (space_.ProblemOf(ids_[place], side) == Unreadable::OutsideTheLanguage)
-            return {RuleReport::NotAnalysable, {}, {}, side};
-    return {RuleReport::Undecided, {}, {}};
+            return {RuleReport::kNotAnalysable, {}, {}, side};
+    return {RuleReport::kUndecided, {}, {}};
 }
 
 std::vector<std::size_t> RuleAnalysis::TakersOf(std::size_t place, std::size_t most) {
@@ -126,16 +126,16 @@ bool RuleAnalysis::DoExamplesShow(std::size_t taker, std::size_t place) {
 Proof RuleAnalysis::Prove(Claim const& claim) {
     RuleSpace::RuleId const calls = space_.Add(claim.calls);
     Proof proof{true, {}, {}};
-    std::size_t before = claim.outcome == Claim::ByRule ? enabledBefore_[claim.rule] : 0;
-    if (claim.outcome == Claim::NotRecorded) {
+    std::size_t before = claim.outcome == Claim::kByRule ? enabledBefore_[claim.rule] : 0;
+    if (claim.outcome == Claim::kNotRecorded) {
         before = enabled_.size();
     } else {
         // Every call must be matched by the rule, or by any.
         std::vector<RuleSpace::RuleId> rule;
-        if (claim.outcome == Claim::ByRule &&
+        if (claim.outcome == Claim::kByRule &&
             rules_[claim.rule].recording_rule_state == RULE_ENABLED)
             rule.push_back(ids_[claim.rule]);
-        auto const& matching = claim.outcome == Claim::Recorded ? enabled_ : rule;
+        auto const& matching = claim.outcome == Claim::kRecorded ? enabled_ : rule;
         if (Refutes(claim, space_.Find({calls}, {{matching, matching.size()}}), proof))
             return proof;
     }
@@ -156,9 +156,9 @@ bool RuleAnalysis::Refutes(Claim const& claim, Answer const& answer, Proof& proo
     if (answer.call && Satisfies(answer.call->caller, claim.calls.caller) &&
         Satisfies(answer.call->called, claim.calls.called)) {
         auto const decider = DecidingPlace(rules_, *answer.call);
-        bool const holds = claim.outcome == Claim::Recorded      ? decider.has_value()
-                           : claim.outcome == Claim::NotRecorded ? !decider
-                                                                 : decider == claim.rule;
+        bool const holds = claim.outcome == Claim::kRecorded      ? decider.has_value()
+                           : claim.outcome == Claim::kNotRecorded ? !decider
+                                                                  : decider == claim.rule;
         if (!holds) {
             proof = {false, answer.call, decider};
             return true;

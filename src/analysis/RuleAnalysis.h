@@ -35,19 +35,19 @@ using RuleParamsList = std::vector<CallRecordingRuleParams>;
 /// Rules are named by their places in the list, from 0.
 struct RuleReport {
     enum Standing {
-        Decides,        ///< call is one that it decides.
-        Hidden,         ///< Each call that it matches is decided by one of takenBy before it.
-        MatchesNothing, ///< No address satisfies its side.
-        Off,            ///< It is not enabled.
-        NotAnalysable,  ///< The pattern of its side is outside of the checked language.
-        Undecided       ///< For want of memory, or because of such patterns of rules before it.
+        kDecides,        ///< call is one that it decides.
+        kHidden,         ///< Each call that it matches is decided by one of takenBy before it.
+        kMatchesNothing, ///< No address satisfies its side.
+        kOff,            ///< It is not enabled.
+        kNotAnalysable,  ///< The pattern of its side is outside of the checked language.
+        kUndecided       ///< For want of memory, or because of such patterns of rules before it.
     };
     Standing standing;
     std::optional<ExampleCall> call;
-    /// Decides and Hidden: the rules before it that decide calls which it matches, ascending. For a
-    /// rule that is hidden it takes all of these to hide it, or some of them.
+    /// kDecides and kHidden: the rules before it that decide calls which it matches, ascending. For
+    /// a rule that is hidden it takes all of these to hide it, or some of them.
     std::vector<std::size_t> takenBy;
-    WhichSide side = WhichSide::Caller; ///< MatchesNothing and NotAnalysable.
+    WhichSide side = WhichSide::Caller; ///< kMatchesNothing and kNotAnalysable.
 };
 
 /// Every call, or no rule, where an optional place is empty.
@@ -66,10 +66,10 @@ struct Comparison {
 
 /// That every call whose sides satisfy those of calls is decided so.
 struct Claim {
-    enum Outcome { Recorded, NotRecorded, ByRule };
+    enum Outcome { kRecorded, kNotRecorded, kByRule };
     RuleSides calls; ///< They borrow their patterns.
     Outcome outcome;
-    std::size_t rule = 0; ///< ByRule: its place.
+    std::size_t rule = 0; ///< kByRule: its place.
 };
 
 struct Proof {

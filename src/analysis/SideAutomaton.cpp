@@ -162,7 +162,7 @@ enum class AddressPart { Number, OnlyUser, User, Host, PortBegin, Port };
 /// A ":" in the host leads here to PortBegin and back, since the last one begins the port.
 std::optional<AddressPart> PartBehind(AddressPart part, Symbol symbol) {
     switch (part) {
-    case AddressPart::Number: return part;
+    case AddressPart::Number:
     case AddressPart::OnlyUser: return part;
     case AddressPart::User: return symbol == kAt ? AddressPart::Host : part;
     default: break;

@@ -63,7 +63,7 @@ void CCallRecordingDB::SetMode(bool advanced) {
 
 bool CCallRecordingDB::Reload() {
     CancellationHeld const held;
-    Trace(TraceLine::kReloading);
+    Trace(TraceLine::Reloading);
     mIsLoaded = false;
     return Load();
 }

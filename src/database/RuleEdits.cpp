@@ -77,7 +77,7 @@ StoredSides ReadSides(SectionReader& section) {
 template <typename Step>
 bool AttemptSave(std::string& reasons, Step step) {
     return Attempt(
-        reasons, TraceLine::kSavingFailed,
+        reasons, TraceLine::SavingFailed,
         [&step] {
             step();
             return true;
@@ -101,7 +101,7 @@ bool ModifyWithTwin(std::string& reasons, RuleFileEdit& edit, std::size_t place,
                     CallRecordingRuleParams const& rule) {
     CallRecordingRuleParams previous;
     Attempt(
-        reasons, TraceLine::kLoadingFailed,
+        reasons, TraceLine::LoadingFailed,
         [&] {
             edit.At(place)->ReadRule(previous);
             return true;
@@ -128,7 +128,7 @@ bool ModifyWithTwin(std::string& reasons, RuleFileEdit& edit, std::size_t place,
     if (AttemptSave(reasons, [&] { edit.Save(); }))
         return true;
     if (hasTwin)
-        Trace(TraceLine::kModifyingFailed); // The save was the twin's as well.
+        Trace(TraceLine::ModifyingFailed); // The save was the twin's as well.
     return false;
 }
 
@@ -206,7 +206,7 @@ bool CCallRecordingDB::SaveSelectedRule(Configuration::MultiSectionFile* file,
                                         CallRecordingRuleParams const* rule) {
     if (file == nullptr)
         return true;
-    return RunEdit(mLastFailure, TraceLine::kSavingFailed, [&] {
+    return RunEdit(mLastFailure, TraceLine::SavingFailed, [&] {
         if (rule == nullptr)
             throw std::invalid_argument("there is no rule to save");
         SetEntries(*file, RuleEntries(*rule));
@@ -221,7 +221,7 @@ std::int32_t CCallRecordingDB::GenerateRuleID(Configuration::MultiSectionFile* f
 
 bool CCallRecordingDB::AddRule(CallRecordingRuleParams* rule) {
     return RunEdit(
-        mLastFailure, TraceLine::kAddingFailed,
+        mLastFailure, TraceLine::AddingFailed,
         [&] {
             if (rule == nullptr || !mIsLoaded) {
                 KeepReason(mLastFailure, rule == nullptr ? "there is no rule to add"
@@ -245,7 +245,7 @@ bool CCallRecordingDB::AddRule(CallRecordingRuleParams* rule) {
 
 bool CCallRecordingDB::ModifyRule(CallRecordingRuleParams const* rule, bool updateTwin) {
     return RunEdit(
-        mLastFailure, TraceLine::kModifyingFailed,
+        mLastFailure, TraceLine::ModifyingFailed,
         [&] {
             if (rule == nullptr || !mIsLoaded)
                 return true;
@@ -266,7 +266,7 @@ bool CCallRecordingDB::ModifyRule(CallRecordingRuleParams const* rule, bool upda
 
 bool CCallRecordingDB::DeleteRule(CallRecordingRuleParams const* rule) {
     return RunEdit(
-        mLastFailure, TraceLine::kRemovingFailed,
+        mLastFailure, TraceLine::RemovingFailed,
         [&] {
             if (rule == nullptr)
                 return true;
@@ -298,7 +298,7 @@ bool CCallRecordingDB::DeleteRule(CallRecordingRuleParams const* rule) {
 
 bool CCallRecordingDB::DeleteRule(std::string const& ruleId) {
     return RunEdit(
-        mLastFailure, TraceLine::kRemovingFailed,
+        mLastFailure, TraceLine::RemovingFailed,
         [&] {
             if (!IsRuleId(ruleId))
                 return true;
@@ -313,7 +313,7 @@ bool CCallRecordingDB::DeleteRule(std::string const& ruleId) {
 
 bool CCallRecordingDB::ReOrderRule(std::string const& ruleId, bool up) {
     return RunEdit(
-        mLastFailure, TraceLine::kReorderingFailed,
+        mLastFailure, TraceLine::ReorderingFailed,
         [&] {
             if (!IsRuleId(ruleId))
                 return true;
@@ -335,7 +335,7 @@ bool CCallRecordingDB::ReOrderRule(std::string const& ruleId, bool up) {
 
 bool CCallRecordingDB::MoveRule(std::string const& ruleId, std::size_t place) {
     return RunEdit(
-        mLastFailure, TraceLine::kReorderingFailed,
+        mLastFailure, TraceLine::ReorderingFailed,
         [&] {
             RuleFileEdit edit(RuleFilePath());
             std::optional<std::size_t> const from =
@@ -361,7 +361,7 @@ bool CCallRecordingDB::MoveRule(std::string const& ruleId, std::size_t place) {
 
 bool CCallRecordingDB::SetRuleState(std::string const& ruleId, bool enable) {
     return RunEdit(
-        mLastFailure, TraceLine::kStateFailed,
+        mLastFailure, TraceLine::StateFailed,
         [&] {
             if (!IsRuleId(ruleId)) {
                 KeepReason(mLastFailure, ("\"" + ruleId + "\" is no identifier").c_str());

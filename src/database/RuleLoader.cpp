@@ -27,11 +27,11 @@ void AppendRule(RuleList& list, CallRecordingRuleParams const& rule) {
 bool CCallRecordingDB::Load() {
     CancellationHeld const held;
     if (mIsLoaded) {
-        Trace(TraceLine::kAlreadyLoaded);
+        Trace(TraceLine::AlreadyLoaded);
         return true;
     }
     mLastFailure.clear();
-    bool const succeeded = Attempt(mLastFailure, TraceLine::kLoadingFailed, [&] {
+    bool const succeeded = Attempt(mLastFailure, TraceLine::LoadingFailed, [&] {
         ReadRuleFile();
         return true;
     });
@@ -39,7 +39,7 @@ bool CCallRecordingDB::Load() {
         DestroyCallRecordList(); // Half of the merged rules would mislead.
     PrepareDecisions();
     mIsLoaded = true;
-    Trace(TraceLine::kLoaded);
+    Trace(TraceLine::Loaded);
     return succeeded;
 }
 
@@ -65,7 +65,7 @@ bool CCallRecordingDB::GetCurrentSection(Configuration::MultiSectionFile* file,
         return true;
     CancellationHeld const held;
     mLastFailure.clear();
-    return Attempt(mLastFailure, TraceLine::kLoadingFailed, [&] {
+    return Attempt(mLastFailure, TraceLine::LoadingFailed, [&] {
         SectionReader(*file).ReadRule(rule);
         return true;
     });

@@ -15,25 +15,25 @@ void Trace(TraceLine line) noexcept {
     if (log == nullptr)
         return;
     switch (line) {
-    case TraceLine::kAlreadyLoaded:
+    case TraceLine::AlreadyLoaded:
         return log->TRACE(kNotice, true, "Call Recording Configuration is already loaded\n");
-    case TraceLine::kLoaded:
+    case TraceLine::Loaded:
         return log->TRACE(kNotice, true, "Loaded: Call Recording Configuration\n");
-    case TraceLine::kReloading:
+    case TraceLine::Reloading:
         return log->TRACE(kNotice, true, "Reloading: Call Recording Configuration\n");
-    case TraceLine::kLoadingFailed:
+    case TraceLine::LoadingFailed:
         return log->TRACE(kFailure, true, "Loading Call Recording configuration failed\n");
-    case TraceLine::kSavingFailed:
+    case TraceLine::SavingFailed:
         return log->TRACE(kFailure, true, "Save currently selected call recording rule failed\n");
-    case TraceLine::kAddingFailed:
+    case TraceLine::AddingFailed:
         return log->TRACE(kFailure, true, "Adding new call recording rule failed\n");
-    case TraceLine::kModifyingFailed:
+    case TraceLine::ModifyingFailed:
         return log->TRACE(kFailure, true, "Save call recording rule failed\n");
-    case TraceLine::kRemovingFailed:
+    case TraceLine::RemovingFailed:
         return log->TRACE(kFailure, true, "Removing recording rule failed\n");
-    case TraceLine::kReorderingFailed:
+    case TraceLine::ReorderingFailed:
         return log->TRACE(kFailure, true, "Reordering recording rule failed\n");
-    case TraceLine::kStateFailed:
+    case TraceLine::StateFailed:
         return log->TRACE(kFailure, true, "Set call recording rule state failed\n");
     }
 }

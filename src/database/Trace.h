@@ -7,17 +7,17 @@ namespace CallRecordingUtils {
 
 enum class TraceLine {
     // Notices.
-    kAlreadyLoaded,
-    kLoaded,
-    kReloading,
+    AlreadyLoaded,
+    Loaded,
+    Reloading,
     // Failures.
-    kLoadingFailed,
-    kSavingFailed,
-    kAddingFailed,
-    kModifyingFailed,
-    kRemovingFailed,
-    kReorderingFailed,
-    kStateFailed
+    LoadingFailed,
+    SavingFailed,
+    AddingFailed,
+    ModifyingFailed,
+    RemovingFailed,
+    ReorderingFailed,
+    StateFailed
 };
 
 /// Writes the line when there is a logger.

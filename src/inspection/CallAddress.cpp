@@ -17,9 +17,9 @@ class AddressCleaner {
     CallAddress Clean() {
         TrimBlanks();
         LeaveBrackets();
-        bool const isTel = TakeScheme("tel:", CLEANING_TEL);
+        bool const isTel = TakeScheme("tel:", kCleaningTel);
         bool const isSip =
-            !isTel && (TakeScheme("sip:", CLEANING_SIP) || TakeScheme("sips:", CLEANING_SIP));
+            !isTel && (TakeScheme("sip:", kCleaningSip) || TakeScheme("sips:", kCleaningSip));
         CutParameters(isSip || isTel);
         CallAddress address{std::string(rest_), {}};
         DropSeparators(address.text, isTel ? " -()." : " -()");
@@ -38,9 +38,9 @@ class AddressCleaner {
         constexpr std::string_view kBlanks = " \t\r\n";
         std::size_t const first = rest_.find_first_not_of(kBlanks);
         if (first == std::string_view::npos)
-            return Become({}, CLEANING_BLANKS);
+            return Become({}, kCleaningBlanks);
         std::size_t const last = rest_.find_last_not_of(kBlanks);
-        Become(rest_.substr(first, last + 1 - first), CLEANING_BLANKS);
+        Become(rest_.substr(first, last + 1 - first), kCleaningBlanks);
     }
 
     /// A name may hold a "<", the address in the brackets not.
@@ -49,9 +49,9 @@ class AddressCleaner {
         std::size_t const close = rest_.find('>', open == std::string_view::npos ? 0 : open);
         if (open == std::string_view::npos || close == std::string_view::npos)
             return;
-        Become(rest_.substr(0, close + 1), CLEANING_PARAMETERS);
-        Become(rest_.substr(open), CLEANING_NAME);
-        Become(rest_.substr(1, rest_.size() - 2), CLEANING_BRACKETS);
+        Become(rest_.substr(0, close + 1), kCleaningParameters);
+        Become(rest_.substr(open), kCleaningName);
+        Become(rest_.substr(1, rest_.size() - 2), kCleaningBrackets);
         TrimBlanks();
     }
 
@@ -69,7 +69,7 @@ class AddressCleaner {
         if (at == std::string_view::npos && !hasScheme)
             return;
         std::size_t const from = at == std::string_view::npos ? 0 : at;
-        Become(rest_.substr(0, rest_.find_first_of(";?", from)), CLEANING_PARAMETERS);
+        Become(rest_.substr(0, rest_.find_first_of(";?", from)), kCleaningParameters);
     }
 
     /// Only where nothing else but digits is left: a name may well hold a "-".
@@ -82,7 +82,7 @@ class AddressCleaner {
                 return;
         if (digits.size() == text.size() || digits.find_first_of("0123456789") == std::string::npos)
             return;
-        cleanings_.set(CLEANING_SEPARATORS);
+        cleanings_.set(kCleaningSeparators);
         text = digits;
     }
 

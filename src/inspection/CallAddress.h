@@ -12,22 +12,22 @@ namespace CallRecordingUtils {
 
 /// What can stand around or in an address that a telephony process would hand over without it.
 enum Cleaning : std::size_t {
-    CLEANING_BLANKS,     // Before or behind it.
-    CLEANING_NAME,       // "Alice" before <...>.
-    CLEANING_BRACKETS,   // The < and > themselves.
-    CLEANING_SIP,        // sip: or sips:
-    CLEANING_TEL,        // tel:
-    CLEANING_PARAMETERS, // ;user=phone and ?subject=x behind a host or a tel: number, ;tag=1 behind
+    kCleaningBlanks,     // Before or behind it.
+    kCleaningName,       // "Alice" before <...>.
+    kCleaningBrackets,   // The < and > themselves.
+    kCleaningSip,        // sip: or sips:
+    kCleaningTel,        // tel:
+    kCleaningParameters, // ;user=phone and ?subject=x behind a host or a tel: number, ;tag=1 behind
                          // >.
-    CLEANING_SEPARATORS, // Blanks, "-", "(" and ")" in a number; behind tel: also "."
-    CLEANING_COUNT
+    kCleaningSeparators, // Blanks, "-", "(" and ")" in a number; behind tel: also "."
+    kCleaningCount
 };
 
 /// One word for each, the same wherever it is told.
-constexpr std::array<char const*, CLEANING_COUNT> kCleaningWords{
+constexpr std::array<char const*, kCleaningCount> kCleaningWords{
     "blanks", "name", "brackets", "sip:", "tel:", "parameters", "separators"};
 
-using Cleanings = std::bitset<CLEANING_COUNT>;
+using Cleanings = std::bitset<kCleaningCount>;
 
 /// An address as ReadCallParty takes it.
 struct CallAddress {

@@ -26,7 +26,7 @@ SlotSet SlotsOf(char c) {
 /// The slots of the characters from low to high.
 SlotSet SlotsBetween(char low, char high) {
     SlotSet slots = 0;
-    for (int c = low; c <= high; ++c)
+    for (int c = static_cast<unsigned char>(low); c <= static_cast<unsigned char>(high); ++c)
         slots |= SlotsOf(static_cast<char>(c));
     return slots;
 }
@@ -34,7 +34,8 @@ SlotSet SlotsBetween(char low, char high) {
 /// The slots of the characters from low to high that list admits.
 SlotSet AdmittedBetween(std::string_view list, char low, char high) {
     SlotSet slots = 0;
-    for (int code = low; code <= high; ++code) {
+    for (int code = static_cast<unsigned char>(low); code <= static_cast<unsigned char>(high);
+         ++code) {
         char const c = static_cast<char>(code);
         Consumed consumed;
         if (AdmitsCandidate(list, {&c, 1}, consumed))

@@ -51,7 +51,7 @@ std::size_t TraitChoice::BestFilter(Ranks const& rules, std::vector<std::size_t>
                                     TraitSet const& open) const {
     Counts worth = CountApart(rules, asked);
     for (std::size_t t = 0; t < kTraits; ++t)
-        worth[t] = static_cast<std::uint16_t>(worth[t] * 2 * kPairs);
+        worth[t] = static_cast<std::uint16_t>(2 * kPairs * worth[t]);
     std::size_t const step = rules.size() / kPairs + 1;
     for (std::size_t i = 0; i < rules.size(); i += step) {
         RuleTraits const& traits = traits_[rules[i]];

@@ -155,25 +155,27 @@ class Checker {
         char const* const side = report.side == WhichSide::Caller ? "from" : "to";
         std::string const takers = RulesText(rules_, report.takenBy);
         switch (report.standing) {
-        case RuleReport::Hidden: Find(kNeverDecides, rule_->line, WhyHidden(report.takenBy)); break;
-        case RuleReport::MatchesNothing:
+        case RuleReport::kHidden:
+            Find(kNeverDecides, rule_->line, WhyHidden(report.takenBy));
+            break;
+        case RuleReport::kMatchesNothing:
             if (!rule_->rule.caller_pattern.empty() && !rule_->rule.called_pattern.empty())
                 Find(kMatchesNothing, rule_->line,
                      fmt::format("can never decide: nothing satisfies its {} side", side));
             break;
-        case RuleReport::NotAnalysable:
+        case RuleReport::kNotAnalysable:
             Find(kNotAnalysable, rule_->line,
                  fmt::format("not analysable, since its {} pattern is malformed", side));
             break;
-        case RuleReport::Undecided:
+        case RuleReport::kUndecided:
             Find(kUndecided, rule_->line,
                  "whether it decides calls is undecided: " + WhyUndecided(rules_));
             break;
-        case RuleReport::Decides:
+        case RuleReport::kDecides:
             if (!report.takenBy.empty())
                 Find(kLosesCalls, rule_->line, "some calls that it matches are taken by " + takers);
             break;
-        case RuleReport::Off: break;
+        case RuleReport::kOff: break;
         }
         if (!report.takenBy.empty())
             findings_.back().takenBy = report.takenBy;

@@ -35,21 +35,21 @@ std::string SideName(WhichSide side) {
 std::string Sentence(RuleReport const& report, RuleList const& rules, std::size_t place) {
     std::string const takers = RulesText(rules, report.takenBy);
     switch (report.standing) {
-    case RuleReport::Decides:
+    case RuleReport::kDecides:
         return "decides the call " + CallText(*report.call) +
                (report.takenBy.empty() ? ""
                                        : "\nother calls that it matches are taken by " + takers);
-    case RuleReport::Hidden:
+    case RuleReport::kHidden:
         return report.takenBy.empty()
                    ? "never decides: rules before it take all its calls"
                    : fmt::format("never decides: {} before it {} all its calls", takers,
                                  report.takenBy.size() == 1 ? "takes" : "take");
-    case RuleReport::MatchesNothing:
+    case RuleReport::kMatchesNothing:
         return fmt::format("never decides: nothing satisfies its {} side", SideName(report.side));
-    case RuleReport::Off: return "never decides: it is off";
-    case RuleReport::NotAnalysable:
+    case RuleReport::kOff: return "never decides: it is off";
+    case RuleReport::kNotAnalysable:
         return fmt::format("undecided: its {} pattern is malformed", SideName(report.side));
-    case RuleReport::Undecided: break;
+    case RuleReport::kUndecided: break;
     }
     return "undecided: " +
            WhyUndecided({rules.begin(), rules.begin() + static_cast<std::ptrdiff_t>(place)});
@@ -60,8 +60,8 @@ ExitCode Example(Context const& context, Options const& options) {
     std::size_t const place = FindRule(rules, options.rule);
     RuleReport const report = RuleAnalysis(rules, options.memory).Report(place);
     bool const isUndecided =
-        report.standing == RuleReport::NotAnalysable || report.standing == RuleReport::Undecided;
-    bool const decides = report.standing == RuleReport::Decides;
+        report.standing == RuleReport::kNotAnalysable || report.standing == RuleReport::kUndecided;
+    bool const decides = report.standing == RuleReport::kDecides;
     if (context.json)
         PrintJson(
             {{"callrecordingrule_id", rules[place].callrecordingrule_id},

@@ -61,13 +61,13 @@ void AddClaim(CLI::App& command, ClaimOptions& claim) {
         return command.add_flag_callback(
             name, [&claim, outcome] { claim.outcome = outcome; }, help);
     };
-    CLI::Option* const recorded = add("--recorded", "They are all recorded", Claim::Recorded);
+    CLI::Option* const recorded = add("--recorded", "They are all recorded", Claim::kRecorded);
     CLI::Option* const notRecorded =
-        add("--not-recorded", "None of them is recorded", Claim::NotRecorded)->excludes(recorded);
+        add("--not-recorded", "None of them is recorded", Claim::kNotRecorded)->excludes(recorded);
     AddText(command, "--by", "ID", "They are all decided by this rule",
             [&claim](std::string const& text) {
                 claim.rule = ParseRuleName(text);
-                claim.outcome = Claim::ByRule;
+                claim.outcome = Claim::kByRule;
             })
         ->excludes(recorded)
         ->excludes(notRecorded);
@@ -86,7 +86,7 @@ class Prover {
         Rule calls;
         Apply(options.calls, calls);
         Claim const claim{SidesOf(calls), *options.outcome,
-                          options.outcome == Claim::ByRule ? FindRule(rules_, options.rule) : 0};
+                          options.outcome == Claim::kByRule ? FindRule(rules_, options.rule) : 0};
         return analysis_.Prove(claim);
     }
 

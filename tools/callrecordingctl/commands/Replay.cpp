@@ -89,10 +89,10 @@ ExitCode ReplayCalls(Context const& context, Options const& options) {
 }
 
 void AddColumns(CLI::App& replay, CallFormat& format) {
-    constexpr char const* kWhat[COLUMN_COUNT] = {"the calling side", "the called side",
+    constexpr char const* kWhat[kColumnCount] = {"the calling side", "the called side",
                                                  "the call type of the calling side",
                                                  "the call type of the called side", "the time"};
-    for (std::size_t i = 0; i < COLUMN_COUNT; ++i) {
+    for (std::size_t i = 0; i < kColumnCount; ++i) {
         auto const column = static_cast<Column>(i);
         AddText(replay, ColumnNames::Option(column), "NAME",
                 fmt::format("Column with {}, by name or number", kWhat[i]),

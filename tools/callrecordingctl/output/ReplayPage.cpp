@@ -34,19 +34,19 @@ std::string NamesOf(std::vector<std::size_t> const& places, RuleList const& rule
 std::string Why(RuleReport const& report, RuleList const& rules) {
     char const* const side = report.side == WhichSide::Caller ? "calling" : "called";
     switch (report.standing) {
-    case RuleReport::Decides:
+    case RuleReport::kDecides:
         return fmt::format("no call of these files is its; one would be from {} to {}",
                            AddressText(report.call->caller), AddressText(report.call->called));
-    case RuleReport::Hidden:
+    case RuleReport::kHidden:
         return fmt::format("it never can: {} before it {} all its calls",
                            NamesOf(report.takenBy, rules),
                            report.takenBy.size() == 1 ? "takes" : "take");
-    case RuleReport::MatchesNothing:
+    case RuleReport::kMatchesNothing:
         return fmt::format("it never can: no {} side satisfies its pattern", side);
-    case RuleReport::NotAnalysable:
+    case RuleReport::kNotAnalysable:
         return fmt::format("the pattern of its {} side is malformed", side);
-    case RuleReport::Off:
-    case RuleReport::Undecided: break;
+    case RuleReport::kOff:
+    case RuleReport::kUndecided: break;
     }
     return "";
 }

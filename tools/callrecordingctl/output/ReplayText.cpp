@@ -156,7 +156,7 @@ void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
 void PrintCall(DecidedCall const& call, RuleList const& rules) {
     Rule const* const rule = call.decision == kNotRecorded ? nullptr : &rules[call.decision];
     auto const field = [&call](Column column) { return Printable(call.record.values[column]); };
-    fmt::print("{}\t{}\t{}\t{}\t{}\n", field(COLUMN_TIME), field(COLUMN_FROM), field(COLUMN_TO),
+    fmt::print("{}\t{}\t{}\t{}\t{}\n", field(kColumnTime), field(kColumnFrom), field(kColumnTo),
                rule != nullptr ? std::to_string(rule->callrecordingrule_id) : "-",
                rule != nullptr ? Printable(rule->record_to) : "not recorded");
 }

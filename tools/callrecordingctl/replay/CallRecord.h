@@ -11,18 +11,18 @@ namespace callrecordingctl {
 
 /// What a call record tells; a file need have the first two only.
 enum Column : std::size_t {
-    COLUMN_FROM,
-    COLUMN_TO,
-    COLUMN_FROM_TYPE,
-    COLUMN_TO_TYPE,
-    COLUMN_TIME,
-    COLUMN_COUNT
+    kColumnFrom,
+    kColumnTo,
+    kColumnFromType,
+    kColumnToType,
+    kColumnTime,
+    kColumnCount
 };
 
 struct CallRecord {
     std::size_t line = 0;                         // On which it begins, counted from 1.
     std::string problem;                          // Why the line cannot be read; empty when it can.
-    std::array<std::string, COLUMN_COUNT> values; // As they stand in the file.
+    std::array<std::string, kColumnCount> values; // As they stand in the file.
 };
 
 class RecordReader {

@@ -12,8 +12,8 @@ struct Names {
     std::vector<char const*> known; // The best first. Lower case, without blanks, "_", "-" and ".".
 };
 
-std::array<Names, COLUMN_COUNT> const& Table() {
-    static std::array<Names, COLUMN_COUNT> const table{{
+std::array<Names, kColumnCount> const& Table() {
+    static std::array<Names, kColumnCount> const table{{
         {"--from-column",
          {"from",
           "src",

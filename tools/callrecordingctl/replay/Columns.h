@@ -31,7 +31,7 @@ class ColumnNames {
     static std::string KnownNames(Column column);
 
   private:
-    std::array<std::string, COLUMN_COUNT> given_;
+    std::array<std::string, kColumnCount> given_;
 };
 
 } // namespace callrecordingctl

@@ -134,7 +134,7 @@ void CsvRecords::FindColumns(ColumnNames const& names, bool hasHeader, std::stri
     if (hasHeader && rows_.Next() && !rows_.Problem().empty())
         throw CallFileError(
             fmt::format("{}:{}: no row of column names: {}", path, rows_.Line(), rows_.Problem()));
-    for (std::size_t i = 0; i < COLUMN_COUNT; ++i) {
+    for (std::size_t i = 0; i < kColumnCount; ++i) {
         auto const column = static_cast<Column>(i);
         std::size_t best = kNone;
         for (std::size_t at = 0; hasHeader && at < rows_.FieldCount(); ++at) {
@@ -147,7 +147,7 @@ void CsvRecords::FindColumns(ColumnNames const& names, bool hasHeader, std::stri
         std::string const& given = names.Given(column);
         if (best == kNone)
             columns_[i] = NumberOf(given);
-        if (columns_[i] == kNone && (i <= COLUMN_TO || !given.empty()))
+        if (columns_[i] == kNone && (i <= kColumnTo || !given.empty()))
             throw CallFileError(
                 !hasHeader
                     ? fmt::format("{}: without a row of names {} takes the number of a column, "
@@ -166,7 +166,7 @@ bool CsvRecords::Next(CallRecord& record) {
         return false;
     record.line = rows_.Line();
     record.problem = rows_.Problem();
-    for (std::size_t i = 0; i < COLUMN_COUNT; ++i) {
+    for (std::size_t i = 0; i < kColumnCount; ++i) {
         record.values[i].clear();
         if (columns_[i] == kNone || !record.problem.empty())
             continue;

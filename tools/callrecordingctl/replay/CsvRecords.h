@@ -64,7 +64,7 @@ class CsvRecords : public RecordReader {
     void FindColumns(ColumnNames const& names, bool hasHeader, std::string const& path);
 
     CsvRows rows_;
-    std::array<std::size_t, COLUMN_COUNT> columns_{};
+    std::array<std::size_t, kColumnCount> columns_{};
 };
 
 } // namespace callrecordingctl

@@ -76,7 +76,7 @@ std::vector<JsonRecords::Fit> const& JsonRecords::FitsOf(std::string const& name
     if (fits_.size() > 1000)
         fits_.clear();
     std::vector<Fit> fits;
-    for (std::size_t i = 0; i < COLUMN_COUNT; ++i) {
+    for (std::size_t i = 0; i < kColumnCount; ++i) {
         auto const column = static_cast<Column>(i);
         std::size_t const rank = names_.Rank(column, name);
         if (rank != ColumnNames::kNone)
@@ -100,13 +100,13 @@ void JsonRecords::Parse(CallRecord& record) {
     std::string_view const text = lines_.Text();
     if (!nlohmann::json::sax_parse(text.begin(), text.end(), &handler))
         return;
-    for (Column const column : {COLUMN_FROM, COLUMN_TO})
+    for (Column const column : {kColumnFrom, kColumnTo})
         if (ranks_[column] == ColumnNames::kNone) {
             std::string const& given = names_.Given(column);
             record.problem =
                 given.empty()
                     ? fmt::format("it has no value \"{}\" or another name of it; {} names one",
-                                  column == COLUMN_FROM ? "from" : "to",
+                                  column == kColumnFrom ? "from" : "to",
                                   ColumnNames::Option(column))
                     : fmt::format("it has no value \"{}\"", given);
             return;

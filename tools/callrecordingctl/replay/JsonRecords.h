@@ -36,7 +36,7 @@ class JsonRecords : public RecordReader {
     ColumnNames names_;
     std::unordered_map<std::string, std::vector<Fit>> fits_; // Of the names met so far.
     CallRecord* record_ = nullptr;
-    std::array<std::size_t, COLUMN_COUNT> ranks_{}; // Of the values taken so far.
+    std::array<std::size_t, kColumnCount> ranks_{}; // Of the values taken so far.
 };
 
 } // namespace callrecordingctl

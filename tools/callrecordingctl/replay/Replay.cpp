@@ -83,9 +83,9 @@ void Replay::CountCleanings(Cleanings cleanings) {
 void Replay::Take(CallRecord& record, ReplayReport::File& file) {
     std::optional<Side> from, to;
     if (record.problem.empty())
-        from = ReadSide(record, COLUMN_FROM, COLUMN_FROM_TYPE);
+        from = ReadSide(record, kColumnFrom, kColumnFromType);
     if (record.problem.empty())
-        to = ReadSide(record, COLUMN_TO, COLUMN_TO_TYPE);
+        to = ReadSide(record, kColumnTo, kColumnToType);
     if (!record.problem.empty())
         return AddProblem(record, file);
     ++file.calls;
@@ -103,7 +103,7 @@ void Replay::Take(CallRecord& record, ReplayReport::File& file) {
 }
 
 std::optional<CallTime> Replay::ReadTime(CallRecord const& record, std::string const& file) {
-    std::string const& text = record.values[COLUMN_TIME];
+    std::string const& text = record.values[kColumnTime];
     if (text.empty())
         return std::nullopt;
     std::optional<CallTime> const time = ReadCallTime(text);
@@ -115,8 +115,8 @@ std::optional<CallTime> Replay::ReadTime(CallRecord const& record, std::string c
 void Replay::Count(DecidedCall const& call) {
     std::optional<CallTime> const time = ReadTime(call.record, call.file);
     auto const example = [&call, &time] {
-        return Example{Shortened(call.record.values[COLUMN_FROM]),
-                       Shortened(call.record.values[COLUMN_TO]), time, call.file, call.record.line};
+        return Example{Shortened(call.record.values[kColumnFrom]),
+                       Shortened(call.record.values[kColumnTo]), time, call.file, call.record.line};
     };
     report_.all.Count(time, example);
     if (call.decision == kNotRecorded) {

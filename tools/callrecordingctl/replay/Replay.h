@@ -44,7 +44,7 @@ struct ReplayReport {
     Tally notRecorded;
     LeadingDigits notRecordedByDigits; // Of the number called.
     Timeline timeline;                 // By Decision.
-    std::array<std::uint64_t, CallRecordingUtils::CLEANING_COUNT> cleaned{};
+    std::array<std::uint64_t, CallRecordingUtils::kCleaningCount> cleaned{};
     std::uint64_t unreadable = 0;
     std::vector<Problem> problems; // The first unreadable lines, kMostProblems of them.
     std::uint64_t withoutTime = 0; // Calls whose time is in no format that is known,

@@ -178,8 +178,8 @@ ordered_json ToJson(DecidedCall const& call, RuleList const& rules) {
     CallRecord const& record = call.record;
     return {{"file", call.file},
             {"line", record.line},
-            {"time", record.values[COLUMN_TIME]},
-            {"read", {{"from", record.values[COLUMN_FROM]}, {"to", record.values[COLUMN_TO]}}},
+            {"time", record.values[kColumnTime]},
+            {"read", {{"from", record.values[kColumnFrom]}, {"to", record.values[kColumnTo]}}},
             {"from", PartyToJson(call.from)},
             {"to", PartyToJson(call.to)},
             {"rule", OutcomeToJson(rules, call.decision)}};
