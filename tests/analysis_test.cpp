@@ -106,22 +106,22 @@ std::vector<CallParty> World() {
 }
 
 /// With runs, the shortest call that shows something may be longer than those of the world.
-enum Runs { WithoutRuns, WithRuns };
+enum Runs { kWithoutRuns, kWithRuns };
 
 CallRecordingRuleParams RandomRule(Choices& choices, Runs runs) {
     Texts const steps{"1", "2", "?", "[1-2]", "[?,!1]", "<1-2>", "<2,!?>", "<1-3,!2>"};
     Texts elements{"0", "1", "?", "[0-3,!2]", "<1-12>", "<00-12,!0?>", "<1?,2>", "<?0,3>"};
-    if (runs == WithRuns)
+    if (runs == kWithRuns)
         elements.insert(elements.end(), {"*", "*"});
     auto const side = [&](std::string& pattern, CallType& type) {
         type = static_cast<CallType>(choices.Below(4));
         do {
             pattern = choices.From(elements) + (choices.Below(2) == 0 ? choices.From(steps) : "");
-            if (runs == WithRuns)
+            if (runs == kWithRuns)
                 pattern += choices.From(elements);
             if (type == CALL_TYPE_SIP)
                 pattern = choices.From(steps) + '@' +
-                          choices.From(runs == WithRuns ? elements : steps) +
+                          choices.From(runs == kWithRuns ? elements : steps) +
                           (choices.Below(2) == 0 ? ":" + choices.From(steps) : "");
         } while (ExplainStored(pattern, type) || pattern.size() > 20);
         if (choices.Below(4) == 0) {
@@ -310,12 +310,12 @@ TEST(Analysis, SaysNothingOfRandomRulesThatTheCallsOfASmallWorldRefute) {
     Choices choices;
     std::size_t undecided = 0;
     for (int round = 0; round < 100; ++round) {
-        Runs const runs = round % 2 == 0 ? WithoutRuns : WithRuns;
+        Runs const runs = round % 2 == 0 ? kWithoutRuns : kWithRuns;
         bool const isStarved = round % 10 == 9;
         Case c{RandomRules(choices, runs, 6),
                RandomRules(choices, runs, 4),
                {},
-               runs == WithoutRuns,
+               runs == kWithoutRuns,
                isStarved ? 20000U + choices.Below(1000000) : kAnalysisMemory};
         // Half of the lists to compare are the first ones with two rules exchanged.
         if (round % 4 < 2) {

@@ -332,11 +332,11 @@ class ReplayCommand : public testing::Test {
         std::string out, err;
     };
     Outcome Run(std::string const& command, std::string const& before = "") const {
-        int const status = std::system(("export QUVA_PATH=" + dir_.Path() + "/; { " + before +
+        int const status = std::system(("export QUVA_PATH=" + dir.Path() + "/; { " + before +
                                         CALLRECORDINGCTL_PATH + " " + command + "; } >" +
-                                        dir_.Path("out") + " 2>" + dir_.Path("err"))
+                                        dir.Path("out") + " 2>" + dir.Path("err"))
                                            .c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, dir_.Read("out"), dir_.Read("err")};
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, dir.Read("out"), dir.Read("err")};
     }
     nlohmann::json Json(std::string const& command) const {
         return nlohmann::json::parse(Run(command + " --json").out);
@@ -351,26 +351,26 @@ class ReplayCommand : public testing::Test {
     void SetUp() override {
         setenv("TZ", "UTC", 1);
         tzset();
-        std::filesystem::copy(EXAMPLES_PATH "/sample/telephony", dir_.Path("telephony"));
+        std::filesystem::copy(EXAMPLES_PATH "/sample/telephony", dir.Path("telephony"));
     }
     /// The sample rules with what is replaced, as the file "other" of a configuration beside.
     std::string Other(std::string const& from, std::string const& to) const {
-        std::string rules = dir_.ReadRules();
+        std::string rules = dir.ReadRules();
         for (std::size_t at = 0; (at = rules.find(from, at)) != std::string::npos; at += to.size())
             rules.replace(at, from.size(), to);
-        dir_.Write("other/telephony/callrecordingdb", rules);
-        return dir_.Path("other/telephony/callrecordingdb");
+        dir.Write("other/telephony/callrecordingdb", rules);
+        return dir.Path("other/telephony/callrecordingdb");
     }
 
-    TempDir dir_;
-    std::string const calls_ = "replay " EXAMPLES_PATH "/calls/*";
+    TempDir dir;
+    std::string const shipped = "replay " EXAMPLES_PATH "/calls/*";
 };
 
 TEST_F(ReplayCommand, CountsWhatDecideDecides) {
-    nlohmann::json const report = Json(calls_);
+    nlohmann::json const report = Json(shipped);
     std::map<nlohmann::json, std::uint64_t> counts; // By the rule's identifier, null for none.
     std::map<nlohmann::json, std::set<std::string>> times;
-    for (nlohmann::json const& call : Each(calls_)) {
+    for (nlohmann::json const& call : Each(shipped)) {
         std::string command = "decide";
         for (char const* const side : {"from", "to"})
             command += std::string(" --") + side + " '" + std::string(call[side]["address"]) +
@@ -402,7 +402,7 @@ TEST_F(ReplayCommand, CountsWhatDecideDecides) {
     EXPECT_EQ(report["cleaned"].dump(), R"({"blanks":0,"brackets":4,"name":2,"parameters":2,)"
                                         R"("separators":3,"sip:":9,"tel:":1})");
     EXPECT_EQ(report["rules"][4]["example"]["line"], 3);
-    std::string const text = Run(calls_).out;
+    std::string const text = Run(shipped).out;
     EXPECT_NE(text.find("33 calls in 3 files from 2026-11-02 07:00:00 to 2026-11-06 17:59:59: 21 "
                         "recorded (63.6 %), 12 not"),
               std::string::npos)
@@ -412,39 +412,39 @@ TEST_F(ReplayCommand, CountsWhatDecideDecides) {
 TEST_F(ReplayCommand, ComparesWithOtherRulesByWhatBecomesOfTheCall) {
     std::string const other = Other("archive:/sales", "archive:/vault");
     Other(",!41", "");
-    std::string rules = dir_.Read("other/telephony/callrecordingdb");
+    std::string rules = dir.Read("other/telephony/callrecordingdb");
     rules.replace(rules.find("archive:/sales"), 14, "archive:/vault");
     rules.replace(rules.find("recording_duration=1800"), 23, "recording_duration=");
     for (std::size_t at = 0; (at = rules.find("callrecordingrule_id=", at)) != std::string::npos;)
         rules.insert(at += 21, "7"); // Other identifiers are no difference.
-    dir_.Write("other/telephony/callrecordingdb", rules);
+    dir.Write("other/telephony/callrecordingdb", rules);
     auto const outcome = [](nlohmann::json const& rule) {
         return rule.is_null() ? "none"
                               : rule["record_to"].dump() + rule["recording_duration"].dump() +
                                     rule["call_recording_type"].dump();
     };
-    std::vector<nlohmann::json> const here = Each(calls_);
-    std::vector<nlohmann::json> const there = Each(calls_ + " --config-dir " + dir_.Path("other"));
+    std::vector<nlohmann::json> const here = Each(shipped);
+    std::vector<nlohmann::json> const there = Each(shipped + " --config-dir " + dir.Path("other"));
     std::map<std::string, std::uint64_t> expected;
     std::map<std::string, std::uint64_t> groups;
     for (std::size_t i = 0; i < here.size(); ++i)
         if (outcome(here[i]["rule"]) != outcome(there[i]["rule"]))
             ++expected[outcome(here[i]["rule"]) + outcome(there[i]["rule"])];
-    nlohmann::json const differences = Json(calls_ + " --against " + other)["differences"];
+    nlohmann::json const differences = Json(shipped + " --against " + other)["differences"];
     for (nlohmann::json const& group : differences["groups"])
         groups[outcome(group["here"]) + outcome(group["there"])] += std::uint64_t{group["calls"]};
     EXPECT_EQ(groups, expected);
     EXPECT_EQ(groups.size(), 3U);
     EXPECT_EQ(differences["calls"], 6);
-    EXPECT_EQ(Json(calls_ + " --against " +
-                   dir_.Path("telephony/callrecordingdb"))["differences"]["calls"],
+    EXPECT_EQ(Json(shipped + " --against " +
+                   dir.Path("telephony/callrecordingdb"))["differences"]["calls"],
               0);
 }
 
 TEST_F(ReplayCommand, TellsWhatItCouldNotReadAndByItsExitStatusWhatItMeans) {
-    dir_.Write("bad.csv",
-               "from,to,to_type,time\n1,112,,2026-11-01\n1,\"2\n3,4,fax,\n5,6,sip,soon\n");
-    std::string const bad = "replay " + dir_.Path("bad.csv");
+    dir.Write("bad.csv",
+              "from,to,to_type,time\n1,112,,2026-11-01\n1,\"2\n3,4,fax,\n5,6,sip,soon\n");
+    std::string const bad = "replay " + dir.Path("bad.csv");
     struct {
         std::string command;
         int code;
@@ -470,7 +470,7 @@ TEST_F(ReplayCommand, TellsWhatItCouldNotReadAndByItsExitStatusWhatItMeans) {
          "\"replay\": {\n    \"calls\": 4,", ""},
     };
     for (auto const& [command, code, out, err] : rows) {
-        Outcome const outcome = Run(command, "cd " + dir_.Path("telephony") + "; : | ");
+        Outcome const outcome = Run(command, "cd " + dir.Path("telephony") + "; : | ");
         EXPECT_EQ(outcome.code, code) << command << outcome.err;
         EXPECT_NE(outcome.out.find(out), std::string::npos) << command << "\n" << outcome.out;
         EXPECT_NE(outcome.err.find(err), std::string::npos) << command << "\n" << outcome.err;
@@ -497,13 +497,12 @@ std::uint64_t NumberIn(std::string const& page, std::string const& where) {
 
 TEST_F(ReplayCommand, WritesAPageThatSaysTheSameAndNothingOfItsOwn) {
     Other("description=Hotline", "description=<script>alert(1)</script>\xE2\x80\xAE\xFF");
-    dir_.Write("<b>.csv", "from,to,time\n\"<img src=x onerror=alert(1)>\",2,2026-11-04\n\"\n");
-    std::string const command = calls_ + " '" + dir_.Path("<b>.csv") + "' --config-dir " +
-                                dir_.Path("other") + " --against " +
-                                dir_.Path("telephony/callrecordingdb") + " --html " +
-                                dir_.Path("page.html");
+    dir.Write("<b>.csv", "from,to,time\n\"<img src=x onerror=alert(1)>\",2,2026-11-04\n\"\n");
+    std::string const command =
+        shipped + " '" + dir.Path("<b>.csv") + "' --config-dir " + dir.Path("other") +
+        " --against " + dir.Path("telephony/callrecordingdb") + " --html " + dir.Path("page.html");
     nlohmann::json const report = Json(command);
-    std::string const page = dir_.Read("page.html");
+    std::string const page = dir.Read("page.html");
     for (nlohmann::json const& rule : report["rules"])
         EXPECT_EQ(NumberIn(page, "id=\"rule-" + rule["position"].dump() + "\""), rule["calls"]);
     EXPECT_EQ(NumberIn(page, "id=\"rule-none\""), report["not_recorded"]["calls"]);
@@ -525,7 +524,7 @@ TEST_F(ReplayCommand, WritesAPageThatSaysTheSameAndNothingOfItsOwn) {
         EXPECT_NE(page.find(part), std::string::npos) << part;
     std::string const digest = report["rule_file"]["sha256"];
     EXPECT_NE(page.find(digest), std::string::npos);
-    EXPECT_EQ(std::system(("echo '" + digest + "  " + dir_.Path("other/telephony/callrecordingdb") +
+    EXPECT_EQ(std::system(("echo '" + digest + "  " + dir.Path("other/telephony/callrecordingdb") +
                            "' | sha256sum -c --quiet")
                               .c_str()),
               0);

@@ -14,14 +14,14 @@ int calls = 0;
 class ThreadMutex {
   public:
     ThreadMutex() {
-        std::memset(mQueue, 1, sizeof mQueue);
+        std::memset(queue_, 1, sizeof queue_);
         ++calls;
     }
     void Lock();
     void Unlock();
 
   private:
-    char mQueue[4096]; // More than there is room for where the library's own is meant.
+    char queue_[4096]; // More than there is room for where the library's own is meant.
 };
 void ThreadMutex::Lock() {
     ++calls;

@@ -24,6 +24,7 @@ struct Options {
 std::vector<bool> Kept(std::vector<CallRecordingUtils::StoredRule> const& rules,
                        std::set<std::int32_t>& taken) {
     std::vector<bool> kept;
+    kept.reserve(rules.size());
     for (auto const& stored : rules)
         kept.push_back(IsPlainId(stored) && taken.insert(stored.rule.callrecordingrule_id).second);
     return kept;

@@ -49,7 +49,7 @@ struct Options {
 std::string TextAt(std::string const& path, std::int64_t seconds) {
     try {
         History history(path, false);
-        std::string const current = HasRuleFile(path) ? ReadInput(path) : "";
+        std::string current = HasRuleFile(path) ? ReadInput(path) : "";
         std::string digest;
         for (HistoryEntry const& entry : history.Entries(current)) {
             if (digest.empty())

@@ -152,7 +152,8 @@ std::vector<Change> RuleEdit::Changes() {
         }
         if (turn > 0)
             meant[turn - 1] = change;
-        else if (!CallRecordingUtils::AreEqual(*change.before, after_[i]))
+        else if (change.before == nullptr ||
+                 !CallRecordingUtils::AreEqual(*change.before, after_[i]))
             others.push_back(change);
     }
     // A rule that was changed and then deleted has left its turn empty.

@@ -37,11 +37,13 @@ std::map<std::string, std::string> const kMembers{{"callrecordingrule_id", "id"}
 /// Walks over text and counts the lines that it has come to.
 class CountingIterator {
   public:
+    // NOLINTBEGIN(readability-identifier-naming): the names that an iterator has.
     using iterator_category = std::input_iterator_tag;
     using value_type = char;
     using difference_type = std::ptrdiff_t;
     using pointer = char const*;
     using reference = char const&;
+    // NOLINTEND(readability-identifier-naming)
 
     CountingIterator(char const* at, std::size_t& line) : at_(at), line_(&line) {}
     reference operator*() const { return *at_; }

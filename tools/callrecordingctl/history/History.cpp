@@ -206,7 +206,7 @@ std::optional<std::string> History::TextOf(std::string const& digest) {
     row.Bind(digest);
     if (!row.Next())
         return std::nullopt;
-    auto const text = Uncompressed(row.Text(1), static_cast<std::size_t>(row.Number(0)));
+    auto text = Uncompressed(row.Text(1), static_cast<std::size_t>(row.Number(0)));
     if (!text || DigestOf(*text) != row.Text(2))
         throw HistoryError(file_ + ": the state " + digest + " is damaged");
     return text;

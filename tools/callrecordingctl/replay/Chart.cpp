@@ -70,15 +70,15 @@ class Legend {
 
 std::string StretchName(CallTime width) {
     CallTime const hours = width / 3600;
-    return hours == 1         ? "an hour"
-           : hours == 24      ? "a day"
-           : hours == 7 * 24  ? "a week"
-           : hours == 28 * 24 ? "four weeks"
-                              : "52 weeks";
+    return hours == 1                   ? "an hour"
+           : hours == 24                ? "a day"
+           : hours == CallTime{7} * 24  ? "a week"
+           : hours == CallTime{28} * 24 ? "four weeks"
+                                        : "52 weeks";
 }
 
 std::string LabelOf(CallTime begin, CallTime width) {
-    return TimeText(begin).substr(0, width < 24 * 3600 ? 16 : 10);
+    return TimeText(begin).substr(0, width < CallTime{24} * 3600 ? 16 : 10);
 }
 
 /// A round number of calls not below most, for the top of the chart: 1, 2, 4, 5 and 10 times powers

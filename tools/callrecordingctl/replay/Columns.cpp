@@ -12,6 +12,7 @@ struct Names {
     std::vector<char const*> known; // The best first. Lower case, without blanks, "_", "-" and ".".
 };
 
+// NOLINTNEXTLINE(readability-function-size): a table of names.
 std::array<Names, kColumnCount> const& Table() {
     static std::array<Names, kColumnCount> const table{{
         {"--from-column",

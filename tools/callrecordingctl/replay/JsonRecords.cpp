@@ -12,6 +12,8 @@ class JsonHandler {
   public:
     JsonHandler(JsonRecords& records, CallRecord& record) : records_(records), record_(record) {}
 
+    // The names are those that the parser calls.
+    // NOLINTBEGIN(readability-identifier-naming)
     bool null() { return Value(""); }
     bool boolean(bool value) { return Value(value ? "true" : "false"); }
     bool number_integer(std::int64_t value) { return Value(fmt::format_int(value).c_str()); }
@@ -51,6 +53,7 @@ class JsonHandler {
         record_.problem = "no JSON: " + text.substr(column == std::string::npos ? 0 : column);
         return false;
     }
+    // NOLINTEND(readability-identifier-naming)
 
   private:
     bool Value(std::string_view text) {

@@ -6,7 +6,7 @@ namespace callrecordingctl {
 
 /// Reads more behind what the buffer holds. What lies before the record is dropped.
 bool Lines::Fill() {
-    constexpr std::size_t kBlock = 64 * 1024;
+    constexpr std::size_t kBlock = std::size_t{64} * 1024;
     buffer_.erase(0, kept_);
     begin_ -= kept_;
     next_ -= kept_;

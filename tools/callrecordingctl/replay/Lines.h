@@ -16,7 +16,7 @@ namespace callrecordingctl {
 class Lines {
   public:
     /// What a line, and what is kept, may take. No call record comes near it.
-    static constexpr std::size_t kMost = 256 * 1024;
+    static constexpr std::size_t kMost = std::size_t{256} * 1024;
 
     explicit Lines(Input& input) : input_(input) {}
 

@@ -8,7 +8,7 @@
 namespace callrecordingctl {
 namespace {
 
-constexpr CallTime kDay = 24 * 3600;
+constexpr CallTime kDay = CallTime{24} * 3600;
 // Each is a multiple of the one before, so that stretches never have to be cut.
 constexpr CallTime kWidths[] = {3600, kDay, 7 * kDay, 28 * kDay, 364 * kDay};
 constexpr CallTime kMonday = 4 * kDay; // Weeks begin with one; this was the first of 1970.
