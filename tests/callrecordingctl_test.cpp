@@ -147,10 +147,20 @@ TEST_F(Client, SetsUpExplainsAndReordersRules) {
         {"decide --from 213 --to 0041", 1, "not recorded", ""},
         {"decide --from 213 --to 0041 --explain", 1,
          "1  0   disabled; it would match if it were enabled\n"
-         "2  1   to does not match number {200-299}\n"
-         "3  2   to does not match number 00{10-99,!41}*\n"
+         "3  2   to does not match number 00{10-99,!41}*: character 3: \"41\" does not begin with "
+         "a "
+         "run of {10-99,!41}\n"
+         "2  1   to does not match number {200-299}: character 1: \"0041\" does not begin with a "
+         "run "
+         "of {200-299}\n"
          "4  3   from is of type number, not sip\n",
          ""},
+        {"decide --from 213 --to 0041 --explain", 1, "and 1 more, which --all shows", ""},
+        {"decide --from 45 --to 1 --explain --all", 1,
+         "5  4   from does not match number 450: ends where 0 is still to come\n", ""},
+        {"decide --from 4501 --to 1 --explain", 1, "goes on with \"1\" behind the pattern", ""},
+        {"decide --from alice@pbx:5080 --to 1 --explain", 1,
+         "from does not match sip alice@pbx:506[0,1]: character 13: \"8\" is not 6\n", ""},
         {"decide --from alice@pbx:5061 --to 1", 0, "rule 3 (position 4): type 0, duration 60", ""},
         {"decide --from 1 --to \\\\*9", 1, "not recorded", "--to: in an address * ? , - !"},
         {"down 2 2 --dry-run", 0, "dry run: rule 2 \"abroad\" is now rule 4", ""},

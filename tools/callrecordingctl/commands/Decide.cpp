@@ -8,10 +8,9 @@
 #include "Rules.h"
 #include "commands/Registry.h"
 #include "inspection/CallAddress.h"
-#include "matching/Decision.h"
-#include "model/SipAddress.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
+#include "output/Verdicts.h"
 
 namespace callrecordingctl {
 namespace {
@@ -29,6 +28,7 @@ struct Options {
     PartyOptions from;
     PartyOptions to;
     bool explain = false;
+    bool all = false;
 };
 
 /// The addresses are compared as they are given, which surprises where a pattern holds an escape or
@@ -40,17 +40,6 @@ void WarnOfAddress(PartyOptions const& side, char const* option) {
             option);
 }
 
-/// Why one side of the rule does not match; empty when it does.
-std::string Mismatch(CallSide const& side, CallType type, char const* name,
-                     std::string const& pattern, CallType ruleType) {
-    if (ruleType != type && ruleType != CALL_TYPE_ANY)
-        return fmt::format("{} is of type {}, not {}", name, CallTypeName(type),
-                           CallTypeName(ruleType));
-    if (side.Satisfies(pattern, ruleType))
-        return "";
-    return fmt::format("{} does not match {}", name, SideText(pattern, ruleType));
-}
-
 /// Takes off what call records write around an address, and says so: the telephone system may hand
 /// it over differently.
 PartyOptions Cleaned(PartyOptions const& side, char const* option) {
@@ -58,66 +47,6 @@ PartyOptions Cleaned(PartyOptions const& side, char const* option) {
     if (cleaned.cleanings.any())
         Say("{}: taken for {} (left out: {})", option, cleaned.text, Words(cleaned.cleanings));
     return {cleaned.text, side.type};
-}
-
-struct Verdict {
-    std::string reason; // Why the rule is passed over.
-    bool decides;
-};
-
-/// A call as the command line gives it, with what decides it.
-class DecidedCall {
-  public:
-    DecidedCall(PartyOptions const& from, PartyOptions const& to)
-        : from_(ReadCallParty(from.address, from.type)), to_(ReadCallParty(to.address, to.type)),
-          call_(from_.params, from_.type, to_.params, to_.type) {}
-
-    /// Every rule in order, up to the one that decides, and why it was passed over.
-    std::vector<Verdict> Judge(RuleList const& rules) const {
-        std::vector<Verdict> verdicts;
-        for (Rule const& rule : rules) {
-            verdicts.push_back(Judge(rule));
-            if (verdicts.back().decides)
-                break;
-        }
-        return verdicts;
-    }
-
-  private:
-    Verdict Judge(Rule const& rule) const {
-        if (Takes(rule, call_))
-            return {"", true};
-        std::string reason =
-            Mismatch(call_.caller, from_.type, "from", rule.caller_pattern, rule.caller_call_type);
-        std::string const other =
-            Mismatch(call_.called, to_.type, "to", rule.called_pattern, rule.called_call_type);
-        reason += (reason.empty() || other.empty() ? "" : "; ") + other;
-        if (rule.recording_rule_state != RULE_ENABLED)
-            reason = "disabled; " + (reason.empty() ? "it would match if it were enabled" : reason);
-        return {reason, false};
-    }
-
-    CallParty from_, to_; // The call borrows their texts.
-    Call call_;
-};
-
-void PrintExplanation(std::vector<Verdict> const& verdicts, RuleList const& rules) {
-    Table table({"#", "ID", "OUTCOME"});
-    for (std::size_t i = 0; i < verdicts.size(); ++i)
-        table.Add(
-            {std::to_string(i + 1), std::to_string(rules[i].callrecordingrule_id),
-             verdicts[i].decides ? "both sides match: this rule decides" : verdicts[i].reason});
-    table.Print();
-}
-
-nlohmann::ordered_json VerdictsToJson(std::vector<Verdict> const& verdicts, RuleList const& rules) {
-    auto document = nlohmann::ordered_json::array();
-    for (std::size_t i = 0; i < verdicts.size(); ++i)
-        document.push_back({{"position", i + 1},
-                            {"callrecordingrule_id", rules[i].callrecordingrule_id},
-                            {"decides", verdicts[i].decides},
-                            {"passed_over_because", verdicts[i].reason}});
-    return document;
 }
 
 std::string DecisionText(Rule const& rule, std::size_t position) {
@@ -136,7 +65,7 @@ void PrintAsJson(std::vector<Verdict> const& verdicts, RuleList const& rules, bo
     if (isRecorded)
         document["rule"] = ToJson(rules[verdicts.size() - 1], verdicts.size());
     if (explain)
-        document["rules"] = VerdictsToJson(verdicts, rules);
+        document["rules"] = ToJson(verdicts, rules);
     PrintJson(document);
 }
 
@@ -144,7 +73,7 @@ ExitCode Decide(Context const& context, Options const& options) {
     RuleList const rules = LoadRules(context.path);
     PartyOptions const from = Cleaned(options.from, "--from");
     PartyOptions const to = Cleaned(options.to, "--to");
-    std::vector<Verdict> const verdicts = DecidedCall(from, to).Judge(rules);
+    std::vector<Verdict> const verdicts = JudgedCall(from, to).Judge(rules);
     bool const isRecorded = !verdicts.empty() && verdicts.back().decides;
     if (!isRecorded) {
         WarnOfAddress(from, "--from");
@@ -153,7 +82,7 @@ ExitCode Decide(Context const& context, Options const& options) {
     if (context.json)
         PrintAsJson(verdicts, rules, options.explain);
     else if (options.explain && !verdicts.empty())
-        PrintExplanation(verdicts, rules);
+        (options.all ? PrintAll : PrintNearest)(verdicts, rules);
     if (!context.json)
         fmt::print("{}\n", isRecorded ? DecisionText(rules[verdicts.size() - 1], verdicts.size())
                                       : "not recorded: no enabled rule matches");
@@ -169,7 +98,14 @@ void AddDecide(CommandLine& line) {
                         [options](Context const& context) { return Decide(context, *options); });
     AddParty(decide, options->from, "from", "calling");
     AddParty(decide, options->to, "to", "called");
-    decide.add_flag("--explain", options->explain, "Say of every rule why it was passed over");
+    CLI::Option* const explain =
+        decide.add_flag("--explain", options->explain,
+                        "Say why rules were passed over, and where the\naddress and the pattern "
+                        "part; the nearest first");
+    decide
+        .add_flag("--all", options->all,
+                  "With --explain: all rules up to the one that\ndecides, with descriptions")
+        ->needs(explain);
 }
 
 } // namespace callrecordingctl
