@@ -62,7 +62,8 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
     bool isOnSection_ = false;
 
     // The entries of the section under the cursor, once one was asked for: most readers want all.
-    std::optional<std::vector<Entry>> entries_;
+    std::vector<Entry> entries_;
+    bool areEntriesRead_ = false;
 };
 
 // --- The cursor ---
@@ -70,7 +71,7 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
 void MultiSectionFile::Impl::SetCursor(SectionedText::Place next, bool isOnSection) {
     next_ = next;
     isOnSection_ = isOnSection;
-    entries_.reset();
+    areEntriesRead_ = false;
 }
 
 void MultiSectionFile::Impl::Restart() {
@@ -99,9 +100,10 @@ Section& MultiSectionFile::Impl::Current() {
 
 std::vector<Entry> const& MultiSectionFile::Impl::Entries() {
     Section const& section = Current();
-    if (!entries_)
-        entries_ = text_.Entries(section);
-    return *entries_;
+    if (!areEntriesRead_)
+        text_.ReadEntries(section, entries_);
+    areEntriesRead_ = true;
+    return entries_;
 }
 
 /// Returns the first entry of key, or null.
@@ -134,7 +136,7 @@ void MultiSectionFile::Impl::SetSectionEntry(std::string_view key, std::string_v
         text_.SetValue(section, *entry, value);
     else
         return;
-    entries_.reset();
+    areEntriesRead_ = false;
 }
 
 // --- Sections ---

@@ -19,7 +19,9 @@ bool IsBlank(char c) {
 }
 
 bool StartsWith(std::string_view text, std::string_view start) {
-    return text.substr(0, start.size()) == start;
+    if (text.empty() || start.empty()) // Else most answers fall with the first character.
+        return start.empty();
+    return text.front() == start.front() && text.substr(0, start.size()) == start;
 }
 
 bool HasLineBreak(std::string_view text) {
@@ -200,8 +202,8 @@ void SectionedText::RequireEntry(Reading const& reading, std::string_view conten
 
 // --- Entries ---
 
-std::vector<Entry> SectionedText::Entries(Section const& section) const {
-    std::vector<Entry> entries;
+void SectionedText::ReadEntries(Section const& section, std::vector<Entry>& entries) const {
+    entries.clear();
     std::string_view rest = Inside(section.body.Text());
     while (!rest.empty()) {
         std::string_view const line = FirstLine(rest);
@@ -213,7 +215,6 @@ std::vector<Entry> SectionedText::Entries(Section const& section) const {
         entries.push_back(
             {content.substr(0, separator), content.substr(separator + syntax_.separator.size())});
     }
-    return entries;
 }
 
 std::size_t SectionedText::LineOf(Section const& section, Entry const& entry) {

@@ -79,8 +79,8 @@ class SectionedText {
     /// Removes a section, keeps what is outside, and returns the place behind it.
     Place Erase(Place place);
 
-    /// The entries of a section, in their order.
-    std::vector<Entry> Entries(Section const& section) const;
+    /// Makes entries those of a section, in their order.
+    void ReadEntries(Section const& section, std::vector<Entry>& entries) const;
 
     /// The line on which entry, which is one of the section's, stands; 0 in a new section.
     static std::size_t LineOf(Section const& section, Entry const& entry);

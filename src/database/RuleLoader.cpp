@@ -1,6 +1,7 @@
 // Loading: turns the sections of the rule file into the rule list, in either view mode.
 
 #include <memory>
+#include <utility>
 
 #include <callrecordingutils/CCallRecordingDB.h>
 
@@ -16,8 +17,7 @@ namespace {
 
 using RuleList = std::list<CallRecordingRuleParams*>;
 
-void AppendRule(RuleList& list, CallRecordingRuleParams const& rule) {
-    auto record = std::make_unique<CallRecordingRuleParams>(rule);
+void AppendRule(RuleList& list, std::unique_ptr<CallRecordingRuleParams> record) {
     list.push_back(record.get());
     (void)record.release(); // The list owns it, now that it holds it.
 }
@@ -48,15 +48,16 @@ void CCallRecordingDB::ReadRuleFile() {
     RuleFile file(RuleFilePath());
     BasicView basicView;
     while (file.Next()) {
-        CallRecordingRuleParams const rule = file.ReadRule();
+        // What is read becomes the record as it is, without a copy of its texts.
+        std::unique_ptr<CallRecordingRuleParams> rule(new CallRecordingRuleParams(file.ReadRule()));
         if (mIsAdvancedMode)
-            AppendRule(mCallRecordList, rule);
+            AppendRule(mCallRecordList, std::move(rule));
         else
-            basicView.Add(rule);
+            basicView.Add(*rule);
         mHasAdvancedRules = mHasAdvancedRules || basicView.HasAdvancedRules();
     }
     for (CallRecordingRuleParams const& rule : basicView.Rules())
-        AppendRule(mCallRecordList, rule);
+        AppendRule(mCallRecordList, std::make_unique<CallRecordingRuleParams>(rule));
 }
 
 bool CCallRecordingDB::GetCurrentSection(Configuration::MultiSectionFile* file,
