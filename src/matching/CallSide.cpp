@@ -18,8 +18,12 @@ constexpr std::string_view kNoPort = "*";
 CallSide::CallSide(CallParams const& params, CallType type) : type_(type) {
     bool const hasUser =
         type == CALL_TYPE_NUMBER || type == CALL_TYPE_NUMBER2 || type == CALL_TYPE_SIP;
-    if (hasUser)
-        address_ = addressForAny_ = params.user;
+    if (hasUser) {
+        // One after the other: to assign the one to the other would read what was just written.
+        std::string_view const user = params.user;
+        addressForAny_ = user;
+        address_ = user;
+    }
     if (type == CALL_TYPE_SIP)
         PutSipAddressTogether(params);
 }

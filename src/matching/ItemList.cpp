@@ -209,33 +209,6 @@ class ItemLengths {
     bool isOdd_ = false; // Neither a value nor a range of numbers.
 };
 
-/// Whether list admits the character c; nothing where only the walk can tell. Nearly all candidates
-/// are single characters, and nearly all lists for them hold nothing but single characters, ranges
-/// from one to another, and exclusions of such; for these there is no need to walk twice, nor to
-/// read numbers. An item that admits c consumes it.
-std::optional<bool> AdmitsSymbol(std::string_view list, char c) {
-    bool isAccepted = false;
-    bool isExcluded = false;
-    for (std::size_t at = 0; at < list.size();) {
-        bool const excludes = list[at] == '!';
-        at += excludes ? 1 : 0;
-        if (at == list.size() || !IsLiteral(list[at]))
-            return std::nullopt;
-        char const low = list[at++];
-        char high = low;
-        if (at + 1 < list.size() && list[at] == '-') {
-            high = list[at + 1];
-            at += 2;
-            if (KindOf(low) == SymbolKind::Other || KindOf(low) != KindOf(high))
-                return std::nullopt;
-        }
-        if (at < list.size() && list[at++] != ',')
-            return std::nullopt;
-        (excludes ? isExcluded : isAccepted) |= c == low || (low < c && c <= high);
-    }
-    return isAccepted && !isExcluded;
-}
-
 } // namespace
 
 bool AcceptsCandidate(std::string_view list, std::string_view candidate, Consumed& consumed) {
@@ -254,11 +227,13 @@ bool ExcludesCandidate(std::string_view list, std::string_view candidate) {
 }
 
 bool AdmitsCandidate(std::string_view list, std::string_view candidate, Consumed& consumed) {
-    if (candidate.size() == 1)
-        if (std::optional<bool> const admits = AdmitsSymbol(list, candidate.front())) {
-            consumed = {*admits ? 1U : 0U, 0};
-            return *admits;
+    if (candidate.size() == 1) {
+        SymbolItems const symbols = ReadSymbolItems(list, 0, candidate.front());
+        if (symbols.end == list.size()) {
+            consumed = {symbols.admit ? 1U : 0U, 0};
+            return symbols.admit;
         }
+    }
     return AcceptsCandidate(list, candidate, consumed) && !ExcludesCandidate(list, candidate);
 }
 

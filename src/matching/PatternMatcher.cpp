@@ -8,20 +8,51 @@
 
 namespace CallRecordingUtils {
 
-/// Takes the literals from at on; at ends behind them. The commonest steps, without the detour of
-/// an element for each.
-bool PatternMatcher::TakeLiterals(std::size_t& at, Way& way) const {
-    std::string_view const pattern = texts_.pattern.substr(at);
-    std::size_t const shared = SharedLiterals(pattern, texts_.address.substr(way.position));
-    at += shared;
-    way.position += shared;
-    return shared == pattern.size() || !IsLiteral(pattern[shared]);
+/// Takes the commonest steps from at on, without the detour of an element for each: literals, "?",
+/// and sets of single characters; at ends behind them.
+bool PatternMatcher::TakeSteps(std::size_t& at, Way& way) const {
+    std::string_view const pattern = texts_.pattern;
+    std::string_view const address = texts_.address;
+    std::size_t next = at;
+    std::size_t position = way.position;
+    std::uint32_t sets = 0;
+    while (next < pattern.size()) {
+        if (IsLiteral(pattern[next])) {
+            std::size_t const shared =
+                SharedLiterals(pattern.substr(next), address.substr(position));
+            next += shared;
+            position += shared;
+            if (next < pattern.size() && IsLiteral(pattern[next]))
+                return false;
+        } else if (pattern[next] == '?') {
+            if (position == address.size())
+                return false;
+            ++next;
+            ++position;
+        } else if (pattern[next] == '[' && position < address.size()) {
+            SymbolItems const items = ReadSymbolItems(pattern, next + 1, address[position]);
+            if (items.end >= pattern.size() || pattern[items.end] != ']')
+                break;
+            if (!items.admit)
+                return false;
+            next = items.end + 1;
+            ++position;
+            ++sets;
+        } else {
+            break;
+        }
+    }
+    at = next;
+    way.position = position;
+    if (sets > 0)
+        way.grouped.symbols += sets;
+    return true;
 }
 
 /// Takes the elements from begin to end, which ReadFixed has read.
 bool PatternMatcher::TakeFixed(std::size_t begin, std::size_t end, Way& way) const {
     for (std::size_t at = begin;;) {
-        if (!TakeLiterals(at, way))
+        if (!TakeSteps(at, way))
             return false;
         if (at >= end)
             return true;
@@ -34,7 +65,7 @@ bool PatternMatcher::TakeFixed(std::size_t begin, std::size_t end, Way& way) con
 
 bool PatternMatcher::Search(PositionSearch::Asked asked) {
     for (;;) {
-        if (!TakeLiterals(at_, way_))
+        if (!TakeSteps(at_, way_))
             return false;
         Element const element = ReadElement(texts_.pattern, at_);
         if (element.construct == Construct::End)
@@ -82,7 +113,11 @@ bool PatternMatcher::SearchOpen(Element const& open, FixedRun const& rest, std::
         shortest = lengths.shortest;
         longest = std::min(longest, lengths.longest);
     }
+    // Most ends that cannot be the right one are seen at the literal that has to follow.
+    char const next = rest.width > 0 ? texts_.pattern[open.end] : '?';
     for (std::size_t length = shortest; length <= longest; ++length) {
+        if (IsLiteral(next) && texts_.address[way_.position + length] != next)
+            continue;
         Way way = way_;
         if (texts_.Take(open, way.position + length, way) && TakeFixed(open.end, rest.end, way) &&
             (rest.next != Construct::End || texts_.CanEndAt(way.position))) {

@@ -38,7 +38,7 @@ class PatternMatcher {
     bool MatchesWithCounts(wild_card_counts& counts);
 
   private:
-    bool TakeLiterals(std::size_t& at, Way& way) const;
+    bool TakeSteps(std::size_t& at, Way& way) const;
     bool TakeFixed(std::size_t begin, std::size_t end, Way& way) const;
 
     bool Search(PositionSearch::Asked asked);
