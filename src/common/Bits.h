@@ -29,6 +29,14 @@ constexpr std::size_t LowestBit(Word word) {
     return kShiftTable[((word & (~word + 1)) * kSixBitsEach) >> (kWordBits - 6)];
 }
 
+/// Returns how many bits of word are set: they are added up by twos, fours and eights.
+constexpr std::size_t CountBits(Word word) {
+    word -= word >> 1 & 0x5555555555555555;
+    word = (word & 0x3333333333333333) + (word >> 2 & 0x3333333333333333);
+    word = (word + (word >> 4)) & 0x0f0f0f0f0f0f0f0f;
+    return static_cast<std::size_t>(word * 0x0101010101010101 >> (kWordBits - 8));
+}
+
 } // namespace CallRecordingUtils
 
 #endif

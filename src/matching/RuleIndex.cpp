@@ -63,18 +63,20 @@ class RuleIndex::Search {
 
     void VisitOrigins(Node const& node) {
         Word const* const bits = &index_.origins_[node.bits];
-        std::size_t const size = traits_.AddressSize(node.side);
+        std::string_view const address = traits_.Address(node.side);
+        auto const slotAt = [address](std::size_t at) {
+            return SlotOf(at < address.size() ? address[at] : '\0');
+        };
+        std::size_t const few = node.size;
         std::size_t characters = 0; // The slots of the next few, four bits each.
-        for (std::size_t i = 0; i < node.size; ++i)
-            characters = characters * kSlots + traits_.SlotOfAddress(node.side, i);
-        for (std::size_t origin = 0; origin < size; ++origin) {
+        for (std::size_t i = 0; i < few; ++i)
+            characters = characters * kSlots + slotAt(i);
+        for (std::size_t origin = 0; origin < address.size(); ++origin) {
             if ((bits[characters / kWordBits] >> characters % kWordBits & 1) != 0) {
                 traits_.SetOrigin(node.side, origin);
                 Visit(node.begin);
             }
-            characters =
-                (characters * kSlots + traits_.SlotOfAddress(node.side, origin + node.size)) %
-                OriginBits(node.size);
+            characters = (characters * kSlots + slotAt(origin + few)) % OriginBits(few);
         }
     }
 

@@ -13,21 +13,14 @@ namespace {
 
 constexpr std::size_t kLongestWalked = 16; // When its rules begin with literals.
 constexpr std::size_t kFewestBelow = 4;    // Fewer rules are a leaf,
-constexpr std::size_t kLargestLeaf = 64;   // and so are these, unless origins help.
-constexpr std::size_t kFewFilters = 4;     // Of such a leaf.
+constexpr std::size_t kLargestLeaf = 128;  // and so are these, unless origins help.
+constexpr std::size_t kFewFilters = 4;     // Of a leaf of one small block.
 constexpr std::size_t kFewestApart = 2;    // Of some pairs, for a node to tell them apart.
 constexpr std::size_t kOriginPays = 4; // Each character of an address costs a search of its own.
 constexpr std::size_t kMostCharacters = 6; // That the bits of origins tell of.
 constexpr std::size_t kMostSlots = 8;      // A rule with more in one place goes to the rest.
 constexpr std::size_t kCopies = 1;         // Of a rule beyond the one, on an average.
 constexpr std::size_t kMostRules = std::size_t{1} << 28;
-
-std::size_t Count(SlotSet slots) {
-    std::size_t count = 0;
-    for (; slots != 0; slots = static_cast<SlotSet>(slots & (slots - 1)))
-        ++count;
-    return count;
-}
 
 template <typename Act>
 void ForEachSlot(SlotSet slots, Act act) {
@@ -140,7 +133,7 @@ class RuleIndex::Builder {
         for (Rank const rule : rules) {
             std::size_t texts = 1;
             for (std::size_t i = 0; i < characters; ++i)
-                texts *= Count(traits_[rule][FirstTrait(side, View::Middle) + i]);
+                texts *= CountBits(traits_[rule][FirstTrait(side, View::Middle) + i]);
             all += texts;
         }
         return all;
@@ -165,7 +158,7 @@ class RuleIndex::Builder {
         std::array<Ranks, kSlots> branches;
         Ranks rest;
         for (Rank const rule : rules)
-            if (Count(traits_[rule][trait]) > mostSlots)
+            if (CountBits(traits_[rule][trait]) > mostSlots)
                 rest.push_back(rule);
             else
                 ForEachSlot(traits_[rule][trait],
@@ -189,7 +182,7 @@ class RuleIndex::Builder {
                           std::size_t& copies) const {
         std::array<std::size_t, kSlots + 1> rulesWith{};
         for (Rank const rule : rules)
-            ++rulesWith[Count(traits_[rule][trait])];
+            ++rulesWith[CountBits(traits_[rule][trait])];
         std::size_t most = 1;
         while (most < kMostSlots && copies + rulesWith[most + 1] * most <= allowed) {
             copies += rulesWith[most + 1] * most;
@@ -227,22 +220,16 @@ class RuleIndex::Builder {
         return first;
     }
 
-    void MakeLeaf(std::uint32_t at, Ranks const& rules, TraitSet open) {
+    void MakeLeaf(std::uint32_t at, Ranks const& rules, TraitSet const& open) {
         Node& leaf = index_.nodes_[at];
         leaf.begin = static_cast<std::uint32_t>(index_.ranks_.size());
         leaf.size = static_cast<std::uint32_t>(rules.size());
         leaf.bits = static_cast<std::uint32_t>(index_.filters_.size());
         index_.ranks_.insert(index_.ranks_.end(), rules.begin(), rules.end());
-        std::vector<std::size_t> filters;
-        std::size_t const most = rules.size() <= kLargestLeaf ? kFewFilters : kMostFilters;
-        while (filters.size() < most) {
-            std::size_t const trait = choice_.BestFilter(rules, filters, open);
-            if (trait == TraitChoice::kNone)
-                break;
-            open.reset(trait);
-            leaf.traits[filters.size()] = kTraitTable[trait];
-            filters.push_back(trait);
-        }
+        std::vector<std::size_t> const filters =
+            choice_.Filters(rules, open, rules.size() <= kSmallBlock ? kFewFilters : kMostFilters);
+        std::transform(filters.begin(), filters.end(), leaf.traits.begin(),
+                       [](std::size_t trait) { return kTraitTable[trait]; });
         leaf.filterCount = static_cast<std::uint8_t>(filters.size());
         std::size_t const block = SetsOfBlock(leaf) * kSmallBlock;
         for (std::size_t i = 0; i < rules.size(); i += block)
@@ -256,13 +243,14 @@ class RuleIndex::Builder {
         for (std::size_t i = begin; i < end; ++i)
             ForEachSlot(traits_[rules[i]][trait],
                         [&](std::size_t slot) { filter[slot] |= Word{1} << (i - begin); });
+        std::size_t at = index_.filters_.size();
+        index_.filters_.resize(at + kSlots * sets);
         for (Word const word : filter) {
-            std::size_t const at = index_.filters_.size();
-            index_.filters_.resize(at + sets);
             if (sets == 1)
                 index_.filters_[at] = static_cast<RuleSet>(word);
             else
                 std::memcpy(&index_.filters_[at], &word, sizeof word);
+            at += sets;
         }
     }
 

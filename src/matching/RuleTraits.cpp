@@ -31,8 +31,10 @@ SlotSet SlotsBetween(char low, char high) {
     return slots;
 }
 
-/// The slots of the characters from low to high that list admits.
+/// The slots of the characters from low to high that list admits; without exclusions those of all.
 SlotSet AdmittedBetween(std::string_view list, char low, char high) {
+    if (!Contains(list, '!'))
+        return SlotsBetween(low, high);
     SlotSet slots = 0;
     for (int code = static_cast<unsigned char>(low); code <= static_cast<unsigned char>(high);
          ++code) {
@@ -53,18 +55,27 @@ SlotSet SlotsOfSet(std::string_view list) {
     if (list.size() > kLongestJudgedList)
         return kAnySlot;
     SlotSet slots = 0;
-    char low = '\0'; // What the item begins with.
+    char low = '\0';       // What the item begins with,
+    std::size_t begin = 0; // and where.
     for (std::size_t at = 0; at < list.size();) {
         Part const part = ReadPart(list, at);
         at = part.kind == ItemPart::Exclusion ? EndOfItem(list, part.end) : part.end;
         switch (part.kind) {
         case ItemPart::AnyOne: return kAnySlot;
-        case ItemPart::Separator: low = '\0'; break;
+        case ItemPart::Separator:
+            low = '\0';
+            begin = at;
+            break;
         case ItemPart::Literals:
             low = low == '\0' ? part.text.front() : low;
             slots |= AdmittedBetween(list, part.text.front(), part.text.front());
             break;
-        case ItemPart::ToDigits: slots |= AdmittedBetween(list, '0', '9'); break;
+        case ItemPart::ToDigits:
+            if (at - begin == 3 && IsDigit(low) && (at == list.size() || list[at] == ','))
+                slots |= AdmittedBetween(list, low, part.text.front());
+            else
+                slots |= AdmittedBetween(list, '0', '9');
+            break;
         case ItemPart::ToLetter: slots |= AdmittedBetween(list, low, part.text.front()); break;
         case ItemPart::Exclusion:
         case ItemPart::StrayDash:
@@ -152,9 +163,9 @@ class SideReader {
             std::size_t const begin = ReadElement(texts_.pattern, stretch.run.end).end;
             stretch = {begin, texts_.ReadFixed(begin)};
             PutMiddle(stretch, mostLiterals);
+            if (stretch.run.next == Construct::End && side_.type != CALL_TYPE_SIP)
+                PutBack(stretch);
         }
-        if (stretch.run.next == Construct::End && side_.type != CALL_TYPE_SIP)
-            PutBack(stretch);
     }
 
   private:
@@ -190,9 +201,13 @@ class SideReader {
             put(place + i, i < slots.size() ? slots[i] : kAnySlot, false);
     }
 
+    /// The first stretch. When it is all of the pattern, its places are certain from the back too.
     void PutFront(Stretch const& stretch) {
-        ForEachPlace(stretch, [this](std::size_t place, SlotSet slots, bool) {
+        bool const isAll = stretch.run.next == Construct::End && side_.type != CALL_TYPE_SIP;
+        ForEachPlace(stretch, [&](std::size_t place, SlotSet slots, bool) {
             Put(View::Front, place, slots);
+            if (isAll)
+                Put(View::Back, stretch.run.width - 1 - place, slots);
         });
         // A rule for any call type does not see where the user of a SIP call ends.
         if (stretch.run.next == Construct::End && side_.type != CALL_TYPE_ANY)
@@ -200,6 +215,7 @@ class SideReader {
                 SlotsOf(texts_.ending == Ending::AtPort ? ':' : '\0'));
     }
 
+    /// The last stretch of several.
     void PutBack(Stretch const& stretch) {
         ForEachPlace(
             stretch, [&](std::size_t place, SlotSet slots,
@@ -254,17 +270,16 @@ void CallTraits::SetSide(std::size_t side, CallSide const& callSide) {
     std::string_view const user = callSide.User();
     types_[side] = static_cast<char>(callSide.Type());
     Text* const texts = &texts_[side * kViews];
-    texts[static_cast<std::size_t>(View::Type)] = {&types_[side], 1, 1};
-    texts[static_cast<std::size_t>(View::Front)] = {address.data(), address.size(), 1};
+    texts[static_cast<std::size_t>(View::Type)] = {&types_[side], 1};
+    texts[static_cast<std::size_t>(View::Front)] = {address.data(), address.size()};
     texts[static_cast<std::size_t>(View::Back)] = {user.empty() ? nullptr : &user.back(),
-                                                   user.size(), -1};
-    texts[static_cast<std::size_t>(View::Middle)] = {address.data(), address.size(), 1};
+                                                   user.size()};
+    texts[static_cast<std::size_t>(View::Middle)] = {address.data(), address.size()};
 }
 
 void CallTraits::SetOrigin(std::size_t side, std::size_t origin) {
-    Text const& address = Of(side, View::Front);
-    texts_[side * kViews + static_cast<std::size_t>(View::Middle)] = {address.first + origin,
-                                                                      address.size - origin, 1};
+    std::string_view const rest = Address(side).substr(origin);
+    texts_[side * kViews + static_cast<std::size_t>(View::Middle)] = {rest.data(), rest.size()};
 }
 
 } // namespace CallRecordingUtils

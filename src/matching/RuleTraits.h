@@ -10,16 +10,24 @@
 
 #include <callrecordingutils/CallRecordingRuleParams.h>
 
+#include "language/Characters.h"
 #include "matching/Decision.h"
 
 namespace CallRecordingUtils {
 
-/// Characters fall into sixteen slots: digits into one each, others shared. A call that lacks the
-/// slot lacks the character, which is all that is ever concluded.
+/// Characters fall into sixteen slots: digits into one each, all others into six. A call that lacks
+/// the slot lacks the character, which is all that is ever concluded.
 inline constexpr std::size_t kSlots = 16;
+constexpr std::array<std::uint8_t, 256> MakeSlotTable() {
+    std::array<std::uint8_t, 256> table{};
+    for (std::size_t byte = 0; byte < table.size(); ++byte)
+        table[byte] = static_cast<std::uint8_t>(IsDigit(static_cast<char>(byte)) ? byte - '0'
+                                                                                 : 10 + byte % 6);
+    return table;
+}
+inline constexpr std::array<std::uint8_t, 256> kSlotTable = MakeSlotTable();
 constexpr std::size_t SlotOf(char c) {
-    // The end of a text reads as NUL, and must not look like the digit 0.
-    return c == '\0' ? kSlots - 1 : static_cast<unsigned char>(c) % kSlots;
+    return kSlotTable[static_cast<unsigned char>(c)];
 }
 
 /// A set of slots, one bit for each.
@@ -43,17 +51,26 @@ inline constexpr std::array<std::size_t, kViews> kTraitsOfView{1, 24, 8, 8};
 struct Trait {
     std::uint8_t view = 0; // Of both sides: those of the caller, then those of the called side.
     std::uint8_t offset = 0;
+    std::int8_t place =
+        0; // The offset in the text, which views from the back go through backwards.
 };
 
 inline constexpr std::size_t kTraitsOfSide = 41;
 inline constexpr std::size_t kTraits = 2 * kTraitsOfSide;
+
+constexpr Trait MakeTrait(std::size_t view, std::size_t offset) {
+    bool const isBack = view % kViews == static_cast<std::size_t>(View::Back);
+    auto const place = static_cast<std::int8_t>(offset);
+    return {static_cast<std::uint8_t>(view), static_cast<std::uint8_t>(offset),
+            static_cast<std::int8_t>(isBack ? -place : place)};
+}
 
 constexpr std::array<Trait, kTraits> MakeTraitTable() {
     std::array<Trait, kTraits> table{};
     std::size_t row = 0;
     for (std::size_t view = 0; view < 2 * kViews; ++view)
         for (std::size_t offset = 0; offset < kTraitsOfView[view % kViews]; ++offset)
-            table[row++] = {static_cast<std::uint8_t>(view), static_cast<std::uint8_t>(offset)};
+            table[row++] = MakeTrait(view, offset);
     return table;
 }
 inline constexpr std::array<Trait, kTraits> kTraitTable = MakeTraitTable();
@@ -76,7 +93,6 @@ class CallTraits {
     struct Text {
         char const* first;
         std::size_t size;
-        std::ptrdiff_t step;
     };
 
   public:
@@ -85,14 +101,12 @@ class CallTraits {
 
     std::size_t SlotAt(Trait trait) const {
         Text const& text = texts_[trait.view];
-        return trait.offset < text.size ? SlotOf(text.first[trait.offset * text.step])
-                                        : SlotOf('\0');
+        return trait.offset < text.size ? SlotOf(text.first[trait.place]) : SlotOf('\0');
     }
 
-    std::size_t AddressSize(std::size_t side) const { return Of(side, View::Front).size; }
-    std::size_t SlotOfAddress(std::size_t side, std::size_t at) const {
-        Text const& address = Of(side, View::Front);
-        return SlotOf(at < address.size ? address.first[at] : '\0');
+    std::string_view Address(std::size_t side) const {
+        Text const& address = texts_[side * kViews + static_cast<std::size_t>(View::Front)];
+        return {address.first, address.size};
     }
 
     /// Makes the character at the place origin of the address the first of the middle view.
@@ -101,9 +115,6 @@ class CallTraits {
 
   private:
     void SetSide(std::size_t side, CallSide const& callSide);
-    Text const& Of(std::size_t side, View view) const {
-        return texts_[side * kViews + static_cast<std::size_t>(view)];
-    }
 
     std::array<char, 2> types_;
     std::array<Text, 2 * kViews> texts_;

@@ -1,9 +1,11 @@
-// Counts, over some pairs of rules, what each trait tells apart. The loops over all traits are what
+// Finds, over some pairs of rules, what each trait tells apart. The loops over all traits are what
 // building an index takes its time for; they are plain so that the compiler makes vectors of them.
 
 #include "matching/TraitChoice.h"
 
 #include <algorithm>
+
+#include "common/Bits.h"
 
 namespace CallRecordingUtils {
 
@@ -14,9 +16,8 @@ TraitSet MiddleTraits(std::size_t side) {
     return middle;
 }
 
-TraitChoice::Counts TraitChoice::CountApart(Ranks const& rules,
-                                            std::vector<std::size_t> const& asked) const {
-    Counts apart{};
+TraitChoice::Apart TraitChoice::ToldApart(Ranks const& rules) const {
+    Apart apart{};
     std::size_t const size = rules.size();
     std::size_t const pairs = std::min(kPairs, size * (size - 1) / 2);
     for (std::size_t pair = 0; pair < pairs; ++pair) {
@@ -25,40 +26,60 @@ TraitChoice::Counts TraitChoice::CountApart(Ranks const& rules,
         std::size_t const j = (i + 1 + (size / 2 + 7 * pair) % (size - 1)) % size;
         RuleTraits const& a = traits_[rules[i]];
         RuleTraits const& b = traits_[rules[j]];
-        if (std::any_of(asked.begin(), asked.end(),
-                        [&](std::size_t trait) { return (a[trait] & b[trait]) == 0; }))
-            continue;
         for (std::size_t t = 0; t < kTraits; ++t)
-            apart[t] = static_cast<std::uint16_t>(apart[t] + ((a[t] & b[t]) == 0 ? 1 : 0));
+            apart[t] |= static_cast<Pairs>((a[t] & b[t]) == 0 ? 1 : 0) << pair;
     }
     return apart;
 }
 
-TraitChoice::Choice TraitChoice::Most(Counts const& counts, TraitSet const& open) {
-    Choice best{kNone, 0};
-    for (std::size_t t = 0; t < kTraits; ++t)
-        if (counts[t] > best.apart && open[t])
-            best = {t, counts[t]};
-    return best;
-}
-
 TraitChoice::Choices TraitChoice::Best(Ranks const& rules, TraitSet const& open) const {
-    Counts const apart = CountApart(rules, {});
-    return {Most(apart, open), {Most(apart, MiddleTraits(0)), Most(apart, MiddleTraits(1))}};
+    Apart const apart = ToldApart(rules);
+    auto const best = [&apart](TraitSet const& among) {
+        Choice choice{kTraits, 0};
+        for (std::size_t t = 0; t < kTraits; ++t)
+            if (std::size_t const count = CountBits(apart[t]); count > choice.apart && among[t])
+                choice = {t, count};
+        return choice;
+    };
+    return {best(open), {best(MiddleTraits(0)), best(MiddleTraits(1))}};
 }
 
-std::size_t TraitChoice::BestFilter(Ranks const& rules, std::vector<std::size_t> const& asked,
-                                    TraitSet const& open) const {
-    Counts worth = CountApart(rules, asked);
-    for (std::size_t t = 0; t < kTraits; ++t)
-        worth[t] = static_cast<std::uint16_t>(2 * kPairs * worth[t]);
+/// For each trait how many of some rules do not take any slot.
+std::array<std::uint16_t, kTraits> TraitChoice::Certain(Ranks const& rules) const {
+    std::array<std::uint16_t, kTraits> certain{};
     std::size_t const step = rules.size() / kPairs + 1;
     for (std::size_t i = 0; i < rules.size(); i += step) {
         RuleTraits const& traits = traits_[rules[i]];
         for (std::size_t t = 0; t < kTraits; ++t)
-            worth[t] = static_cast<std::uint16_t>(worth[t] + (traits[t] != kAnySlot ? 1 : 0));
+            certain[t] = static_cast<std::uint16_t>(certain[t] + (traits[t] != kAnySlot ? 1 : 0));
     }
-    return Most(worth, open).trait;
+    return certain;
+}
+
+std::vector<std::size_t> TraitChoice::Filters(Ranks const& rules, TraitSet open,
+                                              std::size_t most) const {
+    std::vector<std::size_t> filters;
+    Apart apart = ToldApart(rules);
+    auto const certain = Certain(rules);
+    while (filters.size() < most) {
+        std::size_t best = kTraits;
+        std::size_t bestWorth = 0;
+        for (std::size_t t = 0; t < kTraits; ++t) {
+            std::size_t const worth = 2 * kPairs * CountBits(apart[t]) + certain[t];
+            if (worth > bestWorth && open[t]) {
+                best = t;
+                bestWorth = worth;
+            }
+        }
+        if (best == kTraits)
+            break;
+        filters.push_back(best);
+        open.reset(best);
+        Pairs const told = apart[best];
+        for (Pairs& pairs : apart)
+            pairs &= ~told;
+    }
+    return filters;
 }
 
 } // namespace CallRecordingUtils

@@ -22,8 +22,6 @@ using Ranks = std::vector<std::uint32_t>; // Places of rules in a list, in list 
 /// Looks at the traits of all rules of a list.
 class TraitChoice {
   public:
-    static constexpr std::size_t kNone = kTraits;
-
     /// traits must outlive the object.
     explicit TraitChoice(std::vector<RuleTraits> const& traits) : traits_(traits) {}
 
@@ -42,16 +40,17 @@ class TraitChoice {
     };
     Choices Best(Ranks const& rules, TraitSet const& open) const;
 
-    /// Returns the trait in open that tells the most pairs of rules apart which none of asked does;
-    /// of several that for which the fewest rules take any slot; kNone when all do everywhere.
-    std::size_t BestFilter(Ranks const& rules, std::vector<std::size_t> const& asked,
-                           TraitSet const& open) const;
+    /// Returns at most most traits in open, one after the other: always that which tells the most
+    /// pairs of rules apart which none before does; of several that for which the fewest rules take
+    /// any slot. Traits for which all do are none of them.
+    std::vector<std::size_t> Filters(Ranks const& rules, TraitSet open, std::size_t most) const;
 
   private:
-    using Counts = std::array<std::uint16_t, kTraits>; // For each trait.
+    using Pairs = std::uint32_t;              // A set of the pairs, one bit for each.
+    using Apart = std::array<Pairs, kTraits>; // For each trait those that it tells apart.
 
-    Counts CountApart(Ranks const& rules, std::vector<std::size_t> const& asked) const;
-    static Choice Most(Counts const& counts, TraitSet const& open);
+    Apart ToldApart(Ranks const& rules) const;
+    std::array<std::uint16_t, kTraits> Certain(Ranks const& rules) const;
 
     std::vector<RuleTraits> const& traits_;
 };
