@@ -49,7 +49,8 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
 
     void SetCursor(SectionedText::Place next, bool isOnSection);
     Section& Current();
-    std::vector<Entry> const& Entries();
+    void ForgetEntries();
+    bool ReadEntry();
     Entry const* FindEntry(std::string_view key);
 
     std::string path_;
@@ -61,9 +62,10 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
     SectionedText::Place next_;
     bool isOnSection_ = false;
 
-    // The entries of the section under the cursor, once one was asked for: most readers want all.
+    // The entries of the section under the cursor, as far as they were asked for, and the lines of
+    // the others, once one was.
     std::vector<Entry> entries_;
-    bool areEntriesRead_ = false;
+    std::optional<std::string_view> unreadLines_;
 };
 
 // --- The cursor ---
@@ -71,7 +73,7 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
 void MultiSectionFile::Impl::SetCursor(SectionedText::Place next, bool isOnSection) {
     next_ = next;
     isOnSection_ = isOnSection;
-    areEntriesRead_ = false;
+    ForgetEntries();
 }
 
 void MultiSectionFile::Impl::Restart() {
@@ -98,19 +100,26 @@ Section& MultiSectionFile::Impl::Current() {
 
 // --- Entries ---
 
-std::vector<Entry> const& MultiSectionFile::Impl::Entries() {
-    Section const& section = Current();
-    if (!areEntriesRead_)
-        text_.ReadEntries(section, entries_);
-    areEntriesRead_ = true;
-    return entries_;
+void MultiSectionFile::Impl::ForgetEntries() {
+    entries_.clear();
+    unreadLines_.reset();
+}
+
+/// Adds one more entry to those that were read. Returns whether there is one.
+bool MultiSectionFile::Impl::ReadEntry() {
+    std::string_view lines = unreadLines_ ? *unreadLines_ : SectionedText::LinesOf(Current());
+    std::optional<Entry> const entry = text_.TakeEntry(lines);
+    if (entry)
+        entries_.push_back(*entry);
+    unreadLines_ = lines; // Not before the entry is kept, or it would be lost without memory.
+    return entry.has_value();
 }
 
 /// Returns the first entry of key, or null.
 Entry const* MultiSectionFile::Impl::FindEntry(std::string_view key) {
-    for (Entry const& entry : Entries())
-        if (entry.key == key)
-            return &entry;
+    for (std::size_t i = 0; i < entries_.size() || ReadEntry(); ++i)
+        if (entries_[i].key == key)
+            return &entries_[i];
     return nullptr;
 }
 
@@ -136,7 +145,7 @@ void MultiSectionFile::Impl::SetSectionEntry(std::string_view key, std::string_v
         text_.SetValue(section, *entry, value);
     else
         return;
-    areEntriesRead_ = false;
+    ForgetEntries();
 }
 
 // --- Sections ---
@@ -161,7 +170,9 @@ std::size_t MultiSectionFile::Impl::GetSectionLine() {
 
 std::vector<std::pair<std::string, std::size_t>> MultiSectionFile::Impl::GetEntryLines() {
     std::vector<std::pair<std::string, std::size_t>> lines;
-    for (Entry const& entry : Entries())
+    while (ReadEntry()) {
+    }
+    for (Entry const& entry : entries_)
         lines.emplace_back(entry.key, SectionedText::LineOf(Current(), entry));
     return lines;
 }

@@ -202,19 +202,22 @@ void SectionedText::RequireEntry(Reading const& reading, std::string_view conten
 
 // --- Entries ---
 
-void SectionedText::ReadEntries(Section const& section, std::vector<Entry>& entries) const {
-    entries.clear();
-    std::string_view rest = Inside(section.body.Text());
-    while (!rest.empty()) {
-        std::string_view const line = FirstLine(rest);
+std::string_view SectionedText::LinesOf(Section const& section) {
+    return Inside(section.body.Text());
+}
+
+std::optional<Entry> SectionedText::TakeEntry(std::string_view& lines) const {
+    while (!lines.empty()) {
+        std::string_view const line = FirstLine(lines);
         std::string_view const content = Content(line);
-        rest.remove_prefix(line.size());
+        lines.remove_prefix(line.size());
         if (content.empty() || StartsWith(content, syntax_.comment))
             continue;
         std::size_t const separator = content.find(syntax_.separator);
-        entries.push_back(
-            {content.substr(0, separator), content.substr(separator + syntax_.separator.size())});
+        return Entry{content.substr(0, separator),
+                     content.substr(separator + syntax_.separator.size())};
     }
+    return std::nullopt;
 }
 
 std::size_t SectionedText::LineOf(Section const& section, Entry const& entry) {
@@ -291,7 +294,8 @@ std::string SectionedText::Text() const {
     text.reserve(size);
     for (Section const& section : sections_)
         text.append(section.outside.Text()).append(section.body.Text());
-    return text.append(tail_.Text());
+    text.append(tail_.Text());
+    return text;
 }
 
 void SectionedText::Fail(std::size_t line, std::initializer_list<std::string_view> reason) const {

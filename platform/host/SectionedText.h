@@ -8,6 +8,7 @@
 #include <initializer_list>
 #include <list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -79,8 +80,12 @@ class SectionedText {
     /// Removes a section, keeps what is outside, and returns the place behind it.
     Place Erase(Place place);
 
-    /// Makes entries those of a section, in their order.
-    void ReadEntries(Section const& section, std::vector<Entry>& entries) const;
+    /// The lines of a section between the two that open and close it.
+    static std::string_view LinesOf(Section const& section);
+
+    /// Takes the first entry off lines of a section, with what is before it. Nothing when there is
+    /// none.
+    std::optional<Entry> TakeEntry(std::string_view& lines) const;
 
     /// The line on which entry, which is one of the section's, stands; 0 in a new section.
     static std::size_t LineOf(Section const& section, Entry const& entry);
