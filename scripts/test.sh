@@ -6,5 +6,4 @@ set -euo pipefail
 source=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$source/build}
 "$source/scripts/build.sh" "$build" "${@:2}"
-# EXCLUDE_TESTS is a regular expression of names that are left out.
-ctest --test-dir "$build" --output-on-failure -j"$(nproc)" ${EXCLUDE_TESTS:+-E "$EXCLUDE_TESTS"}
+ctest --test-dir "$build" --output-on-failure -j"$(nproc)"
