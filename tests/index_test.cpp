@@ -17,16 +17,16 @@ long allocations = 0;
 long failingFrom = -1; // The allocation from which on there is no memory; never when negative.
 } // namespace
 
-void* operator new(std::size_t size) {
+[[gnu::noinline]] void* operator new(std::size_t size) {
     if (++allocations > failingFrom && failingFrom >= 0)
         throw std::bad_alloc();
     void* const memory = std::malloc(size > 0 ? size : 1);
     return memory != nullptr ? memory : throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 

@@ -65,36 +65,62 @@ class RuleIndex::Search {
         Word const* const bits = &index_.origins_[node.bits];
         std::string_view const address = traits_.Address(node.side);
         auto const slotAt = [address](std::size_t at) {
-            return SlotOf(at < address.size() ? address[at] : '\0');
+            return static_cast<std::uint32_t>(SlotOf(at < address.size() ? address[at] : '\0'));
         };
         std::size_t const few = node.size;
-        std::size_t characters = 0; // The slots of the next few, four bits each.
+        std::uint32_t const mask = (std::uint32_t{1} << 4 * few) - 1;
+        std::uint32_t characters = 0; // The slots of the next few.
         for (std::size_t i = 0; i < few; ++i)
-            characters = characters * kSlots + slotAt(i);
+            characters = characters << 4 | slotAt(i);
         for (std::size_t origin = 0; origin < address.size(); ++origin) {
-            if ((bits[characters / kWordBits] >> characters % kWordBits & 1) != 0) {
+            std::size_t const bit = OriginBit(characters, node.shift);
+            if ((bits[bit / kWordBits] >> bit % kWordBits & 1) != 0) {
                 traits_.SetOrigin(node.side, origin);
                 Visit(node.begin);
             }
-            characters = (characters * kSlots + slotAt(origin + few)) % OriginBits(few);
+            characters = (characters << 4 | slotAt(origin + few)) & mask;
         }
     }
 
     void VisitLeaf(Node const& leaf) {
-        std::array<std::size_t, kMostFilters> slots;
-        for (std::size_t f = 0; f < leaf.filterCount; ++f)
-            slots[f] = traits_.SlotAt(leaf.traits[f]);
         Rank const* const ranks = &index_.ranks_[leaf.begin];
-        RuleSet const* filters = index_.filters_.data() + leaf.bits;
-        std::size_t const sets = SetsOfBlock(leaf);
-        for (std::size_t i = 0; i < leaf.size && ranks[i] < best_; i += sets * kSmallBlock) {
-            Word passing =
-                ~Word{0} >> (kWordBits - std::min<std::size_t>(leaf.size - i, kWordBits));
-            for (std::size_t f = 0; f < leaf.filterCount; ++f, filters += kSlots * sets)
-                passing &= sets == 1 ? filters[slots[f]] : WordAt(filters + slots[f] * sets);
-            TestRules(ranks + i, passing);
+        std::size_t const sets = SetsOfFilter(leaf);
+        std::array<RuleSet const*, kMostFilters> filters; // For the slots that the call has.
+        for (std::size_t f = 0; f < leaf.filterCount; ++f)
+            filters[f] =
+                &index_.filters_[leaf.bits + (f * kSlots + traits_.SlotAt(leaf.traits[f])) * sets];
+        if (sets == 1) {
+            Word passing = ~Word{0};
+            for (std::size_t f = 0; f < leaf.filterCount; ++f)
+                passing &= *filters[f];
             ++effort_;
+            TestRules(ranks, passing);
+            return;
         }
+        std::size_t const words = sets / kSetsOfWord;
+        std::size_t word = 0;
+        for (; word + kTogether <= words; word += kTogether)
+            TestWords<kTogether>(leaf, filters, word);
+        for (; word < words; ++word)
+            TestWords<1>(leaf, filters, word);
+    }
+
+    /// Filters the rules of a leaf, a word of them for each bit of kWords words, and tests those
+    /// that are left.
+    template <std::size_t kWords>
+    void TestWords(Node const& leaf, std::array<RuleSet const*, kMostFilters> const& filters,
+                   std::size_t word) {
+        Rank const* const ranks = &index_.ranks_[leaf.begin + word * kWordBits];
+        if (ranks[0] >= best_)
+            return;
+        effort_ += kWords;
+        std::array<Word, kWords> passing;
+        passing.fill(~Word{0});
+        for (std::size_t f = 0; f < leaf.filterCount; ++f)
+            for (std::size_t w = 0; w < kWords; ++w)
+                passing[w] &= WordAt(filters[f] + (word + w) * kSetsOfWord);
+        for (std::size_t w = 0; w < kWords; ++w)
+            TestRules(ranks + w * kWordBits, passing[w]);
     }
 
     static Word WordAt(RuleSet const* sets) {

@@ -95,20 +95,26 @@ class RuleIndex {
         Kind kind = Kind::Leaf;
         std::uint8_t filterCount = 0; // Leaf.
         std::uint8_t side = 0;        // Origins: of the call.
+        std::uint8_t shift = 0;       // Origins: see OriginBit.
     };
 
-    /// The rules of a leaf are filtered in blocks of 16, or of 64 in a large leaf, a bit for each
-    /// rule. A block has for each trait of the leaf and for each slot the set of the rules that
-    /// have the slot there.
-    static constexpr std::size_t kSmallBlock = 16;
-    using RuleSet = std::uint16_t; // A word of 64 bits consists of four.
-    static constexpr std::size_t SetsOfBlock(Node const& leaf) {
-        return leaf.size <= kSmallBlock ? 1 : kWordBits / kSmallBlock;
+    /// A leaf has for each of its filters, a trait, and for each slot the set of the rules that
+    /// have the slot there, a bit for each rule: 16 bits, or in a large leaf as many words as it
+    /// takes.
+    using RuleSet = std::uint16_t;
+    static constexpr std::size_t kSmallLeaf = 16;
+    static constexpr std::size_t kSetsOfWord = kWordBits / kSmallLeaf;
+    static constexpr std::size_t SetsOfFilter(Node const& leaf) {
+        return leaf.size <= kSmallLeaf ? 1 : (leaf.size + kWordBits - 1) / kWordBits * kSetsOfWord;
     }
+    static constexpr std::size_t kTogether = 8; // Words, which a processor may do at once.
 
-    /// How many texts of some characters there are, told by their slots.
-    static constexpr std::size_t OriginBits(std::size_t characters) {
-        return std::size_t{1} << 4 * characters;
+    /// The bits of a node of origins are those of the texts of a few characters that rules have
+    /// there, told by the slots of these: a number of four bits for each, which is spread over as
+    /// many bits as shift leaves. Several texts may share one.
+    static constexpr std::size_t kOriginBits = 32;
+    static constexpr std::size_t OriginBit(std::uint32_t characters, std::uint8_t shift) {
+        return static_cast<std::uint32_t>(characters * 0x9e3779b1U) >> shift;
     }
 
     class Builder;

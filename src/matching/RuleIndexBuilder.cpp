@@ -11,16 +11,28 @@
 namespace CallRecordingUtils {
 namespace {
 
-constexpr std::size_t kLongestWalked = 16; // When its rules begin with literals.
-constexpr std::size_t kFewestBelow = 4;    // Fewer rules are a leaf,
-constexpr std::size_t kLargestLeaf = 128;  // and so are these, unless origins help.
-constexpr std::size_t kFewFilters = 4;     // Of a leaf of one small block.
-constexpr std::size_t kFewestApart = 2;    // Of some pairs, for a node to tell them apart.
-constexpr std::size_t kOriginPays = 4; // Each character of an address costs a search of its own.
-constexpr std::size_t kMostCharacters = 6; // That the bits of origins tell of.
-constexpr std::size_t kMostSlots = 8;      // A rule with more in one place goes to the rest.
-constexpr std::size_t kCopies = 1;         // Of a rule beyond the one, on an average.
 constexpr std::size_t kMostRules = std::size_t{1} << 28;
+constexpr std::size_t kLongestWalked = 16; // A list of which the rules begin with literals.
+
+// Leaves: fewer rules than the first are always one, and up to the second, unless origins help.
+constexpr std::size_t kFewestBelow = 4;
+constexpr std::size_t kLargestLeaf = 128;
+constexpr std::size_t kFewFilters = 4; // Of a small leaf.
+
+// Splits: a rule with more slots goes to the rest; copies of rules are not worth it where a leaf
+// of them all is filtered as fast, and are limited to some beyond any two rules.
+constexpr std::size_t kFewestApart = 2; // Of some pairs.
+constexpr std::size_t kMostSlots = 8;
+constexpr std::size_t kFewestCopied = 1025;
+constexpr std::size_t kCopiesOfTwo = 3;
+
+// Origins: each character of an address costs a search of its own. The bits tell of a few
+// characters, of so many texts a rule on an average.
+constexpr std::size_t kOriginPays = 4;
+constexpr std::size_t kMostCharacters = 6;
+constexpr std::size_t kTextsOfRule = 4;
+constexpr std::size_t kBitsOfText = 16;
+static_assert(kSlots == 1U << 4 && 4 * kMostCharacters < 32, "a number holds their slots");
 
 template <typename Act>
 void ForEachSlot(SlotSet slots, Act act) {
@@ -53,7 +65,7 @@ class RuleIndex::Builder {
         }
         TraitSet const fixed = ~(MiddleTraits(0) | MiddleTraits(1));
         AddNodes(1);
-        Make(0, all, {fixed, {true, true}, kCopies * all.size()});
+        Make(0, all, {fixed, {true, true}, kCopiesOfTwo * all.size() / 2});
         index_.nodes_.shrink_to_fit();
         index_.ranks_.shrink_to_fit();
         index_.filters_.shrink_to_fit();
@@ -112,20 +124,23 @@ class RuleIndex::Builder {
         Make(branch, below, inside);
     }
 
-    /// Adds the bits of a node of origins: one for each text of a few characters with which the
-    /// middle of one of rules can begin; of as many characters as give eight bits a rule and more,
-    /// but no more than it costs little to find all texts of.
+    /// Adds the bits of a node of origins: of as many characters as it costs little to find all
+    /// texts of, and so many bits that few of them are set.
     void AddOriginBits(Node& node, Ranks const& rules) {
         std::size_t characters = 1;
-        while (characters < kMostCharacters && OriginBits(characters) < 8 * rules.size() &&
-               TextsOf(rules, node.side, characters + 1) <= 16 * rules.size())
+        while (characters < kMostCharacters &&
+               TextsOf(rules, node.side, characters + 1) <= kTextsOfRule * rules.size())
             ++characters;
+        std::size_t const wanted = kBitsOfText * TextsOf(rules, node.side, characters);
+        std::size_t log = LowestBit(kWordBits);
+        while (log < kOriginBits - 1 && std::size_t{1} << log < wanted)
+            ++log;
         node.size = static_cast<std::uint32_t>(characters);
+        node.shift = static_cast<std::uint8_t>(kOriginBits - log);
         node.bits = static_cast<std::uint32_t>(index_.origins_.size());
-        index_.origins_.resize(node.bits + (OriginBits(characters) + kWordBits - 1) / kWordBits);
+        index_.origins_.resize(node.bits + (std::size_t{1} << log) / kWordBits);
         for (Rank const rule : rules)
-            SetOriginBits(&index_.origins_[node.bits],
-                          &traits_[rule][FirstTrait(node.side, View::Middle)], characters, 0);
+            SetOriginBits(node, &traits_[rule][FirstTrait(node.side, View::Middle)], characters, 0);
     }
 
     std::size_t TextsOf(Ranks const& rules, std::size_t side, std::size_t characters) const {
@@ -139,22 +154,24 @@ class RuleIndex::Builder {
         return all;
     }
 
-    static void SetOriginBits(Word* bits, SlotSet const* middle, std::size_t characters,
-                              std::size_t before) {
-        if (characters == 0)
-            bits[before / kWordBits] |= Word{1} << before % kWordBits;
-        else
-            ForEachSlot(
-                *middle,
-                [&](std::size_t slot) {
-                    SetOriginBits(bits, middle + 1, characters - 1, before * kSlots + slot);
-                });
+    void SetOriginBits(Node const& node, SlotSet const* middle, std::size_t characters,
+                       std::uint32_t before) {
+        if (characters == 0) {
+            std::size_t const bit = OriginBit(before, node.shift);
+            index_.origins_[node.bits + bit / kWordBits] |= Word{1} << bit % kWordBits;
+            return;
+        }
+        ForEachSlot(*middle, [&](std::size_t slot) {
+            SetOriginBits(node, middle + 1, characters - 1,
+                          before << 4 | static_cast<std::uint32_t>(slot));
+        });
     }
 
     /// Returns false when there would be no branches.
     bool MakeSplit(std::uint32_t at, Ranks const& rules, Scope const& scope, std::size_t trait) {
         std::size_t copies = 0;
-        std::size_t const mostSlots = MostSlots(rules, trait, scope.copies, copies);
+        std::size_t const mostSlots =
+            MostSlots(rules, trait, rules.size() < kFewestCopied ? 0 : scope.copies, copies);
         std::array<Ranks, kSlots> branches;
         Ranks rest;
         for (Rank const rule : rules)
@@ -226,32 +243,37 @@ class RuleIndex::Builder {
         leaf.size = static_cast<std::uint32_t>(rules.size());
         leaf.bits = static_cast<std::uint32_t>(index_.filters_.size());
         index_.ranks_.insert(index_.ranks_.end(), rules.begin(), rules.end());
-        std::vector<std::size_t> const filters =
-            choice_.Filters(rules, open, rules.size() <= kSmallBlock ? kFewFilters : kMostFilters);
+        std::vector<std::size_t> filters =
+            choice_.Filters(rules, open, rules.size() <= kSmallLeaf ? kFewFilters : kMostFilters);
+        if (filters.empty())
+            filters.push_back(0); // Any one: it tells which bits are those of rules.
         std::transform(filters.begin(), filters.end(), leaf.traits.begin(),
                        [](std::size_t trait) { return kTraitTable[trait]; });
         leaf.filterCount = static_cast<std::uint8_t>(filters.size());
-        std::size_t const block = SetsOfBlock(leaf) * kSmallBlock;
-        for (std::size_t i = 0; i < rules.size(); i += block)
-            for (std::size_t const trait : filters)
-                AddFilter(rules, i, std::min(i + block, rules.size()), trait, SetsOfBlock(leaf));
+        for (std::size_t const trait : filters)
+            AddFilter(rules, trait, SetsOfFilter(leaf));
     }
 
-    void AddFilter(Ranks const& rules, std::size_t begin, std::size_t end, std::size_t trait,
-                   std::size_t sets) {
-        std::array<Word, kSlots> filter{};
-        for (std::size_t i = begin; i < end; ++i)
+    void AddFilter(Ranks const& rules, std::size_t trait, std::size_t sets) {
+        std::size_t const begin = index_.filters_.size();
+        index_.filters_.resize(begin + kSlots * sets);
+        RuleSet* const filter = &index_.filters_[begin];
+        for (std::size_t i = 0; i < rules.size(); ++i)
             ForEachSlot(traits_[rules[i]][trait],
-                        [&](std::size_t slot) { filter[slot] |= Word{1} << (i - begin); });
-        std::size_t at = index_.filters_.size();
-        index_.filters_.resize(at + kSlots * sets);
-        for (Word const word : filter) {
-            if (sets == 1)
-                index_.filters_[at] = static_cast<RuleSet>(word);
-            else
-                std::memcpy(&index_.filters_[at], &word, sizeof word);
-            at += sets;
+                        [&](std::size_t slot) { AddRule(filter + slot * sets, sets, i); });
+    }
+
+    /// Adds rule i of a leaf to a set of its rules. Words are what is read of a large one.
+    static void AddRule(RuleSet* set, std::size_t sets, std::size_t i) {
+        if (sets == 1) {
+            *set = static_cast<RuleSet>(*set | 1U << i);
+            return;
         }
+        Word word;
+        RuleSet* const at = set + i / kWordBits * kSetsOfWord;
+        std::memcpy(&word, at, sizeof word);
+        word |= Word{1} << i % kWordBits;
+        std::memcpy(at, &word, sizeof word);
     }
 
     RuleIndex& index_;

@@ -59,13 +59,15 @@ std::array<std::uint16_t, kTraits> TraitChoice::Certain(Ranks const& rules) cons
 std::vector<std::size_t> TraitChoice::Filters(Ranks const& rules, TraitSet open,
                                               std::size_t most) const {
     std::vector<std::size_t> filters;
-    Apart apart = ToldApart(rules);
+    Apart const all = ToldApart(rules);
+    Apart apart = all;
     auto const certain = Certain(rules);
     while (filters.size() < most) {
         std::size_t best = kTraits;
         std::size_t bestWorth = 0;
         for (std::size_t t = 0; t < kTraits; ++t) {
-            std::size_t const worth = 2 * kPairs * CountBits(apart[t]) + certain[t];
+            std::size_t const worth =
+                4 * kPairs * CountBits(apart[t]) + (all[t] != 0 ? 2 * kPairs : 0) + certain[t];
             if (worth > bestWorth && open[t]) {
                 best = t;
                 bestWorth = worth;
