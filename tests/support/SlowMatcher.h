@@ -79,7 +79,7 @@ inline Answer Match(CCallRecordingAssistant const& library, std::string const& a
         if (answer && Takes(library, c, list, address.substr(0, n), *answer))
             return answer;
     }
-    if (address.size() > 8) // Others are sooner matched than remembered.
+    if (address.size() + pattern.size() > 16) // Others are sooner matched than remembered.
         failed.emplace(address.size(), pattern.size());
     return std::nullopt;
 }
