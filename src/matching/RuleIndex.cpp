@@ -19,19 +19,19 @@ class RuleIndex::Search {
     /// Looks at the rules below a node. The depth is limited: on the way to a leaf no trait is
     /// asked for twice.
     void Visit(std::uint32_t at) {
-        for (;;) {
+        do {
             Node const& node = index_.nodes_[at];
             if (node.first >= best_ || ++effort_ > limit_)
                 return;
             switch (node.kind) {
             case Kind::Leaf: VisitLeaf(node); return;
-            case Kind::Split: VisitBranch(node); break;
-            case Kind::Origins: VisitOrigins(node); break;
+            case Kind::Split: at = VisitSplit(node); break;
+            case Kind::Origins:
+                VisitOrigins(node);
+                at = node.rest;
+                break;
             }
-            if (node.rest == 0)
-                return;
-            at = node.rest;
-        }
+        } while (at != 0);
     }
 
     /// Looks at all rules before the best one. A search does so when the tree does not help: where
@@ -50,15 +50,18 @@ class RuleIndex::Search {
     std::size_t Effort() const { return effort_; }
 
   private:
-    void VisitBranch(Node const& node) {
+    /// Of the branch for the call and the rest looks at the one that comes first in the list, which
+    /// is the likelier to end the search, and returns the other, or the only one; 0: there is none.
+    std::uint32_t VisitSplit(Node const& node) {
         std::uint8_t const branch = node.branch[traits_.SlotAt(node.traits[0])];
         if (branch == 0)
-            return;
-        std::uint32_t const at = node.begin + branch - 1;
-        // What comes first in the list is the likelier to end the search.
-        if (node.rest != 0 && index_.nodes_[node.rest].first < index_.nodes_[at].first)
-            Visit(node.rest);
-        Visit(at);
+            return node.rest;
+        std::uint32_t const own = node.begin + branch - 1;
+        if (node.rest == 0)
+            return own;
+        bool const isRestFirst = index_.nodes_[node.rest].first < index_.nodes_[own].first;
+        Visit(isRestFirst ? node.rest : own);
+        return isRestFirst ? own : node.rest;
     }
 
     void VisitOrigins(Node const& node) {
