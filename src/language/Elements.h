@@ -66,15 +66,17 @@ inline std::size_t SharedLiterals(std::string_view pattern, std::string_view add
     return shared;
 }
 
-/// Returns whether address begins with the literals that pattern begins with. Where it does not,
-/// the pattern cannot match.
+/// Returns whether address begins with the literals that pattern begins with, of which only a few
+/// are compared: most others would only be compared again. Where it does not, the pattern cannot
+/// match.
 inline bool BeginsWithLiteralsOf(std::string_view pattern, std::string_view address) {
     if (pattern.empty() || !IsLiteral(pattern.front()))
         return true;
     if (address.empty() || pattern.front() != address.front()) // Where most comparisons end.
         return false;
-    std::size_t const shared = SharedLiterals(pattern, address);
-    return shared == pattern.size() || !IsLiteral(pattern[shared]);
+    constexpr std::size_t kFew = 16;
+    std::size_t const shared = SharedLiterals(pattern.substr(0, kFew), address);
+    return shared == kFew || shared == pattern.size() || !IsLiteral(pattern[shared]);
 }
 
 /// Whether the element takes exactly one character of an address.
