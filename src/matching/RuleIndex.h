@@ -70,7 +70,7 @@ class RuleIndex {
 
     struct Decision {
         CallRecordingRuleParams const* rule; // The first of the list that takes the call, or null.
-        std::size_t effort; // How many nodes, blocks of a leaf and rules were looked at.
+        std::size_t effort; // How many nodes, words of a leaf and rules were looked at.
     };
     /// REQUIRES: IsUsable().
     Decision Decide(Call const& call) const;
