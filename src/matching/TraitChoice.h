@@ -41,8 +41,9 @@ class TraitChoice {
     Choices Best(Ranks const& rules, TraitSet const& open) const;
 
     /// Returns at most most traits in open, one after the other: always that which tells the most
-    /// pairs of rules apart which none before does; of several that for which the fewest rules take
-    /// any slot. Traits for which all do are none of them.
+    /// pairs of rules apart which none before does; of several one that tells any pair apart, and
+    /// of these that for which the fewest rules take any slot. Traits for which all do are none of
+    /// them.
     std::vector<std::size_t> Filters(Ranks const& rules, TraitSet open, std::size_t most) const;
 
   private:
