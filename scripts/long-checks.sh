@@ -24,7 +24,7 @@ under_valgrind() {
 
 for toolchain in cmake/toolchains/*.cmake; do
     architecture=$(basename "$toolchain" .cmake)
-    [ "$architecture" = debian ] || check "$architecture" scripts/cross.sh "$architecture" "$work/$architecture"
+    [ "$architecture" = debian ] || check "$architecture" scripts/cross.sh "$architecture" "$work/$architecture" -DCMAKE_BUILD_TYPE=Release
 done
 check valgrind under_valgrind
 targets=$(sed -n 's/^foreach(target \(.*\))/\1/p' fuzz/CMakeLists.txt | wc -w)
