@@ -27,6 +27,8 @@
 ///   begins with 0, both must have the same number of digits. Of letters in a range expression
 ///   only the first of each end are compared, by their ASCII codes.
 ///
+/// Examples:
+///
 ///     accepted              because
 ///     (empty)               well formed; as a rule's pattern it never matches
 ///     0?5*                  "?" and "*" stand anywhere outside of groups

@@ -134,10 +134,13 @@ size_t callrecording_last_failure(callrecording_rules* rules, char* buffer, size
 
 /**
  * Checks a pattern for the side of a rule with this call type (0 to 3), in the form that people
- * write, as in 0{10-20}* or \*72. Returns CALLRECORDING_YES       it is well formed;
- *   CALLRECORDING_DOUBTFUL  it is well formed, but surely not meant;
- *   CALLRECORDING_NO        it is malformed;
- *   CALLRECORDING_ERROR     pattern is NULL, the call type is none, or there is no memory.
+ * write, as in 0{10-20}* or \*72. Returns
+ *
+ *     CALLRECORDING_YES       it is well formed;
+ *     CALLRECORDING_DOUBTFUL  it is well formed, but surely not meant;
+ *     CALLRECORDING_NO        it is malformed;
+ *     CALLRECORDING_ERROR     pattern is NULL, the call type is none, or there is no memory.
+ *
  * For DOUBTFUL and NO *position is the byte of pattern to look at, counted from 0 and at most its
  * length, and reason one English sentence that says what to change, cut to fit into size bytes with
  * its NUL (256 are enough). In the other cases *position is 0 and reason empty. position may be
