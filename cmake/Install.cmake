@@ -49,10 +49,12 @@ install(CODE "
   COMPONENT development)
 
 # Documents and examples.
-set(documents "share/doc/libcallrecordingutils-dev")
-install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
-  DESTINATION "${documents}" COMPONENT development)
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${documents}" COMPONENT development
-  FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${documents}" COMPONENT development
-  PATTERN CMakeLists.txt EXCLUDE)
+if(is_top_level)
+  set(documents "share/doc/libcallrecordingutils-dev")
+  install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+    DESTINATION "${documents}" COMPONENT development)
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${documents}" COMPONENT development
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${documents}" COMPONENT development
+    PATTERN CMakeLists.txt EXCLUDE)
+endif()

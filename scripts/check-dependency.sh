@@ -22,13 +22,14 @@ only_the_library() {
 }
 
 echo "As a subproject:"
-configure -S "$source/tests/dependency" -B "$work/subproject" "$@"
+configure -S "$source/tests/dependency" -B "$work/subproject" -DCMAKE_UNITY_BUILD=ON "$@"
 cmake --build "$work/subproject" -j"$(nproc)"
 decides "$work/subproject/exchange"
 ! find "$work/subproject" -name 'callrecordingctl' -o -name '*_tests' -type f | grep .
 rm -rf "$work/prefix"
 cmake --install "$work/subproject" --prefix "$work/prefix"
 only_the_library "$work/prefix"
+[ ! -e "$work/prefix/share" ]
 
 echo "As a static library:"
 configure -S "$source" -B "$work/static" -DBUILD_SHARED_LIBS=OFF \
