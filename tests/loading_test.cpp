@@ -9,9 +9,13 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <callrecordingutils/CCallRecordingAssistant.h>
 #include <callrecordingutils/CCallRecordingDB.h>
 #include <callrecordingutils/CCallRecordingLogger.h>
+#include <callrecordingutils/CRuleFileLock.h>
 
 #include "support/DatabaseTest.h"
 #include "support/Edits.h"
@@ -150,6 +154,15 @@ TEST_F(Loading, TheDirectoryIsJoinedAsPlainTextAndReadAgain) {
     setenv("QUVA_PATH", dir.Path("deep").c_str(), 1);
     EXPECT_TRUE(db->Reload());
     EXPECT_EQ(db->GetCallRecordingRules().size(), 1U);
+}
+
+// A clock that was wrong for a while must not cost the rules, where times have 32 bits neither.
+TEST_F(Loading, TheTimeOfTheFileDoesNotMatter) {
+    dir.WriteRules(Section(kA));
+    timespec const year2050[2] = {{2524608000, 0}, {2524608000, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, dir.Path(TempDir::RULE_FILE).c_str(), year2050, 0), 0);
+    EXPECT_EQ(CCallRecordingDB::GetInstance(true, false)->GetCallRecordingRules().size(), 1U);
+    EXPECT_TRUE(CRuleFileLock(0).IsHeld());
 }
 
 TEST_F(Loading, TracingIsDecidedWhenTheLoggerIsMade) {
