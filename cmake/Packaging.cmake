@@ -78,6 +78,7 @@ if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
       COMMAND "${CMAKE_COMMAND}" -E env "DEB_HOST_ARCH=${CPACK_DEBIAN_PACKAGE_ARCHITECTURE}"
         "${DPKG_GENSYMBOLS}" -plibcallrecordingutils1 -v${PROJECT_VERSION}
         "-e$<TARGET_FILE:callrecordingutils>" "-O${control}/symbols"
+      COMMAND sed -i "1a* Build-Depends-Package: libcallrecordingutils-dev" "${control}/symbols"
       DEPENDS callrecordingutils)
     add_custom_target(callrecordingutils_debian_symbols ALL DEPENDS "${control}/symbols")
   endif()

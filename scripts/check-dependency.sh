@@ -25,7 +25,7 @@ echo "As a subproject:"
 configure -S "$source/tests/dependency" -B "$work/subproject" -DCMAKE_UNITY_BUILD=ON "$@"
 cmake --build "$work/subproject" -j"$(nproc)"
 decides "$work/subproject/exchange"
-! find "$work/subproject" -name 'callrecordingctl' -o -name '*_tests' -type f | grep .
+[ -z "$(find "$work/subproject" -name callrecordingctl -o -name '*_tests' -type f)" ]
 rm -rf "$work/prefix"
 cmake --install "$work/subproject" --prefix "$work/prefix"
 only_the_library "$work/prefix"

@@ -30,8 +30,10 @@ if [ -n "$package" ]; then
     for file in "$build"/packages/*.deb; do
         [ "$(dpkg-deb -f "$file" Architecture)" = "$architecture" ]
     done
-    dpkg-deb -f "$build"/packages/libcallrecordingutils1_*.deb Depends |
-        tee /dev/stderr | grep -xE 'libc6 [^,:]*, libgcc-s1 [^,:]*, libstdc\+\+6[^,:]*'
+    depends=$(dpkg-deb -f "$build"/packages/libcallrecordingutils1_*.deb Depends)
+    echo "Depends: $depends"
+    grep -qxE 'libc6 [^,:]*, libgcc-s1 [^,:]*, libstdc\+\+6[^,:]*' <<<"$depends"
+    "$source/scripts/content-lintian.sh" "$build"/packages/*.deb
 else
     "$source/scripts/build.sh" "$build" "${options[@]}"
 fi
