@@ -129,6 +129,7 @@ void callrecording_rule_free(callrecording_rule const* rule);
  * Writes why the last reading of the file by this handle failed: path, line where there is one, and
  * reason; the empty text when it did not fail. The text is cut to fit into size bytes with its NUL;
  * buffer may be NULL when size is 0. Returns the length of the whole text, 0 when nothing failed.
+ * For NULL, which is what callrecording_open returns without memory, the text says that.
  */
 size_t callrecording_last_failure(callrecording_rules* rules, char* buffer, size_t size);
 
