@@ -108,21 +108,21 @@ class RuleIndex::Search {
             TestWords<1>(leaf, filters, word);
     }
 
-    /// Filters the rules of a leaf, a word of them for each bit of kWords words, and tests those
+    /// Filters the rules of a leaf, a word of them for each bit of Words words, and tests those
     /// that are left.
-    template <std::size_t kWords>
+    template <std::size_t Words>
     void TestWords(Node const& leaf, std::array<RuleSet const*, kMostFilters> const& filters,
                    std::size_t word) {
         Rank const* const ranks = &index_.ranks_[leaf.begin + word * kWordBits];
         if (ranks[0] >= best_)
             return;
-        effort_ += kWords;
-        std::array<Word, kWords> passing;
+        effort_ += Words;
+        std::array<Word, Words> passing;
         passing.fill(~Word{0});
         for (std::size_t f = 0; f < leaf.filterCount; ++f)
-            for (std::size_t w = 0; w < kWords; ++w)
+            for (std::size_t w = 0; w < Words; ++w)
                 passing[w] &= WordAt(filters[f] + (word + w) * kSetsOfWord);
-        for (std::size_t w = 0; w < kWords; ++w)
+        for (std::size_t w = 0; w < Words; ++w)
             TestRules(ranks + w * kWordBits, passing[w]);
     }
 
