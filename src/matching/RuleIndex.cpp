@@ -108,8 +108,7 @@ class RuleIndex::Search {
             TestWords<1>(leaf, filters, word);
     }
 
-    /// Filters the rules of a leaf, a word of them for each bit of Words words, and tests those
-    /// that are left.
+    /// Filters the rules of some words of a leaf, and tests those that are left.
     template <std::size_t Words>
     void TestWords(Node const& leaf, std::array<RuleSet const*, kMostFilters> const& filters,
                    std::size_t word) {

@@ -100,7 +100,7 @@ class RuleIndex {
 
     /// A leaf has for each of its filters, a trait, and for each slot the set of the rules that
     /// have the slot there, a bit for each rule: 16 bits, or in a large leaf as many words as it
-    /// takes.
+    /// takes. It has one filter at least, so that only bits of rules are left by all.
     using RuleSet = std::uint16_t;
     static constexpr std::size_t kSmallLeaf = 16;
     static constexpr std::size_t kSetsOfWord = kWordBits / kSmallLeaf;
