@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # What takes too long for every push: the tests under emulation of all processors, under valgrind, all of
-# clang-tidy, and fuzzing.
-# Goes on after a failure, prints one line a check, and fails if one did. Some two hours on an idle machine.
+# clang-tidy, and fuzzing. Goes on after a failure, prints one line a check, and fails if one did. Some two
+# hours on an idle machine.
 # Usage: long-checks.sh [SECONDS-OF-FUZZING]   (3600, shared by all targets)
 set -uo pipefail
 

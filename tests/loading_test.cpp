@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <locale>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -16,6 +17,7 @@
 #include <callrecordingutils/CCallRecordingDB.h>
 #include <callrecordingutils/CCallRecordingLogger.h>
 #include <callrecordingutils/CRuleFileLock.h>
+#include <callrecordingutils/NumberToString.h>
 
 #include "support/DatabaseTest.h"
 #include "support/Edits.h"
@@ -163,6 +165,20 @@ TEST_F(Loading, TheTimeOfTheFileDoesNotMatter) {
     ASSERT_EQ(utimensat(AT_FDCWD, dir.Path(TempDir::RULE_FILE).c_str(), year2050, 0), 0);
     EXPECT_EQ(CCallRecordingDB::GetInstance(true, false)->GetCallRecordingRules().size(), 1U);
     EXPECT_TRUE(CRuleFileLock(0).IsHeld());
+}
+
+// The host may have set a locale that writes 1.234.567.
+TEST(NumberToString, WritesPlainDigitsInEveryLocale) {
+    struct Grouping : std::numpunct<char> {
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
+    std::locale const before =
+        std::locale::global(std::locale(std::locale::classic(), new Grouping));
+    EXPECT_EQ(NumberToString(1234567), "1234567");
+    EXPECT_EQ(NumberToString(-1234567L), "-1234567");
+    EXPECT_EQ(NumberToString(CALL_RECORDING_TYPE_1), "1");
+    std::locale::global(before);
 }
 
 TEST_F(Loading, TracingIsDecidedWhenTheLoggerIsMade) {

@@ -54,7 +54,7 @@ bool BeginWithLiterals(std::vector<CallRecordingRuleParams const*> const& rules)
 
 class RuleIndex::Builder {
   public:
-    explicit Builder(RuleIndex& index) : index_(index), choice_(traits_) {}
+    explicit Builder(RuleIndex& index) : index_(index) {}
 
     void Build() {
         traits_.reserve(index_.rules_.size());
@@ -88,13 +88,15 @@ class RuleIndex::Builder {
     /// Makes nodes_[at] the node of rules.
     void Make(std::uint32_t at, Ranks const& rules, Scope const& scope) {
         index_.nodes_[at].first = rules.front();
-        if (rules.size() < kFewestBelow || !MakeBranches(at, rules, scope))
-            MakeLeaf(at, rules, scope.open);
+        TraitChoice const choice(traits_, rules);
+        if (rules.size() < kFewestBelow || !MakeBranches(at, rules, scope, choice))
+            MakeLeaf(at, rules, scope.open, choice);
     }
 
     /// Returns false when the rules are better off in a leaf.
-    bool MakeBranches(std::uint32_t at, Ranks const& rules, Scope const& scope) {
-        auto const [fixed, middle] = choice_.Best(rules, scope.open);
+    bool MakeBranches(std::uint32_t at, Ranks const& rules, Scope const& scope,
+                      TraitChoice const& choice) {
+        auto const [fixed, middle] = choice.Best(scope.open);
         for (std::size_t side = 0; side < 2; ++side)
             if (scope.mayHaveOrigins[side] &&
                 middle[side].apart > kOriginPays * fixed.apart + kFewestApart) {
@@ -237,14 +239,15 @@ class RuleIndex::Builder {
         return first;
     }
 
-    void MakeLeaf(std::uint32_t at, Ranks const& rules, TraitSet const& open) {
+    void MakeLeaf(std::uint32_t at, Ranks const& rules, TraitSet const& open,
+                  TraitChoice const& choice) {
         Node& leaf = index_.nodes_[at];
         leaf.begin = static_cast<std::uint32_t>(index_.ranks_.size());
         leaf.size = static_cast<std::uint32_t>(rules.size());
         leaf.bits = static_cast<std::uint32_t>(index_.filters_.size());
         index_.ranks_.insert(index_.ranks_.end(), rules.begin(), rules.end());
         std::vector<std::size_t> filters =
-            choice_.Filters(rules, open, rules.size() <= kSmallLeaf ? kFewFilters : kMostFilters);
+            choice.Filters(open, rules.size() <= kSmallLeaf ? kFewFilters : kMostFilters);
         if (filters.empty())
             filters.push_back(0); // Any one: it tells which bits are those of rules.
         std::transform(filters.begin(), filters.end(), leaf.traits.begin(),
@@ -278,7 +281,6 @@ class RuleIndex::Builder {
 
     RuleIndex& index_;
     std::vector<RuleTraits> traits_; // Of each rule.
-    TraitChoice const choice_;
 };
 
 void RuleIndex::Build(std::list<CallRecordingRuleParams*> const& rules) noexcept {

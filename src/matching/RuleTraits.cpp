@@ -1,7 +1,8 @@
 // Reads traits off calls and off the patterns of rules.
 //
 // A rule's trait must never be narrower than what its calls have. So whatever is not understood
-// here is any slot, and what a set admits is asked of the matcher's own item lists.
+// here is any slot, and what the exclusions of a set leave is asked of the matcher's own item
+// lists.
 
 #include "matching/RuleTraits.h"
 

@@ -16,8 +16,8 @@ TraitSet MiddleTraits(std::size_t side) {
     return middle;
 }
 
-TraitChoice::Apart TraitChoice::ToldApart(Ranks const& rules) const {
-    Apart apart{};
+TraitChoice::TraitChoice(std::vector<RuleTraits> const& traits, Ranks const& rules)
+    : traits_(traits), rules_(rules) {
     std::size_t const size = rules.size();
     std::size_t const pairs = std::min(kPairs, size * (size - 1) / 2);
     for (std::size_t pair = 0; pair < pairs; ++pair) {
@@ -27,17 +27,15 @@ TraitChoice::Apart TraitChoice::ToldApart(Ranks const& rules) const {
         RuleTraits const& a = traits_[rules[i]];
         RuleTraits const& b = traits_[rules[j]];
         for (std::size_t t = 0; t < kTraits; ++t)
-            apart[t] |= static_cast<Pairs>((a[t] & b[t]) == 0 ? 1 : 0) << pair;
+            apart_[t] |= static_cast<Pairs>((a[t] & b[t]) == 0 ? 1 : 0) << pair;
     }
-    return apart;
 }
 
-TraitChoice::Choices TraitChoice::Best(Ranks const& rules, TraitSet const& open) const {
-    Apart const apart = ToldApart(rules);
-    auto const best = [&apart](TraitSet const& among) {
+TraitChoice::Choices TraitChoice::Best(TraitSet const& open) const {
+    auto const best = [this](TraitSet const& among) {
         Choice choice{kTraits, 0};
         for (std::size_t t = 0; t < kTraits; ++t)
-            if (std::size_t const count = CountBits(apart[t]); count > choice.apart && among[t])
+            if (std::size_t const count = CountBits(apart_[t]); count > choice.apart && among[t])
                 choice = {t, count};
         return choice;
     };
@@ -45,29 +43,27 @@ TraitChoice::Choices TraitChoice::Best(Ranks const& rules, TraitSet const& open)
 }
 
 /// For each trait how many of some rules do not take any slot.
-std::array<std::uint16_t, kTraits> TraitChoice::Certain(Ranks const& rules) const {
+std::array<std::uint16_t, kTraits> TraitChoice::Certain() const {
     std::array<std::uint16_t, kTraits> certain{};
-    std::size_t const step = rules.size() / kPairs + 1;
-    for (std::size_t i = 0; i < rules.size(); i += step) {
-        RuleTraits const& traits = traits_[rules[i]];
+    std::size_t const step = rules_.size() / kPairs + 1;
+    for (std::size_t i = 0; i < rules_.size(); i += step) {
+        RuleTraits const& traits = traits_[rules_[i]];
         for (std::size_t t = 0; t < kTraits; ++t)
             certain[t] = static_cast<std::uint16_t>(certain[t] + (traits[t] != kAnySlot ? 1 : 0));
     }
     return certain;
 }
 
-std::vector<std::size_t> TraitChoice::Filters(Ranks const& rules, TraitSet open,
-                                              std::size_t most) const {
+std::vector<std::size_t> TraitChoice::Filters(TraitSet open, std::size_t most) const {
     std::vector<std::size_t> filters;
-    Apart const all = ToldApart(rules);
-    Apart apart = all;
-    auto const certain = Certain(rules);
+    Apart apart = apart_;
+    auto const certain = Certain();
     while (filters.size() < most) {
         std::size_t best = kTraits;
         std::size_t bestWorth = 0;
         for (std::size_t t = 0; t < kTraits; ++t) {
             std::size_t const worth =
-                4 * kPairs * CountBits(apart[t]) + (all[t] != 0 ? 2 * kPairs : 0) + certain[t];
+                4 * kPairs * CountBits(apart[t]) + (apart_[t] != 0 ? 2 * kPairs : 0) + certain[t];
             if (worth > bestWorth && open[t]) {
                 best = t;
                 bestWorth = worth;

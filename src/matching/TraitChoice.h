@@ -19,11 +19,11 @@ TraitSet MiddleTraits(std::size_t side);
 
 using Ranks = std::vector<std::uint32_t>; // Places of rules in a list, in list order.
 
-/// Looks at the traits of all rules of a list.
+/// Looks at the traits of some rules of a list.
 class TraitChoice {
   public:
-    /// traits must outlive the object.
-    explicit TraitChoice(std::vector<RuleTraits> const& traits) : traits_(traits) {}
+    /// traits are those of all rules of the list. The arguments must outlive the object.
+    TraitChoice(std::vector<RuleTraits> const& traits, Ranks const& rules);
 
     /// A trait and how many of some pairs of rules it tells apart, of kPairs at the most.
     struct Choice {
@@ -38,22 +38,23 @@ class TraitChoice {
         Choice open;
         std::array<Choice, 2> middle;
     };
-    Choices Best(Ranks const& rules, TraitSet const& open) const;
+    Choices Best(TraitSet const& open) const;
 
     /// Returns at most most traits in open, one after the other: always that which tells the most
     /// pairs of rules apart which none before does; of several one that tells any pair apart, and
     /// of these that for which the fewest rules take any slot. Traits for which all do are none of
     /// them.
-    std::vector<std::size_t> Filters(Ranks const& rules, TraitSet open, std::size_t most) const;
+    std::vector<std::size_t> Filters(TraitSet open, std::size_t most) const;
 
   private:
     using Pairs = std::uint32_t;              // A set of the pairs, one bit for each.
     using Apart = std::array<Pairs, kTraits>; // For each trait those that it tells apart.
 
-    Apart ToldApart(Ranks const& rules) const;
-    std::array<std::uint16_t, kTraits> Certain(Ranks const& rules) const;
+    std::array<std::uint16_t, kTraits> Certain() const;
 
     std::vector<RuleTraits> const& traits_;
+    Ranks const& rules_;
+    Apart apart_{};
 };
 
 } // namespace CallRecordingUtils

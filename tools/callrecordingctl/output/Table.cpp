@@ -20,19 +20,12 @@
 namespace callrecordingctl {
 namespace {
 
-/// The length of the character that text begins with, in UTF-8, if that changes the direction of
-/// writing, which would have a text pass for another one; else 0.
-std::size_t DirectionLength(std::string_view text) {
-    if (text.substr(0, 2) == "\xD8\x9C") // U+061C
-        return 2;
-    if (text.size() < 3 || text[0] != '\xE2')
-        return 0;
-    unsigned const last = static_cast<unsigned char>(text[2]);
-    bool const isMark = text[1] == '\x80' && (last == 0x8E || last == 0x8F);    // U+200E and U+200F
-    bool const isEmbedding = text[1] == '\x80' && last >= 0xAA && last <= 0xAE; // U+202A to U+202E
-    bool const isIsolate = text[1] == '\x81' && last >= 0xA6 && last <= 0xA9;   // U+2066 to U+2069
-    return isMark || isEmbedding || isIsolate ? 3 : 0;
-}
+/// What changes the direction of writing, and would have a text pass for another one.
+// NOLINTBEGIN(misc-misleading-bidirectional): that is what they are.
+constexpr std::string_view kDirections[] = {"\u061C", "\u200E", "\u200F", "\u202A",
+                                            "\u202B", "\u202C", "\u202D", "\u202E",
+                                            "\u2066", "\u2067", "\u2068", "\u2069"};
+// NOLINTEND(misc-misleading-bidirectional)
 
 constexpr std::size_t kGap = 2;
 constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
@@ -191,9 +184,10 @@ std::string Printable(std::string_view text) {
         return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
     };
     std::replace_if(printable.begin(), printable.end(), isControl, '?');
-    for (std::size_t i = 0; i < printable.size(); ++i)
-        if (std::size_t const length = DirectionLength(std::string_view(printable).substr(i)))
-            printable.replace(i, length, "?");
+    for (std::string_view const direction : kDirections)
+        for (std::size_t at = printable.find(direction); at != std::string::npos;
+             at = printable.find(direction, at))
+            printable.replace(at, direction.size(), "?");
     // U+0080 to U+009F, which some terminals obey as well.
     for (std::size_t i = 1; i < printable.size(); ++i)
         if (printable[i - 1] == '\xC2' && static_cast<unsigned char>(printable[i]) < 0xA0)
