@@ -14,14 +14,15 @@
 #include <nlohmann/json.hpp>
 #include <zlib.h>
 
+#include "common/Error.h"
 #include "inspection/CallAddress.h"
-#include "replay/CallReader.h"
-#include "replay/CallTime.h"
-#include "replay/LeadingDigits.h"
-#include "replay/Timeline.h"
+#include "records/counting/LeadingDigits.h"
+#include "records/counting/Timeline.h"
+#include "records/reading/CallReader.h"
+#include "records/reading/CallTime.h"
 #include "support/TempDir.h"
 
-namespace callrecordingctl {
+namespace CallRecordingUtils {
 
 using namespace CallRecordingUtils;
 namespace {
@@ -73,7 +74,7 @@ std::vector<std::string> Read(std::string const& content, CallFormat const& form
             read.push_back(std::to_string(record.line) + " " +
                            (record.problem.empty() ? call : "!" + record.problem));
         }
-    } catch (CallFileError const& error) {
+    } catch (Error const& error) {
         read.push_back(error.what());
     }
     return read;
@@ -219,8 +220,8 @@ TEST(CallReader, ReadsCompressedFilesAndTellsWhereOneEndsEarly) {
               std::string::npos)
         << cut.back();
     ExpectRead(Read(bytes.substr(0, 8)), {"*cannot be read: compressed data"}, "gzip header only");
-    EXPECT_THROW(CallReader(dir.Path("none"), {}), CallFileError);
-    EXPECT_THROW(CallReader(dir.Path(), {}), CallFileError);
+    EXPECT_THROW(CallReader(dir.Path("none"), {}), Error);
+    EXPECT_THROW(CallReader(dir.Path(), {}), Error);
 }
 
 TEST(CallTime, IsReadInEachFormat) {
@@ -533,4 +534,4 @@ TEST_F(ReplayCommand, WritesAPageThatSaysTheSameAndNothingOfItsOwn) {
 }
 
 } // namespace
-} // namespace callrecordingctl
+} // namespace CallRecordingUtils

@@ -11,7 +11,7 @@
 
 #include "RuleHandle.h"
 #include "common/CancellationHeld.h"
-#include "database/RuleFilePath.h"
+#include "database/exported/RuleFilePath.h"
 #include "matching/Decision.h"
 #include "model/SipAddress.h"
 #include "validation/SidePattern.h"

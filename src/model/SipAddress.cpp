@@ -2,6 +2,8 @@
 
 #include "model/SipAddress.h"
 
+#include <tuple>
+
 namespace CallRecordingUtils {
 
 std::optional<SipAddress> SplitUserAndHost(std::string_view address) {
@@ -44,6 +46,18 @@ CallParty ReadCallParty(std::string_view address, std::optional<CallType> type) 
     party.params.host = parts->host.substr(0, hasPort ? colon : std::string_view::npos);
     party.params.port = hasPort ? parts->host.substr(colon + 1) : std::string_view();
     return party;
+}
+
+std::string AddressText(CallParty const& party) {
+    auto const& [user, host, port] =
+        std::tie(party.params.user, party.params.host, party.params.port);
+    if (party.type != CALL_TYPE_SIP || (host.empty() && port.empty()))
+        return user;
+    // Outside of brackets a ":" of the host would be read as that of a port.
+    std::size_t const bracket = host.rfind(']');
+    bool const hasColon =
+        host.find(':', bracket == std::string::npos ? 0 : bracket) != std::string::npos;
+    return user + "@" + host + (port.empty() && !hasColon ? "" : ":" + port);
 }
 
 } // namespace CallRecordingUtils

@@ -4,6 +4,7 @@
 #define MODEL_SIPADDRESS_H
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include <CallParams.h>
@@ -45,6 +46,9 @@ struct CallParty {
 /// every other side the number. Without a type an address with an "@" is of type SIP, another one a
 /// number.
 CallParty ReadCallParty(std::string_view address, std::optional<CallType> type);
+
+/// The address of one side of a call as ReadCallParty reads it.
+std::string AddressText(CallParty const& party);
 
 } // namespace CallRecordingUtils
 

@@ -4,6 +4,8 @@
 
 #include <string_view>
 
+#include "common/DecimalNumber.h"
+#include "language/Characters.h"
 #include "language/Forms.h"
 #include "model/SipAddress.h"
 #include "validation/PatternCheck.h"
@@ -92,6 +94,29 @@ StoredPattern StoreSip(std::string_view entry) {
             std::nullopt};
 }
 
+/// The place of the first literal of port, in the entry form, that is no digit and in no group.
+std::size_t FindForeign(std::string_view port) {
+    int depth = 0;
+    for (std::size_t at = 0; at < port.size(); ++at)
+        if (Contains("[{", port[at]) || Contains("]}", port[at]))
+            depth += Contains("[{", port[at]) ? 1 : -1;
+        else if (depth == 0 && IsLiteral(port[at]) && !IsDigit(port[at]))
+            return at;
+    return std::string_view::npos;
+}
+
+/// begin is where port begins in the pattern.
+std::optional<PatternProblem> SuspectPort(std::string_view port, std::size_t begin) {
+    std::size_t const foreign = FindForeign(port);
+    if (foreign != std::string::npos)
+        return PatternProblem{begin + foreign, "a port has digits only, so this matches no call; "
+                                               "leave out what stands behind the port"};
+    bool const isNumber = port.find_first_not_of("0123456789") == std::string::npos;
+    if (isNumber && (port.size() > 9 || ParseDecimal(std::string(port)) > 65535))
+        return PatternProblem{begin, "no port is greater than 65535, so this matches no call"};
+    return std::nullopt;
+}
+
 std::optional<PatternProblem> SuspectSip(std::string_view entry) {
     auto const pieces = SplitSipAddress(entry);
     for (std::string_view const piece : {pieces->user, pieces->host, pieces->port.value_or("")}) {
@@ -101,7 +126,9 @@ std::optional<PatternProblem> SuspectSip(std::string_view entry) {
         problem->position += static_cast<std::size_t>(piece.data() - entry.data());
         return problem;
     }
-    return std::nullopt;
+    if (!pieces->HasPort())
+        return std::nullopt;
+    return SuspectPort(*pieces->port, entry.size() - pieces->port->size());
 }
 
 } // namespace
@@ -135,6 +162,10 @@ std::optional<PatternProblem> SuspectEntry(std::string const& entry, CallType ty
     if (entry.empty())
         return PatternProblem{0, "an empty pattern matches nothing: write * for every number"};
     return type == CALL_TYPE_SIP ? SuspectSip(entry) : FindSuspicion(entry);
+}
+
+std::optional<PatternProblem> SuspectStored(std::string const& stored, CallType type) {
+    return SuspectEntry(ToEntry(stored, type), type);
 }
 
 std::optional<PatternProblem> ExplainStored(std::string const& stored, CallType type) {

@@ -30,6 +30,9 @@ std::optional<PatternProblem> ExplainStored(std::string const& stored, CallType 
 /// What in a well-formed entry is surely not meant; nothing when it is malformed.
 std::optional<PatternProblem> SuspectEntry(std::string const& entry, CallType type);
 
+/// The same for a stored pattern; the position is one of ToEntry's text.
+std::optional<PatternProblem> SuspectStored(std::string const& stored, CallType type);
+
 } // namespace CallRecordingUtils
 
 #endif

@@ -8,10 +8,13 @@
 #include "Completion.h"
 #include "HelpFormatter.h"
 #include "Rules.h"
-#include "Similar.h"
+#include "administration/history/When.h"
 #include "commands/HelpText.h"
+#include "common/Error.h"
+#include "model/CallTypeNames.h"
 #include "output/RuleText.h"
 #include "output/ShellText.h"
+#include "text/Similar.h"
 
 namespace callrecordingctl {
 namespace {
@@ -165,6 +168,25 @@ void CommandLine::Parse(std::vector<std::string> words) {
         throw CLI::ExtrasError(rest_);
 }
 
+namespace {
+
+ExitCode CodeOf(Error::Kind kind) {
+    switch (kind) {
+    case Error::Kind::Unreadable: return kExitUnreadable;
+    case Error::Kind::Unsaved: return kExitUnsaved;
+    case Error::Kind::NoSuchRule: return kExitNoSuchRule;
+    }
+    return kExitUnreadable;
+}
+
+int Fail(std::string const& message, ExitCode code) {
+    std::fflush(stdout);
+    SayError(message, code);
+    return code;
+}
+
+} // namespace
+
 int CommandLine::RunCommand() {
     context_.path = RuleFilePath(context_.directory);
     try {
@@ -173,9 +195,9 @@ int CommandLine::RunCommand() {
             throw Failure(kExitUnsaved, "standard output cannot be written");
         return code;
     } catch (Failure const& failure) {
-        std::fflush(stdout);
-        SayError(failure.what(), failure.Code());
-        return failure.Code();
+        return Fail(failure.what(), failure.Code());
+    } catch (Error const& error) {
+        return Fail(error.what(), CodeOf(error.GetKind()));
     }
 }
 
@@ -187,6 +209,15 @@ std::uint32_t ParseNumber(std::string const& option, std::string const& text, st
         throw CLI::ValidationError(
             option, fmt::format("\"{}\" is no number from {} to 2147483647", text, least));
     return static_cast<std::uint32_t>(number);
+}
+
+std::int64_t ParseTime(std::string const& option, std::string const& text) {
+    if (auto const when = ParseWhen(text))
+        return *when;
+    throw Failure(kExitUsage,
+                  fmt::format("{}: \"{}\" is no time; write 2026-11-25, '2026-11-25 14:00', 14:00, "
+                              "today, yesterday, monday, 3h, 2d or 1w",
+                              option, text));
 }
 
 namespace {

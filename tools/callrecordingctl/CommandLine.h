@@ -75,6 +75,10 @@ CLI::Option* AddNumber(CLI::App& command, std::string const& name, char const* w
         [name, least, store](std::string const& text) { store(ParseNumber(name, text, least)); });
 }
 
+/// Returns the time that text means, in seconds since 1970. Throws a Failure that names option when
+/// it is not a time.
+std::int64_t ParseTime(std::string const& option, std::string const& text);
+
 /// The name of a rule in words of the command line. Throws CLI::ValidationError when text is none.
 RuleName ParseRuleName(std::string const& text);
 

@@ -6,12 +6,15 @@
 
 #include <fmt/format.h>
 
-#include "Digest.h"
 #include "Failure.h"
-#include "MemoryFile.h"
 #include "Rules.h"
+#include "administration/inspection/Digest.h"
+#include "administration/inspection/MemoryFile.h"
+#include "administration/inspection/ReadRules.h"
+#include "model/CallTypeNames.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
+#include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {

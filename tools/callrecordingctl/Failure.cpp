@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "output/Table.h"
+#include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {

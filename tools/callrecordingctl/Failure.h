@@ -10,6 +10,8 @@
 
 #include <fmt/format.h>
 
+#include "Names.h"
+
 namespace callrecordingctl {
 
 enum ExitCode : int {

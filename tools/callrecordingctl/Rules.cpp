@@ -10,9 +10,9 @@
 
 #include <host/AtomicFile.h>
 
-#include "Digest.h"
 #include "Failure.h"
-#include "MemoryFile.h"
+#include "administration/inspection/Digest.h"
+#include "administration/inspection/ReadRules.h"
 #include "database/RuleFile.h"
 
 namespace callrecordingctl {
@@ -21,11 +21,9 @@ namespace fs = std::filesystem;
 
 std::string RuleFilePath(std::optional<std::string> const& directory) {
     if (directory)
-        return CallRecordingUtils::RuleFilePathIn(*directory +
-                                                  (directory->back() == '/' ? "" : "/"));
+        return RuleFilePathIn(*directory + (directory->back() == '/' ? "" : "/"));
     char const* const configured = std::getenv("QUVA_PATH");
-    return CallRecordingUtils::RuleFilePathIn(
-        configured != nullptr ? configured : CallRecordingUtils::kDefaultDirectory);
+    return RuleFilePathIn(configured != nullptr ? configured : kDefaultDirectory);
 }
 
 void RequireDirectory(std::string const& path) {
@@ -52,14 +50,6 @@ bool HasRuleFile(std::string const& path) {
     RequireDirectory(path);
     std::error_code error;
     return fs::symlink_status(path, error).type() != fs::file_type::not_found;
-}
-
-RuleList ReadRules(std::string const& path) {
-    RuleList rules;
-    CallRecordingUtils::RuleFile file(path);
-    while (file.Next())
-        rules.push_back(file.ReadRule());
-    return rules;
 }
 
 RuleList LoadRules(std::string const& path, std::string& digest) {

@@ -7,15 +7,11 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
-#include <callrecordingutils/CallRecordingRuleParams.h>
+#include "Names.h"
+#include "model/RuleList.h"
 
 namespace callrecordingctl {
-
-using Rule = CallRecordingUtils::CallRecordingRuleParams;
-/// The rules in the order of evaluation; a rule's position is its index plus 1.
-using RuleList = std::vector<Rule>;
 
 /// The path of the rule file in directory, or without one in the configuration directory that the
 /// environment names, as for the library.
@@ -27,12 +23,8 @@ void RequireDirectory(std::string const& path);
 /// Whether there is a rule file at path. Throws a Failure when its directory cannot hold one.
 bool HasRuleFile(std::string const& path);
 
-/// The rules of the file at path; none without one. Throws a std::exception with path, line and
-/// reason.
-RuleList ReadRules(std::string const& path);
-
-/// The same for a command. A file that is missing has none, which is said on standard
-/// error. Throws a Failure with path, line and reason.
+/// The rules of the file at path. A file that is missing has none, which is said on standard error.
+/// Throws a Failure with path, line and reason.
 RuleList LoadRules(std::string const& path);
 
 /// The same, with the digest of the file, that of the empty text where there is none.

@@ -6,8 +6,8 @@
 
 #include "commands/HelpText.h"
 #include "commands/Registry.h"
-#include "edit/RuleFields.h"
-#include "edit/RunEdit.h"
+#include "commands/RuleFields.h"
+#include "commands/RunEdit.h"
 #include "model/RuleSides.h"
 
 namespace callrecordingctl {
@@ -37,7 +37,7 @@ ExitCode Add(RuleEdit& edit, Options options) {
     Rule rule;
     Apply(options.fields, rule);
     RequireEveryone(rule, options.everyone);
-    if (options.twin && CallRecordingUtils::MirrorsItself(rule))
+    if (options.twin && MirrorsItself(rule))
         throw Failure(kExitUsage, "--twin: both sides are the same, so the rule mirrors itself");
     std::size_t const place = options.position.value_or(edit.Count() + 1) - 1;
     if (place > edit.Count())
@@ -45,7 +45,7 @@ ExitCode Add(RuleEdit& edit, Options options) {
                       fmt::format("--at {}: there are only {} rules", place + 1, edit.Count()));
     Insert(edit, rule, place);
     if (options.twin)
-        Insert(edit, CallRecordingUtils::Mirrored(rule), place + 1);
+        Insert(edit, Mirrored(rule), place + 1);
     return kExitYes;
 }
 

@@ -7,21 +7,22 @@
 #include <fmt/format.h>
 
 #include "CommandLine.h"
-#include "MemoryFile.h"
 #include "Rules.h"
+#include "administration/check/FileFindings.h"
+#include "administration/inspection/MemoryFile.h"
+#include "administration/inspection/ReadRules.h"
 #include "analysis/RuleAnalysis.h"
-#include "check/FileFindings.h"
 #include "commands/AnalysisOptions.h"
 #include "commands/HelpText.h"
 #include "commands/Registry.h"
+#include "model/CallTypeNames.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
+#include "text/Printable.h"
 #include "validation/SidePattern.h"
 
 namespace callrecordingctl {
 namespace {
-
-using namespace CallRecordingUtils;
 
 constexpr char kHelp[] =
     R"(Prints the stored form of every PATTERN, or what is wrong with it and where.
@@ -71,7 +72,7 @@ ExitCode CheckPatterns(Options const& options, bool json) {
         if (json)
             document.push_back(PatternToJson(pattern, type, converted));
         else if (converted.problem)
-            fmt::print("{}\n    {}\n", CaretText(pattern, *converted.problem),
+            fmt::print("{}\n    {}\n", CaretText(pattern, converted.problem->position),
                        converted.problem->message);
         else
             fmt::print("{}\n", converted.stored);

@@ -11,11 +11,10 @@
 #include "output/RuleText.h"
 #include "output/Table.h"
 #include "output/Verdicts.h"
+#include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {
-
-using namespace CallRecordingUtils;
 
 constexpr char kHelp[] =
     R"(ADDR is a number, or user@host[:port] for SIP. What call records write around

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <memory>
 
+#include "administration/edit/Twins.h"
 #include "commands/Registry.h"
-#include "edit/RunEdit.h"
-#include "edit/Twins.h"
+#include "commands/RunEdit.h"
 #include "model/RuleSides.h"
 
 namespace callrecordingctl {
@@ -28,7 +28,7 @@ std::vector<std::size_t> TwinsToDelete(RuleList const& rules, std::size_t index)
     std::vector<std::size_t> twins;
     FindTwin(rules, index);
     for (std::size_t i = 0; i < rules.size() && (i < index || twins.empty()); ++i)
-        if (i != index && CallRecordingUtils::AreTwins(rules[index], rules[i]))
+        if (i != index && AreTwins(rules[index], rules[i]))
             twins.push_back(i);
     return twins;
 }

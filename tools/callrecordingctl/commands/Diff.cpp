@@ -7,6 +7,7 @@
 
 #include "CommandLine.h"
 #include "Rules.h"
+#include "administration/check/Reasons.h"
 #include "commands/AnalysisOptions.h"
 #include "commands/Registry.h"
 #include "output/CallText.h"
@@ -14,8 +15,6 @@
 
 namespace callrecordingctl {
 namespace {
-
-using namespace CallRecordingUtils;
 
 constexpr char kHelp[] =
     R"(Alike: recorded by both with the same recording type, destination and duration,

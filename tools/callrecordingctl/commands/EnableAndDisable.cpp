@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "commands/Registry.h"
-#include "edit/RunEdit.h"
+#include "commands/RunEdit.h"
 
 namespace callrecordingctl {
 namespace {

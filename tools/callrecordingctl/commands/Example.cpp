@@ -6,6 +6,8 @@
 
 #include "CommandLine.h"
 #include "Rules.h"
+#include "administration/check/Reasons.h"
+#include "administration/inspection/RuleNames.h"
 #include "commands/AnalysisOptions.h"
 #include "commands/Registry.h"
 #include "output/CallText.h"
@@ -13,8 +15,6 @@
 
 namespace callrecordingctl {
 namespace {
-
-using namespace CallRecordingUtils;
 
 constexpr char kHelp[] =
     R"(Looks at all calls there can be, not at a few: without a call to show, the rule

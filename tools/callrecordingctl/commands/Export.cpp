@@ -5,9 +5,10 @@
 #include <fmt/format.h>
 
 #include "CommandLine.h"
-#include "Digest.h"
+#include "administration/exchange/CsvRules.h"
+#include "administration/inspection/Digest.h"
+#include "administration/inspection/RuleNames.h"
 #include "commands/Registry.h"
-#include "exchange/CsvRules.h"
 #include "output/RuleText.h"
 
 namespace callrecordingctl {

@@ -10,14 +10,15 @@
 
 #include <fmt/format.h>
 
-#include "check/Suspicions.h"
+#include "administration/edit/Origins.h"
+#include "administration/exchange/ImportedRules.h"
+#include "administration/inspection/RuleNames.h"
 #include "commands/Registry.h"
-#include "edit/Origins.h"
-#include "edit/RuleFields.h"
-#include "edit/RunEdit.h"
-#include "exchange/ImportedRules.h"
+#include "commands/RuleFields.h"
+#include "commands/RunEdit.h"
 #include "model/RuleSides.h"
 #include "output/RuleText.h"
+#include "text/Printable.h"
 #include "validation/SidePattern.h"
 
 namespace callrecordingctl {
@@ -55,7 +56,6 @@ Rule AsPrinted(Rule rule) {
 }
 
 Rule InEntryForm(Rule rule) {
-    using CallRecordingUtils::ToEntry;
     rule.caller_pattern = ToEntry(rule.caller_pattern, rule.caller_call_type);
     rule.called_pattern = ToEntry(rule.called_pattern, rule.called_call_type);
     return rule;
@@ -143,9 +143,9 @@ void NoteSuspicions(std::string const& file, std::vector<ImportedRule> const& im
         for (auto const& [side, pattern, type] :
              {std::tuple("from", rule.caller_pattern, rule.caller_call_type),
               std::tuple("to", rule.called_pattern, rule.called_call_type)})
-            if (auto const suspicion = SurelyNotMeant(pattern, type))
+            if (auto const suspicion = SuspectStored(pattern, type))
                 Say("{}:{}: {}: note: {}\n{}", NameOf(file), line, side, suspicion->message,
-                    CaretText(CallRecordingUtils::ToEntry(pattern, type), *suspicion));
+                    CaretText(ToEntry(pattern, type), suspicion->position));
     }
 }
 

@@ -8,8 +8,8 @@
 #include <fmt/format.h>
 
 #include "CommandLine.h"
-#include "Digest.h"
 #include "Rules.h"
+#include "administration/inspection/Digest.h"
 #include "commands/Registry.h"
 #include "inspection/CallAddress.h"
 #include "matching/CallSide.h"
@@ -46,7 +46,6 @@ bool ContainsText(std::string const& text, std::string const& part) {
 
 /// Whether the side of a rule takes the address; every side does when none is given.
 bool TakesAddress(PartyOptions const& party, std::string const& pattern, CallType type) {
-    using namespace CallRecordingUtils;
     if (party.address.empty())
         return true;
     CallParty const call = ReadCallParty(CleanCallAddress(party.address).text, party.type);
@@ -55,7 +54,7 @@ bool TakesAddress(PartyOptions const& party, std::string const& pattern, CallTyp
 }
 
 bool IsWanted(Rule const& rule, Options const& options) {
-    bool const isOn = rule.recording_rule_state == CallRecordingUtils::RULE_ENABLED;
+    bool const isOn = rule.recording_rule_state == RULE_ENABLED;
     if ((options.enabled && !isOn) || (options.disabled && isOn))
         return false;
     std::string all;
@@ -68,12 +67,12 @@ bool IsWanted(Rule const& rule, Options const& options) {
 
 /// The rules as the basic view shows them; says what it does not show.
 RuleList InBasicView(RuleList const& rules) {
-    CallRecordingUtils::BasicView view;
+    BasicView view;
     for (Rule const& rule : rules)
         view.Add(rule);
     RuleList shown = view.Rules();
     auto const isMarked = [](Rule const& rule) {
-        return rule.recording_rule_state == CallRecordingUtils::RULE_NOT_SHOWABLE;
+        return rule.recording_rule_state == RULE_NOT_SHOWABLE;
     };
     if (std::any_of(shown.begin(), shown.end(), isMarked))
         Say("\"adv\" marks rules that the basic view cannot show in full");

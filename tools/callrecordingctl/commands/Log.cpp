@@ -6,15 +6,17 @@
 #include <fmt/format.h>
 
 #include "CommandLine.h"
-#include "Digest.h"
-#include "MemoryFile.h"
+#include "administration/edit/Changes.h"
+#include "administration/history/History.h"
+#include "administration/history/When.h"
+#include "administration/inspection/Digest.h"
+#include "administration/inspection/MemoryFile.h"
+#include "administration/inspection/ReadRules.h"
 #include "commands/Registry.h"
-#include "edit/Changes.h"
-#include "history/History.h"
-#include "history/When.h"
 #include "output/EditReport.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
+#include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {
@@ -163,7 +165,7 @@ void AddLog(CommandLine& line) {
         });
     AddText(
         log, "--since", "WHEN", kWhenHelp,
-        [options](std::string const& text) { options->since = ParseWhen("--since", text); });
+        [options](std::string const& text) { options->since = ParseTime("--since", text); });
     AddNumber(
         log, "--rule", "ID", "Only edits of the rule that had this identifier", 0,
         [options](std::uint32_t id) { options->id = static_cast<std::int32_t>(id); });

@@ -2,10 +2,10 @@
 
 #include <memory>
 
+#include "administration/edit/Twins.h"
 #include "commands/Registry.h"
-#include "edit/RuleFields.h"
-#include "edit/RunEdit.h"
-#include "edit/Twins.h"
+#include "commands/RuleFields.h"
+#include "commands/RunEdit.h"
 #include "model/RuleSides.h"
 #include "output/RuleText.h"
 
@@ -40,7 +40,7 @@ ExitCode Modify(RuleEdit& edit, Options const& options) {
     if (!options.twin)
         return kExitYes;
     std::size_t const twin = FindTwin(rules, index);
-    Rule mirrored = CallRecordingUtils::Mirrored(rule);
+    Rule mirrored = Mirrored(rule);
     mirrored.callrecordingrule_id = rules[twin].callrecordingrule_id;
     mirrored.description = rules[twin].description;
     edit.Set(twin, mirrored);

@@ -6,7 +6,7 @@
 #include <fmt/format.h>
 
 #include "commands/Registry.h"
-#include "edit/RunEdit.h"
+#include "commands/RunEdit.h"
 
 namespace callrecordingctl {
 namespace {

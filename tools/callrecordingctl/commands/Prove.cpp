@@ -8,17 +8,17 @@
 
 #include "CommandLine.h"
 #include "Rules.h"
+#include "administration/check/Reasons.h"
 #include "commands/AnalysisOptions.h"
 #include "commands/Registry.h"
-#include "edit/RuleFields.h"
+#include "commands/RuleFields.h"
 #include "output/CallText.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
+#include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {
-
-using namespace CallRecordingUtils;
 
 constexpr char kHelp[] =
     R"(The patterns say which calls are meant, as those of a rule would; a side left

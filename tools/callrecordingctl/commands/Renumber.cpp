@@ -4,9 +4,9 @@
 #include <memory>
 #include <set>
 
-#include "check/FileFindings.h"
+#include "administration/check/FileFindings.h"
 #include "commands/Registry.h"
-#include "edit/RunEdit.h"
+#include "commands/RunEdit.h"
 
 namespace callrecordingctl {
 namespace {
@@ -21,8 +21,7 @@ struct Options {
 };
 
 /// By place: the identifiers that rules keep.
-std::vector<bool> Kept(std::vector<CallRecordingUtils::StoredRule> const& rules,
-                       std::set<std::int32_t>& taken) {
+std::vector<bool> Kept(std::vector<StoredRule> const& rules, std::set<std::int32_t>& taken) {
     std::vector<bool> kept;
     kept.reserve(rules.size());
     for (auto const& stored : rules)

@@ -8,10 +8,11 @@
 #include "CommandLine.h"
 #include "Rules.h"
 #include "commands/Registry.h"
+#include "commands/RunReplay.h"
+#include "model/CallTypeNames.h"
 #include "output/ReplayPage.h"
 #include "output/ReplayText.h"
 #include "output/RuleText.h"
-#include "replay/RunReplay.h"
 
 namespace callrecordingctl {
 namespace {

@@ -5,14 +5,16 @@
 #include <fmt/format.h>
 
 #include "CommandLine.h"
-#include "Digest.h"
-#include "MemoryFile.h"
 #include "Rules.h"
+#include "administration/history/History.h"
+#include "administration/history/When.h"
+#include "administration/inspection/Digest.h"
+#include "administration/inspection/MemoryFile.h"
+#include "administration/inspection/ReadRules.h"
 #include "commands/Registry.h"
-#include "history/History.h"
-#include "history/When.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
+#include "text/Printable.h"
 #include "validation/SidePattern.h"
 
 namespace callrecordingctl {
@@ -23,7 +25,7 @@ constexpr char kHelp[] =
 )";
 
 void ExplainPattern(char const* side, std::string const& stored, CallType type) {
-    if (auto const problem = CallRecordingUtils::ExplainStored(stored, type))
+    if (auto const problem = ExplainStored(stored, type))
         Say("{}: malformed: {}", side, problem->message);
     else if (stored.empty())
         Say("{}: an empty pattern never matches", side);
@@ -106,7 +108,7 @@ void AddShow(CommandLine& line) {
         show, "ID", "", "Identifier of the rule, or its position: '#5'",
         [options](std::string const& text) { options->rule = ParseRuleName(text); });
     AddText(show, "--at", "WHEN", kWhenHelp,
-            [options](std::string const& text) { options->at = ParseWhen("--at", text); });
+            [options](std::string const& text) { options->at = ParseTime("--at", text); });
 }
 
 } // namespace callrecordingctl

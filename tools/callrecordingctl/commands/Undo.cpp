@@ -4,10 +4,10 @@
 
 #include <fmt/format.h>
 
+#include "administration/history/History.h"
+#include "administration/history/When.h"
 #include "commands/Registry.h"
-#include "edit/RunEdit.h"
-#include "history/History.h"
-#include "history/When.h"
+#include "commands/RunEdit.h"
 
 namespace callrecordingctl {
 namespace {

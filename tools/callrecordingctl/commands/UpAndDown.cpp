@@ -5,8 +5,9 @@
 
 #include <fmt/format.h>
 
+#include "administration/inspection/RuleNames.h"
 #include "commands/Registry.h"
-#include "edit/RunEdit.h"
+#include "commands/RunEdit.h"
 #include "output/RuleText.h"
 
 namespace callrecordingctl {

@@ -6,24 +6,21 @@
 
 #include <fmt/format.h>
 
+#include "administration/check/Reasons.h"
+#include "model/CallTypeNames.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
-#include "replay/ReportJson.h"
+#include "text/Printable.h"
+#include "json/CallJson.h"
 
 namespace callrecordingctl {
 namespace {
-
-using namespace CallRecordingUtils;
 
 std::string PartyText(CallParty const& party) {
     std::string const address = AddressText(party);
     std::string const shown = address.empty() ? "\"\"" : Printable(address);
     return party.type == CALL_TYPE_NUMBER ? shown
                                           : fmt::format("{} {}", CallTypeName(party.type), shown);
-}
-
-nlohmann::ordered_json PartyToJson(CallParty const& party) {
-    return {{"call_type", static_cast<int>(party.type)}, {"address", AddressText(party)}};
 }
 
 } // namespace
@@ -33,7 +30,7 @@ std::string CallText(ExampleCall const& call) {
 }
 
 nlohmann::ordered_json CallToJson(ExampleCall const& call) {
-    return {{"from", PartyToJson(call.caller)}, {"to", PartyToJson(call.called)}};
+    return {{"from", ToJson(call.caller)}, {"to", ToJson(call.called)}};
 }
 
 nlohmann::ordered_json IdsToJson(RuleList const& rules, std::vector<std::size_t> const& places) {
@@ -41,22 +38,6 @@ nlohmann::ordered_json IdsToJson(RuleList const& rules, std::vector<std::size_t>
     for (std::size_t const place : places)
         ids.push_back(rules[place].callrecordingrule_id);
     return ids;
-}
-
-std::string RulesText(RuleList const& rules, std::vector<std::size_t> const& places) {
-    constexpr std::size_t kMost = 8;
-    std::size_t const shown = places.size() <= kMost ? places.size() : kMost - 1;
-    std::string text = places.size() == 1 ? "rule " : "rules ";
-    for (std::size_t i = 0; i < shown; ++i) {
-        bool const isLast = i + 1 == places.size();
-        text += fmt::format("{}{}",
-                            i == 0   ? ""
-                            : isLast ? " and "
-                                     : ", ",
-                            rules[places[i]].callrecordingrule_id);
-    }
-    return shown == places.size() ? text
-                                  : fmt::format("{} and {} more", text, places.size() - shown);
 }
 
 nlohmann::ordered_json IdToJson(RuleList const& rules, std::optional<std::size_t> place) {
@@ -85,20 +66,6 @@ std::string DecisionText(RuleList const& list, std::optional<std::size_t> place)
                                  static_cast<int>(rule.call_recording_type),
                                  part("to ", rule.record_to),
                                  part("duration ", rule.recording_duration)));
-}
-
-std::string WhyUndecided(RuleList const& rules) {
-    auto const isMalformed = [](Rule const& rule) {
-        return rule.recording_rule_state == RULE_ENABLED &&
-               (ExplainStored(rule.caller_pattern, rule.caller_call_type) ||
-                ExplainStored(rule.called_pattern, rule.called_call_type));
-    };
-    auto const found = std::find_if(rules.begin(), rules.end(), isMalformed);
-    if (found == rules.end())
-        return "the rules are too entangled for the memory that the analysis may take";
-    return fmt::format("it depends on malformed patterns, as those of rule {} are; "
-                       "\"callrecordingctl check\" says where",
-                       found->callrecordingrule_id);
 }
 
 void PrintCallChanges(RuleList const& before, RuleList const& after) {

@@ -9,33 +9,28 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Names.h"
 #include "Rules.h"
 #include "analysis/RuleAnalysis.h"
 
 namespace callrecordingctl {
 
 /// from 201 to sip alice@pbx; a call type is said where it is no number.
-std::string CallText(CallRecordingUtils::ExampleCall const& call);
+std::string CallText(ExampleCall const& call);
 
-nlohmann::ordered_json CallToJson(CallRecordingUtils::ExampleCall const& call);
+nlohmann::ordered_json CallToJson(ExampleCall const& call);
 
-/// The identifiers of the rules at places, as a JSON array, and as "rule 1", "rules 1, 2 and 3" or,
-/// of many, "rules 1, 2, 3 and 17 more".
+/// The identifiers of the rules at places, as a JSON array.
 nlohmann::ordered_json IdsToJson(RuleList const& rules, std::vector<std::size_t> const& places);
-std::string RulesText(RuleList const& rules, std::vector<std::size_t> const& places);
 
 /// The identifier of the rule at place, or null.
 nlohmann::ordered_json IdToJson(RuleList const& rules, std::optional<std::size_t> place);
 
-nlohmann::ordered_json
-DifferencesToJson(std::vector<CallRecordingUtils::Difference> const& differences,
-                  RuleList const& here, RuleList const& there);
+nlohmann::ordered_json DifferencesToJson(std::vector<Difference> const& differences,
+                                         RuleList const& here, RuleList const& there);
 
 /// What list says of the call: by which rule it is recorded and how, or that it is not.
 std::string DecisionText(RuleList const& list, std::optional<std::size_t> place);
-
-/// Why a question about rules was not decided.
-std::string WhyUndecided(RuleList const& rules);
 
 /// Prints what an edit changes for callers: nothing, or a call for each pair of rules.
 void PrintCallChanges(RuleList const& before, RuleList const& after);

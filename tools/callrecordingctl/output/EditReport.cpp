@@ -4,18 +4,20 @@
 
 #include <fmt/format.h>
 
+#include "administration/inspection/RuleNames.h"
 #include "model/RuleSides.h"
 #include "output/ReplayText.h"
 #include "output/RuleText.h"
 #include "output/ShellText.h"
 #include "output/Table.h"
+#include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {
 
 bool DifferInStateOnly(Rule before, Rule const& after) {
     before.recording_rule_state = after.recording_rule_state;
-    return CallRecordingUtils::AreEqual(before, after);
+    return AreEqual(before, after);
 }
 
 /// More than these are a list, and nobody reads it unless asked to.
@@ -31,7 +33,7 @@ std::string Summary(std::vector<Change> const& changes) {
             ++added;
         else if (change.after == nullptr)
             ++deleted;
-        else if (CallRecordingUtils::AreEqual(*change.before, *change.after))
+        else if (AreEqual(*change.before, *change.after))
             ++moved;
         else
             ++changed;
@@ -104,7 +106,7 @@ std::string Sentence(Change const& change, std::size_t count) {
     if (change.before->callrecordingrule_id != after.callrecordingrule_id)
         return fmt::format("{} is now rule {}, at position {} of {}", NameOf(*change.before),
                            after.callrecordingrule_id, change.afterPosition, count);
-    bool const isEqual = CallRecordingUtils::AreEqual(*change.before, after);
+    bool const isEqual = AreEqual(*change.before, after);
     if (isEqual && change.beforePosition != change.afterPosition)
         return fmt::format("{} is at position {} of {} now, was {}", name, change.afterPosition,
                            count, change.beforePosition);

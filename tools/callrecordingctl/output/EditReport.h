@@ -10,8 +10,8 @@
 #include <nlohmann/json.hpp>
 
 #include "CommandLine.h"
-#include "edit/EditReplay.h"
-#include "edit/RuleEdit.h"
+#include "administration/edit/RuleEdit.h"
+#include "commands/EditReplay.h"
 
 namespace callrecordingctl {
 

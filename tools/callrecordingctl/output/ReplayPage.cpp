@@ -10,45 +10,20 @@
 #include <fmt/format.h>
 
 #include "Failure.h"
+#include "administration/check/Reasons.h"
 #include "analysis/RuleAnalysis.h"
 #include "output/RuleText.h"
-#include "replay/Page.h"
+#include "records/page/Page.h"
 
 namespace callrecordingctl {
 namespace {
 
-using namespace CallRecordingUtils;
-
-std::string NamesOf(std::vector<std::size_t> const& places, RuleList const& rules) {
-    std::string names = places.size() == 1 ? "rule" : "rules";
-    for (std::size_t i = 0; i < places.size(); ++i)
-        names += fmt::format("{} {}",
-                             i == 0                   ? ""
-                             : i + 1 == places.size() ? " and"
-                                                      : ",",
-                             rules[places[i]].callrecordingrule_id);
-    return names;
-}
-
 /// Empty where nothing is known.
 std::string Why(RuleReport const& report, RuleList const& rules) {
-    char const* const side = report.side == WhichSide::Caller ? "calling" : "called";
-    switch (report.standing) {
-    case RuleReport::kDecides:
-        return fmt::format("no call of these files is its; one would be from {} to {}",
-                           AddressText(report.call->caller), AddressText(report.call->called));
-    case RuleReport::kHidden:
-        return fmt::format("it never can: {} before it {} all its calls",
-                           NamesOf(report.takenBy, rules),
-                           report.takenBy.size() == 1 ? "takes" : "take");
-    case RuleReport::kMatchesNothing:
-        return fmt::format("it never can: no {} side satisfies its pattern", side);
-    case RuleReport::kNotAnalysable:
-        return fmt::format("the pattern of its {} side is malformed", side);
-    case RuleReport::kOff:
-    case RuleReport::kUndecided: break;
-    }
-    return "";
+    if (report.standing != RuleReport::kDecides)
+        return WhyItDecidesNothing(report, rules);
+    return fmt::format("no call of these files is its; one would be from {} to {}",
+                       AddressText(report.call->caller), AddressText(report.call->called));
 }
 
 std::map<std::size_t, std::string> WhyNever(ReplayReport const& report, RuleList const& rules) {

@@ -5,7 +5,8 @@
 
 #include <string>
 
-#include "replay/ReportJson.h"
+#include "Names.h"
+#include "records/report/ReportJson.h"
 
 namespace callrecordingctl {
 

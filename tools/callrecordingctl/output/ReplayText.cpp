@@ -6,11 +6,10 @@
 
 #include "output/RuleText.h"
 #include "output/Table.h"
+#include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {
-
-using namespace CallRecordingUtils;
 
 std::string Plural(std::uint64_t count, char const* noun) {
     return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");

@@ -3,7 +3,8 @@
 #ifndef CALLRECORDINGCTL_OUTPUT_REPLAYTEXT_H
 #define CALLRECORDINGCTL_OUTPUT_REPLAYTEXT_H
 
-#include "replay/ReportJson.h"
+#include "Names.h"
+#include "records/report/ReportJson.h"
 
 namespace callrecordingctl {
 

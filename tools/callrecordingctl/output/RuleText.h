@@ -12,16 +12,9 @@
 
 #include "Rules.h"
 #include "validation/SidePattern.h"
+#include "json/RuleJson.h"
 
 namespace callrecordingctl {
-
-/// The names of the call types, by their numbers.
-constexpr char const* kCallTypeNames[] = {"number", "sip", "number2", "any"};
-
-char const* CallTypeName(CallType type);
-
-/// Reads a name or a number from 0 to 3.
-std::optional<CallType> ParseCallType(std::string const& text);
 
 /// "on", "off", or "adv" for a rule that the basic view cannot show.
 char const* StateText(Rule const& rule);
@@ -32,23 +25,12 @@ std::string SideText(std::string const& stored, CallType type);
 /// Both sides in words: from ... to ...
 std::string SidesText(Rule const& rule);
 
-/// The rule as a sentence names it: rule 5 "abroad".
-std::string NameOf(Rule const& rule);
-
 /// Whether every call satisfies both sides.
 bool IsForEveryone(Rule const& rule);
 
 /// What list shows of a rule, a column each, and the headers of these columns.
 std::vector<std::string> ListRow(Rule const& rule, std::size_t position);
 std::vector<std::string> ListHeaders();
-
-/// The pattern, and on the next line a caret under the place of the problem; both indented.
-std::string CaretText(std::string const& entry, CallRecordingUtils::PatternProblem const& problem);
-
-/// The record under its field names, its position, and what the numbers mean; the man page lists
-/// it. state is the token of the file that the rule stands in, if that is to be told.
-nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position,
-                              std::string const& state = "");
 
 /// All of them, as list prints them.
 nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state);

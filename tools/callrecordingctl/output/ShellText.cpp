@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "model/CallTypeNames.h"
 #include "output/RuleText.h"
 #include "validation/SidePattern.h"
 
@@ -39,10 +40,9 @@ void AppendText(std::string& line, char const* option, std::string const& text) 
 
 /// Both the pattern and the type, so that nothing is guessed.
 bool AppendSide(std::string& line, char const* option, std::string const& stored, CallType type) {
-    if (stored.empty() || CallRecordingUtils::ExplainStored(stored, type))
+    if (stored.empty() || ExplainStored(stored, type))
         return false;
-    line += fmt::format(" {} {} {}-type {}", option,
-                        ShellWord(CallRecordingUtils::ToEntry(stored, type)), option,
+    line += fmt::format(" {} {} {}-type {}", option, ShellWord(ToEntry(stored, type)), option,
                         CallTypeName(type));
     return true;
 }
@@ -69,9 +69,9 @@ std::optional<std::string> AddCommandFor(Rule const& rule, std::size_t position,
     AppendText(line, "--record-to", rule.record_to);
     AppendText(line, "--duration", rule.recording_duration);
     AppendText(line, "--description", rule.description);
-    if (rule.call_recording_type != CallRecordingUtils::CALL_RECORDING_TYPE_0)
+    if (rule.call_recording_type != CALL_RECORDING_TYPE_0)
         line += " --recording-type 1";
-    if (rule.recording_rule_state != CallRecordingUtils::RULE_ENABLED)
+    if (rule.recording_rule_state != RULE_ENABLED)
         line += " --disabled";
     if (IsForEveryone(rule))
         line += " --everyone";

@@ -13,19 +13,10 @@
 #include <fmt/format.h>
 
 #include "output/Pager.h"
-
-#include <unistr.h>
-#include <uniwidth.h>
+#include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {
-
-/// What changes the direction of writing, and would have a text pass for another one.
-// NOLINTBEGIN(misc-misleading-bidirectional): that is what they are.
-constexpr std::string_view kDirections[] = {"\u061C", "\u200E", "\u200F", "\u202A",
-                                            "\u202B", "\u202C", "\u202D", "\u202E",
-                                            "\u2066", "\u2067", "\u2068", "\u2069"};
-// NOLINTEND(misc-misleading-bidirectional)
 
 constexpr std::size_t kGap = 2;
 constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
@@ -41,37 +32,6 @@ std::size_t ScreenWidth() {
     char const* const columns = std::getenv("COLUMNS");
     std::size_t const width = columns != nullptr ? std::strtoul(columns, nullptr, 10) : 0;
     return width > 0 ? width : IsTerminal() ? 80 : kUnlimited;
-}
-
-/// The length of the character that text begins with; a byte that is none counts as one.
-std::size_t CharacterLength(std::string_view text) {
-    ucs4_t character = 0;
-    int const length =
-        u8_mbtoucr(&character, reinterpret_cast<std::uint8_t const*>(text.data()), text.size());
-    return length > 0 ? static_cast<std::size_t>(length) : 1;
-}
-
-/// The columns that the character takes.
-std::size_t CharacterWidth(std::string_view character) {
-    ucs4_t code = 0;
-    int const length = u8_mbtoucr(&code, reinterpret_cast<std::uint8_t const*>(character.data()),
-                                  character.size());
-    int const width = length > 0 ? uc_width(code, "UTF-8") : 1;
-    return width >= 0 ? static_cast<std::size_t>(width) : 1;
-}
-
-/// The bytes of text that fit into width columns, with the marks that combine with the last one.
-std::size_t BytesOf(std::string_view text, std::size_t width) {
-    std::size_t at = 0;
-    while (at < text.size()) {
-        std::size_t const length = CharacterLength(text.substr(at));
-        std::size_t const columns = CharacterWidth(text.substr(at, length));
-        if (columns > width)
-            break;
-        width -= columns;
-        at += length;
-    }
-    return at;
 }
 
 bool IsJoint(char before, char after) {
@@ -94,7 +54,7 @@ std::size_t BreakAt(std::string_view text, std::size_t length) {
 /// Takes one line of at most width characters from the front of text.
 std::string_view TakeLine(std::string_view& text, std::size_t width) {
     std::size_t length =
-        std::max(BytesOf(text, width), std::min(text.size(), CharacterLength(text)));
+        std::max(BytesWithin(text, width), std::min(text.size(), CharacterLength(text)));
     if (length < text.size())
         length = BreakAt(text, length);
     std::string_view const line = text.substr(0, length);
@@ -176,32 +136,6 @@ bool HasColour() {
     char const* const terminal = std::getenv("TERM");
     bool const isDumb = terminal == nullptr || std::string_view(terminal) == "dumb";
     return IsTerminal() && !isDumb && (refusal == nullptr || *refusal == '\0');
-}
-
-std::string Printable(std::string_view text) {
-    std::string printable(text);
-    auto const isControl = [](char c) {
-        return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
-    };
-    std::replace_if(printable.begin(), printable.end(), isControl, '?');
-    for (std::string_view const direction : kDirections)
-        for (std::size_t at = printable.find(direction); at != std::string::npos;
-             at = printable.find(direction, at))
-            printable.replace(at, direction.size(), "?");
-    // U+0080 to U+009F, which some terminals obey as well.
-    for (std::size_t i = 1; i < printable.size(); ++i)
-        if (printable[i - 1] == '\xC2' && static_cast<unsigned char>(printable[i]) < 0xA0)
-            printable.replace(i - 1, 2, "??");
-    return printable;
-}
-
-std::size_t DisplayWidth(std::string_view text) {
-    std::size_t width = 0;
-    for (std::size_t length = 0; !text.empty(); text.remove_prefix(length)) {
-        length = CharacterLength(text);
-        width += CharacterWidth(text.substr(0, length));
-    }
-    return width;
 }
 
 void Table::Add(std::vector<std::string> cells, RowStyle style) {

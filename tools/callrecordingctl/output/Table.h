@@ -5,19 +5,14 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "Names.h"
 
 namespace callrecordingctl {
 
 /// Whether standard output takes colour: a terminal that is not dumb, and no NO_COLOR.
 bool HasColour();
-
-/// text without what could steer a terminal.
-std::string Printable(std::string_view text);
-
-/// The columns that text, read as UTF-8, takes on a terminal.
-std::size_t DisplayWidth(std::string_view text);
 
 enum class RowStyle { Plain, Pale, Alarm };
 

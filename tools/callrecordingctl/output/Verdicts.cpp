@@ -8,14 +8,13 @@
 #include <fmt/format.h>
 
 #include "inspection/Miss.h"
+#include "model/CallTypeNames.h"
 #include "model/RuleSides.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
 
 namespace callrecordingctl {
 namespace {
-
-using namespace CallRecordingUtils;
 
 /// How one side of a call fares with one side of a rule.
 struct SideVerdict {

@@ -32,8 +32,8 @@ class JudgedCall {
   private:
     Verdict Judge(Rule const& rule) const;
 
-    CallRecordingUtils::CallParty from_, to_; // The call borrows their texts.
-    CallRecordingUtils::Call call_;
+    CallParty from_, to_; // The call borrows their texts.
+    Call call_;
 };
 
 /// Prints the rules that the call came nearest to, and how many more there are; or all of them in

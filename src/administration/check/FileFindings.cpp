@@ -1,0 +1,202 @@
+// What is wrong with the rules of a file.
+
+#include "administration/check/FileFindings.h"
+
+#include <algorithm>
+#include <cctype>
+#include <map>
+
+#include <fmt/format.h>
+
+#include "administration/check/Reasons.h"
+#include "administration/inspection/RuleNames.h"
+#include "analysis/RuleAnalysis.h"
+#include "database/RuleKeys.h"
+#include "model/CallTypeNames.h"
+#include "text/Printable.h"
+#include "text/Similar.h"
+#include "validation/SidePattern.h"
+
+namespace CallRecordingUtils {
+namespace {
+
+/// Letters and digits only, in lower case: what a hand tends to get right in a key.
+std::string Essence(std::string const& key) {
+    std::string essence;
+    for (char const c : key)
+        if (std::isalnum(static_cast<unsigned char>(c)) != 0)
+            essence += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return essence;
+}
+
+/// The key of a rule that key is, or may have been meant for; null when there is none.
+char const* KeyMeantBy(std::string const& key) {
+    auto const find = [](auto isMeant) {
+        auto const found = std::find_if(kRuleKeys.begin(), kRuleKeys.end(), isMeant);
+        return found != kRuleKeys.end() ? *found : nullptr;
+    };
+    if (char const* const same = find([&](char const* known) { return key == known; }))
+        return same;
+    // Two slips at most: keys of another kind may be there for others to read.
+    return find([essence = Essence(key)](char const* known) {
+        return Distance(essence, Essence(known)) <= 2;
+    });
+}
+
+/// A rule that decides may lose calls to so many that more are not looked for.
+constexpr std::size_t kMostTakers = 100;
+
+RuleList RulesOf(std::vector<StoredRule> const& stored) {
+    RuleList rules;
+    for (StoredRule const& rule : stored)
+        rules.push_back(rule.rule);
+    return rules;
+}
+
+class Checker {
+  public:
+    Checker(std::vector<StoredRule> const& rules, std::size_t memory)
+        : stored_(rules), rules_(RulesOf(rules)), analysis_(rules_, memory) {}
+
+    std::vector<FileFinding> Run() {
+        for (rule_ = stored_.begin(); rule_ != stored_.end(); ++rule_, ++position_) {
+            CheckKeys();
+            CheckId();
+            CheckNumbers();
+            CheckPattern(KEY_CALLER_PATTERN, "from", rule_->rule.caller_call_type);
+            CheckPattern(KEY_CALLED_PATTERN, "to", rule_->rule.called_call_type);
+            CheckReach();
+        }
+        std::stable_sort(
+            findings_.begin(), findings_.end(),
+            [](FileFinding const& a, FileFinding const& b) { return a.line < b.line; });
+        return findings_;
+    }
+
+  private:
+    using Current = std::vector<StoredRule>::const_iterator;
+
+    void Find(std::string_view kind, std::size_t line, std::string const& message,
+              std::string const& caret = "") {
+        findings_.push_back(
+            {kind, line, position_, rule_->rule.callrecordingrule_id, message, caret, {}});
+    }
+
+    void CheckKeys() {
+        std::map<std::string, std::size_t> lineOf;
+        for (auto const& [key, line] : rule_->entries) {
+            auto const [first, isNew] = lineOf.emplace(key, line);
+            char const* const meant = KeyMeantBy(key);
+            if (meant != nullptr && key != meant)
+                Find("key", line,
+                     fmt::format("\"{}\" is not read; is \"{}\" meant?", Printable(key), meant));
+            else if (meant != nullptr && !isNew)
+                Find("key", line,
+                     fmt::format("{} is given again; the one on line {} counts", key,
+                                 first->second));
+        }
+    }
+
+    void CheckId() {
+        constexpr char kRepair[] = "\"callrecordingctl renumber\" gives it one of its own";
+        std::string const& text = rule_->values[KEY_CALLRECORDINGRULE_ID];
+        std::int32_t const id = rule_->rule.callrecordingrule_id;
+        std::size_t const line = rule_->LineOf(KEY_CALLRECORDINGRULE_ID);
+        auto const [first, isNew] = lineOfId_.emplace(id, line);
+        if (!isNew)
+            Find("identifier", line,
+                 fmt::format("the identifier {} is that of the rule on line {} already; {}", id,
+                             first->second, kRepair));
+        else if (!IsPlainId(*rule_))
+            Find("identifier", line,
+                 fmt::format("the identifier \"{}\" is no plain number; it reads as {}; {}",
+                             Printable(text), id, kRepair));
+    }
+
+    void CheckNumbers() {
+        Rule const& rule = rule_->rule;
+        bool const isEnabled = rule.recording_rule_state == RULE_ENABLED;
+        CheckNumber(KEY_CALLER_CALL_TYPE, "0123", CallTypeName(rule.caller_call_type));
+        CheckNumber(KEY_CALLED_CALL_TYPE, "0123", CallTypeName(rule.called_call_type));
+        CheckNumber(KEY_CALL_RECORDING_TYPE, "01", "1");
+        CheckNumber(KEY_RECORDING_RULE_STATE, "01", isEnabled ? "1, on" : "0, off");
+    }
+
+    void CheckNumber(RuleFileKeys key, std::string_view digits, char const* readAs) {
+        std::string const& text = rule_->values[key];
+        if (text.size() != 1 || digits.find(text[0]) == std::string_view::npos)
+            Find("value", rule_->LineOf(key),
+                 fmt::format("{} is \"{}\", expected 0 to {}; it reads as {}", kRuleKeys[key],
+                             Printable(text), digits.back(), readAs));
+    }
+
+    void CheckPattern(RuleFileKeys key, char const* side, CallType type) {
+        std::string const& stored = rule_->values[key];
+        std::size_t const line = rule_->LineOf(key);
+        if (stored.find('\r') != std::string::npos)
+            Find("pattern", line,
+                 fmt::format("{}: the pattern has a carriage return in it, so it matches "
+                             "nothing; \"sed -i 's/\\r//' FILE\" takes them out",
+                             side));
+        else if (stored.empty())
+            Find("pattern", line, fmt::format("{}: an empty pattern never matches", side));
+        else if (auto const problem = ExplainStored(stored, type))
+            Find("pattern", line, fmt::format("{}: malformed pattern: {}", side, problem->message),
+                 "\n" + CaretText(ToEntry(stored, type), problem->position));
+        else if (auto const suspicion = SuspectStored(stored, type))
+            Find("pattern", line, fmt::format("{}: {}", side, suspicion->message),
+                 "\n" + CaretText(ToEntry(stored, type), suspicion->position));
+    }
+
+    void CheckReach() {
+        RuleReport const report = analysis_.Report(position_ - 1, kMostTakers);
+        switch (report.standing) {
+        case RuleReport::kHidden: FindReason(kNeverDecides, report); break;
+        case RuleReport::kMatchesNothing:
+            if (!rule_->rule.caller_pattern.empty() && !rule_->rule.called_pattern.empty())
+                FindReason(kMatchesNothing, report);
+            break;
+        case RuleReport::kNotAnalysable: FindReason(kNotAnalysable, report); break;
+        case RuleReport::kUndecided: FindReason(kUndecided, report); break;
+        case RuleReport::kDecides:
+            if (!report.takenBy.empty())
+                Find(kLosesCalls, rule_->line,
+                     "some calls that it matches are taken by " +
+                         RulesText(rules_, report.takenBy));
+            break;
+        case RuleReport::kOff: break;
+        }
+        if (!report.takenBy.empty())
+            findings_.back().takenBy = report.takenBy;
+    }
+
+    void FindReason(std::string_view kind, RuleReport const& report) {
+        Find(kind, rule_->line, WhyItDecidesNothing(report, rules_));
+    }
+
+    std::vector<StoredRule> const& stored_;
+    RuleList const rules_;
+    RuleAnalysis analysis_;
+    Current rule_;
+    std::size_t position_ = 1;
+    std::map<std::int32_t, std::size_t> lineOfId_;
+    std::vector<FileFinding> findings_;
+};
+
+} // namespace
+
+bool IsPlainId(StoredRule const& stored) {
+    std::int32_t const id = stored.rule.callrecordingrule_id;
+    return id >= 0 && stored.values[KEY_CALLRECORDINGRULE_ID] == std::to_string(id);
+}
+
+bool IsNote(FileFinding const& finding) {
+    return finding.kind == kLosesCalls || finding.kind == kNotAnalysable ||
+           finding.kind == kUndecided;
+}
+
+std::vector<FileFinding> FindFaults(std::vector<StoredRule> const& rules, std::size_t memory) {
+    return Checker(rules, memory).Run();
+}
+
+} // namespace CallRecordingUtils

@@ -1,0 +1,44 @@
+// Compares two lists of rules.
+
+#include "administration/edit/Changes.h"
+
+#include <algorithm>
+
+#include "model/RuleSides.h"
+
+namespace CallRecordingUtils {
+
+bool OnlyMadeRoom(Rule const& before, Rule const& after) {
+    Rule renamed = before;
+    renamed.callrecordingrule_id = after.callrecordingrule_id;
+    return before.callrecordingrule_id != after.callrecordingrule_id && AreEqual(renamed, after);
+}
+
+std::vector<Change> ChangesBetween(RuleList const& before, RuleList const& after) {
+    Origins const origins = OriginsOf(before, after);
+    std::vector<bool> const kept = KeptOrder(origins);
+    std::vector<bool> isGone(before.size(), true);
+    std::vector<Change> changes;
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        Change change{nullptr, 0, &after[i], i + 1, true};
+        if (origins[i]) {
+            isGone[*origins[i]] = false;
+            change.before = &before[*origins[i]];
+            change.beforePosition = *origins[i] + 1;
+            if (kept[i] && AreEqual(*change.before, after[i]))
+                continue;
+            change.isMeant = !kept[i] || !OnlyMadeRoom(*change.before, after[i]);
+        }
+        changes.push_back(change);
+    }
+    for (std::size_t i = 0; i < before.size(); ++i)
+        if (isGone[i])
+            changes.push_back({&before[i], i + 1, nullptr, 0, true});
+    // Where nothing else happened, the new identifiers are what did.
+    if (std::none_of(changes.begin(), changes.end(), [](Change const& c) { return c.isMeant; }))
+        for (Change& change : changes)
+            change.isMeant = true;
+    return changes;
+}
+
+} // namespace CallRecordingUtils

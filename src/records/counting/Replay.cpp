@@ -1,0 +1,137 @@
+// Goes through call files, call by call.
+
+#include "records/counting/Replay.h"
+
+#include <tuple>
+
+namespace CallRecordingUtils {
+namespace {
+
+constexpr std::size_t kProgressEvery = 1024; // Calls.
+
+/// text, or its beginning where it is longer than anything that people want to see.
+std::string Shortened(std::string const& text) {
+    constexpr std::size_t kMost = 160;
+    if (text.size() <= kMost)
+        return text;
+    std::size_t end = kMost; // Not within a character of UTF-8.
+    while (end > kMost - 4 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    return text.substr(0, end) + "...";
+}
+
+} // namespace
+
+bool HaveSameOutcome(Rule const* left, Rule const* right) {
+    if (left == nullptr || right == nullptr)
+        return left == right;
+    auto const outcome = [](Rule const& rule) {
+        return std::tie(rule.call_recording_type, rule.record_to, rule.recording_duration);
+    };
+    return outcome(*left) == outcome(*right);
+}
+
+Replay::Replay(RuleList const& rules, RuleList const* others, Options options)
+    : rules_(rules), options_(std::move(options)) {
+    if (others != nullptr)
+        others_.emplace(*others);
+    report_.byRule.resize(rules.size());
+}
+
+void Replay::Run(std::string const& path) {
+    CallReader reader(path, options_.format);
+    report_.files.push_back({path, 0, 0});
+    ReplayReport::File& file = report_.files.back();
+    CallRecord record;
+    // A read that an interrupt ends early looks like the end of the file, in the middle of a
+    // record.
+    while (reader.Next(record) && !MustStop()) {
+        Take(record, file);
+        if (options_.onProgress && report_.all.calls % kProgressEvery == 0)
+            options_.onProgress(reader.File(), report_.all.calls);
+    }
+    report_.isInterrupted = MustStop();
+}
+
+void Replay::AddProblem(CallRecord const& record, ReplayReport::File& file) {
+    ++file.unreadable;
+    ++report_.unreadable;
+    if (report_.problems.size() < ReplayReport::kMostProblems)
+        report_.problems.push_back({file.path, record.line, Shortened(record.problem)});
+}
+
+/// One side of a call; where its call type is none, that becomes the problem of the record.
+std::optional<Replay::Side> Replay::ReadSide(CallRecord& record, Column address,
+                                             Column type) const {
+    CallAddress const cleaned = CleanCallAddress(record.values[address]);
+    std::string const& typeText = record.values[type];
+    std::optional<CallType> callType;
+    if (!typeText.empty() && !(callType = options_.parseCallType(typeText))) {
+        record.problem = "\"" + typeText + "\" is no call type";
+        return std::nullopt;
+    }
+    return Side{ReadCallParty(cleaned.text, callType), cleaned.cleanings};
+}
+
+void Replay::CountCleanings(Cleanings cleanings) {
+    for (std::size_t i = 0; i < cleanings.size(); ++i)
+        report_.cleaned[i] += cleanings[i] ? 1 : 0;
+}
+
+void Replay::Take(CallRecord& record, ReplayReport::File& file) {
+    std::optional<Side> from, to;
+    if (record.problem.empty())
+        from = ReadSide(record, kColumnFrom, kColumnFromType);
+    if (record.problem.empty())
+        to = ReadSide(record, kColumnTo, kColumnToType);
+    if (!record.problem.empty())
+        return AddProblem(record, file);
+    ++file.calls;
+    CountCleanings(from->cleanings);
+    CountCleanings(to->cleanings);
+    auto const& [caller, called] = std::tie(from->party, to->party);
+    Call const call(caller.params, caller.type, called.params, called.type);
+    std::optional<Decision> other;
+    if (others_)
+        other = others_->Decide(call);
+    DecidedCall const decided{file.path, record, caller, called, rules_.Decide(call), other};
+    Count(decided);
+    if (options_.onCall)
+        options_.onCall(decided);
+}
+
+std::optional<CallTime> Replay::ReadTime(CallRecord const& record, std::string const& file) {
+    std::string const& text = record.values[kColumnTime];
+    if (text.empty())
+        return std::nullopt;
+    std::optional<CallTime> const time = ReadCallTime(text);
+    if (!time && report_.withoutTime++ == 0)
+        report_.firstWithoutTime = {file, record.line, Shortened(text)};
+    return time;
+}
+
+void Replay::Count(DecidedCall const& call) {
+    std::optional<CallTime> const time = ReadTime(call.record, call.file);
+    auto const example = [&call, &time] {
+        return Example{Shortened(call.record.values[kColumnFrom]),
+                       Shortened(call.record.values[kColumnTo]), time, call.file, call.record.line};
+    };
+    report_.all.Count(time, example);
+    if (call.decision == kNotRecorded) {
+        report_.notRecorded.Count(time, example);
+        report_.notRecordedByDigits.Count(call.to.params.user, time, example);
+    } else {
+        report_.byRule[call.decision].Count(time, example);
+    }
+    if (time)
+        report_.timeline.Add(*time, call.decision);
+    if (!call.other || HaveSameOutcome(rules_.RuleOf(call.decision), others_->RuleOf(*call.other)))
+        return;
+    report_.different.Count(time, example);
+    auto const pair = std::make_pair(call.decision, *call.other);
+    bool const isRoom = report_.differences.size() < ReplayReport::kMostDifferences ||
+                        report_.differences.count(pair) != 0;
+    (isRoom ? report_.differences[pair] : report_.moreDifferences).Count(time, example);
+}
+
+} // namespace CallRecordingUtils

@@ -1,0 +1,116 @@
+// Decides the calls of call files by a list of rules, and counts.
+
+#ifndef RECORDS_COUNTING_REPLAY_H
+#define RECORDS_COUNTING_REPLAY_H
+
+#include <array>
+#include <csignal>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "inspection/CallAddress.h"
+#include "model/SipAddress.h"
+#include "records/counting/Decider.h"
+#include "records/counting/LeadingDigits.h"
+#include "records/counting/Tally.h"
+#include "records/counting/Timeline.h"
+#include "records/reading/CallReader.h"
+
+namespace CallRecordingUtils {
+
+/// What was counted. Its size grows with the rules, and not with the calls.
+struct ReplayReport {
+    static constexpr std::size_t kMostProblems = 10;
+    static constexpr std::size_t kMostDifferences = 1000;
+
+    struct File {
+        std::string path;
+        std::uint64_t calls = 0;
+        std::uint64_t unreadable = 0;
+    };
+    struct Problem {
+        std::string file;
+        std::size_t line;
+        std::string reason;
+    };
+
+    std::vector<File> files;
+    Tally all;
+    std::vector<Tally> byRule; // By the index of the rule.
+    Tally notRecorded;
+    LeadingDigits notRecordedByDigits; // Of the number called.
+    Timeline timeline;                 // By Decision.
+    std::array<std::uint64_t, kCleaningCount> cleaned{};
+    std::uint64_t unreadable = 0;
+    std::vector<Problem> problems; // The first unreadable lines, kMostProblems of them.
+    std::uint64_t withoutTime = 0; // Calls whose time is in no format that is known,
+    std::optional<Problem> firstWithoutTime;
+
+    Tally different; // Calls that the other rules decide differently.
+    std::map<std::pair<Decision, Decision>, Tally> differences; // By the rule here and there.
+    Tally moreDifferences; // Those in more pairs than kMostDifferences.
+
+    bool isInterrupted = false;
+};
+
+/// A call with its decision.
+struct DecidedCall {
+    std::string const& file;
+    CallRecord const& record;
+    CallParty const &from, &to;
+    Decision decision;
+    std::optional<Decision> other; // That of the other rules, where there are any.
+};
+
+/// Whether calls of the two rules go to the same place in the same way; null for not recorded.
+bool HaveSameOutcome(Rule const* left, Rule const* right);
+
+class Replay {
+  public:
+    struct Options {
+        CallFormat format;
+        /// Reads the value of a column with call types.
+        std::function<std::optional<CallType>(std::string const&)> parseCallType;
+        /// Is told each call.
+        std::function<void(DecidedCall const&)> onCall;
+        /// Is told now and then how much of the file at hand is read, and how many calls there
+        /// were.
+        std::function<void(Input const&, std::uint64_t calls)> onProgress;
+        /// Ends the replay once it is not 0.
+        volatile std::sig_atomic_t const* stop = nullptr;
+    };
+
+    /// others are the rules to compare with, or null.
+    Replay(RuleList const& rules, RuleList const* others, Options options);
+
+    /// Decides the calls of the file at path. Throws an Error.
+    void Run(std::string const& path);
+
+    ReplayReport const& Report() const { return report_; }
+
+  private:
+    bool MustStop() const { return options_.stop != nullptr && *options_.stop != 0; }
+    struct Side {
+        CallParty party;
+        Cleanings cleanings;
+    };
+    std::optional<Side> ReadSide(CallRecord& record, Column address, Column type) const;
+    void CountCleanings(Cleanings cleanings);
+    void Take(CallRecord& record, ReplayReport::File& file);
+    void AddProblem(CallRecord const& record, ReplayReport::File& file);
+    std::optional<CallTime> ReadTime(CallRecord const& record, std::string const& file);
+    void Count(DecidedCall const& call);
+
+    Decider const rules_;
+    std::optional<Decider> others_;
+    Options options_;
+    ReplayReport report_;
+};
+
+} // namespace CallRecordingUtils
+
+#endif

@@ -1,0 +1,21 @@
+// Calls over time as an SVG, which needs no script.
+
+#ifndef RECORDS_PAGE_CHART_H
+#define RECORDS_PAGE_CHART_H
+
+#include <string>
+
+#include "records/counting/Replay.h"
+
+namespace CallRecordingUtils {
+
+/// A bar for each stretch of time, divided by what decided the calls: the rules with most calls,
+/// the other rules, no rule. Empty where no call has a time.
+std::string ChartOf(Timeline timeline, RuleList const& rules);
+
+/// "rule 4, Sales", escaped.
+std::string RuleHtml(Rule const& rule);
+
+} // namespace CallRecordingUtils
+
+#endif

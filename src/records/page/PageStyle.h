@@ -1,0 +1,86 @@
+// How the page of a replay looks: on a wide screen, on a telephone, on paper, in light and in dark.
+
+#ifndef RECORDS_PAGE_PAGESTYLE_H
+#define RECORDS_PAGE_PAGESTYLE_H
+
+namespace CallRecordingUtils {
+
+// The colours of the series are told apart by people who see few colours, too.
+constexpr char kPageStyle[] = R"(
+:root { color-scheme: light dark; --back: #fff; --text: #1d2126; --dim: #5b6470; --line: #d9dde3;
+  --bar: #2f6fb2; --s0: #0072b2; --s1: #e69f00; --s2: #009e73; --s3: #cc79a7; --s4: #56b4e9;
+  --s5: #d55e00; --others: #7a828c; --none: #d3d8df; }
+@media (prefers-color-scheme: dark) { :root { --back: #15181c; --text: #e4e7eb; --dim: #9aa4b0;
+  --line: #343b44; --bar: #5b9bd8; --s0: #4fa3e0; --others: #9aa4b0; --none: #454d57; } }
+@media print { :root { --back: #fff; --text: #000; --dim: #444; --line: #bbb; --bar: #2f6fb2;
+  --s0: #0072b2; --others: #7a828c; --none: #d3d8df; } }
+* { box-sizing: border-box; }
+body { margin: 0 auto; max-width: 84rem; padding: 1.5rem; background: var(--back);
+  color: var(--text); font: 15px/1.45 system-ui, sans-serif; overflow-wrap: break-word; }
+h1 { font-size: 1.6rem; margin: 0 0 .5rem; }
+h2 { font-size: 1.15rem; margin: 2.2rem 0 .6rem; break-after: avoid; }
+p { margin: .4rem 0; }
+small, .dim { color: var(--dim); }
+code { font: .88em ui-monospace, monospace; }
+dl { display: grid; grid-template-columns: max-content 1fr; gap: .15rem 1rem; margin: 0; }
+dt { color: var(--dim); }
+dd { margin: 0; }
+dd, td.wide, .legend li, ul { overflow-wrap: anywhere; }
+.figures { display: flex; flex-wrap: wrap; gap: .8rem; padding: 0; margin: 1.4rem 0 0; }
+.figures li { list-style: none; flex: 1 1 9rem; border: 1px solid var(--line);
+  border-radius: .5rem; padding: .6rem .9rem; color: var(--dim); }
+.figures data { display: block; color: var(--text); font-size: 1.5rem; font-weight: 600; }
+.warning { border-left: 4px solid var(--s5); padding: .3rem .8rem; font-weight: 600; }
+table { border-collapse: collapse; width: 100%; }
+th { text-align: left; color: var(--dim); font-weight: 500; font-size: .85rem; }
+th, td { padding: .4rem .7rem .4rem 0; border-bottom: 1px solid var(--line);
+  vertical-align: top; }
+tr { break-inside: avoid; }
+td.number, th.number { text-align: right; white-space: nowrap; font-variant-numeric: tabular-nums; }
+td.bar { width: 16%; min-width: 6rem; }
+.bar i { display: block; height: .8rem; margin-top: .25rem; background: var(--bar);
+  border-radius: 2px; min-width: 1px; print-color-adjust: exact;
+  -webkit-print-color-adjust: exact; }
+.time { white-space: nowrap; font-variant-numeric: tabular-nums; }
+tr.never { color: var(--dim); }
+.legend { display: flex; flex-wrap: wrap; gap: .2rem 1.2rem; padding: 0; margin: .4rem 0 .8rem; }
+.legend li { list-style: none; }
+.legend i { display: inline-block; width: .8rem; height: .8rem; border-radius: 2px;
+  margin-right: .4rem; vertical-align: -.05rem; print-color-adjust: exact;
+  -webkit-print-color-adjust: exact; }
+.chart { display: grid; grid-template-columns: max-content 1fr; gap: .3rem .6rem;
+  break-inside: avoid; }
+.scale { display: flex; flex-direction: column; justify-content: space-between;
+  text-align: right; color: var(--dim); font-size: .8rem; line-height: 1; height: 15rem; }
+.chart svg { width: 100%; height: 15rem; overflow: visible; print-color-adjust: exact;
+  -webkit-print-color-adjust: exact; }
+.times { grid-column: 2; position: relative; height: 1.3rem; color: var(--dim);
+  font-size: .8rem; }
+.times span { position: absolute; transform: translateX(-50%); white-space: nowrap; }
+.times span:first-child { transform: none; left: 0 !important; }
+.times span:last-child:not(:first-child) { transform: none; left: auto !important; right: 0; }
+.grid { stroke: var(--line); vector-effect: non-scaling-stroke; fill: none; }
+.s0 { fill: var(--s0); background: var(--s0); } .s1 { fill: var(--s1); background: var(--s1); }
+.s2 { fill: var(--s2); background: var(--s2); } .s3 { fill: var(--s3); background: var(--s3); }
+.s4 { fill: var(--s4); background: var(--s4); } .s5 { fill: var(--s5); background: var(--s5); }
+.others { fill: var(--others); background: var(--others); }
+.none { fill: var(--none); background: var(--none); }
+@media (max-width: 45rem) {
+  body { padding: 1rem; }
+  dl { grid-template-columns: 1fr; gap: 0; }
+  dd { margin-bottom: .4rem; }
+  .times span:nth-child(even) { display: none; }
+  thead { display: none; }
+  table, tbody { display: block; }
+  tr { display: flex; flex-wrap: wrap; gap: .1rem .8rem; border-bottom: 1px solid var(--line);
+    padding: .6rem 0; }
+  td { border: 0; padding: 0; }
+  td.wide, td.bar { flex: 1 1 100%; width: auto; }
+  td.name { flex-basis: 80%; }
+  td[data-name]:not(:empty)::before { content: attr(data-name) " "; color: var(--dim); }
+}
+)";
+
+} // namespace CallRecordingUtils
+
+#endif

@@ -1,0 +1,171 @@
+// Turns a report into JSON.
+
+#include "records/report/ReportJson.h"
+
+#include <fmt/format.h>
+
+#include "json/CallJson.h"
+
+namespace CallRecordingUtils {
+namespace {
+
+using nlohmann::ordered_json;
+
+ordered_json TimeToJson(std::optional<CallTime> time) {
+    return time ? ordered_json(TimeText(*time)) : ordered_json();
+}
+
+ordered_json ExampleToJson(std::optional<Example> const& example) {
+    if (!example)
+        return nullptr;
+    return {{"from", example->from},
+            {"to", example->to},
+            {"time", TimeToJson(example->time)},
+            {"file", example->file},
+            {"line", example->line}};
+}
+
+void AddTally(ordered_json& json, Tally const& tally, std::uint64_t all) {
+    json["calls"] = tally.calls;
+    json["share"] = Share(tally.calls, all);
+    json["first"] = TimeToJson(tally.first);
+    json["last"] = TimeToJson(tally.last);
+    json["example"] = ExampleToJson(tally.example);
+}
+
+/// What a rule does with a call, for null nothing.
+ordered_json OutcomeToJson(RuleList const& rules, Decision decision) {
+    if (decision == kNotRecorded)
+        return nullptr;
+    Rule const& rule = rules[decision];
+    return {{"position", decision + 1},
+            {"callrecordingrule_id", rule.callrecordingrule_id},
+            {"call_recording_type", static_cast<int>(rule.call_recording_type)},
+            {"record_to", rule.record_to},
+            {"recording_duration", rule.recording_duration},
+            {"description", rule.description}};
+}
+
+ordered_json RulesToJson(ReplayReport const& report, RuleList const& rules) {
+    auto list = ordered_json::array();
+    for (std::size_t i = 0; i < rules.size(); ++i) {
+        ordered_json rule = OutcomeToJson(rules, i);
+        rule["enabled"] = rules[i].recording_rule_state == RULE_ENABLED;
+        AddTally(rule, report.byRule[i], report.all.calls);
+        list.push_back(rule);
+    }
+    return list;
+}
+
+ordered_json NotRecordedToJson(ReplayReport const& report) {
+    ordered_json json;
+    AddTally(json, report.notRecorded, report.all.calls);
+    auto list = ordered_json::array();
+    Tally rest;
+    for (LeadingDigits::Group const& group : report.notRecordedByDigits.Groups(rest))
+        list.push_back({{"digits", group.digits},
+                        {"calls", group.tally.calls},
+                        {"example", ExampleToJson(group.tally.example)}});
+    json["by_leading_digits"] = list;
+    json["by_leading_digits_others"] = rest.calls;
+    return json;
+}
+
+ordered_json NeverApplied(ReplayReport const& report, RuleList const& rules) {
+    auto list = ordered_json::array();
+    for (std::size_t i = 0; i < rules.size(); ++i)
+        if (report.byRule[i].calls == 0)
+            list.push_back(rules[i].callrecordingrule_id);
+    return list;
+}
+
+ordered_json ProblemToJson(ReplayReport::Problem const& problem) {
+    return {{"file", problem.file}, {"line", problem.line}, {"reason", problem.reason}};
+}
+
+ordered_json UnreadableToJson(ReplayReport const& report) {
+    auto list = ordered_json::array();
+    for (ReplayReport::Problem const& problem : report.problems)
+        list.push_back(ProblemToJson(problem));
+    return {{"lines", report.unreadable}, {"first", list}};
+}
+
+ordered_json FilesToJson(ReplayReport const& report) {
+    auto list = ordered_json::array();
+    for (ReplayReport::File const& file : report.files)
+        list.push_back(
+            {{"path", file.path}, {"calls", file.calls}, {"unreadable", file.unreadable}});
+    return list;
+}
+
+ordered_json RuleFileToJson(RuleFileFacts const& file) {
+    ordered_json json{{"path", file.path}, {"sha256", nullptr}, {"rules", file.rules.size()}};
+    if (!file.digest.empty())
+        json["sha256"] = file.digest;
+    return json;
+}
+
+} // namespace
+
+double Share(std::uint64_t calls, std::uint64_t all) {
+    return all > 0 ? static_cast<double>(calls) / static_cast<double>(all) : 0;
+}
+
+std::string Percent(std::uint64_t calls, std::uint64_t all) {
+    double const percent = 100 * Share(calls, all);
+    return calls > 0 && percent < 0.05 ? "<0.1 %" : fmt::format("{:.1f} %", percent);
+}
+
+ordered_json DifferencesToJson(ReplayReport const& report, RuleList const& here,
+                               RuleList const& there) {
+    auto groups = ordered_json::array();
+    for (auto const& [pair, tally] : report.differences)
+        groups.push_back({{"calls", tally.calls},
+                          {"here", OutcomeToJson(here, pair.first)},
+                          {"there", OutcomeToJson(there, pair.second)},
+                          {"example", ExampleToJson(tally.example)}});
+    return {{"calls", report.different.calls},
+            {"share", Share(report.different.calls, report.all.calls)},
+            {"groups", groups},
+            {"others", report.moreDifferences.calls}};
+}
+
+ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts) {
+    RuleList const& rules = facts.here.rules;
+    auto cleaned = ordered_json::object();
+    for (std::size_t i = 0; i < report.cleaned.size(); ++i)
+        cleaned[kCleaningWords[i]] = report.cleaned[i];
+    ordered_json json{{"rule_file", RuleFileToJson(facts.here)},
+                      {"files", FilesToJson(report)},
+                      {"calls", report.all.calls},
+                      {"first", TimeToJson(report.all.first)},
+                      {"last", TimeToJson(report.all.last)},
+                      {"recorded", report.all.calls - report.notRecorded.calls},
+                      {"rules", RulesToJson(report, rules)},
+                      {"not_recorded", NotRecordedToJson(report)},
+                      {"never_applied", NeverApplied(report, rules)},
+                      {"cleaned", cleaned},
+                      {"unreadable", UnreadableToJson(report)},
+                      {"unreadable_times", report.withoutTime},
+                      {"against", nullptr},
+                      {"differences", nullptr},
+                      {"interrupted", report.isInterrupted}};
+    if (facts.there) {
+        json["against"] = RuleFileToJson(*facts.there);
+        json["differences"] = DifferencesToJson(report, rules, facts.there->rules);
+    }
+    return json;
+}
+
+ordered_json ToJson(DecidedCall const& call, RuleList const& rules) {
+    CallRecord const& record = call.record;
+    return {{"file", call.file},
+            {"line", record.line},
+            {"time", record.values[kColumnTime]},
+            {"read", {{"from", record.values[kColumnFrom]}, {"to", record.values[kColumnTo]}}},
+            {"from", ToJson(call.from)},
+            {"to", ToJson(call.to)},
+            {"rule", OutcomeToJson(rules, call.decision)}};
+}
+
+} // namespace CallRecordingUtils

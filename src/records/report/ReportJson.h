@@ -1,0 +1,45 @@
+// What a replay counted, as JSON. docs/replay.md lists its names.
+
+#ifndef RECORDS_REPORT_REPORTJSON_H
+#define RECORDS_REPORT_REPORTJSON_H
+
+#include <optional>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "records/counting/Replay.h"
+
+namespace CallRecordingUtils {
+
+/// A rule file, as it was when it was read.
+struct RuleFileFacts {
+    std::string path;
+    std::string digest; // Empty where there is no file.
+    RuleList rules;
+};
+
+/// What a report is about, beside the report itself.
+struct ReplayFacts {
+    RuleFileFacts here;
+    std::optional<RuleFileFacts> there; // The rules to compare with.
+};
+
+nlohmann::ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts);
+
+/// One call with its decision.
+nlohmann::ordered_json ToJson(DecidedCall const& call, RuleList const& rules);
+
+/// The part of ToJson about calls that the other rules decide differently.
+nlohmann::ordered_json DifferencesToJson(ReplayReport const& report, RuleList const& here,
+                                         RuleList const& there);
+
+/// The share of calls of all, from 0 to 1.
+double Share(std::uint64_t calls, std::uint64_t all);
+
+/// The same for people: "12.5 %", and "<0.1 %" for what would read as none.
+std::string Percent(std::uint64_t calls, std::uint64_t all);
+
+} // namespace CallRecordingUtils
+
+#endif

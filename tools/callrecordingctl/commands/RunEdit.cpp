@@ -1,0 +1,189 @@
+// Running an edit: lock, read, change, save once, report.
+
+#include "commands/RunEdit.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "administration/inspection/Digest.h"
+#include "administration/inspection/MemoryFile.h"
+#include "administration/inspection/ReadRules.h"
+#include "commands/RecordEdit.h"
+#include "database/RuleFileLock.h"
+#include "output/CallText.h"
+#include "output/EditReport.h"
+
+namespace callrecordingctl {
+namespace {
+
+namespace fs = std::filesystem;
+constexpr char kReloadNote[] =
+    "note: telephony processes decide by the old rules until they reload (see \"Reloading\" in "
+    "\"callrecordingctl --help\")";
+
+/// So that the directory outlives a loss of power as the file in it does.
+void MakeDurable(fs::path const& directory) {
+    int const file = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    bool const isDurable = file >= 0 && fsync(file) == 0;
+    int const error = errno;
+    if (file >= 0)
+        close(file);
+    if (!isDurable)
+        throw Failure(kExitUnsaved, fmt::format("{}: cannot be made durable: {}",
+                                                directory.string(), std::strerror(error)));
+}
+
+void MakeDirectory(fs::path const& directory) {
+    std::error_code error;
+    if (fs::is_directory(directory, error) || !fs::is_directory(directory.parent_path(), error))
+        return; // What is missing then is not ours to make; reading says so.
+    if (fs::create_directory(directory, error)) {
+        MakeDurable(directory);
+        MakeDurable(directory.parent_path());
+        Say("{}: made this directory", directory.string());
+    }
+    if (error)
+        throw Failure(kExitUnsaved,
+                      fmt::format("{}: cannot be made: {}", directory.string(), error.message()));
+}
+
+/// What became of the rules since the state with this token, where the history still has it.
+std::string WhatChanged(RuleEdit const& edit, std::string const& token) {
+    try {
+        auto const text = History(edit.Path(), false).TextOf(token);
+        if (!text)
+            return "";
+        RuleList const then = RulesOf(*text, token);
+        std::string told;
+        for (Change const& change : ChangesBetween(then, edit.Before()))
+            if (change.isMeant)
+                told += "\n  " + Sentence(change, edit.Before().size());
+        return told.empty() ? "\n  no rule has changed; comments or other entries have" : told;
+    } catch (std::exception const&) {
+        return ""; // That it is another one is known without it.
+    }
+}
+
+void RequireState(RuleEdit const& edit, std::string const& token) {
+    std::string const digest = DigestOf(edit.TextBefore());
+    bool const isToken = token.size() >= StateToken(digest).size();
+    if (!isToken || digest.compare(0, token.size(), token) != 0)
+        throw Failure(kExitChanged,
+                      fmt::format("the rule file is another one by now: its state is {}, not {}; "
+                                  "nothing was changed{}",
+                                  StateToken(digest), token,
+                                  isToken ? WhatChanged(edit, token) : ""));
+}
+
+void Save(RuleEdit& edit, Context const& context) {
+    EditRecord record(context, edit.TextBefore(), edit.Undone());
+    edit.Save();
+    record.Finish(HostPlatform::ReadFile(edit.Path()).text);
+}
+
+/// Prints the report. For an edit that was saved it only says what went wrong with that.
+void Report(RuleEdit& edit, EditOptions const& options, Context const& context, bool isSaved) {
+    // A reader that has gone must not end this process: the edit has been made.
+    if (isSaved)
+        std::signal(SIGPIPE, SIG_IGN);
+    std::optional<EditReplay> replay;
+    if (!options.replay.empty()) // Of a dry run.
+        replay = ReplayEdit(options.replay, edit);
+    std::string reason;
+    try {
+        ReportEdit(edit.Changes(),
+                   {edit.Count(), options.dryRun, options.verbose, replay ? &*replay : nullptr},
+                   context);
+        if (options.dryRun && !context.json)
+            PrintCallChanges(edit.Before(), edit.After());
+        if (std::fflush(stdout) != 0)
+            reason = std::strerror(errno);
+    } catch (std::exception const& error) {
+        reason = error.what();
+    }
+    if (isSaved)
+        SayNote(kReloadNote);
+    if (!reason.empty() && !isSaved)
+        throw Failure(kExitUnsaved, "standard output cannot be written: " + reason);
+    if (!reason.empty()) {
+        Say("the edit was saved, but standard output cannot be written: {}", reason);
+        std::fclose(stdout); // With what is left in it.
+    }
+}
+
+/// Takes the lock. Edits take milliseconds; a wait as short as that is not worth a word.
+std::unique_ptr<RuleFileLock> Lock(std::string const& path, std::chrono::seconds patience) {
+    try {
+        using namespace std::chrono_literals;
+        try {
+            return std::make_unique<RuleFileLock>(path, 200ms);
+        } catch (RuleFileLockTimeout const&) {
+            if (patience.count() == 0)
+                throw;
+        }
+        Say("{}: another client is editing; waiting up to {} s", path, patience.count());
+        return std::make_unique<RuleFileLock>(path, patience);
+    } catch (std::exception const& error) {
+        throw Failure(kExitUnsaved, fmt::format("{}; nothing was changed", error.what()));
+    }
+}
+
+} // namespace
+
+ExitCode RunEdit(Context const& context, EditOptions const& options, Changer const& change) {
+    fs::path const directory = fs::path(context.path).parent_path();
+    std::unique_ptr<RuleFileLock> lock;
+    if (!options.dryRun) {
+        MakeDirectory(directory);
+        RequireDirectory(context.path);
+        lock = Lock(context.path, options.patience);
+    }
+    // Where a dry run misses the directory, a file in its place would be missing, too: no rules.
+    RuleEdit edit(fs::exists(directory) ? context.path : directory.string());
+    if (options.ifState)
+        RequireState(edit, *options.ifState);
+    ExitCode const code = change(edit);
+    bool const isSaved = lock && edit.IsChanged();
+    if (isSaved)
+        Save(edit, context);
+    lock.reset();
+    Report(edit, options, context, isSaved);
+    return code;
+}
+
+CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
+                  Changer const& change) {
+    auto const options = std::make_shared<EditOptions>();
+    CLI::App& edit =
+        line.AddCommand(name, summary, help, [options, change](Context const& context) {
+            return RunEdit(context, *options, change);
+        });
+    CLI::Option* const dryRun = edit.add_flag(
+        "--dry-run", options->dryRun,
+        "Show the rule before and after, and calls that\nare decided differently; write nothing");
+    edit.add_option("--replay", options->replay,
+                    "With --dry-run: tell which calls of these call\n"
+                    "records would be decided differently")
+        ->type_name("CALLS")
+        ->needs(dryRun);
+    edit.add_flag("-v,--verbose", options->verbose, "Tell every rule that changes");
+    AddText(
+        edit, "--if-state", "TOKEN",
+        "Change nothing, with exit status 7, unless the\nfile is in this state, as list shows it",
+        [options](std::string const& token) { options->ifState = token; });
+    AddNumber(
+        edit, "--wait", "SECONDS", "Wait so long for another client's edit\n(default: 5)", 0,
+        [options](std::uint32_t seconds) { options->patience = std::chrono::seconds(seconds); });
+    return edit;
+}
+
+} // namespace callrecordingctl

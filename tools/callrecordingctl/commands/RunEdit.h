@@ -1,0 +1,41 @@
+// Running an edit: lock, read, change, save once, report.
+
+#ifndef CALLRECORDINGCTL_COMMANDS_RUNEDIT_H
+#define CALLRECORDINGCTL_COMMANDS_RUNEDIT_H
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "CommandLine.h"
+#include "administration/edit/RuleEdit.h"
+
+namespace callrecordingctl {
+
+/// What all edits have in common.
+struct EditOptions {
+    bool dryRun = false;
+    bool verbose = false;
+    std::optional<std::string> ifState; ///< The token of the state that the edit is meant for.
+    std::chrono::seconds patience{5};
+    std::vector<std::string> replay; ///< Call files; of a dry run only.
+};
+
+/// Makes the changes. Returns the exit code: no when there is nothing to do. Throws a Failure when
+/// they are not possible.
+using Changer = std::function<ExitCode(RuleEdit&)>;
+
+/// Takes the lock, reads the file, has change change it, saves it unless it is as it was, and
+/// prints what changed. What was saved is done: the exit code then does not depend on whether it
+/// could be printed. A dry run saves nothing and takes no lock.
+ExitCode RunEdit(Context const& context, EditOptions const& options, Changer const& change);
+
+/// Adds a command that edits, with the options that all edits have; change runs as in RunEdit.
+CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
+                  Changer const& change);
+
+} // namespace callrecordingctl
+
+#endif

@@ -1,0 +1,72 @@
+// Runs a replay between its preparation and its end.
+
+#include "commands/RunReplay.h"
+
+#include <filesystem>
+
+#include "output/Progress.h"
+
+namespace callrecordingctl {
+namespace {
+
+namespace fs = std::filesystem;
+
+volatile std::sig_atomic_t isInterrupted = 0;
+
+/// While it lives the first interrupt is only noted; the second ends the process, as ever.
+class InterruptNote {
+  public:
+    InterruptNote() {
+        isInterrupted = 0;
+        struct sigaction action {};
+        action.sa_handler = [](int) { isInterrupted = 1; };
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
+        sigaction(SIGINT, &action, &before_);
+    }
+    ~InterruptNote() { sigaction(SIGINT, &before_, nullptr); }
+    InterruptNote(InterruptNote const&) = delete;
+    InterruptNote& operator=(InterruptNote const&) = delete;
+
+  private:
+    struct sigaction before_ {};
+};
+
+/// Opens what can be opened twice, so that a wrong name shows at once and not after an hour.
+/// Returns the bytes of all files, 0 where one is no regular file.
+std::uint64_t LookAt(std::vector<std::string> const& paths, CallFormat const& format) {
+    std::uint64_t size = 0;
+    bool isKnown = true;
+    for (std::string const& path : paths) {
+        std::error_code error;
+        if (path != "-" && (fs::is_regular_file(path, error) || !fs::exists(path, error)))
+            size += CallReader(path, format).File().Size();
+        else
+            isKnown = false;
+    }
+    return isKnown ? size : 0;
+}
+
+} // namespace
+
+ReplayReport RunReplay(std::vector<std::string> const& paths, RuleList const& rules,
+                       RuleList const* others, Replay::Options options) {
+    Progress progress(LookAt(paths, options.format));
+    std::uint64_t before = 0; // In the files that are done.
+    std::uint64_t taken = 0;
+    options.onProgress = [&](Input const& file, std::uint64_t calls) {
+        taken = file.Taken();
+        progress.Show(before + taken, calls);
+    };
+    options.stop = &isInterrupted;
+    InterruptNote const note;
+    Replay replay(rules, others, std::move(options));
+    for (std::string const& path : paths) {
+        if (isInterrupted != 0)
+            break;
+        replay.Run(path);
+        before += taken;
+    }
+    return replay.Report();
+}
+
+} // namespace callrecordingctl
