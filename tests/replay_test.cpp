@@ -138,12 +138,13 @@ TEST(CallReader, ReadsEachFormatAndGoesOnBehindWhatIsNone) {
         {"{\"from\":1,\"to\":2}\n{\"from\":1,\n{\"from\":1}\n{\"to\":2}\n7\n{\"from\":1,\"to\":2}"
          "x\n"
          "{\"from\":3,\"to\":4}",
-         {"1 1>2", "2 !no JSON: column 11", "3 !no value \"to\"", "4 !no value \"from\"",
-          "5 !no value", "6 !no JSON", "7 3>4"}},
+         {"1 1>2", "2 !not JSON: column 11", "3 !no value \"to\"", "4 !no value \"from\"",
+          "5 !no value", "6 !not JSON", "7 3>4"}},
         {"{\"from\":\"" + kLong + "\",\"to\":2}\n{\"from\":3,\"to\":4}",
          {"1 !longer than 256 KiB", "2 3>4"}},
         {std::string(200000, '[') + "\n", {"*a list of JSON"}},
-        {"{\"a\":" + std::string(200000, '[') + "\n{\"from\":3,\"to\":4}", {"1 !no JSON", "2 3>4"}},
+        {"{\"a\":" + std::string(200000, '[') + "\n{\"from\":3,\"to\":4}",
+         {"1 !not JSON", "2 3>4"}},
     };
     for (auto const& [content, read] : rows)
         ExpectRead(Read(content), read, content);
@@ -452,8 +453,8 @@ TEST_F(ReplayCommand, TellsWhatItCouldNotReadAndByItsExitStatusWhatItMeans) {
         char const *out, *err; // Parts.
     } const rows[] = {
         {bad, 0, "bad.csv:3: a quote is open at its end", ""},
-        {bad, 0, "bad.csv:4: \"fax\" is no call type", ""},
-        {bad, 0, "1 time in no format that is known: ", ""},
+        {bad, 0, "bad.csv:4: \"fax\" is not a call type", ""},
+        {bad, 0, "1 time not in a known format: ", ""},
         {bad + " --strict", 1, "2 lines could not be read:\n", ""},
         {bad + " --each", 0, "2026-11-01\t1\t112\t0\tarchive:/emergency\nsoon\t5\t6\t-\tnot", ""},
         {"replay -", 0, "0 calls in 1 file: 0 recorded", ""},
@@ -521,7 +522,7 @@ TEST_F(ReplayCommand, WritesAPageThatSaysTheSameAndNothingOfItsOwn) {
     EXPECT_EQ(drawn, report["calls"]);
     for (char const* const part :
          {"&lt;script&gt;alert(1)&lt;/script&gt;\xEF\xBF\xBD\xEF\xBF\xBD", "&lt;b&gt;.csv:2",
-          "&lt;img src=x", "it is off", "callrecordingctl 1.", "gateway.csv: 8 calls"})
+          "&lt;img src=x", "it is disabled", "callrecordingctl 1.", "gateway.csv: 8 calls"})
         EXPECT_NE(page.find(part), std::string::npos) << part;
     std::string const digest = report["rule_file"]["sha256"];
     EXPECT_NE(page.find(digest), std::string::npos);

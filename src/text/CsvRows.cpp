@@ -8,7 +8,7 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// Counts what stands outside of quotes.
+/// The separator that occurs most often outside of quotes.
 unsigned char SeparatorOf(std::string_view line) {
     std::size_t counts[] = {0, 0, 0};
     constexpr std::string_view kSeparators = ",;\t";
@@ -52,7 +52,7 @@ void CsvRows::EndRow(int, void* rows) {
     static_cast<CsvRows*>(rows)->isRowComplete_ = true;
 }
 
-/// Returns what is wrong with text, nullptr when nothing is.
+/// Returns what is wrong with text; null when nothing is.
 char const* CsvRows::Feed(std::string_view text) {
     if (csv_parse(&parser_, text.data(), text.size(), AddField, EndRow, this) == text.size())
         return nullptr;
@@ -89,9 +89,9 @@ std::string CsvRows::ReadRow() {
     return std::string("a quote is open at its end, and with the lines that follow ") + problem;
 }
 
-/// A row that cannot be read is its first line; whatever follows that is looked at anew. This costs
-/// no more than once through the file again: the lines that one open quote swallows have pairs of
-/// quotes, and so open none when they are read for themselves.
+/// Only the first line of a row that cannot be read is given up; the lines after it are read again.
+/// That costs at most one more pass over the file: the lines that an open quote swallows have their
+/// quotes in pairs, so none is open when they are read by themselves.
 bool CsvRows::Next() {
     do {
         if (!lines_.Next())

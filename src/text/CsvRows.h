@@ -14,11 +14,10 @@
 
 namespace CallRecordingUtils {
 
-/// One row after the other, each of its fields a text. libcsv reads them, in its strict mode: what
-/// is wrong is told and not guessed at.
+/// Reads row by row. libcsv parses them in its strict mode: what is wrong is reported, not guessed.
 class CsvRows {
   public:
-    /// The values are separated by whichever of , ; and tab the first line has most of.
+    /// The separator is the one of , ; and tab that occurs most often in the first line.
     explicit CsvRows(Lines& lines);
     ~CsvRows();
     CsvRows(CsvRows const&) = delete;
@@ -45,7 +44,8 @@ class CsvRows {
     unsigned char separator_ = 0;
     std::size_t line_ = 0;
     std::string problem_;
-    std::vector<std::string> fields_; // More than the row has, so that their memory serves again.
+    std::vector<std::string>
+        fields_; // Possibly more than the row has, so that their memory is reused.
     std::size_t fieldCount_ = 0;
     bool isRowComplete_ = false;
 };

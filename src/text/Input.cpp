@@ -1,4 +1,4 @@
-// Reads a file. zlib hands on as it is what is not compressed.
+// Reads a file. zlib passes on what is not compressed.
 
 #include "text/Input.h"
 

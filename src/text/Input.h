@@ -22,7 +22,7 @@ class Input {
     /// with the reason alone when the rest cannot be read. Ends early when a signal comes in.
     std::size_t Read(char* to, std::size_t size);
 
-    /// How much of the file itself has been taken, and its size where it is known, else 0.
+    /// How many bytes of the file have been read, and its size if that is known, else 0.
     std::uint64_t Taken() const;
     std::uint64_t Size() const { return size_; }
 

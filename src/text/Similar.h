@@ -1,4 +1,4 @@
-// What a mistyped word may have been meant for.
+// How similar two words are, to suggest what a mistyped one should be.
 
 #ifndef TEXT_SIMILAR_H
 #define TEXT_SIMILAR_H
@@ -10,8 +10,8 @@
 
 namespace CallRecordingUtils {
 
-/// The least number of characters to add, take away, replace, or exchange with a neighbour that
-/// makes b of a.
+/// The least number of characters to add, remove, replace or swap with a neighbour that turns a
+/// into b.
 inline std::size_t Distance(std::string_view a, std::string_view b) {
     using Row = std::vector<std::size_t>;
     Row beforeLast, last, row(b.size() + 1);
@@ -31,7 +31,7 @@ inline std::size_t Distance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
-/// Whether word may be known, mistyped: a third of it at most is wrong.
+/// Whether word may be a mistyped form of known: at most a third of it is wrong.
 inline bool IsSimilar(std::string_view word, std::string_view known) {
     return word.size() < 2 * known.size() + 2 && Distance(word, known) <= (known.size() + 2) / 3;
 }

@@ -39,7 +39,7 @@ void AskForHelp(std::vector<std::string>& words) {
     words.emplace_back("--help");
 }
 
-/// The words that people try, and the commands that they mean.
+/// Words that people try, and the commands that do it.
 constexpr std::pair<char const*, char const*> kOtherWords[] = {
     {"rm", "delete"},      {"remove", "delete"},  {"erase", "delete"},   {"ls", "list"},
     {"print", "list"},     {"get", "show"},       {"cat", "show"},       {"mv", "move"},
@@ -50,7 +50,7 @@ constexpr std::pair<char const*, char const*> kOtherWords[] = {
     {"save", "export"},    {"dump", "export"},    {"validate", "check"}, {"lint", "check"},
     {"simulate", "replay"}};
 
-/// The one of names that is most like word; empty when none is.
+/// The name most similar to word; empty when none is similar.
 std::string MostSimilar(std::string const& word, std::vector<std::string> const& names) {
     std::string best;
     for (std::string const& name : names)
@@ -66,8 +66,8 @@ std::vector<std::string> CommandNames(CLI::App& app) {
     return names;
 }
 
-/// Throws, with a suggestion, when the first word that is no option is no command. (CLI11 would
-/// only say that it did not expect it.)
+/// Throws, with a suggestion, when the first word that is not an option is not a command either.
+/// (CLI11 would only say that it did not expect it.)
 void RequireCommand(std::vector<std::string> const& names, std::vector<std::string> const& words) {
     auto word = words.begin();
     while (word != words.end() && word->compare(0, 1, "-") == 0)
@@ -78,12 +78,12 @@ void RequireCommand(std::vector<std::string> const& names, std::vector<std::stri
     for (auto const& [other, command] : kOtherWords)
         if (*word == other)
             meant = command;
-    throw Failure(kExitUsage, fmt::format("\"{}\" is no command; {}", *word,
+    throw Failure(kExitUsage, fmt::format("\"{}\" is not a command; {}", *word,
                                           meant.empty() ? "\"callrecordingctl --help\" lists them"
                                                         : fmt::format("did you mean {}?", meant)));
 }
 
-/// What is wrong with the line; for a mistyped option also which one may be meant.
+/// What is wrong with the line and, for a mistyped option, a suggestion.
 std::string Explain(CLI::ParseError const& error, CLI::App& app,
                     std::vector<std::string> const& words) {
     std::vector<CLI::App*> const commands = app.get_subcommands();
@@ -101,7 +101,7 @@ std::string Explain(CLI::ParseError const& error, CLI::App& app,
         if (option.compare(0, 2, "--") != 0 || isKnown || option == "--config-dir")
             continue;
         std::string const meant = MostSimilar(option, names);
-        return fmt::format("{} is no option of {}; {}", option, commands[0]->get_name(),
+        return fmt::format("{} is not an option of {}; {}", option, commands[0]->get_name(),
                            meant.empty() ? fmt::format("see \"{}\"", help)
                                          : fmt::format("did you mean {}?", meant));
     }
@@ -207,17 +207,18 @@ std::uint32_t ParseNumber(std::string const& option, std::string const& text, st
     std::uint64_t const number = isNumber ? std::stoull(text) : 0;
     if (!isNumber || number < least || number > std::numeric_limits<std::int32_t>::max())
         throw CLI::ValidationError(
-            option, fmt::format("\"{}\" is no number from {} to 2147483647", text, least));
+            option, fmt::format("\"{}\" is not a number from {} to 2147483647", text, least));
     return static_cast<std::uint32_t>(number);
 }
 
 std::int64_t ParseTime(std::string const& option, std::string const& text) {
     if (auto const when = ParseWhen(text))
         return *when;
-    throw Failure(kExitUsage,
-                  fmt::format("{}: \"{}\" is no time; write 2026-11-25, '2026-11-25 14:00', 14:00, "
-                              "today, yesterday, monday, 3h, 2d or 1w",
-                              option, text));
+    throw Failure(
+        kExitUsage,
+        fmt::format("{}: \"{}\" is not a time; write 2026-11-25, '2026-11-25 14:00', 14:00, "
+                    "today, yesterday, monday, 3h, 2d or 1w",
+                    option, text));
 }
 
 namespace {
@@ -261,9 +262,10 @@ void AddCallType(CLI::App& command, std::string const& name, std::string const& 
             type = ParseCallType(text);
             if (!type)
                 throw CLI::ValidationError(
-                    name, fmt::format(
-                              "\"{}\" is no call type; it is number, sip, number2, any, or 0 to 3",
-                              text));
+                    name,
+                    fmt::format(
+                        "\"{}\" is not a call type; write number, sip, number2, any, or 0 to 3",
+                        text));
         });
 }
 

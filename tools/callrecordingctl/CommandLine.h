@@ -1,4 +1,4 @@
-// The command line: what all commands have in common, and how a command adds itself to it.
+// The command line: the options that all commands share, and how a command adds itself.
 
 #ifndef CALLRECORDINGCTL_COMMANDLINE_H
 #define CALLRECORDINGCTL_COMMANDLINE_H
@@ -19,11 +19,11 @@
 
 namespace callrecordingctl {
 
-/// What the options that all commands have say.
+/// The values of the options that all commands share.
 struct Context {
-    std::string path;                     ///< Of the rule file.
-    std::optional<std::string> directory; ///< The configuration directory, where it was given.
-    std::string line;                     ///< As the shell could take it again.
+    std::string path;                     ///< The rule file.
+    std::optional<std::string> directory; ///< The configuration directory, if given.
+    std::string line;                     ///< The command line, quoted for a shell.
     bool json = false;
 };
 
@@ -34,8 +34,8 @@ class CommandLine {
   public:
     CommandLine();
 
-    /// Adds a command with the options that all have. help stands below the options; command runs
-    /// once the whole line has been read.
+    /// Adds a command with the options that all share. help is printed below the options; command
+    /// runs after the whole line has been read.
     CLI::App& AddCommand(char const* name, char const* summary, char const* help,
                          Command const& command);
 
@@ -49,22 +49,23 @@ class CommandLine {
     CLI::App app_;
     Command command_; // Of the line.
     Context context_;
-    std::vector<std::string> rest_; // What stands behind "--".
+    std::vector<std::string> rest_; // The words after "--".
     CLI::App* takesRest_ = nullptr;
 
     friend void TakeRest(CommandLine& line, CLI::App& command, std::vector<std::string>& texts);
 };
 
-/// An option or, when name does not begin with "-", a positional argument, whose text goes through
-/// store. (CLI11's own conversion to an optional would lose the empty text, which is a value here.)
+/// An option or, when name does not begin with "-", a positional argument; its text is passed to
+/// store. (CLI11's own conversion to std::optional would lose the empty text, which is a value
+/// here.)
 template <typename Store>
 CLI::Option* AddText(CLI::App& command, std::string const& name, char const* what,
                      std::string const& help, Store store) {
     return command.add_option_function<std::string>(name, store, help)->type_name(what);
 }
 
-/// Returns the number that text is. Throws CLI::ValidationError, which names option, when it is
-/// none from least to 2147483647.
+/// Returns text as a number. Throws CLI::ValidationError, which names option, when it is not a
+/// number from least to 2147483647.
 std::uint32_t ParseNumber(std::string const& option, std::string const& text, std::uint32_t least);
 
 template <typename Store>
@@ -79,7 +80,7 @@ CLI::Option* AddNumber(CLI::App& command, std::string const& name, char const* w
 /// it is not a time.
 std::int64_t ParseTime(std::string const& option, std::string const& text);
 
-/// The name of a rule in words of the command line. Throws CLI::ValidationError when text is none.
+/// Reads an identifier, or "#" and a position. Throws CLI::ValidationError when text is neither.
 RuleName ParseRuleName(std::string const& text);
 
 /// The name of a rule, as a required argument.
@@ -92,7 +93,7 @@ void AddRuleNames(CLI::App& command, std::vector<RuleName>& rules);
 void AddCallType(CLI::App& command, std::string const& name, std::string const& help,
                  std::optional<CallType>& type);
 
-/// One side of a call, as it was given. Without a type an address with an "@" is of type sip.
+/// One side of a call, as given. Without a type, an address with an "@" is of type sip.
 struct PartyOptions {
     std::string address;
     std::optional<CallType> type;
@@ -101,9 +102,9 @@ struct PartyOptions {
 /// --name ADDR and --name-type TYPE; who is "calling" or "called".
 void AddParty(CLI::App& command, PartyOptions& party, std::string const& name, char const* who);
 
-/// Has all arguments that are no options go to texts, also those behind "--". (CLI11 would take the
-/// brackets of the pattern [1,2] for those of a list.) Needs an argument of the command for the
-/// help; what that takes is to be added to texts by it.
+/// Collects all positional arguments in texts, including those after "--". (CLI11 would read the
+/// pattern [1,2] as a list.) REQUIRES: the command has a positional argument, for the help, that
+/// adds what it takes to texts.
 void TakeRest(CommandLine& line, CLI::App& command, std::vector<std::string>& texts);
 
 } // namespace callrecordingctl

@@ -1,4 +1,4 @@
-// Completes the command line from what CLI11 knows of it, and from the rules.
+// Completes words from the options that CLI11 knows, and from the rules.
 
 #include "Completion.h"
 
@@ -72,7 +72,7 @@ class Completer {
 
     CLI::App& Scope() { return command_ != nullptr ? *command_ : app_; }
 
-    /// The option with this name, also in a group of the command.
+    /// The option with this name, in groups of the command too.
     CLI::Option const* OptionNamed(std::string const& name) {
         return name.size() > 1 && name[0] == '-' ? Scope().get_option_no_throw(name) : nullptr;
     }
@@ -135,7 +135,7 @@ class Completer {
         }
     }
 
-    /// What cannot be read completes to nothing.
+    /// Offers nothing when the rules cannot be read.
     void OfferRules() {
         try {
             for (Rule const& rule : ReadRules(RuleFilePath(directory_)))

@@ -1,4 +1,4 @@
-// What can stand at a place of the command line, for the completion of shells.
+// Completion of the command line, for shells.
 
 #ifndef CALLRECORDINGCTL_COMPLETION_H
 #define CALLRECORDINGCTL_COMPLETION_H
@@ -10,12 +10,12 @@
 
 namespace callrecordingctl {
 
-/// The word with which the shells' scripts ask.
+/// The hidden command that the scripts of the shells call.
 constexpr char kCompleteCommand[] = "__complete";
 
-/// Prints a line for each thing that the last of words, which is being typed, may become: the
-/// thing, a tab, and what it is. The line :files or :directories asks the shell to complete these
-/// itself. words is the line behind the program's name.
+/// Prints a line for each completion of the last of words, which is being typed: the completion, a
+/// tab, and what it is. The line :files or :directories asks the shell to complete these itself.
+/// words is the command line after the program's name.
 void PrintCompletions(CLI::App& app, std::vector<std::string> const& words);
 
 } // namespace callrecordingctl

@@ -20,7 +20,7 @@ void Print(nlohmann::ordered_json const& message) {
         stderr);
 }
 
-/// Every line of it but the line ends as it may go to a terminal.
+/// Makes each line safe for a terminal, and keeps the line ends.
 void Print(std::string const& message) {
     std::string printed = "callrecordingctl: ";
     for (std::size_t begin = 0; begin <= message.size();) {

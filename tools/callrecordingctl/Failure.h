@@ -1,5 +1,5 @@
-// How a command ends and what it says beside its data: the exit codes, the exception that carries
-// one with its message, and messages on standard error.
+// How a command ends, and what it says besides its data: exit codes, the exception that carries one
+// with its message, and messages on standard error.
 
 #ifndef CALLRECORDINGCTL_FAILURE_H
 #define CALLRECORDINGCTL_FAILURE_H
@@ -21,9 +21,9 @@ enum ExitCode : int {
     kExitUnreadable = 3, ///< The rule file cannot be read.
     kExitUnsaved = 4,    ///< It cannot be saved, or the lock on it cannot be had.
     kExitNoSuchRule = 5, ///< There is no such rule, or more than one.
-    kExitUndecided = 6,  ///< The question needs more memory than there is to be had.
+    kExitUndecided = 6,  ///< The question was not decided within the memory allowed.
     kExitChanged = 7,    ///< The rule file is not the one that the command was meant for.
-    kExitStopped = 130,  ///< By Ctrl-C; what was done until then is told.
+    kExitStopped = 130,  ///< Stopped by Ctrl-C, after a report on what was done until then.
 };
 
 /// Ends the command. what() is for standard error and names the culprit.
@@ -42,8 +42,8 @@ void UseJsonMessages();
 /// Prints what went wrong on standard error.
 void SayError(std::string const& message, ExitCode code);
 
-/// Prints a message on standard error, with the program's name before it. That it cannot be written
-/// is no reason to end an edit.
+/// Prints a message on standard error after the program's name. Failing to print it never ends an
+/// edit.
 void SayNote(std::string const& message);
 
 template <typename... Values>

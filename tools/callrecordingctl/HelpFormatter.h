@@ -9,7 +9,7 @@
 
 namespace callrecordingctl {
 
-/// Breaks what would not fit; lines that do are left alone.
+/// Breaks the lines that would not fit.
 class HelpFormatter : public CLI::Formatter {
   public:
     HelpFormatter() { column_width(kColumn); }

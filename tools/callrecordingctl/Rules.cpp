@@ -32,7 +32,7 @@ void RequireDirectory(std::string const& path) {
     if (fs::is_directory(directory, error))
         return;
     if (fs::exists(directory, error))
-        throw Failure(kExitUnreadable, fmt::format("{}: is no directory", directory.string()));
+        throw Failure(kExitUnreadable, fmt::format("{}: is not a directory", directory.string()));
     fs::path const parent = directory.parent_path();
     if (directory.filename() == "telephony" && fs::is_directory(parent, error))
         throw Failure(kExitUnreadable,

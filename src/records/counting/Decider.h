@@ -4,22 +4,17 @@
 #define RECORDS_COUNTING_DECIDER_H
 
 #include <list>
-#include <vector>
-
-#include <callrecordingutils/CallRecordingRuleParams.h>
 
 #include "matching/RuleIndex.h"
+#include "model/RuleList.h"
 
 namespace CallRecordingUtils {
 
-using Rule = CallRecordingRuleParams;
-using RuleList = std::vector<Rule>;
-
-/// The index of a rule in its list; kNotRecorded where none takes a call.
+/// The place of the rule that decides a call, or kNotRecorded.
 using Decision = std::size_t;
 constexpr Decision kNotRecorded = static_cast<Decision>(-1);
 
-/// Holds the rules and, where they are many, the index over them that the library has, too.
+/// Holds the rules and the index that the library decides with.
 class Decider {
   public:
     explicit Decider(RuleList rules);
@@ -35,7 +30,7 @@ class Decider {
 
   private:
     RuleList rules_;
-    std::list<Rule*> pointers_; // As the library has them.
+    std::list<Rule*> pointers_; // As the index takes them.
     RuleIndex index_;
 };
 

@@ -1,4 +1,4 @@
-// Finds the groups.
+// Forms the groups.
 
 #include "records/counting/LeadingDigits.h"
 
@@ -33,7 +33,7 @@ void LeadingDigits::Split(ByDigits::const_iterator begin, ByDigits::const_iterat
         groups.push_back(group);
         return;
     }
-    while (begin != end) { // What ends here comes first, then one more digit after the other.
+    while (begin != end) { // Numbers that end here come first, then each next digit.
         std::string const prefix = begin->first.substr(0, length + 1);
         auto const next = std::find_if(begin, end, [&prefix](auto const& entry) {
             return entry.first.compare(0, prefix.size(), prefix) != 0;

@@ -1,4 +1,4 @@
-// Calls grouped by the digits that the number called begins with.
+// Groups calls by the leading digits of the number called.
 
 #ifndef RECORDS_COUNTING_LEADINGDIGITS_H
 #define RECORDS_COUNTING_LEADINGDIGITS_H
@@ -12,12 +12,12 @@
 
 namespace CallRecordingUtils {
 
-/// Counts by the first four characters, so that its size does not grow with the calls, and groups
-/// by as many as tell something.
+/// Counts by the first four characters, so that its size does not grow with the calls, and then
+/// forms groups of as many leading digits as say something.
 class LeadingDigits {
   public:
     struct Group {
-        std::string digits; // Empty where the number begins with none.
+        std::string digits; // Empty for numbers that begin with something else.
         Tally tally;
     };
 
@@ -26,8 +26,8 @@ class LeadingDigits {
         byDigits_[DigitsOf(number)].Count(time, makeExample);
     }
 
-    /// The most frequent first. A group that has more than a tenth of all is split by one more
-    /// digit. rest counts what the groups leave out.
+    /// The largest group first. A group with more than a tenth of all calls is split by one more
+    /// digit. rest counts the calls that are in none of the groups.
     std::vector<Group> Groups(Tally& rest) const;
 
   private:

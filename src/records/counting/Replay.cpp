@@ -9,12 +9,12 @@ namespace {
 
 constexpr std::size_t kProgressEvery = 1024; // Calls.
 
-/// text, or its beginning where it is longer than anything that people want to see.
+/// text, cut when it is longer than anybody wants to read.
 std::string Shortened(std::string const& text) {
     constexpr std::size_t kMost = 160;
     if (text.size() <= kMost)
         return text;
-    std::size_t end = kMost; // Not within a character of UTF-8.
+    std::size_t end = kMost; // Not inside a UTF-8 character.
     while (end > kMost - 4 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
         --end;
     return text.substr(0, end) + "...";
@@ -60,14 +60,14 @@ void Replay::AddProblem(CallRecord const& record, ReplayReport::File& file) {
         report_.problems.push_back({file.path, record.line, Shortened(record.problem)});
 }
 
-/// One side of a call; where its call type is none, that becomes the problem of the record.
+/// One side of a call. An unknown call type becomes the problem of the record.
 std::optional<Replay::Side> Replay::ReadSide(CallRecord& record, Column address,
                                              Column type) const {
     CallAddress const cleaned = CleanCallAddress(record.values[address]);
     std::string const& typeText = record.values[type];
     std::optional<CallType> callType;
     if (!typeText.empty() && !(callType = options_.parseCallType(typeText))) {
-        record.problem = "\"" + typeText + "\" is no call type";
+        record.problem = "\"" + typeText + "\" is not a call type";
         return std::nullopt;
     }
     return Side{ReadCallParty(cleaned.text, callType), cleaned.cleanings};

@@ -22,7 +22,7 @@
 
 namespace CallRecordingUtils {
 
-/// What was counted. Its size grows with the rules, and not with the calls.
+/// What was counted. Its size grows with the number of rules, not with the number of calls.
 struct ReplayReport {
     static constexpr std::size_t kMostProblems = 10;
     static constexpr std::size_t kMostDifferences = 1000;
@@ -47,12 +47,12 @@ struct ReplayReport {
     std::array<std::uint64_t, kCleaningCount> cleaned{};
     std::uint64_t unreadable = 0;
     std::vector<Problem> problems; // The first unreadable lines, kMostProblems of them.
-    std::uint64_t withoutTime = 0; // Calls whose time is in no format that is known,
+    std::uint64_t withoutTime = 0; // Calls whose time is not in a known format,
     std::optional<Problem> firstWithoutTime;
 
     Tally different; // Calls that the other rules decide differently.
     std::map<std::pair<Decision, Decision>, Tally> differences; // By the rule here and there.
-    Tally moreDifferences; // Those in more pairs than kMostDifferences.
+    Tally moreDifferences; // What goes beyond kMostDifferences pairs.
 
     bool isInterrupted = false;
 };
@@ -63,10 +63,10 @@ struct DecidedCall {
     CallRecord const& record;
     CallParty const &from, &to;
     Decision decision;
-    std::optional<Decision> other; // That of the other rules, where there are any.
+    std::optional<Decision> other; // By the rules to compare with, if any.
 };
 
-/// Whether calls of the two rules go to the same place in the same way; null for not recorded.
+/// Whether the two rules record calls in the same way to the same place; null is "not recorded".
 bool HaveSameOutcome(Rule const* left, Rule const* right);
 
 class Replay {
@@ -75,12 +75,11 @@ class Replay {
         CallFormat format;
         /// Reads the value of a column with call types.
         std::function<std::optional<CallType>(std::string const&)> parseCallType;
-        /// Is told each call.
+        /// Called for each call.
         std::function<void(DecidedCall const&)> onCall;
-        /// Is told now and then how much of the file at hand is read, and how many calls there
-        /// were.
+        /// Called now and then with the file that is being read and the number of calls so far.
         std::function<void(Input const&, std::uint64_t calls)> onProgress;
-        /// Ends the replay once it is not 0.
+        /// The replay ends once this is not 0.
         volatile std::sig_atomic_t const* stop = nullptr;
     };
 

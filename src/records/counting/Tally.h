@@ -1,4 +1,4 @@
-// How many calls of a kind there were, when, and one of them.
+// Counts calls of a kind, with the first and last time and an example.
 
 #ifndef RECORDS_COUNTING_TALLY_H
 #define RECORDS_COUNTING_TALLY_H
@@ -12,9 +12,9 @@
 
 namespace CallRecordingUtils {
 
-/// A call, for people to find it again.
+/// A call, with what it takes to find it again.
 struct Example {
-    std::string from, to; // As they stand in the file; what is very long is cut.
+    std::string from, to; // As the file has them; cut when very long.
     std::optional<CallTime> time;
     std::string file;
     std::size_t line = 0;
@@ -22,8 +22,8 @@ struct Example {
 
 struct Tally {
     std::uint64_t calls = 0;
-    std::optional<CallTime> first, last; // None where no call of them has a time.
-    std::optional<Example> example;      // The first of them; none when there are none.
+    std::optional<CallTime> first, last; // Empty when no call had a time.
+    std::optional<Example> example;      // The first call that was counted.
 
     /// Counts a call; example is called for the first one only.
     template <typename MakeExample>

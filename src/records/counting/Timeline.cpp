@@ -1,4 +1,4 @@
-// Keeps the stretches of time few.
+// Keeps the number of stretches small.
 
 #include "records/counting/Timeline.h"
 
@@ -11,7 +11,7 @@ namespace {
 constexpr CallTime kDay = CallTime{24} * 3600;
 // Each is a multiple of the one before, so that stretches never have to be cut.
 constexpr CallTime kWidths[] = {3600, kDay, 7 * kDay, 28 * kDay, 364 * kDay};
-constexpr CallTime kMonday = 4 * kDay; // Weeks begin with one; this was the first of 1970.
+constexpr CallTime kMonday = 4 * kDay; // Weeks begin on Monday; this was the first one of 1970.
 constexpr std::size_t kMost = 100;
 
 std::uint64_t CallsIn(Timeline::Counts const& counts) {

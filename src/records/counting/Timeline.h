@@ -11,34 +11,35 @@
 
 namespace CallRecordingUtils {
 
-/// Counts by hours, and once these would be too many by days, weeks, four weeks or 52 weeks, so
-/// that its size does not grow with the calls.
+/// Counts by the hour and, once that would be too many hours, by the day, the week, four weeks or
+/// 52 weeks, so that its size does not grow with the calls.
 class Timeline {
   public:
-    using Counts = std::map<std::size_t, std::uint64_t>; // By what decided.
+    using Counts = std::map<std::size_t, std::uint64_t>; // By what decided the calls.
 
     void Add(CallTime time, std::size_t decidedBy);
 
-    /// How long each stretch of time is, in seconds.
+    /// The length of each stretch of time, in seconds.
     CallTime Width() const;
-    /// The stretches with calls by their beginnings.
+    /// The stretches that have calls, by their beginnings.
     std::map<CallTime, Counts> const& Stretches() const { return stretches_; }
 
-    /// All calls by what decided.
+    /// All calls, by what decided them.
     Counts Totals() const;
 
-    /// Makes stretches longer until no more than most of them, those without calls too, reach from
-    /// the first to the last; or until they are the longest there are.
+    /// Lengthens the stretches until at most `most` of them, counting empty ones, cover the time
+    /// from the first to the last call; or until they are 52 weeks long.
     void WidenTo(std::size_t most);
-    /// Leaves out fewer than one in 1,000 calls where the others then take less than half the time:
-    /// a clock that was wrong would leave nothing to see. Returns how many.
+    /// Drops calls far from all others, as a clock that was wrong makes them: fewer than one in
+    /// 1,000, and only if the rest then covers less than half the time. Returns how many were
+    /// dropped.
     std::uint64_t LeaveOutStragglers();
 
   private:
     CallTime BeginOf(CallTime time) const;
     void Widen();
 
-    std::size_t width_ = 0; // Index of one in the table of widths.
+    std::size_t width_ = 0; // Index into the table of widths.
     std::map<CallTime, Counts> stretches_;
 };
 

@@ -1,5 +1,5 @@
-// Draws the chart. The bars stretch to the width there is; the words around them are text of the
-// page, so that they stay readable on a telephone.
+// Draws the chart. The bars stretch to the width of the page; the labels around them are text of
+// the page, so that they stay readable on a telephone.
 
 #include "records/page/Chart.h"
 
@@ -22,7 +22,7 @@ struct Series {
     std::string style; // Its class.
 };
 
-/// The colours, and which of them each Decision has.
+/// The colours, and which one each decision has.
 class Legend {
   public:
     Legend(Timeline const& timeline, RuleList const& rules) {
@@ -81,8 +81,8 @@ std::string LabelOf(CallTime begin, CallTime width) {
     return TimeText(begin).substr(0, width < CallTime{24} * 3600 ? 16 : 10);
 }
 
-/// A round number of calls not below most, for the top of the chart: 1, 2, 4, 5 and 10 times powers
-/// of ten, so that its half is one as well.
+/// The least of 2, 4, 6, 8 and 10 times a power of ten that is at least most: the number at the top
+/// of the chart, whose half is a whole number too.
 std::uint64_t RoundTop(std::uint64_t most) {
     for (std::uint64_t power = 1;; power *= 10)
         for (std::uint64_t const step : {2, 4, 6, 8, 10})
@@ -143,7 +143,7 @@ class Chart {
         }
     }
 
-    /// Up to five times, evenly; a narrow page shows the first, the middle and the last.
+    /// Up to five labels, evenly spaced; a narrow page shows the first, the middle and the last.
     std::string Times() const {
         std::string html;
         CallTime const steps = std::min<CallTime>(4, bars_ - 1);
@@ -177,7 +177,7 @@ std::string ChartOf(Timeline timeline, RuleList const& rules) {
         return "";
     std::string html = Chart(timeline, rules).Html();
     if (left > 0)
-        html += fmt::format("<p>{} calls long before or after all others are not drawn.</p>",
+        html += fmt::format("<p>{} calls far before or after all others are not drawn.</p>",
                             Grouped(left));
     return html;
 }

@@ -1,4 +1,4 @@
-// Calls over time as an SVG, which needs no script.
+// Calls over time as an SVG, without scripts.
 
 #ifndef RECORDS_PAGE_CHART_H
 #define RECORDS_PAGE_CHART_H
@@ -9,8 +9,8 @@
 
 namespace CallRecordingUtils {
 
-/// A bar for each stretch of time, divided by what decided the calls: the rules with most calls,
-/// the other rules, no rule. Empty where no call has a time.
+/// A bar for each stretch of time, divided by what decided the calls: the rules with the most
+/// calls, the other rules, no rule. Empty when no call has a time.
 std::string ChartOf(Timeline timeline, RuleList const& rules);
 
 /// "rule 4, Sales", escaped.

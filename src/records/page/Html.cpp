@@ -1,4 +1,4 @@
-// Escapes text and words numbers.
+// Escapes text, and formats numbers.
 
 #include "records/page/Html.h"
 

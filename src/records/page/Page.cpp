@@ -13,7 +13,7 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// The sign stays on the line of the number.
+/// The percent sign stays on the line of its number.
 std::string PercentHtml(std::uint64_t calls, std::uint64_t all) {
     std::string const text = Percent(calls, all);
     return Escaped(text.substr(0, text.size() - 2)) + "&nbsp;%";
@@ -101,7 +101,7 @@ class Page {
         Add(fmt::format("<dt>Made</dt><dd>{} by {}</dd></dl>", Escaped(page_.made),
                         Escaped(page_.by)));
         if (report_.isInterrupted)
-            Add("<p class=\"warning\">The replay was interrupted: the figures are not of all "
+            Add("<p class=\"warning\">The replay was interrupted: the figures do not cover all "
                 "calls.</p>");
     }
 
@@ -153,7 +153,7 @@ class Page {
                 "<tr id=\"rule-{}\"{}><td>{}</td><td class=\"wide name\"><b>{}</b>{}<br>"
                 "<small>{}<br>to {}</small></td>",
                 i + 1, tally.calls == 0 ? " class=\"never\"" : "", i + 1, RuleHtml(rule),
-                isOn ? "" : " (off)", SidesOf(i),
+                isOn ? "" : " (disabled)", SidesOf(i),
                 rule.record_to.empty() ? "no destination" : Escaped(rule.record_to)));
             TallyCells(tally);
         }
@@ -181,9 +181,9 @@ class Page {
                 "<tr><td>{}</td><td class=\"wide name\">{}<br><small>{}</small></td><td "
                 "class=\"wide\">{}</td></tr>\n",
                 i + 1, RuleHtml(rules_[i]), SidesOf(i),
-                rules_[i].recording_rule_state != RULE_ENABLED ? "it is off"
+                rules_[i].recording_rule_state != RULE_ENABLED ? "it is disabled"
                 : why != page_.whyNever.end()                  ? Escaped(why->second)
-                                                               : "no call of these files is its");
+                                              : "it decided no call of these files");
         }
         Add(rows.empty() ? "<p>None: every rule decided a call.</p>"
                          : "<table id=\"never\"><thead><tr><th>#</th><th>Rule</th><th>Why</th></tr>"
@@ -192,10 +192,10 @@ class Page {
     }
 
     void NotRecorded() {
-        Heading("Calls that nothing recorded");
+        Heading("Calls that no rule records");
         if (report_.notRecorded.calls == 0)
             return Add("<p>None: every call was recorded.</p>");
-        Add("<p>By the digits that the number called begins with.</p>"
+        Add("<p>By the leading digits of the number called.</p>"
             "<table id=\"digits\"><thead><tr><th>Digits</th><th class=\"number\">Calls</th><th "
             "class=\"number\">Share</th><th></th><th>Example</th></tr></thead><tbody>");
         Tally rest;
@@ -232,9 +232,10 @@ class Page {
                 DataElement(tally.calls), OutcomeHtml(rules_, pair.first),
                 OutcomeHtml(facts_.there->rules, pair.second), ExampleHtml(tally.example)));
         if (report_.moreDifferences.calls > 0)
-            Add(fmt::format("<tr><td class=\"number\">{}</td><td>of more rules</td><td></td><td>"
-                            "</td></tr>",
-                            DataElement(report_.moreDifferences.calls)));
+            Add(fmt::format(
+                "<tr><td class=\"number\">{}</td><td>of further pairs of rules</td><td></td><td>"
+                "</td></tr>",
+                DataElement(report_.moreDifferences.calls)));
         Add("</tbody></table>");
     }
 
@@ -251,10 +252,11 @@ class Page {
                 cleaned += fmt::format("{}{} {}", cleaned.empty() ? "" : ", ", kCleaningWords[i],
                                        Grouped(report_.cleaned[i]));
         Add(cleaned.empty()
-                ? "<p>Addresses were taken as they stand.</p>"
-                : fmt::format("<p>Taken off addresses: {}. The telephone system may hand them over "
-                              "differently.</p>",
-                              cleaned));
+                ? "<p>Addresses were taken as they are.</p>"
+                : fmt::format(
+                      "<p>Removed from addresses: {}. The telephone system may hand them over "
+                      "differently.</p>",
+                      cleaned));
         if (report_.unreadable > 0) {
             Add(fmt::format("<p>{} lines could not be read; the first of them:</p><ul>",
                             Grouped(report_.unreadable)));
@@ -263,9 +265,8 @@ class Page {
             Add("</ul>");
         }
         if (report_.firstWithoutTime) {
-            Add(fmt::format(
-                "<p>{} times are in no format that is known; the first of them:</p><ul>",
-                Grouped(report_.withoutTime)));
+            Add(fmt::format("<p>{} times are not in a known format; the first of them:</p><ul>",
+                            Grouped(report_.withoutTime)));
             Problem(*report_.firstWithoutTime);
             Add("</ul>");
         }

@@ -1,11 +1,11 @@
-// How the page of a replay looks: on a wide screen, on a telephone, on paper, in light and in dark.
+// The style of the page: for wide screens, telephones and paper, light and dark.
 
 #ifndef RECORDS_PAGE_PAGESTYLE_H
 #define RECORDS_PAGE_PAGESTYLE_H
 
 namespace CallRecordingUtils {
 
-// The colours of the series are told apart by people who see few colours, too.
+// People who see few colours can tell the colours of the series apart.
 constexpr char kPageStyle[] = R"(
 :root { color-scheme: light dark; --back: #fff; --text: #1d2126; --dim: #5b6470; --line: #d9dde3;
   --bar: #2f6fb2; --s0: #0072b2; --s1: #e69f00; --s2: #009e73; --s3: #cc79a7; --s4: #56b4e9;

@@ -19,7 +19,7 @@ CallReader::CallReader(std::string const& path, CallFormat const& format)
     }
 }
 
-/// The line that tells the format is read again by the reader for it.
+/// The first line shows the format; the reader for that format then reads the line again.
 void CallReader::Open(std::string const& path, CallFormat const& format) {
     std::size_t first = std::string_view::npos;
     while (first == std::string_view::npos) {

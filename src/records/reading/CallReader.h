@@ -1,4 +1,4 @@
-// One call file of any format.
+// Reads a file of call records, whatever its format.
 
 #ifndef RECORDS_READING_CALLREADER_H
 #define RECORDS_READING_CALLREADER_H
@@ -13,20 +13,20 @@
 
 namespace CallRecordingUtils {
 
-/// How call files are to be read.
+/// How to read call files.
 struct CallFormat {
     ColumnNames names;
-    bool hasHeader = true; // Of separated values; JSON has its names in each line.
+    bool hasHeader = true; ///< Whether separated values begin with a row of column names.
 };
 
 class CallReader {
   public:
-    /// Opens the file, and finds out what format it has: JSON begins with "{". Throws a
-    /// CallFileError.
+    /// Opens the file and finds out its format: JSON begins with "{". Throws an Error that names
+    /// the file.
     CallReader(std::string const& path, CallFormat const& format);
 
-    /// Reads the next record, or a line that is none. Where the rest of the file cannot be read,
-    /// that is the last such line. Returns false at the end.
+    /// Reads the next record, or a line that cannot be read as one, with the reason. When the rest
+    /// of the file cannot be read, that is the last such line. Returns false at the end.
     bool Next(CallRecord& record);
 
     Input const& File() const { return input_; }
@@ -36,7 +36,7 @@ class CallReader {
 
     Input input_;
     Lines lines_;
-    std::unique_ptr<RecordReader> records_; // None for an empty file.
+    std::unique_ptr<RecordReader> records_; // Null for an empty file.
 };
 
 } // namespace CallRecordingUtils

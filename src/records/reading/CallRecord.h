@@ -1,4 +1,4 @@
-// A call record, and what reads one after the other from a file of some format.
+// A call record, and the interface of the readers for each format.
 
 #ifndef RECORDS_READING_CALLRECORD_H
 #define RECORDS_READING_CALLRECORD_H
@@ -9,7 +9,7 @@
 
 namespace CallRecordingUtils {
 
-/// What a call record tells; a file need have the first two only.
+/// What is read of a call record. Only the first two are required.
 enum Column : std::size_t {
     kColumnFrom,
     kColumnTo,
@@ -20,9 +20,9 @@ enum Column : std::size_t {
 };
 
 struct CallRecord {
-    std::size_t line = 0;                         // On which it begins, counted from 1.
-    std::string problem;                          // Why the line cannot be read; empty when it can.
-    std::array<std::string, kColumnCount> values; // As they stand in the file.
+    std::size_t line = 0;                         ///< Where it begins, counted from 1.
+    std::string problem;                          ///< Why it cannot be read; empty when it can.
+    std::array<std::string, kColumnCount> values; ///< As the file has them.
 };
 
 class RecordReader {
@@ -32,7 +32,8 @@ class RecordReader {
     RecordReader& operator=(RecordReader const&) = delete;
     virtual ~RecordReader() = default;
 
-    /// Reads the next record, or a line that is none. Returns false at the end. Throws as Lines do.
+    /// Reads the next record, or a line that cannot be read as one. Returns false at the end.
+    /// Throws as Lines does.
     virtual bool Next(CallRecord& record) = 0;
 };
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kDigits[] = "0123456789";
 
-/// What the clock on this computer's wall shows at an instant.
+/// The local time at an instant, in this computer's zone.
 std::optional<CallTime> LocalTime(std::time_t instant) {
     std::tm parts{};
     if (localtime_r(&instant, &parts) == nullptr)
@@ -38,7 +38,7 @@ std::optional<CallTime> ReadSince1970(std::string const& text) {
     return LocalTime(std::stoll(whole) / divisor);
 }
 
-/// Reads what stands behind the seconds: nothing, a fraction, a zone.
+/// Reads what follows the seconds: nothing, a fraction, a zone.
 std::optional<CallTime> WithZone(std::tm parts, std::string_view rest) {
     if (!rest.empty() && (rest[0] == '.' || rest[0] == ','))
         rest.remove_prefix(std::min(rest.find_first_not_of(kDigits, 1), rest.size()));

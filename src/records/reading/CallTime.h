@@ -1,4 +1,4 @@
-// The time of a call, as call records write it.
+// The time of a call as call records have it.
 
 #ifndef RECORDS_READING_CALLTIME_H
 #define RECORDS_READING_CALLTIME_H
@@ -9,13 +9,13 @@
 
 namespace CallRecordingUtils {
 
-/// What a clock on the wall shows: its seconds since it showed the beginning of 1970.
+/// Local time: the seconds since a clock on the wall showed the beginning of 1970.
 using CallTime = std::int64_t;
 
 /// Reads 2026-11-25 03:08:16, also with T between date and time, with "/", without seconds, with
-/// a fraction of them, or the date alone; 25.11.2026 03:08:16; 20261125030816; seconds,
-/// milliseconds and microseconds since 1970. A time with a zone (Z, UTC, +01:00) and one since 1970
-/// is turned into this computer's zone; others are taken as they stand.
+/// a fraction of a second, or the date alone; 25.11.2026 03:08:16; 20261125030816; seconds,
+/// milliseconds or microseconds since 1970. A time with a zone (Z, UTC, +01:00) or since 1970 is
+/// converted to this computer's zone; every other one is taken as local time already.
 std::optional<CallTime> ReadCallTime(std::string const& text);
 
 /// 2026-11-25 03:08:16

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kNone = ColumnNames::kNone;
 
-/// The number of a column, from 1; kNone when text is none.
+/// The index of the column that text numbers from 1; kNone when text is not a number.
 std::size_t NumberOf(std::string const& text) {
     bool const isNumber = !text.empty() && text.size() < 7 && text[0] != '0' &&
                           text.find_first_not_of("0123456789") == std::string::npos;

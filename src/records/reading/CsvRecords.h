@@ -12,12 +12,11 @@
 
 namespace CallRecordingUtils {
 
-/// The calls among the rows, their columns found by the names in the first row or, where the file
-/// has no such row, by the numbers that names holds.
+/// Takes the calls from the rows. The columns are found by the names in the first row or, in a file
+/// without such a row, by the numbers that names holds.
 class CsvRecords : public RecordReader {
   public:
-    /// Throws an Error, which names path, when the columns of both sides are not to be
-    /// found.
+    /// Throws an Error that names path when the column of either side is not found.
     CsvRecords(Lines& lines, ColumnNames const& names, bool hasHeader, std::string const& path);
 
     bool Next(CallRecord& record) override;

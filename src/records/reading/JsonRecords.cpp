@@ -7,7 +7,7 @@
 
 namespace CallRecordingUtils {
 
-/// Is told by the parser what comes next, and hands the values with their names on.
+/// Receives the events of the parser, and hands each value on with its name.
 class JsonHandler {
   public:
     JsonHandler(JsonRecords& records, CallRecord& record) : records_(records), record_(record) {}
@@ -50,7 +50,7 @@ class JsonHandler {
     bool parse_error(std::size_t, std::string const&, nlohmann::json::exception const& error) {
         std::string const text = error.what();
         std::size_t const column = text.find("column ");
-        record_.problem = "no JSON: " + text.substr(column == std::string::npos ? 0 : column);
+        record_.problem = "not JSON: " + text.substr(column == std::string::npos ? 0 : column);
         return false;
     }
     // NOLINTEND(readability-identifier-naming)
@@ -75,7 +75,8 @@ std::vector<JsonRecords::Fit> const& JsonRecords::FitsOf(std::string const& name
     auto const known = fits_.find(name);
     if (known != fits_.end())
         return known->second;
-    // Records of one writer have few names; a file in which each is new gets no memory for them.
+    // The records of one system have few names. A hostile file with ever new ones must not fill
+    // memory.
     if (fits_.size() > 1000)
         fits_.clear();
     std::vector<Fit> fits;

@@ -13,8 +13,9 @@
 
 namespace CallRecordingUtils {
 
-/// The values of an object are found by their names; of an object in it by both names with a "."
-/// between them. Lists are passed over.
+/// Finds the values of an object by their names; a value of an object within it has both names with
+/// a
+/// "." between them. Lists are skipped.
 class JsonRecords : public RecordReader {
   public:
     JsonRecords(Lines& lines, ColumnNames const& names) : lines_(lines), names_(names) {}
@@ -34,7 +35,7 @@ class JsonRecords : public RecordReader {
 
     Lines& lines_;
     ColumnNames names_;
-    std::unordered_map<std::string, std::vector<Fit>> fits_; // Of the names met so far.
+    std::unordered_map<std::string, std::vector<Fit>> fits_; // By the names seen so far.
     CallRecord* record_ = nullptr;
     std::array<std::size_t, kColumnCount> ranks_{}; // Of the values taken so far.
 };

@@ -33,7 +33,7 @@ void AddTally(ordered_json& json, Tally const& tally, std::uint64_t all) {
     json["example"] = ExampleToJson(tally.example);
 }
 
-/// What a rule does with a call, for null nothing.
+/// What happens to a call by this decision; null when it is not recorded.
 ordered_json OutcomeToJson(RuleList const& rules, Decision decision) {
     if (decision == kNotRecorded)
         return nullptr;

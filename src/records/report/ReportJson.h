@@ -15,11 +15,11 @@ namespace CallRecordingUtils {
 /// A rule file, as it was when it was read.
 struct RuleFileFacts {
     std::string path;
-    std::string digest; // Empty where there is no file.
+    std::string digest; // Empty when there is no such file.
     RuleList rules;
 };
 
-/// What a report is about, beside the report itself.
+/// The rules that a report is about.
 struct ReplayFacts {
     RuleFileFacts here;
     std::optional<RuleFileFacts> there; // The rules to compare with.
@@ -37,7 +37,7 @@ nlohmann::ordered_json DifferencesToJson(ReplayReport const& report, RuleList co
 /// The share of calls of all, from 0 to 1.
 double Share(std::uint64_t calls, std::uint64_t all);
 
-/// The same for people: "12.5 %", and "<0.1 %" for what would read as none.
+/// The same for people: "12.5 %", and "<0.1 %" for what would otherwise read as 0.0 %.
 std::string Percent(std::uint64_t calls, std::uint64_t all);
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// Calls that the analysis shows, and the rules that it names, in words and in JSON.
+// Calls and decisions of the analysis, in words and in JSON.
 
 #ifndef CALLRECORDINGCTL_OUTPUT_CALLTEXT_H
 #define CALLRECORDINGCTL_OUTPUT_CALLTEXT_H
@@ -15,7 +15,7 @@
 
 namespace callrecordingctl {
 
-/// from 201 to sip alice@pbx; a call type is said where it is no number.
+/// "from 201 to sip alice@pbx"; the call type is named unless it is number.
 std::string CallText(ExampleCall const& call);
 
 nlohmann::ordered_json CallToJson(ExampleCall const& call);
@@ -29,7 +29,7 @@ nlohmann::ordered_json IdToJson(RuleList const& rules, std::optional<std::size_t
 nlohmann::ordered_json DifferencesToJson(std::vector<Difference> const& differences,
                                          RuleList const& here, RuleList const& there);
 
-/// What list says of the call: by which rule it is recorded and how, or that it is not.
+/// How list decides: recorded by which rule and how, or not recorded.
 std::string DecisionText(RuleList const& list, std::optional<std::size_t> place);
 
 /// Prints what an edit changes for callers: nothing, or a call for each pair of rules.

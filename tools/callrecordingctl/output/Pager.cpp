@@ -1,4 +1,4 @@
-// Hands long output to a pager.
+// Runs the pager.
 
 #include "output/Pager.h"
 
@@ -21,7 +21,7 @@ std::size_t ScreenHeight() {
     return isTerminal && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_row : 0;
 }
 
-/// The command to page with; empty for none.
+/// The command that pages; empty for no paging.
 std::string PagerCommand() {
     char const* const terminal = std::getenv("TERM");
     if (terminal == nullptr || std::string(terminal) == "dumb")
@@ -39,10 +39,10 @@ void Page(std::string const& text) {
     std::string const command = height > 0 && lines + 1 > height ? PagerCommand() : "";
     if (!command.empty()) {
         std::fflush(stdout);
-        setenv("LESS", "FRX", 0); // As git does: colours, and no clearing of the screen.
-        auto const before = std::signal(SIGPIPE, SIG_IGN); // Who has seen enough leaves early.
+        setenv("LESS", "FRX", 0); // As git does: keep colours, do not clear the screen.
+        auto const before = std::signal(SIGPIPE, SIG_IGN); // The reader may quit early.
         std::FILE* const pager =
-            popen(command.c_str(), "w"); // NOLINT(cert-env33-c): the user's own.
+            popen(command.c_str(), "w"); // NOLINT(cert-env33-c): the user chose it.
         if (pager != nullptr) {
             std::fwrite(text.data(), 1, text.size(), pager);
             int const status = pclose(pager);

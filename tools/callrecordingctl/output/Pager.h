@@ -1,4 +1,4 @@
-// Long output on a terminal.
+// Shows long output on a terminal.
 
 #ifndef CALLRECORDINGCTL_OUTPUT_PAGER_H
 #define CALLRECORDINGCTL_OUTPUT_PAGER_H
@@ -8,7 +8,7 @@
 namespace callrecordingctl {
 
 /// Prints text; where standard output is a terminal with fewer lines, through the program that
-/// PAGER names, else less. An empty PAGER, or cat, means none.
+/// PAGER names, else less. With an empty PAGER, or cat, there is no paging.
 void Page(std::string const& text);
 
 } // namespace callrecordingctl

@@ -1,4 +1,4 @@
-// Words the line.
+// Writes the line.
 
 #include "output/Progress.h"
 
@@ -29,13 +29,13 @@ void Progress::Show(std::uint64_t taken, std::uint64_t calls) {
         text += fmt::format(", {:.0f} s left", seconds * static_cast<double>(size_ - taken) /
                                                    static_cast<double>(taken));
     std::fputs(("\r" + text + "\x1b[K").c_str(), stderr);
-    isThere_ = true;
+    isOnScreen_ = true;
 }
 
 void Progress::Clear() {
-    if (isThere_)
+    if (isOnScreen_)
         std::fputs("\r\x1b[K", stderr);
-    isThere_ = false;
+    isOnScreen_ = false;
 }
 
 } // namespace callrecordingctl

@@ -1,4 +1,4 @@
-// A line on standard error that tells how far a long run is.
+// A line on standard error that shows how far a long run is.
 
 #ifndef CALLRECORDINGCTL_OUTPUT_PROGRESS_H
 #define CALLRECORDINGCTL_OUTPUT_PROGRESS_H
@@ -11,14 +11,14 @@ namespace callrecordingctl {
 /// Shows nothing unless standard error is a terminal, and there not more than a few times a second.
 class Progress {
   public:
-    /// size is that of all there is to read, 0 when it is not known.
+    /// size is the number of bytes to read, 0 when it is not known.
     explicit Progress(std::uint64_t size);
     ~Progress() { Clear(); }
     Progress(Progress const&) = delete;
     Progress& operator=(Progress const&) = delete;
 
     void Show(std::uint64_t taken, std::uint64_t calls);
-    /// Takes the line away.
+    /// Erases the line.
     void Clear();
 
   private:
@@ -26,7 +26,7 @@ class Progress {
 
     std::uint64_t const size_;
     bool const isShown_;
-    bool isThere_ = false;
+    bool isOnScreen_ = false;
     Clock::time_point const start_ = Clock::now();
     Clock::time_point next_ = start_;
 };

@@ -22,7 +22,7 @@ namespace {
 std::string Why(RuleReport const& report, RuleList const& rules) {
     if (report.standing != RuleReport::kDecides)
         return WhyItDecidesNothing(report, rules);
-    return fmt::format("no call of these files is its; one would be from {} to {}",
+    return fmt::format("it decided no call of these files; one would be from {} to {}",
                        AddressText(report.call->caller), AddressText(report.call->called));
 }
 

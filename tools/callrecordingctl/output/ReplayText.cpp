@@ -31,13 +31,13 @@ void PrintRules(ReplayReport const& report, RuleList const& rules) {
     headers.insert(headers.end(), {"EXAMPLE", "RECORD TO", "DESCRIPTION"});
     Table table(headers, hasTimes ? 7 : 5, 2);
     auto const add = [&](std::vector<std::string> row, Tally const& tally,
-                         std::vector<std::string> const& behind) {
+                         std::vector<std::string> const& rest) {
         row.insert(row.end(),
                    {std::to_string(tally.calls), Percent(tally.calls, report.all.calls)});
         if (hasTimes)
             row.insert(row.end(), {WhenText(tally.first), WhenText(tally.last)});
         row.push_back(ExampleText(tally.example));
-        row.insert(row.end(), behind.begin(), behind.end());
+        row.insert(row.end(), rest.begin(), rest.end());
         table.Add(row, tally.calls == 0 ? RowStyle::Pale : RowStyle::Plain);
     };
     for (std::size_t i = 0; i < rules.size(); ++i)
@@ -56,7 +56,7 @@ void PrintTotals(ReplayReport const& report) {
     fmt::print(": {} recorded ({}), {} not\n", recorded, Percent(recorded, report.all.calls),
                report.notRecorded.calls);
     if (report.isInterrupted)
-        fmt::print("interrupted: what is told here is not of all calls\n");
+        fmt::print("interrupted: these figures do not cover all calls\n");
 }
 
 void PrintNotRecorded(ReplayReport const& report) {
@@ -69,7 +69,7 @@ void PrintNotRecorded(ReplayReport const& report) {
     if (rest.calls > 0)
         text += fmt::format(", others {}", rest.calls);
     if (!text.empty())
-        fmt::print("not recorded, by the digits that the number called begins with: {}\n", text);
+        fmt::print("not recorded, by the leading digits of the number called: {}\n", text);
 }
 
 void PrintNeverApplied(ReplayReport const& report, RuleList const& rules) {
@@ -89,8 +89,9 @@ void PrintCleanings(ReplayReport const& report) {
             text += fmt::format("{}{} {}", text.empty() ? "" : ", ", kCleaningWords[i],
                                 report.cleaned[i]);
     if (!text.empty())
-        fmt::print("taken off addresses: {}; the telephone system may hand them over differently\n",
-                   text);
+        fmt::print(
+            "removed from addresses: {}; the telephone system may hand them over differently\n",
+            text);
 }
 
 void PrintProblems(ReplayReport const& report) {
@@ -102,7 +103,7 @@ void PrintProblems(ReplayReport const& report) {
                    Printable(fmt::format("{}:{}: {}", problem.file, problem.line, problem.reason)));
     if (report.firstWithoutTime)
         fmt::print(
-            "{} in no format that is known: {}\n", Plural(report.withoutTime, "time"),
+            "{} not in a known format: {}\n", Plural(report.withoutTime, "time"),
             Printable(fmt::format("{}:{}: \"{}\"", report.firstWithoutTime->file,
                                   report.firstWithoutTime->line, report.firstWithoutTime->reason)));
 }
@@ -134,7 +135,8 @@ void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList
         table.Add({std::to_string(tally.calls), text(here, pair.first), text(there, pair.second),
                    ExampleText(tally.example)});
     if (report.moreDifferences.calls > 0)
-        table.Add({std::to_string(report.moreDifferences.calls), "of more rules", "", ""});
+        table.Add(
+            {std::to_string(report.moreDifferences.calls), "of further pairs of rules", "", ""});
     table.Print();
 }
 

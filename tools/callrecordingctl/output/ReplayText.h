@@ -8,10 +8,10 @@
 
 namespace callrecordingctl {
 
-/// Prints the report: the rules, what none of them takes, and what is to be said about the files.
+/// Prints the report: the rules, the calls that no rule records, and how the files were read.
 void PrintReplay(ReplayReport const& report, ReplayFacts const& facts);
 
-/// What the two lists of rules are called, for headers, and the other one in a sentence.
+/// The names of the two lists of rules in headers, and of the other one in a sentence.
 struct ListNames {
     char const* here;
     char const* there;

@@ -1,4 +1,4 @@
-// A rule in words and in JSON.
+// A rule in words, and printed lists of rules.
 
 #ifndef CALLRECORDINGCTL_OUTPUT_RULETEXT_H
 #define CALLRECORDINGCTL_OUTPUT_RULETEXT_H
@@ -19,7 +19,7 @@ namespace callrecordingctl {
 /// "on", "off", or "adv" for a rule that the basic view cannot show.
 char const* StateText(Rule const& rule);
 
-/// Call type and pattern in the entry form, with a mark when the pattern is malformed or empty.
+/// Call type and pattern in the entry form, marked when the pattern is malformed or empty.
 std::string SideText(std::string const& stored, CallType type);
 
 /// Both sides in words: from ... to ...
@@ -28,21 +28,21 @@ std::string SidesText(Rule const& rule);
 /// Whether every call satisfies both sides.
 bool IsForEveryone(Rule const& rule);
 
-/// What list shows of a rule, a column each, and the headers of these columns.
+/// The columns that list shows of a rule, and their headers.
 std::vector<std::string> ListRow(Rule const& rule, std::size_t position);
 std::vector<std::string> ListHeaders();
 
 /// All of them, as list prints them.
 nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state);
 
-/// Prints all of them as list does, with the state of the file that they are in.
+/// Prints all rules as list does, with the state of their file.
 void PrintRules(RuleList const& rules, std::string const& state, bool json);
 
-/// The same for some of the rules, which stand at these positions.
+/// The same for some of the rules of the file, with their positions.
 void PrintRules(RuleList const& rules, std::vector<std::size_t> const& positions,
                 std::string const& state, bool json);
 
-/// Prints a document. Bytes that are no UTF-8 are printed as U+FFFD.
+/// Prints a document. Bytes that are not UTF-8 are printed as U+FFFD.
 void PrintJson(nlohmann::ordered_json const& document);
 
 } // namespace callrecordingctl

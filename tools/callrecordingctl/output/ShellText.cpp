@@ -1,4 +1,4 @@
-// Commands that a shell can take.
+// Quotes words for a shell, and writes the add command of a rule.
 
 #include "output/ShellText.h"
 
@@ -22,7 +22,7 @@ bool IsPlain(char c) {
            std::string_view("_-./:@%+=,").find(c) != std::string_view::npos;
 }
 
-/// In the form $'...', the only one that shows what a control character is.
+/// In the form $'...', the only one that shows control characters.
 std::string Escaped(std::string const& word) {
     std::string escaped = "$'";
     for (char const c : word)
@@ -38,7 +38,7 @@ void AppendText(std::string& line, char const* option, std::string const& text) 
         line += fmt::format(" {} {}", option, ShellWord(text));
 }
 
-/// Both the pattern and the type, so that nothing is guessed.
+/// Gives both the pattern and the type, so that nothing is guessed.
 bool AppendSide(std::string& line, char const* option, std::string const& stored, CallType type) {
     if (stored.empty() || ExplainStored(stored, type))
         return false;

@@ -1,4 +1,4 @@
-// Commands that a shell can take.
+// Text that can be pasted into a shell.
 
 #ifndef CALLRECORDINGCTL_OUTPUT_SHELLTEXT_H
 #define CALLRECORDINGCTL_OUTPUT_SHELLTEXT_H
@@ -10,11 +10,11 @@
 
 namespace callrecordingctl {
 
-/// word as a shell reads it, in quotes where it needs them.
+/// word, quoted where a shell would read it differently.
 std::string ShellWord(std::string const& word);
 
-/// The command that adds rule at position. Nothing when no options say the rule, because a pattern
-/// of it is malformed or empty.
+/// The command that adds rule at position. Nothing when no options can express the rule, because
+/// one of its patterns is malformed or empty.
 std::optional<std::string> AddCommandFor(Rule const& rule, std::size_t position,
                                          Context const& context);
 

@@ -40,7 +40,7 @@ bool IsJoint(char before, char after) {
 }
 
 /// Where to break text, which is longer than length bytes: at the last blank, else at the last
-/// joint of numbers and addresses, else anywhere.
+/// joint in a number or address, else anywhere.
 std::size_t BreakAt(std::string_view text, std::size_t length) {
     std::size_t const blank = text.substr(0, length + 1).rfind(' ');
     if (blank != std::string_view::npos && blank > 0)
@@ -152,7 +152,8 @@ std::vector<std::size_t> Table::NaturalWidths() const {
     return widths;
 }
 
-/// Takes out the columns that may give way and are the same for all rows. Returns what they say.
+/// Removes the columns that may give way and are the same for all rows. Returns a sentence with
+/// what they hold.
 std::string Table::WithoutEqualColumns() {
     std::string said;
     for (std::string const& header : mayGiveWay_) {
@@ -166,7 +167,7 @@ std::string Table::WithoutEqualColumns() {
         if (std::any_of(rows_.begin() + 1, rows_.end(),
                         [&](Row& row) { return *cellOf(row) != value; }))
             continue;
-        said += fmt::format("{}{} {}", said.empty() ? "All of them: " : ", ", header,
+        said += fmt::format("{}{} {}", said.empty() ? "For all: " : ", ", header,
                             value.empty() ? "(empty)" : value);
         for (Row& row : rows_)
             row.cells.erase(cellOf(row));

@@ -11,16 +11,16 @@
 
 namespace callrecordingctl {
 
-/// Whether standard output takes colour: a terminal that is not dumb, and no NO_COLOR.
+/// Whether to print colour: on a terminal that is not dumb, unless NO_COLOR is set.
 bool HasColour();
 
 enum class RowStyle { Plain, Pale, Alarm };
 
-/// Rows of cells under headers. On a terminal, or when COLUMNS is set, the table fits the width:
-/// where it would not, the columns that are the same for all rows give way and are told once below;
-/// then those from second on go on a line of their own, indented as far as the column under takes;
-/// and what is still too long is wrapped. Otherwise every row is one line, for grep and awk. What
-/// is longer than the terminal goes through a pager.
+/// Rows of cells under headers. On a terminal, or when COLUMNS is set, the table is made to fit the
+/// width: first, columns that may give way and are the same for all rows are left out and printed
+/// once below; then the columns from `second` on get a line of their own, indented to the column
+/// `under`; and what is still too long is wrapped. Otherwise every row is one line, for grep and
+/// awk. A table that is longer than the terminal goes through a pager.
 class Table {
   public:
     explicit Table(std::vector<std::string> headers, std::size_t second = 0, std::size_t under = 0)
@@ -28,7 +28,7 @@ class Table {
 
     void Add(std::vector<std::string> cells, RowStyle style = RowStyle::Plain);
 
-    /// The columns with these headers may give way.
+    /// Names the headers of the columns that may give way.
     void MayGiveWay(std::vector<std::string> headers) { mayGiveWay_ = std::move(headers); }
 
     void Print() const;
