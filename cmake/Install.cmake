@@ -54,7 +54,7 @@ if(is_top_level)
   install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
     DESTINATION "${documents}" COMPONENT development)
   install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${documents}" COMPONENT development
-    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
+    FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png")
   install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${documents}" COMPONENT development
     PATTERN CMakeLists.txt EXCLUDE)
 endif()

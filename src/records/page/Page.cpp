@@ -151,7 +151,7 @@ class Page {
             bool const isOn = rule.recording_rule_state == RULE_ENABLED;
             Add(fmt::format(
                 "<tr id=\"rule-{}\"{}><td>{}</td><td class=\"wide name\"><b>{}</b>{}<br>"
-                "<small>{}<br>to {}</small></td>",
+                "<small>{}<br>recorded to {}</small></td>",
                 i + 1, tally.calls == 0 ? " class=\"never\"" : "", i + 1, RuleHtml(rule),
                 isOn ? "" : " (disabled)", SidesOf(i),
                 rule.record_to.empty() ? "no destination" : Escaped(rule.record_to)));
