@@ -53,7 +53,7 @@ class Walk final : public Engine {
         std::lock_guard const guard(mutex_);
         CallRecordingUtils::Call const asked(call.caller, call.callerType, call.called,
                                              call.calledType);
-        auto const deciding = DecidingRule(list_, asked);
+        auto const deciding = FirstTaking(list_, asked);
         return deciding == list_.end() ? -1 : (*deciding)->callrecordingrule_id;
     }
 

@@ -137,9 +137,9 @@ TEST(Index, DecidesAsTheWalkDoes) {
             Call const call(caller, random.OneOf(8) ? random.Type() : model.caller_call_type,
                             called, random.OneOf(8) ? random.Type() : model.called_call_type);
             for (int pass = 0; pass < 3; ++pass) {
-                auto const walked = DecidingRule(list, call);
+                auto const walked = FirstTaking(list, call);
                 long const before = allocations;
-                Rule const* const found = index.Decide(call).rule;
+                Rule const* const found = index.Find(call).rule;
                 ASSERT_EQ(allocations, before);
                 ASSERT_EQ(found, walked == list.end() ? nullptr : *walked)
                     << caller.user << " to " << called.user << "@" << called.host << ":"
@@ -194,7 +194,7 @@ TEST(Index, LooksAtFewOfManyRules) {
         for (int i = 0; i < 500; ++i) {
             CallParams const called =
                 random.Params(rules[random.Below(rules.size())].called_pattern);
-            effort += index.Decide(Call({}, CALL_TYPE_NUMBER, called, CALL_TYPE_NUMBER)).effort;
+            effort += index.Find(Call({}, CALL_TYPE_NUMBER, called, CALL_TYPE_NUMBER)).effort;
         }
         EXPECT_LE(effort, 500 * mostEffort) << kind;
     }
@@ -214,8 +214,8 @@ TEST(Index, ManyRulesAlikeTakeTheTimeOfAWalk) {
     index.Build(list);
     CallParams const address{std::string(20000, '5'), {}, "", ""};
     Call const call(address, CALL_TYPE_NUMBER, address, CALL_TYPE_NUMBER);
-    EXPECT_EQ(index.Decide(call).rule, &rules.back());
-    EXPECT_LT(index.Decide(call).effort, 2 * rules.size());
+    EXPECT_EQ(index.Find(call).rule, &rules.back());
+    EXPECT_LT(index.Find(call).effort, 2 * rules.size());
 }
 
 TEST(Index, WithoutMemoryForItTheWalkServes) {

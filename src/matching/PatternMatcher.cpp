@@ -30,7 +30,7 @@ bool PatternMatcher::TakeSteps(std::size_t& at, Way& way) const {
             ++next;
             ++position;
         } else if (pattern[next] == '[' && position < address.size()) {
-            SymbolItems const items = ReadSymbolItems(pattern, next + 1, address[position]);
+            SymbolAnswer const items = AskSymbolItems(pattern, next + 1, address[position]);
             if (items.end >= pattern.size() || pattern[items.end] != ']')
                 break;
             if (!items.admit)
