@@ -1,5 +1,5 @@
-// What can be said about an item of a group without looking at a candidate: its form, and how long the
-// candidates are that it accepts.
+// What can be said about an item of a group without looking at a candidate: its form, and how long
+// the candidates are that it accepts.
 
 #ifndef MATCHING_ITEMFORMS_H
 #define MATCHING_ITEMFORMS_H
@@ -45,7 +45,7 @@ class ItemReader {
     }
 
     ItemForm Form() const {
-        return isOther_          ? ItemForm::Other
+        return isOther_           ? ItemForm::Other
                : highLength_ == 0 ? ItemForm::Value
                                   : ItemForm::NumberRange;
     }

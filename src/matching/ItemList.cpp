@@ -38,12 +38,12 @@ class RangePart {
     std::string_view Text() const { return text_; }
 
   private:
-    std::string_view text_;             // Borrowed from the list, or from joined_.
+    std::string_view text_; // Borrowed from the list, or from joined_.
     std::optional<std::string> joined_;
 };
 
-/// Returns whether candidate is a number from low to high. With a low part such as 00, texts of that
-/// width are compared instead.
+/// Returns whether candidate is a number from low to high. With a low part such as 00, texts of
+/// that width are compared instead.
 bool IsInNumberRange(std::string_view candidate, std::string_view low, std::string_view high) {
     if (candidate.size() < low.size() || candidate.size() > high.size())
         return false;
@@ -145,7 +145,8 @@ class ItemWalk {
     bool TakeLetterRange(char high) {
         if (candidate_.size() != 1 || !IsLetter(candidate_.front()) || low_.Text().empty())
             return false;
-        char const letter = candidate_.front(); // ASCII, like low: whether char is signed is no matter.
+        char const letter =
+            candidate_.front(); // ASCII, like low: whether char is signed is no matter.
         if (low_.Text().front() >= letter || letter > high)
             return false;
         ++consumed_.symbols;

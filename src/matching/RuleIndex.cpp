@@ -46,8 +46,8 @@ class RuleIndex::Search {
     std::size_t Effort() const { return effort_; }
 
   private:
-    /// Visits the branch of the call's slot or the rest, whichever has the earlier first rule, since
-    /// it is the likelier one to end the search. Returns the other one.
+    /// Visits the branch of the call's slot or the rest, whichever has the earlier first rule,
+    /// since it is the likelier one to end the search. Returns the other one.
     Child VisitSplit(Split const& split, CallTraits const& traits) {
         Child const& branch = split.branches[traits.SlotAt(split.trait)];
         bool const isRestFirst = split.rest.first < branch.first;
@@ -88,8 +88,8 @@ class RuleIndex::Search {
         std::array<RuleSet const*, kMostFilters> filters; // The sets for the slots of the call.
         for (std::size_t f = 0; f < leaf.filterCount; ++f)
             filters[f] =
-                &index_.filters_[leaf.filters +
-                                 (f * kSlots + traits.SlotAt(leaf.traits[f])) * sets];
+                &index_
+                     .filters_[leaf.filters + (f * kSlots + traits.SlotAt(leaf.traits[f])) * sets];
         if (sets == 1) {
             Word passing = ~Word{0};
             for (std::size_t f = 0; f < leaf.filterCount; ++f)

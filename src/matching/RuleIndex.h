@@ -10,8 +10,8 @@
 //
 // It leaves out the rules after one that was found to take the call, since the first rule decides.
 //
-// It is built from patterns, call types and order. Somebody can change those only when the list or a
-// record was lent to him, and from then on the index is not used.
+// It is built from patterns, call types and order. Somebody can change those only when the list or
+// a record was lent to him, and from then on the index is not used.
 //
 // tests/index_test.cpp compares it with a walk, and checks the traits themselves.
 
@@ -37,10 +37,10 @@ namespace CallRecordingUtils {
 ///
 /// The index is a tree with three kinds of nodes:
 ///
-/// A split looks at one trait of the call. It has a branch for each slot, which holds the rules that
-/// accept this slot there; a rule that accepts a few slots is in a few branches. Rules that accept
-/// any slot, or many, are in the rest. The search goes on in the branch of the call's slot and in
-/// the rest.
+/// A split looks at one trait of the call. It has a branch for each slot, which holds the rules
+/// that accept this slot there; a rule that accepts a few slots is in a few branches. Rules that
+/// accept any slot, or many, are in the rest. The search goes on in the branch of the call's slot
+/// and in the rest.
 ///
 /// A node of origins is there for rules without anything at fixed places, such as *123*. The search
 /// goes on below it once for each character of the address, with that character as the origin of
@@ -119,8 +119,8 @@ class RuleIndex {
     };
     static constexpr std::size_t kHashBits = 32;
 
-    /// A leaf has some filters: for a trait, and for each slot, the set of its rules that accept the
-    /// slot there. It has one at least, so that no bit is left that stands for no rule.
+    /// A leaf has some filters: for a trait, and for each slot, the set of its rules that accept
+    /// the slot there. It has one at least, so that no bit is left that stands for no rule.
     static constexpr std::size_t kMostFilters = 8;
     struct Leaf {
         std::uint32_t ranks = 0; // Where its rules begin in ranks_,

@@ -51,14 +51,14 @@ void ForEachSlot(SlotSet slots, Act act) {
         act(LowestBit(rest));
 }
 
-/// Returns whether nearly all rules begin with a literal on one side, which a walk compares at once.
+/// Returns whether nearly all rules begin with a literal on one side, which a walk compares at
+/// once.
 bool BeginWithLiterals(std::vector<CallRecordingRuleParams const*> const& rules) {
     auto const beginsWithLiteral = [](std::string const& pattern) {
         return !pattern.empty() && IsLiteral(pattern.front());
     };
-    auto const others = std::count_if(
-        rules.begin(), rules.end(),
-        [&](CallRecordingRuleParams const* rule) {
+    auto const others =
+        std::count_if(rules.begin(), rules.end(), [&](CallRecordingRuleParams const* rule) {
             return !beginsWithLiteral(rule->caller_pattern) &&
                    !beginsWithLiteral(rule->called_pattern);
         });
@@ -101,9 +101,7 @@ class RuleIndex::Builder {
         }
     };
 
-    bool HasStepsLeft() const {
-        return steps_ < kFreeSteps + kStepsOfRule * index_.rules_.size();
-    }
+    bool HasStepsLeft() const { return steps_ < kFreeSteps + kStepsOfRule * index_.rules_.size(); }
 
     /// Makes the node of rules, and all nodes below it.
     Child Make(Ranks const& rules, Scope const& scope) {
@@ -124,8 +122,8 @@ class RuleIndex::Builder {
                       TraitChoice const& choice) {
         TraitChoice::Choice const fixed = choice.Best(scope.open);
         for (std::size_t side = 0; side < 2; ++side)
-            if (scope.mayHaveOrigins[side] && choice.Best(MiddleTraits(side)).apart >
-                                                  kOriginPays * fixed.apart + kFewestApart) {
+            if (scope.mayHaveOrigins[side] &&
+                choice.Best(MiddleTraits(side)).apart > kOriginPays * fixed.apart + kFewestApart) {
                 MakeOrigins(node, rules, scope, side);
                 return;
             }
@@ -222,8 +220,7 @@ class RuleIndex::Builder {
         split.trait = kTraitTable[trait];
         split.rest = Make(rest, below.Part(rest.size(), places));
         for (std::size_t slot = 0; slot < kSlots; ++slot)
-            split.branches[slot] =
-                Make(branches[slot], below.Part(branches[slot].size(), places));
+            split.branches[slot] = Make(branches[slot], below.Part(branches[slot].size(), places));
         Add(node, Kind::Split, index_.splits_, split);
     }
 

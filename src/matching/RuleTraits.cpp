@@ -258,9 +258,9 @@ class SideReader {
     bool isFirst_ = true;
     std::size_t width_ = 0;
     std::size_t literals_ = 0;
-    std::size_t origin_ = 0;                     // The place of its first literal.
-    std::array<SlotSet, kMiddleTraits> middle_;  // From there on.
-    std::array<SlotSet, kBackTraits> last_;      // Its last places, in a ring.
+    std::size_t origin_ = 0;                    // The place of its first literal.
+    std::array<SlotSet, kMiddleTraits> middle_; // From there on.
+    std::array<SlotSet, kBackTraits> last_;     // Its last places, in a ring.
 
     std::size_t mostLiterals_ = 0; // Of a stretch behind the first one.
 };

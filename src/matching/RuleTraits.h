@@ -22,8 +22,9 @@ inline constexpr std::size_t kSharedSlots = 6;
 constexpr std::array<std::uint8_t, 256> MakeSlotTable() {
     std::array<std::uint8_t, 256> table{};
     for (std::size_t byte = 0; byte < table.size(); ++byte)
-        table[byte] = static_cast<std::uint8_t>(
-            IsDigit(static_cast<char>(byte)) ? byte - '0' : kSlots - kSharedSlots + byte % kSharedSlots);
+        table[byte] = static_cast<std::uint8_t>(IsDigit(static_cast<char>(byte))
+                                                    ? byte - '0'
+                                                    : kSlots - kSharedSlots + byte % kSharedSlots);
     return table;
 }
 inline constexpr std::array<std::uint8_t, 256> kSlotTable = MakeSlotTable();

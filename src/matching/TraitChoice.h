@@ -37,9 +37,9 @@ class TraitChoice {
     /// no trait.
     Choice Best(TraitSet const& among) const;
 
-    /// Returns up to limit traits in open, the best first. The best is the one that tells most pairs
-    /// apart which those before it do not; of equal ones one that tells any pair apart; and of these
-    /// the one that fewest rules are open to any slot for.
+    /// Returns up to limit traits in open, the best first. The best is the one that tells most
+    /// pairs apart which those before it do not; of equal ones one that tells any pair apart; and
+    /// of these the one that fewest rules are open to any slot for.
     std::vector<std::size_t> Filters(TraitSet open, std::size_t limit) const;
 
   private:
