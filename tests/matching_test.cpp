@@ -416,6 +416,19 @@ TEST_F(Matching, SipAddressesSplitAtTheirLastSeparators) {
     std::string text = "1@2:3", host;
     EXPECT_TRUE(assistant.ParseSIPAddress(text, text, host)); // An output may be the input.
     EXPECT_EQ(text + "|" + host, "1|2:3");
+    // Where there is no port, it is emptied first: the same text as user then holds the user, and the
+    // same text as address is split when it is empty.
+    text = "1@2";
+    std::string both = "p";
+    EXPECT_TRUE(assistant.ParseSIPAddress(text, both, host, both));
+    EXPECT_EQ(both + "|" + host, "1|2");
+    EXPECT_FALSE(assistant.ParseSIPAddress(text, both, host, text));
+    EXPECT_EQ(text + "|" + both + "|" + host, "|1|2");
+    text = "1@2:3";
+    EXPECT_TRUE(assistant.ParseSIPAddress(text, both, host, text));
+    EXPECT_EQ(text + "|" + both + "|" + host, "3|1|2");
+    EXPECT_TRUE(assistant.ParseSIPAddress("1@2:3", both, host, both));
+    EXPECT_EQ(both, "3");
 }
 
 } // namespace
