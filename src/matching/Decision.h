@@ -13,7 +13,7 @@ namespace CallRecordingUtils {
 
 /// A call, as the rules see it.
 struct Call {
-    /// The records must outlive the object.
+    /// callerParams and calledParams must outlive the object.
     Call(CallParams const& callerParams, CallType callerType, CallParams const& calledParams,
          CallType calledType)
         : caller(callerParams, callerType), called(calledParams, calledType) {}

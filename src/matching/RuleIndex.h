@@ -5,13 +5,14 @@
 // It never says that a rule takes a call. Takes of Decision.h says so, as in a walk over the list,
 // and looks at the record as it is at that moment; so a changed state counts at once.
 //
-// It leaves a rule out only when the call lacks what every call has that the rule takes: the traits
-// that TraitsOf reads from the patterns. Where TraitsOf is not sure, a trait is open to any slot.
+// It leaves a rule out only when the call lacks a trait of the rule, which TraitsOf has read from
+// the patterns. Every call that the rule takes has it: where TraitsOf is not sure, any slot will
+// do.
 //
 // It leaves out the rules after one that was found to take the call, since the first rule decides.
 //
-// It is built from patterns, call types and order. Somebody can change those only when the list or
-// a record was lent to him, and from then on the index is not used.
+// It is built from patterns, call types and order. These can only be changed by somebody who was
+// lent the list or a record, and from then on the index is not used.
 //
 // tests/index_test.cpp compares it with a walk, and checks the traits themselves.
 
@@ -44,7 +45,7 @@ namespace CallRecordingUtils {
 ///
 /// A node of origins is there for rules without anything at fixed places, such as *123*. The search
 /// goes on below it once for each character of the address, with that character as the origin of
-/// the middle traits. Bits for the first few characters say at once where that is of no use.
+/// the middle traits. Bits for the first few characters tell at once where that would be in vain.
 ///
 /// A leaf holds rules in list order. It compares some more traits, for many rules at a time, and
 /// tests the rules that are left.
@@ -89,7 +90,7 @@ class RuleIndex {
 
     enum class Kind : std::uint8_t { None, Leaf, Split, Origins };
 
-    /// A node, seen from above.
+    /// A reference to a node, with what has to be known before it is visited.
     struct Child {
         Rank first = kNoRank;    // The first rule below it.
         std::uint32_t place = 0; // In the list of its kind.
@@ -102,16 +103,16 @@ class RuleIndex {
         Child rest;
     };
 
-    /// The first few characters of a text that a rule has at an origin are told by their slots: a
-    /// number with four bits for each. These numbers are hashed, and have bits in origins_; several
-    /// may share one.
+    /// A node of origins. The slots of the first few characters that a rule has from its origin on
+    /// are written as a number, four bits for each. The numbers are hashed, and each has a bit in
+    /// originBits_; several may share one.
     struct Origins {
         Child below;
-        Child rest; // Rules without anything at an origin.
-        std::uint32_t bits = 0;
+        Child rest;             // Rules without anything at an origin.
+        std::uint32_t bits = 0; // Where its bits begin in originBits_.
         std::uint8_t side = 0;
         std::uint8_t characters = 0;
-        std::uint8_t shift = 0; // Leaves as many bits of the hash as there are places in origins_.
+        std::uint8_t shift = 0; // Leaves as many bits of the hash as the node has room for.
 
         std::size_t BitOf(std::uint32_t text) const {
             return static_cast<std::uint32_t>(text * 0x9e3779b1U) >> shift;
@@ -119,18 +120,19 @@ class RuleIndex {
     };
     static constexpr std::size_t kHashBits = 32;
 
-    /// A leaf has some filters: for a trait, and for each slot, the set of its rules that accept
-    /// the slot there. It has one at least, so that no bit is left that stands for no rule.
+    /// A leaf has some filters. A filter belongs to a trait, and holds for each slot the set of
+    /// those rules of the leaf that accept the slot there. There is at least one, which clears the
+    /// bits of a word that no rule has.
     static constexpr std::size_t kMostFilters = 8;
     struct Leaf {
-        std::uint32_t ranks = 0; // Where its rules begin in ranks_,
-        std::uint32_t size = 0;  // and how many there are.
-        std::uint32_t filters = 0;
+        std::uint32_t ranks = 0;   // Where its rules begin in ranks_,
+        std::uint32_t size = 0;    // and how many there are.
+        std::uint32_t filters = 0; // Where its filters begin in filters_,
         std::uint32_t filterCount = 0;
-        std::array<Trait, kMostFilters> traits{}; // Of the filters.
+        std::array<Trait, kMostFilters> traits{}; // and the traits of these.
     };
 
-    /// A set of rules of a leaf, a bit for each, takes 16 bits, or in a large leaf so many words.
+    /// A set of rules of a leaf has a bit for each: 16 bits, or in a large leaf whole words.
     using RuleSet = std::uint16_t;
     static constexpr std::size_t kSmallLeaf = 16;
     static constexpr std::size_t kSetsOfWord = kWordBits / kSmallLeaf;

@@ -1,5 +1,5 @@
-// Builds the index. Where a rule is put follows from its traits. What a node looks at is a choice
-// that cannot change a decision, only the time that it takes.
+// Builds the index. Where a rule is put follows from its traits. Which trait a node looks at is a
+// choice, which changes the time that a decision takes but never the decision.
 
 #include <algorithm>
 #include <cstring>
@@ -24,21 +24,22 @@ constexpr std::size_t kStepsOfNode = 600; // The choice of its trait compares al
 constexpr std::size_t kStepsOfPlace = 12; // For a rule in a node.
 constexpr std::size_t kStepsOfFilter = 2; // For a rule in a leaf.
 
-// Leaves: fewer rules than the first are always one. Up to the second they are one unless origins
+// Leaves: fewer rules than kFewestBelow always become a leaf, and up to kLargestLeaf unless origins
 // help.
 constexpr std::size_t kFewestBelow = 4;
 constexpr std::size_t kLargestLeaf = 128;
 constexpr std::size_t kFewFilters = 4; // Of a small leaf.
 
-// Splits: a rule that accepts more slots goes to the rest. Copies of rules are of no use where one
-// leaf with all of them is filtered as fast; beyond that each two rules may have a few.
+// Splits: a rule that accepts more than kMostSlots slots goes to the rest. Copies of rules do not
+// help where one leaf with all of them is filtered as fast. Longer lists may have three for two
+// rules.
 constexpr std::size_t kFewestApart = 2; // Of some pairs of rules.
 constexpr std::size_t kMostSlots = 8;
 constexpr std::size_t kFewestCopied = 1025;
 constexpr std::size_t kCopiesOfTwo = 3;
 
-// Origins: each character of an address costs a search of its own. The bits stand for as many
-// characters as keeps the number of texts small.
+// Origins: each character of an address costs a search of its own. The bits cover as many
+// characters as keep the number of different texts small.
 constexpr std::size_t kOriginPays = 4;
 constexpr std::size_t kMostCharacters = 6;
 constexpr std::size_t kTextsOfRule = 4; // On average.
@@ -51,8 +52,7 @@ void ForEachSlot(SlotSet slots, Act act) {
         act(LowestBit(rest));
 }
 
-/// Returns whether nearly all rules begin with a literal on one side, which a walk compares at
-/// once.
+/// Returns whether most rules begin with a literal on one side, so that a walk is fast.
 bool BeginWithLiterals(std::vector<CallRecordingRuleParams const*> const& rules) {
     auto const beginsWithLiteral = [](std::string const& pattern) {
         return !pattern.empty() && IsLiteral(pattern.front());
@@ -143,7 +143,7 @@ class RuleIndex::Builder {
         origins.rest = Make(rest, outside);
         Scope inside = scope.Part(below.size(), rules.size());
         inside.open |= MiddleTraits(side);
-        inside.mayHaveOrigins = {false, false}; // Else the time would grow with their product.
+        inside.mayHaveOrigins = {false, false}; // Or a search would try each pair of origins.
         origins.below = Make(below, inside);
         Add(node, Kind::Origins, index_.origins_, origins);
     }
@@ -152,8 +152,8 @@ class RuleIndex::Builder {
         return &traits_[rule][FirstTrait(side, View::Middle)];
     }
 
-    /// Adds the bits of a node of origins: for as many characters as have few texts, and so many
-    /// bits that few of them are set.
+    /// Adds the bits of a node of origins: for as many characters as have few different texts, and
+    /// enough bits that few of them are set.
     void AddOriginBits(Origins& node, Ranks const& rules) {
         std::size_t characters = 1;
         while (characters < kMostCharacters &&
@@ -183,7 +183,7 @@ class RuleIndex::Builder {
         return all;
     }
 
-    /// Sets the bits of the texts that go on from text with so many characters more.
+    /// Sets the bits of all texts that begin with text and go on with `characters` more.
     void SetOriginBits(Origins const& node, SlotSet const* middle, std::size_t characters,
                        std::uint32_t text) {
         if (characters == 0) {
@@ -224,8 +224,9 @@ class RuleIndex::Builder {
         Add(node, Kind::Split, index_.splits_, split);
     }
 
-    /// Returns up to how many slots a rule may accept to be put into the branches of all of them,
-    /// so that no more copies of rules arise than allowed; copies is how many do.
+    /// A rule that accepts several slots is put into the branch of each, if it accepts no more of
+    /// them than this returns: as many as keep the number of copies within what is allowed. Sets
+    /// copies to that number.
     std::size_t MostSlots(Ranks const& rules, std::size_t trait, std::size_t allowed,
                           std::size_t& copies) const {
         std::array<std::size_t, kSlots + 1> rulesWith{};
@@ -249,7 +250,7 @@ class RuleIndex::Builder {
         std::vector<std::size_t> filters =
             choice.Filters(open, rules.size() <= kSmallLeaf ? kFewFilters : kMostFilters);
         if (filters.empty())
-            filters.push_back(0); // Any one: it says which bits stand for rules.
+            filters.push_back(0); // Any will do: it clears the bits that no rule has.
         std::transform(filters.begin(), filters.end(), leaf.traits.begin(),
                        [](std::size_t trait) { return kTraitTable[trait]; });
         leaf.filterCount = static_cast<std::uint32_t>(filters.size());
@@ -302,7 +303,7 @@ class RuleIndex::Builder {
 
 void RuleIndex::Build(std::list<CallRecordingRuleParams*> const& rules) noexcept {
     Clear();
-    isRecordLent_.store(false, std::memory_order_relaxed); // Those that were lent are gone.
+    isRecordLent_.store(false, std::memory_order_relaxed); // The records that were lent are gone.
     if (rules.size() > kMostRules || isListLent_)
         return;
     try {

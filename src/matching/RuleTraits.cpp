@@ -1,8 +1,8 @@
 // Reads the traits of calls, and those of rules from their patterns.
 //
-// A trait of a rule must never be narrower than what the calls have that the rule takes. So it is
-// any slot wherever something is not understood or not read. What groups accept is read by the
-// matcher's own readers: symbol items by ReadSymbolItems, other items by ItemReader.
+// A trait of a rule must admit every call that the rule takes. So it is any slot wherever a pattern
+// is not understood or not read. What groups accept is read by the matcher's own readers: symbol
+// items by ReadSymbolItems, other items by ItemReader.
 
 #include "matching/RuleTraits.h"
 
@@ -24,14 +24,14 @@ constexpr std::size_t kFrontTraits = TraitsOfView(View::Front);
 constexpr std::size_t kBackTraits = TraitsOfView(View::Back);
 constexpr std::size_t kMiddleTraits = TraitsOfView(View::Middle);
 
-/// How many steps of a nanosecond or two the two sides of a rule may take together. Reading
-/// the traits must not take longer than loading the rule, and another character takes next to no
-/// time to load. To read more would not help much: the views see two dozen places of a side.
+/// How many steps the two sides of a rule may take together, of a nanosecond or two each. Reading
+/// traits must not take longer than loading the rule did, and long patterns load fast. Reading more
+/// would not help much, since the views see two dozen places of a side.
 constexpr std::size_t kMostSteps = 160;
 constexpr std::size_t kMostStepsOfCaller = kMostSteps / 2;
 
-/// A literal is one step, and the others cost more, range expressions most: their lists are read
-/// twice.
+/// The steps of an element other than a literal, which takes one. Lists of range expressions are
+/// read twice.
 std::size_t StepsOf(Element const& element) {
     std::size_t const length = element.end - element.begin;
     return 6 + (element.construct == Construct::Range ? 3 * length : length);
@@ -41,7 +41,7 @@ SlotSet SlotsOf(char c) {
     return OnlySlot(SlotOf(c));
 }
 
-/// A table of the ASCII characters: which of them are in a set.
+/// A table of the ASCII characters that are in a set.
 class CharacterSet {
   public:
     /// Adds low, and the characters after it up to high, which is of the same kind.
@@ -59,19 +59,28 @@ class CharacterSet {
     }
 
     SlotSet Slots() const {
-        Word const digits = words_['0' / kWordBits] >> '0' % kWordBits & 0x3ff;
-        auto slots = static_cast<SlotSet>(digits);
-        if (words_[0] == digits << '0' % kWordBits && words_[1] == 0)
-            return slots; // As in nearly all sets.
-        for (std::size_t w = 0; w < words_.size(); ++w)
-            for (Word rest = words_[w]; rest != 0; rest &= rest - 1)
-                slots |= SlotsOf(static_cast<char>(w * kWordBits + LowestBit(rest)));
+        SlotSet slots = 0;
+        for (std::size_t slot = 0; slot < kSlots; ++slot)
+            if (((words_[0] & kSlotMasks[slot][0]) | (words_[1] & kSlotMasks[slot][1])) != 0)
+                slots |= OnlySlot(slot);
         return slots;
     }
 
   private:
-    std::array<Word, 128 / kWordBits> words_{};
+    using Words = std::array<Word, 128 / kWordBits>;
+
+    /// For each slot the characters that are in it.
+    static constexpr std::array<Words, kSlots> MakeSlotMasks() {
+        std::array<Words, kSlots> masks{};
+        for (std::size_t c = 0; c < 128; ++c)
+            masks[kSlotTable[c]][c / kWordBits] |= Word{1} << c % kWordBits;
+        return masks;
+    }
+    static std::array<Words, kSlots> const kSlotMasks;
+
+    Words words_{};
 };
+constexpr std::array<CharacterSet::Words, kSlots> CharacterSet::kSlotMasks = MakeSlotMasks();
 
 /// Returns the slots of the single characters that list admits.
 SlotSet SlotsOfSet(std::string_view list) {
@@ -92,7 +101,7 @@ constexpr std::array<char, 256> MakeBytes() {
 }
 constexpr std::array<char, 256> kBytes = MakeBytes();
 
-/// The slots of the first places of some texts of one width.
+/// The slots at each of the first places of some texts of one width.
 using Slots = std::array<SlotSet, kFrontTraits>;
 
 void AddValue(Slots& slots, std::string_view value) {
@@ -100,8 +109,9 @@ void AddValue(Slots& slots, std::string_view value) {
         slots[i] |= IsLiteral(value[i]) ? SlotsOf(value[i]) : kAnySlot;
 }
 
-/// Adds the numbers from low to high, which have one width, or low alone. All of them begin with
-/// what the two have in common; after the first digit that differs any slot is possible.
+/// Adds low and the numbers from low to high. If the two have one width, all of these begin with
+/// the digits that low and high have in common. After the first digit that differs any slot is
+/// possible.
 void AddNumbers(Slots& slots, std::string_view low, std::string_view high) {
     bool const isNumber = RunLength<IsDigit>(low) == low.size();
     // A number of more than nine digits may not fit into 32 bits, and counts as another one then.
@@ -117,7 +127,7 @@ void AddNumbers(Slots& slots, std::string_view low, std::string_view high) {
     std::fill(slots.begin() + static_cast<std::ptrdiff_t>(i), slots.end(), kAnySlot);
 }
 
-/// Returns the slots of what list accepts. REQUIRES: all of that has one width.
+/// Returns the slots of what list accepts. REQUIRES: list accepts texts of one width only.
 Slots SlotsOfRange(std::string_view list) {
     Slots slots{};
     for (ItemReader item(list); item.Next();)
@@ -129,8 +139,8 @@ Slots SlotsOfRange(std::string_view list) {
     return slots;
 }
 
-/// Reads the traits of one side of a rule. Behind a "*" or a range expression that can take runs of
-/// several lengths a new stretch of the pattern begins, whose places cannot be counted from the
+/// Reads the traits of one side of a rule. After a "*", or a range expression that can take runs of
+/// different lengths, a new stretch of the pattern begins, whose places cannot be counted from the
 /// front any more.
 class SideReader {
   public:
@@ -138,13 +148,13 @@ class SideReader {
         : side_(side), sideNumber_(sideNumber),
           traits_(traits), texts_{{}, side.pattern, Ending::AtEnd} {}
 
-    /// Takes up to mostSteps, and returns how many it took. What is not read by then is any slot.
+    /// Reads the pattern in up to mostSteps steps, and returns how many it took.
     std::size_t Read(std::size_t mostSteps) {
         if (side_.type != CALL_TYPE_ANY)
             Put(View::CallType, 0, SlotsOf(static_cast<char>(side_.type)));
-        // The port of a longer pattern is not reached.
+        // The end of a longer pattern is not reached.
         if (side_.type == CALL_TYPE_SIP && side_.pattern.size() <= mostSteps)
-            LeaveOutEmptyPort();
+            CutEmptyPort();
         std::size_t steps = 0;
         for (std::size_t at = 0;;) {
             std::string_view const left = texts_.pattern.substr(at, mostSteps - steps);
@@ -163,7 +173,7 @@ class SideReader {
 
   private:
     /// A pattern without a port takes every port.
-    void LeaveOutEmptyPort() {
+    void CutEmptyPort() {
         std::optional<std::string_view> port;
         std::string_view const userAndHost = SplitPort(side_.pattern, port);
         if (!port || port->empty())
@@ -173,7 +183,7 @@ class SideReader {
     /// Returns whether the reading goes on after element.
     bool Take(Element const& element) {
         switch (element.construct) {
-        case Construct::Literal: return true; // Never: they have been taken.
+        case Construct::Literal: return true; // Not reached: TakeLiterals has taken them.
         case Construct::AnyOne: TakePlace(kAnySlot); return true;
         case Construct::Set: TakePlace(SlotsOfSet(ItemsOf(texts_.pattern, element))); return true;
         case Construct::AnyRun: EndStretch(); return true;
@@ -185,7 +195,7 @@ class SideReader {
         return false;
     }
 
-    /// Of a long run only those are looked at that some view sees.
+    /// Looks only at those literals of a long run that some view can see.
     void TakeLiterals(std::string_view run) {
         if (literals_ == 0)
             origin_ = width_;
@@ -223,17 +233,17 @@ class SideReader {
     }
 
     void TakeEnd() {
-        // A rule for any call type does not see where the user of a SIP call ends.
+        // A rule for any call type matches the user of a SIP call, but the view goes on behind it.
         if (isFirst_ && side_.type != CALL_TYPE_ANY)
             Put(View::Front, width_, SlotsOf(texts_.ending == Ending::AtPort ? ':' : '\0'));
-        if (side_.type == CALL_TYPE_SIP) // Its user ends before the pattern does.
+        if (side_.type == CALL_TYPE_SIP) // Its user does not end where the pattern does.
             return;
         for (std::size_t i = 0; i < std::min(width_, kBackTraits); ++i)
             Put(View::Back, i, last_[(width_ - 1 - i) % kBackTraits]);
     }
 
-    /// Of the stretches behind the first one, the one with the most literals has the middle traits,
-    /// from its first literal on.
+    /// The middle traits come from the stretch with most literals, the first stretch excepted.
+    /// Their origin is its first literal.
     void EndStretch() {
         if (!isFirst_ && literals_ > mostLiterals_) {
             mostLiterals_ = literals_;
@@ -262,7 +272,7 @@ class SideReader {
     std::array<SlotSet, kMiddleTraits> middle_; // From there on.
     std::array<SlotSet, kBackTraits> last_;     // Its last places, in a ring.
 
-    std::size_t mostLiterals_ = 0; // Of a stretch behind the first one.
+    std::size_t mostLiterals_ = 0; // Of all stretches but the first.
 };
 
 } // namespace

@@ -15,8 +15,8 @@
 
 namespace CallRecordingUtils {
 
-/// Characters fall into sixteen slots: every digit has one of its own, all others share six. A call
-/// whose character is in another slot has another character; nothing more is ever concluded.
+/// Characters fall into sixteen slots: each digit has a slot of its own, all others share six. What
+/// is in another slot is another character; nothing else is ever concluded.
 inline constexpr std::size_t kSlots = 16;
 inline constexpr std::size_t kSharedSlots = 6;
 constexpr std::array<std::uint8_t, 256> MakeSlotTable() {
@@ -52,11 +52,11 @@ constexpr std::size_t TraitsOfView(View view) {
     return kTraitsOfView[static_cast<std::size_t>(view)];
 }
 
-/// A place of a call: one character of one view of one side.
+/// One character of a call: a place in one view of one side.
 struct Trait {
-    std::uint8_t view = 0;   // Counted over both sides: the views of the caller come first.
-    std::uint8_t offset = 0; // How many characters from where the view counts.
-    std::int8_t step = 0;    // The same, negative in views from the back.
+    std::uint8_t view = 0;   // Numbered over both sides; the views of the caller come first.
+    std::uint8_t offset = 0; // How far the place is from where the view counts.
+    std::int8_t step = 0;    // The same as a step in memory, negative in views from the back.
 };
 
 inline constexpr std::size_t kTraitsOfSide = 41;
@@ -87,12 +87,12 @@ constexpr std::size_t FirstTrait(std::size_t side, View view) {
     return row;
 }
 
-/// For each row of kTraitTable the slots of which a call must have one if the rule takes it. For
-/// the middle traits of a side this holds with some character of the address as the origin.
+/// For each row of kTraitTable, the slots that a call which the rule takes can have there. The
+/// middle traits of a side hold for at least one origin in the address.
 using RuleTraits = std::array<SlotSet, kTraits>;
 
-/// Reads the traits of rule. What it costs, the number of characters that it looks at, is added to
-/// steps; it has a bound that does not depend on the patterns.
+/// Reads the traits of rule, and adds to steps how many it took. There is an upper bound for that,
+/// whatever the patterns are.
 RuleTraits TraitsOf(CallRecordingRuleParams const& rule, std::size_t& steps);
 
 /// The traits of a call.

@@ -32,7 +32,7 @@ TraitChoice::TraitChoice(std::vector<RuleTraits> const& traits, Ranks const& rul
     counts_ = CountsOf(apart_);
 }
 
-/// Adds the bits up by twos, fours and so on. (CountBits multiplies, which is not vectorized.)
+/// Adds the bits up in pairs, fours and so on. (CountBits multiplies, which is not vectorized.)
 TraitChoice::Counts TraitChoice::CountsOf(Apart const& apart) {
     Counts counts;
     for (std::size_t t = 0; t < kTraits; ++t) {
@@ -54,7 +54,7 @@ TraitChoice::Choice TraitChoice::Best(TraitSet const& among) const {
     return choice;
 }
 
-/// For each trait, how many of some rules are not open to any slot.
+/// For each trait, how many of a sample of the rules do not accept every slot.
 TraitChoice::Counts TraitChoice::NarrowRules() const {
     Counts narrow{};
     std::size_t const step = rules_.size() / kPairs + 1;
@@ -69,7 +69,7 @@ TraitChoice::Counts TraitChoice::NarrowRules() const {
 std::vector<std::size_t> TraitChoice::Filters(TraitSet open, std::size_t limit) const {
     using Worth = std::tuple<std::uint32_t, bool, std::uint32_t>;
     std::vector<std::size_t> filters;
-    Apart apart = apart_; // What the filters so far do not tell apart.
+    Apart apart = apart_; // Without the pairs that the filters so far tell apart.
     Counts const narrow = NarrowRules();
     while (filters.size() < limit) {
         Counts const counts = CountsOf(apart);

@@ -33,13 +33,13 @@ class TraitChoice {
         std::size_t trait;
         std::size_t apart;
     };
-    /// Returns the trait in among that tells most pairs apart. Where none tells any apart, there is
-    /// no trait.
+    /// Returns the trait in among that tells most pairs apart; kTraits and 0 when none tells any
+    /// apart.
     Choice Best(TraitSet const& among) const;
 
     /// Returns up to limit traits in open, the best first. The best is the one that tells most
-    /// pairs apart which those before it do not; of equal ones one that tells any pair apart; and
-    /// of these the one that fewest rules are open to any slot for.
+    /// pairs apart that those before it do not. Of equal ones it is one that tells some pair apart,
+    /// and then the one where most rules are narrow, that is, do not accept every slot.
     std::vector<std::size_t> Filters(TraitSet open, std::size_t limit) const;
 
   private:
