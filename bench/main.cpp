@@ -61,7 +61,7 @@ void Run(bool isQuick, char const* path) {
     MeasureIndex(bench);
     document.Add("targets", targets.Table());
     if (path != nullptr)
-        document.WriteInto(path, {"machine", "summary", "targets"});
+        document.WriteInto(path, {"machine", "summary"});
 }
 
 } // namespace
