@@ -17,12 +17,12 @@ set ytics ("10 ns" 1e1, "100 ns" 1e2, "1 us" 1e3, "10 us" 1e4, "100 us" 1e5, "1 
            "100 ms" 1e8)
 set xlabel "rules"
 set grid linecolor "#cccccc"
-set key at graph 0.98,0.98 right top samplen 2 spacing 0.9 opaque
+set key left top Left reverse samplen 2
 set multiplot layout 2,2
 do for [panel = 0:3] {
     set title system(sprintf("echo %s | tr _ ' '", word(panels, panel + 1)))
     if (panel == 0) { set key } else { unset key }
-    plot for [i = 1:6] data index panel using 1:(column(i + 1)) with linespoints pointsize 0.4 \
-        linewidth 2 linecolor rgb colours[i] title word(engines, i)
+    plot for [i = 1:6] data index panel using 1:(column(i + 1)) with lines linewidth 2 \
+        linecolor rgb colours[i] title word(engines, i)
 }
 unset multiplot
