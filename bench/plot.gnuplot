@@ -16,6 +16,8 @@ set format x "%.0f"
 set ytics ("10 ns" 1e1, "100 ns" 1e2, "1 us" 1e3, "10 us" 1e4, "100 us" 1e5, "1 ms" 1e6, "10 ms" 1e7, \
            "100 ms" 1e8)
 set xlabel "rules"
+set mxtics 1
+set mytics 1
 set grid linecolor "#cccccc"
 set key left top Left reverse samplen 2
 set multiplot layout 2,2
