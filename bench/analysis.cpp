@@ -1,8 +1,7 @@
 /// @file
-/// How long it takes to say what a list of rules does: for growing lists of several kinds, and for
-/// lists made to be hard. Each is asked for a report of every rule, what a swap of two rules
-/// changes, and whether all calls to one number are recorded.
-/// Usage: analysis_bench
+/// How long it takes to find out what a list of rules does, for growing lists of several kinds and
+/// for lists made to be hard: a report about every rule, what changes when two rules are swapped,
+/// and whether all calls to one number are recorded. Usage: analysis_bench
 
 #include <algorithm>
 #include <cstdio>
@@ -21,7 +20,7 @@ namespace {
 
 using namespace CallRecordingUtils;
 
-/// Of the processor, so that other work of the machine counts less.
+/// Returns the processor time that it takes, since other work of the machine disturbs that less.
 double Seconds(std::function<void()> const& what) {
     std::clock_t const begin = std::clock();
     what();
@@ -31,7 +30,7 @@ double Seconds(std::function<void()> const& what) {
 struct Tally {
     std::size_t hidden = 0;
     std::size_t undecided = 0;
-    std::size_t losing = 0; // Some of their calls are taken by rules before them.
+    std::size_t losing = 0; // Rules before them take some of their calls.
 };
 
 Tally ReportAll(RuleParamsList const& rules) {
@@ -66,7 +65,7 @@ void Measure(char const* kind, RuleParamsList const& rules) {
     std::fflush(stdout);
 }
 
-/// Mixed as in a real list: numbers, SIP addresses, and both sides.
+/// A mixture as in a real list: numbers, SIP addresses, and both sides restricted.
 RuleParamsList Mixed(std::size_t size) {
     RuleParamsList rules = MakeRules(Mix::Numbers, size / 2, true).rules;
     for (Mix const mix : {Mix::Sip, Mix::BothSides}) {
@@ -82,7 +81,7 @@ RuleParamsList Mixed(std::size_t size) {
     return rules;
 }
 
-/// Numbers and prefixes, half of them of callers.
+/// Numbers and prefixes, half of them for the calling side.
 RuleParamsList NumbersAndPrefixes(std::size_t size) {
     std::mt19937 random(1);
     RuleParamsList rules;
@@ -102,7 +101,7 @@ RuleParamsList NumbersAndPrefixes(std::size_t size) {
     return rules;
 }
 
-/// *1*2*3* and so on, in different orders: each new rule multiplies the ways to be in the middle.
+/// *1*2*3* and so on, in different orders, so that each rule multiplies the number of states.
 RuleParamsList Hostile(std::size_t size, std::size_t digits) {
     std::mt19937 random(1);
     std::string order = std::string("123456789").substr(0, digits);

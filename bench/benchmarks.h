@@ -1,5 +1,5 @@
 /// @file
-/// The tables. Each function measures, adds its table to the document and its targets.
+/// The measurements. Each function adds its tables to the document, and its targets.
 
 #ifndef BENCH_BENCHMARKS_H
 #define BENCH_BENCHMARKS_H
@@ -13,7 +13,7 @@
 
 namespace bench {
 
-/// What all of them work with.
+/// What all measurements work with.
 struct Bench {
     RuleDirectory const& directory;
     CallRecordingUtils::CCallRecordingAssistant& assistant;
@@ -22,19 +22,19 @@ struct Bench {
     Document& document;
     bool isQuick;
 
-    /// Makes rules the library's. Throws when it does not load them all.
+    /// Loads rules into the library. Throws when it does not load them all.
     void Load(std::vector<Rule> const& rules) const;
 };
 
 /// Bytes of the heap in use.
 std::size_t LiveBytes();
 
-/// Returns the plot.
-std::string MeasureDecisions(Bench const& bench);
+/// Also writes what the plot shows into decisions.dat.
+void MeasureDecisions(Bench const& bench);
 void MeasureHostilePatterns(Bench const& bench);
 void MeasureFiles(Bench const& bench);
 void MeasureMemory(Bench const& bench);
-/// Has to be the last one.
+/// Has to be called last: it leaves the database without its index.
 void MeasureIndex(Bench const& bench);
 
 } // namespace bench

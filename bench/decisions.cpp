@@ -1,164 +1,53 @@
 /// @file
-/// Tables 1 and 2: decisions of the library and of the other engines over the same rules, over and
-/// over and for the first time.
+/// What a decision takes: the library and the other engines over the same rules.
 
 #include <algorithm>
-#include <chrono>
+#include <fstream>
 #include <functional>
 #include <limits>
 #include <map>
-#include <memory>
 #include <optional>
-#include <stdexcept>
 
-#include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
 #include "benchmarks.h"
-#include "engines.h"
-#include "plot.h"
+#include "engine_race.h"
 #include "rules.h"
 
 namespace bench {
 namespace {
 
 constexpr std::size_t kSizes[] = {10, 100, 1000, 10000, 100000};
-constexpr std::size_t kMostOneByOne = 10000; // For engines that try rule by rule.
+constexpr std::size_t kSummarySizes[] = {10, 1000, 10000};
 constexpr char const* kGroups[] = {"early", "late", "never"};
 constexpr Mix kMixes[] = {Mix::Numbers, Mix::Sip,   Mix::BothSides, Mix::Prefix,   Mix::Extensions,
                           Mix::Domain,  Mix::Tails, Mix::SetsFirst, Mix::SetsOnly, Mix::Middle};
+constexpr Mix kPlottedMixes[] = {Mix::Numbers, Mix::Sip, Mix::BothSides, Mix::Middle};
 constexpr char const* kPeers[] = {"RE2::Set", "PCRE2", "RE2", "fnmatch"};
+constexpr char const* kCurves[] = {"library", "walk", "RE2::Set", "PCRE2", "RE2", "fnmatch"};
 
-/// Mixes in which every pattern has literals at fixed places.
+/// Whether every pattern of the mix has literals at fixed places.
 bool HasFixedLiterals(Mix mix) {
     return mix < Mix::SetsFirst;
 }
 
-/// Nanoseconds of a decision by engine; "shared" is the library over the rules that fnmatch has.
-using Times = std::map<std::string, double>;
-
-struct Measured {
-    std::map<std::string, Times> groups;
-    Times first; // Of calls that the engine has not met before.
-};
-
-/// One rule list, its calls, and the engines that can work on it.
-class Contest {
-  public:
-    /// Chooses the calls, and compares the answers of all engines over them and over others. Throws
-    /// at the first difference.
-    Contest(Bench const& bench, RuleList list) : bench_(bench), list_(std::move(list)) {
-        bench_.Load(list_.rules);
-        engines_["library"] = MakeLibrary(bench_.assistant);
-        if (HasOtherEngines()) {
-            engines_["walk"] = MakeWalk(list_.rules);
-            if (list_.rules.size() <= kMostOneByOne) {
-                engines_["PCRE2"] = MakePcre2(list_.rules);
-                engines_["RE2"] = MakeRe2(list_.rules);
-            }
-        }
-        if (!list_.hasRanges && list_.rules.size() <= kMostOneByOne)
-            engines_["fnmatch"] = MakeFnmatch(list_.rules);
-        groups_ = MakeCalls(list_,
-                            [&](Call const& call) { return engines_.at("library")->Decide(call); });
-        MeetFirstCalls();
-        std::vector<Call> calls = MakeRandomCalls(list_, 1000000 / (list_.rules.size() + 90));
-        for (CallGroup const& group : groups_)
-            calls.insert(calls.end(), group.calls.begin(), group.calls.end());
-        for (Call& call : calls)
-            Compare(call);
-    }
-
-    Measured Measure(int rounds, double seconds) {
-        for (auto const& [name, engine] : engines_)
-            for (CallGroup const& group : groups_)
-                benchmark::RegisterBenchmark((name + group.name).c_str(),
-                                             [&engine = *engine, &group](benchmark::State& state) {
-                                                 Run(state, engine, group);
-                                             })
-                    ->MinTime(seconds);
-        Results results;
-        results.RunRounds(rounds);
-        Measured measured{{}, first_};
-        for (auto const& [name, engine] : engines_)
-            for (CallGroup const& group : groups_)
-                measured.groups[group.name][name] =
-                    results.Median(name + group.name) / kCallsInGroup;
-        return measured;
-    }
-
-  private:
-    /// The lists without ranges of a mix that has some are there for fnmatch alone.
-    bool HasOtherEngines() const { return list_.hasRanges || !MixHasRanges(list_.mix); }
-
-    void MeetFirstCalls() {
-        if (!HasOtherEngines())
-            return;
-        bench_.Load(list_.rules);
-        first_["library"] = TimeOnce(*engines_.at("library"));
-        try {
-            engines_["RE2::Set"] = MakeRe2Set(list_.rules);
-            first_["RE2::Set"] = TimeOnce(*engines_.at("RE2::Set"));
-        } catch (std::runtime_error const&) {
-            engines_.erase("RE2::Set"); // It does not compile lists of every length.
-        }
-    }
-
-    double TimeOnce(Engine& engine) const {
-        auto const start = std::chrono::steady_clock::now();
-        for (CallGroup const& group : groups_)
-            for (Call const& call : group.calls)
-                benchmark::DoNotOptimize(engine.IsAllowed(call));
-        std::chrono::duration<double, std::nano> const time =
-            std::chrono::steady_clock::now() - start;
-        return time.count() / static_cast<double>(groups_.size() * kCallsInGroup);
-    }
-
-    void Compare(Call& call) {
-        call.decidedBy = engines_.at("library")->Decide(call);
-        for (auto const& [name, engine] : engines_) {
-            int const answer = engine->Decide(call);
-            if (answer != call.decidedBy)
-                throw std::runtime_error(fmt::format(
-                    "{} decides rule {}, the library rule {} for a call from {}@{}:{} to {}@{}:{}",
-                    name, answer, call.decidedBy, call.caller.user, call.caller.host,
-                    call.caller.port, call.called.user, call.called.host, call.called.port));
-        }
-    }
-
-    static void Run(benchmark::State& state, Engine& engine, CallGroup const& group) {
-        for (Call const& call : group.calls) // Warms the caches; RE2 completes its automata.
-            benchmark::DoNotOptimize(engine.IsAllowed(call));
-        for (auto _ : state)
-            for (Call const& call : group.calls)
-                benchmark::DoNotOptimize(engine.IsAllowed(call));
-    }
-
-    Bench const& bench_;
-    RuleList const list_;
-    std::vector<CallGroup> groups_;
-    std::map<std::string, std::unique_ptr<Engine>> engines_;
-    Times first_;
-};
-
+/// The library's time over rules without ranges, which fnmatch is compared with, is "shared".
 Measured MeasureList(Bench const& bench, Mix mix, std::size_t size) {
-    int const rounds = bench.isQuick ? 2 : size <= 1000 ? 7 : 3;
-    double const seconds = bench.isQuick ? 0.001 : 0.004;
-    Measured measured = Contest(bench, MakeRules(mix, size, true)).Measure(rounds, seconds);
-    Measured plain;
+    Measured measured = EngineRace(bench, MakeRules(mix, size, true)).Measure();
+    GroupTimes plain;
     if (MixHasRanges(mix) && size <= kMostOneByOne)
-        plain = Contest(bench, MakeRules(mix, size, false)).Measure(rounds, seconds);
-    for (auto& [group, times] : measured.groups) {
+        plain = EngineRace(bench, MakeRules(mix, size, false)).Measure().warm;
+    for (auto& [group, times] : measured.warm) {
         times["shared"] = times.at("library");
-        if (plain.groups.empty())
+        if (plain.empty())
             continue;
-        times["shared"] = plain.groups.at(group).at("library");
-        times["fnmatch"] = plain.groups.at(group).at("fnmatch");
+        times["shared"] = plain.at(group).at("library");
+        times["fnmatch"] = plain.at(group).at("fnmatch");
     }
     return measured;
 }
 
-/// How many times the library's time an engine takes; nothing when it was not measured.
+/// Returns how many times the library's time an engine takes; nothing when it was not measured.
 std::optional<double> Ratio(Times const& times, std::string const& engine) {
     auto const found = times.find(engine);
     if (found == times.end())
@@ -166,17 +55,32 @@ std::optional<double> Ratio(Times const& times, std::string const& engine) {
     return found->second / times.at(engine == "fnmatch" ? "shared" : "library");
 }
 
-std::string Row(Mix mix, std::size_t size, std::string const& calls, Times const& times) {
-    std::string row = fmt::format("{:<15} {:>6} {:<5} {:>8} {:>8}", NameOf(mix), size, calls,
-                                  Duration(times.at("library")), Duration(times.at("walk")));
-    for (char const* engine : kPeers) {
-        std::optional<double> const ratio = Ratio(times, engine);
-        row += fmt::format(" {:>9}", ratio ? fmt::format("{:.2f}", *ratio) : "-");
-    }
-    return row + "\n";
+std::string Cell(Times const& times, char const* engine) {
+    auto const found = times.find(engine);
+    return found == times.end() ? "-" : Duration(found->second);
 }
 
-Times MeanOf(std::map<std::string, Times> const& groups) {
+std::string Head() {
+    std::string head =
+        fmt::format("{:<15} {:>6} {:<5} {:>8} {:>8}", "rules", "", "calls", "library", "walk");
+    for (char const* engine : kPeers)
+        head += fmt::format(" {:>9}", engine);
+    return head + fmt::format(" | {:>8} {:>8} {:>8}\n", "library", "walk", "RE2::Set");
+}
+
+std::string Row(Mix mix, std::size_t size, std::string const& calls, Times const& warm,
+                Times const& cold) {
+    std::string row = fmt::format("{:<15} {:>6} {:<5} {:>8} {:>8}", NameOf(mix), size, calls,
+                                  Cell(warm, "library"), Cell(warm, "walk"));
+    for (char const* engine : kPeers) {
+        std::optional<double> const ratio = Ratio(warm, engine);
+        row += fmt::format(" {:>9}", ratio ? fmt::format("{:.2f}", *ratio) : "-");
+    }
+    return row + fmt::format(" | {:>8} {:>8} {:>8}\n", Cell(cold, "library"), Cell(cold, "walk"),
+                             Cell(cold, "RE2::Set"));
+}
+
+Times MeanOf(GroupTimes const& groups) {
     Times mean;
     for (auto const& [group, times] : groups)
         for (auto const& [engine, time] : times)
@@ -193,7 +97,7 @@ double Least(AllMeasured const& all, std::function<bool(Mix, std::size_t)> const
     double least = std::numeric_limits<double>::max();
     for (auto const& [mix, sizes] : all)
         for (auto const& [size, measured] : sizes)
-            for (auto const& [group, times] : measured.groups)
+            for (auto const& [group, times] : measured.warm)
                 if (isAsked(mix, size))
                     if (std::optional<double> const one = value(times))
                         least = std::min(least, *one);
@@ -204,8 +108,8 @@ double WorstGrowth(AllMeasured const& all, std::size_t size) {
     double worst = 0;
     for (auto const& [mix, sizes] : all)
         if (HasFixedLiterals(mix) && sizes.count(size) != 0)
-            worst = std::max(worst, MeanOf(sizes.at(size).groups).at("library") /
-                                        MeanOf(sizes.at(10).groups).at("library"));
+            worst = std::max(worst, MeanOf(sizes.at(size).warm).at("library") /
+                                        MeanOf(sizes.at(10).warm).at("library"));
     return worst;
 }
 
@@ -214,7 +118,7 @@ double LeastMeanRatio(AllMeasured const& all, std::size_t size, std::string cons
     double least = std::numeric_limits<double>::max();
     for (auto const& [mix, sizes] : all)
         if (HasFixedLiterals(mix) && sizes.count(size) != 0)
-            if (auto const ratio = Ratio(MeanOf(sizes.at(size).groups), engine))
+            if (auto const ratio = Ratio(MeanOf(sizes.at(size).warm), engine))
                 least = std::min(least, *ratio);
     return least;
 }
@@ -254,46 +158,48 @@ void SetTargets(Bench const& bench, AllMeasured const& all) {
 
 std::string TableOfFirstCalls(AllMeasured const& all) {
     std::string table =
-        fmt::format("{:<15} {:>6} {:>9} {:>9}\n", "rules", "", "library", "RE2::Set");
+        fmt::format("{:<15} {:>6} {:>9} {:>9}\n", "first calls", "", "library", "RE2::Set");
     for (auto const& [mix, sizes] : all)
-        for (auto const& [size, measured] : sizes) {
-            auto const set = measured.first.find("RE2::Set");
-            table +=
-                fmt::format("{:<15} {:>6} {:>9} {:>9}\n", NameOf(mix), size,
-                            Duration(measured.first.at("library")),
-                            set == measured.first.end() ? std::string("-") : Duration(set->second));
+        for (auto const& [size, measured] : sizes)
+            table += fmt::format("{:<15} {:>6} {:>9} {:>9}\n", NameOf(mix), size,
+                                 Cell(measured.firstCalls, "library"),
+                                 Cell(measured.firstCalls, "RE2::Set"));
+    return table;
+}
+
+/// The means over the calls of some lists, for the document.
+std::string Summary(AllMeasured const& all) {
+    std::string table = Head();
+    for (auto const& [mix, sizes] : all)
+        for (std::size_t size : kSummarySizes) {
+            Measured const& measured = sizes.at(size);
+            table += Row(mix, size, "mean", MeanOf(measured.warm), MeanOf(measured.cold));
         }
     return table;
 }
 
-/// The means of the mixes' calls against the number of rules.
-std::string PlotOf(AllMeasured const& all) {
-    std::vector<Panel> panels;
-    for (Mix mix : {Mix::Numbers, Mix::Sip, Mix::BothSides, Mix::Middle}) {
-        Panel panel{NameOf(mix), {}};
-        for (char const* engine : {"library", "walk", "RE2::Set", "PCRE2", "RE2", "fnmatch"}) {
-            Curve curve{engine, {}};
-            for (auto const& [size, measured] : all.at(mix)) {
-                Times const mean = MeanOf(measured.groups);
-                if (mean.count(engine) != 0)
-                    curve.points.emplace_back(static_cast<double>(size), mean.at(engine));
-            }
-            panel.curves.push_back(curve);
+/// Writes the means of the warm decisions for plot.gnuplot: a block for each mix, a line for each
+/// number of rules, a column for each engine, "?" where an engine was not measured.
+void WritePlotData(AllMeasured const& all) {
+    std::ofstream file("decisions.dat", std::ios::trunc);
+    for (Mix mix : kPlottedMixes) {
+        for (auto const& [size, measured] : all.at(mix)) {
+            Times const mean = MeanOf(measured.warm);
+            file << size;
+            for (char const* engine : kCurves)
+                file << (mean.count(engine) != 0 ? fmt::format(" {:.1f}", mean.at(engine)) : " ?");
+            file << '\n';
         }
-        panels.push_back(panel);
+        file << "\n\n";
     }
-    return DrawPlot(panels);
 }
 
 } // namespace
 
-std::string MeasureDecisions(Bench const& bench) {
+void MeasureDecisions(Bench const& bench) {
     AllMeasured all;
-    std::string table =
-        fmt::format("{:<15} {:>6} {:<5} {:>8} {:>8}", "rules", "", "calls", "library", "walk");
-    for (char const* engine : kPeers)
-        table += fmt::format(" {:>9}", engine);
-    bench.document.Add("decisions", table + "\n");
+    bench.document.Add("decisions",
+                       "The columns behind the bar are decisions on emptied caches.\n" + Head());
     for (Mix mix : kMixes)
         for (std::size_t size : kSizes) {
             if (bench.isQuick && size > kMostOneByOne)
@@ -301,12 +207,13 @@ std::string MeasureDecisions(Bench const& bench) {
             Measured const& measured = all[mix][size] = MeasureList(bench, mix, size);
             std::string rows;
             for (char const* group : kGroups)
-                rows += Row(mix, size, group, measured.groups.at(group));
+                rows += Row(mix, size, group, measured.warm.at(group), measured.cold.at(group));
             bench.document.Add("decisions", rows);
         }
     bench.document.Add("first calls", TableOfFirstCalls(all));
+    bench.document.Add("summary", Summary(all));
     SetTargets(bench, all);
-    return PlotOf(all);
+    WritePlotData(all);
 }
 
 } // namespace bench

@@ -1,5 +1,5 @@
 /// @file
-/// The library's configuration directory for the time of the run.
+/// The library's configuration directory during the run.
 
 #ifndef BENCH_DIRECTORY_H
 #define BENCH_DIRECTORY_H
@@ -12,8 +12,8 @@
 
 namespace bench {
 
-/// A new directory in the current one, which, unlike the one for temporary files, seldom lies in
-/// memory: durable writes are measured in it. Removed with all that is in it.
+/// A new directory in the current one, since the directory for temporary files is often in memory,
+/// and durable writes are measured here. It is removed with everything in it.
 class RuleDirectory {
   public:
     RuleDirectory() : path_((std::filesystem::current_path() / "bench.XXXXXX").string()) {

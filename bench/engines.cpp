@@ -1,5 +1,5 @@
 /// @file
-/// The engines.
+/// Decides calls with the library, PCRE2, RE2, RE2::Set and fnmatch(3).
 
 #include "engines.h"
 
@@ -53,7 +53,7 @@ class Walk final : public Engine {
         std::lock_guard const guard(mutex_);
         CallRecordingUtils::Call const asked(call.caller, call.callerType, call.called,
                                              call.calledType);
-        auto const deciding = DecidingRule(list_, asked);
+        auto const deciding = FirstTaking(list_, asked);
         return deciding == list_.end() ? -1 : (*deciding)->callrecordingrule_id;
     }
 
@@ -63,8 +63,8 @@ class Walk final : public Engine {
     std::mutex mutex_;
 };
 
-/// What one side of a call offers to rules of any type. The texts are built once for a call, in
-/// memory that stays.
+/// The texts of one side of a call that rules are matched with. They are built once for a call, in
+/// memory that is kept.
 class Addresses {
   public:
     void Take(CallParams const& params, CallType type) {
@@ -131,9 +131,9 @@ class PatternWalk final : public Engine {
 
 /// What a side of a call contributes to the text that the set is matched with.
 enum class SideText {
-    User,    // The user: where rules look at nothing else.
-    Address, // The whole address of a SIP call: where all rules look at that.
-    Both     // The call type, the user, behind a mark the address of a SIP call, and a mark.
+    User,    // The user, when rules look at nothing else.
+    Address, // The whole address of a SIP call, when all rules look at that.
+    Both     // Call type and user, then a mark, the address of a SIP call, and a mark.
 };
 
 SideText TextFor(std::vector<Rule> const& rules, CallType Rule::*type) {
@@ -213,7 +213,7 @@ class Re2Set final : public Engine {
     SideText const caller_;
     SideText const called_;
     RE2::Set set_;
-    std::vector<int> places_; // In the list, of each rule of the set.
+    std::vector<int> places_; // For each rule of the set its place in the list.
     std::string text_;
     std::vector<int> matches_;
 };

@@ -1,5 +1,5 @@
 /// @file
-/// Table 4: loading the rules and editing their file.
+/// Loading rules, and editing their file.
 
 #include <algorithm>
 #include <cerrno>
@@ -32,11 +32,11 @@ using namespace CallRecordingUtils;
 
 constexpr std::size_t kRules = 10000;
 
-/// The rules as inih reads them, in the way that its documentation shows.
+/// Reads rules with inih, the way its documentation shows.
 class IniRules {
   public:
     IniRules(std::string path, std::string const& ruleFileText) : path_(std::move(path)) {
-        std::string text; // The entries are the same, a section is marked by its first line alone.
+        std::string text; // The same entries, but sections without a last line.
         for (char c : ruleFileText)
             text += c == '{' ? "[rule]" : c == '}' ? "" : std::string(1, c);
         RuleDirectory::Write(path_, text);
@@ -112,8 +112,7 @@ std::string ReadWhole(std::string const& path) {
     return text;
 }
 
-/// The least that a write takes which neither a crash nor a loss of power can turn into a loss of
-/// rules.
+/// The least that it takes to write so that neither a crash nor a power cut loses rules.
 void WriteDurably(RuleDirectory const& directory, std::string const& text) {
     std::string const path = directory.RuleFile();
     std::string const temporary = path + ".plain";
@@ -126,8 +125,8 @@ void WriteDurably(RuleDirectory const& directory, std::string const& text) {
     Require(parent >= 0 && fsync(parent) == 0 && close(parent) == 0, "fsync of the directory");
 }
 
-/// Times edit by the clock on the wall, which alone shows the waiting for the disk; before each
-/// time, untimed, the file is made what it was.
+/// Times edit by the clock on the wall, since waiting for the disk takes no processor time. The
+/// original file is restored before each edit, untimed.
 void RegisterEdit(char const* name, RuleDirectory const& directory, std::string const& original,
                   std::function<void()> const& edit) {
     auto const run = [&directory, &original, edit](benchmark::State& state) {

@@ -1,5 +1,5 @@
 /// @file
-/// Table 3: patterns made to cost time, against the length of the address.
+/// Patterns made to cost time, against the length of the address.
 
 #include <array>
 #include <cmath>
@@ -18,7 +18,7 @@ namespace bench {
 namespace {
 
 constexpr std::array<std::size_t, 7> kLengths{64, 128, 256, 512, 1024, 2048, 4096};
-constexpr std::size_t kFirstFitted = 3; // Below it constant costs hide the growth.
+constexpr std::size_t kFirstFitted = 3; // For shorter ones constant costs hide the growth.
 constexpr char const* kEngines[] = {"decision", "with counts", "PCRE2", "RE2"};
 
 std::string Repeat(std::string const& text, std::size_t times) {
@@ -34,15 +34,15 @@ struct Family {
     std::size_t count;
     std::string start;
     std::string end;
-    char taken; // A character that the piece can take, and one that it cannot.
-    char refused;
+    char taken;   // A character that the piece can take,
+    char refused; // and one that it cannot.
 
     std::string Title() const { return fmt::format("{} x {}", name, count); }
     std::string Pattern() const { return start + Repeat(piece, count) + end; }
 
-    /// Nothing but what the pieces take; the same with a fitting end in its middle; and ever again
-    /// one less than the pieces need, with a fitting end at the end, which no look at the last
-    /// character tells from a match.
+    /// Three addresses: nothing but what the pieces take; the same with the right end in the
+    /// middle; and again and again one character less than the pieces need, with the right end at
+    /// the end, so that its last character does not give it away.
     std::array<std::string, 3> Addresses(std::size_t length) const {
         std::string const run(length, taken);
         std::string middle = run;
@@ -54,7 +54,7 @@ struct Family {
     std::string Scarce(std::size_t length) const {
         std::string address(length, refused);
         for (std::size_t i = 0; i < length; ++i) {
-            // The "a" may stand anywhere, the texts of range expressions only side by side.
+            // The "a" can be anywhere, the texts of range expressions have to be side by side.
             bool const takes = piece == "*a" ? i + 1 < count : i % count != 0;
             if (takes)
                 address[i] = taken;
@@ -64,8 +64,7 @@ struct Family {
     }
 };
 
-// The items of the range expression accept the same texts everywhere: between equally wide ends
-// stand digits only.
+// Items between ends of the same width accept digits only, in every engine.
 constexpr char const* kRange = "<1-9,10-99,100-999>";
 
 std::vector<Family> Families() {
@@ -77,7 +76,7 @@ std::vector<Family> Families() {
     return families;
 }
 
-using Matcher = std::function<int(std::string const&)>; // 1, 0, or below when it gave up.
+using Matcher = std::function<int(std::string const&)>; // Yes 1, no 0; less when it gave up.
 
 Matcher MakeMatcher(std::string const& engine, std::string const& pattern, Bench const& bench) {
     auto const& assistant = bench.assistant;
@@ -101,7 +100,7 @@ Matcher MakeMatcher(std::string const& engine, std::string const& pattern, Bench
     };
 }
 
-/// Whether the engine comes to an answer for every address; throws when one is wrong.
+/// Returns whether the engine has an answer for every address. Throws when one is wrong.
 bool Answers(Family const& family, std::size_t length, Matcher const& matcher,
              Matcher const& library) {
     for (std::string const& address : family.Addresses(length)) {
@@ -129,8 +128,8 @@ void Register(Bench const& bench, Family const& family, char const* engine, std:
         ->MinTime(bench.isQuick ? 0.0005 : 0.002);
 }
 
-/// The exponent of the growth: the slope of the straight line through the logarithms, by least
-/// squares.
+/// Returns the exponent of the growth: the slope of the straight line through the logarithms that
+/// least squares give.
 double Growth(std::vector<double> const& times) {
     double sumX = 0, sumY = 0, sumXX = 0, sumXY = 0;
     std::size_t const count = kLengths.size() - kFirstFitted;

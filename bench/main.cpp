@@ -1,6 +1,7 @@
 /// @file
-/// Measures, prints the tables, and says which targets are met.
-/// Usage: callrecording_bench [--quick] [--write DIRECTORY]
+/// Measures, prints the tables, and says which targets are met. With --write the summary is written
+/// into a document.
+/// Usage: callrecording_bench [--quick] [--write FILE]
 
 #include <cstdio>
 #include <cstring>
@@ -42,8 +43,8 @@ std::string Machine() {
                        gnu_get_libc_version());
 }
 
-/// Measures everything. With a directory, its performance.md and performance.svg are made anew.
-void Run(bool isQuick, char const* directory) {
+/// Measures everything. The summary is written into the document at path unless that is null.
+void Run(bool isQuick, char const* path) {
     RuleDirectory const rules;
     CallRecordingUtils::CCallRecordingAssistant assistant(false);
     auto const closeDb = [](CCallRecordingDB*) { CCallRecordingDB::CloseInstance(); };
@@ -53,16 +54,14 @@ void Run(bool isQuick, char const* directory) {
     Document document;
     Bench const bench{rules, assistant, *db, targets, document, isQuick};
     document.Add("machine", Machine());
-    std::string const plot = MeasureDecisions(bench);
+    MeasureDecisions(bench);
     MeasureHostilePatterns(bench);
     MeasureFiles(bench);
     MeasureMemory(bench);
     MeasureIndex(bench);
     document.Add("targets", targets.Table());
-    if (directory == nullptr)
-        return;
-    document.WriteInto(directory + std::string("/performance.md"));
-    RuleDirectory::Write(directory + std::string("/performance.svg"), plot);
+    if (path != nullptr)
+        document.WriteInto(path, {"machine", "summary"});
 }
 
 } // namespace
@@ -80,19 +79,19 @@ void Bench::Load(std::vector<Rule> const& rules) const {
 
 int main(int argc, char** argv) {
     bool isQuick = false;
-    char const* directory = nullptr;
+    char const* path = nullptr;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--quick") == 0) {
             isQuick = true;
         } else if (std::strcmp(argv[i], "--write") == 0 && i + 1 < argc) {
-            directory = argv[++i];
+            path = argv[++i];
         } else {
-            fmt::print(stderr, "Usage: callrecording_bench [--quick] [--write DIRECTORY]\n");
+            fmt::print(stderr, "Usage: callrecording_bench [--quick] [--write FILE]\n");
             return 2;
         }
     }
     try {
-        bench::Run(isQuick, directory);
+        bench::Run(isQuick, path);
         return 0;
     } catch (std::exception const& failure) {
         fmt::print(stderr, "{}\n", failure.what());

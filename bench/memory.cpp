@@ -1,5 +1,5 @@
 /// @file
-/// Table 6: what a decision and a loaded rule take from the heap, and the size of the library.
+/// What a decision and a loaded rule take from the heap, and the size of the library.
 
 #include <algorithm>
 #include <cstddef>
@@ -13,9 +13,9 @@
 #include "engines.h"
 #include "rules.h"
 
-// The whole process allocates through these: the executable's symbols come before those of the C
-// library, for the shared library under test as well.
-// NOLINTBEGIN(readability-identifier-naming): names of the C library.
+// The whole process allocates through these functions, and so does the shared library: the symbols
+// of the executable come before those of the C library. NOLINTBEGIN(readability-identifier-naming):
+// names of the C library.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
@@ -32,7 +32,7 @@ struct Allocations {
 };
 
 thread_local Allocations allocations;
-thread_local std::size_t liveBytes = 0; // With what the heap adds to each; of one thread's work.
+thread_local std::size_t liveBytes = 0; // With what the heap adds to each allocation.
 
 void* Add(void* memory, std::size_t size) {
     ++allocations.count;
@@ -76,8 +76,8 @@ std::size_t LiveBytes() {
 
 namespace {
 
-/// The most that one of the calls allocates. Each is decided twice, so that the caller's record has
-/// grown when the second decision is counted.
+/// Returns the most that one of the calls allocates. Each is decided twice, and the second decision
+/// is counted: by then the texts of the caller's record have grown.
 Allocations MostOfADecision(Engine& engine, std::vector<Call> const& calls) {
     Allocations most;
     for (Call const& call : calls) {
@@ -125,7 +125,7 @@ void MeasureMemory(Bench const& bench) {
             std::size_t const bytes = (LiveBytes() - before) / size;
             Allocations const most =
                 MostOfADecision(*MakeLibrary(bench.assistant), CallsOfType(list, row.type));
-            // Ten rules are too few to tell their bytes from what the heap keeps at hand anyway.
+            // Of ten rules the bytes cannot be told from what the heap keeps in reserve.
             table += fmt::format("{:<29} {:>6} {:>11} {:>9} {:>14}\n", row.name, size, most.count,
                                  most.bytes, size == 10 ? "" : std::to_string(bytes));
             if (row.type == CALL_TYPE_NUMBER)

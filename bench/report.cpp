@@ -61,16 +61,16 @@ void Document::Add(std::string const& name, std::string const& text) {
     tables_[name] += text;
 }
 
-void Document::WriteInto(std::string const& path) const {
+void Document::WriteInto(std::string const& path, std::vector<std::string> const& names) const {
     std::ifstream in(path);
     std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    for (auto const& [name, table] : tables_) {
+    for (std::string const& name : names) {
         std::string const mark = fmt::format("<!-- {} -->\n```\n", name);
         std::size_t const begin = text.find(mark);
         std::size_t const end = text.find("```", begin + mark.size());
         if (begin == std::string::npos || end == std::string::npos)
             throw std::runtime_error(fmt::format("{}: no block for {}", path, name));
-        text.replace(begin + mark.size(), end - begin - mark.size(), table);
+        text.replace(begin + mark.size(), end - begin - mark.size(), tables_.at(name));
     }
     std::ofstream out(path, std::ios::trunc);
     if (!out.write(text.data(), static_cast<std::streamsize>(text.size())).flush())

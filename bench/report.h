@@ -1,5 +1,5 @@
 /// @file
-/// Collects what Google Benchmark measures, and the tables that are printed and documented.
+/// Collects what Google Benchmark measures, and the tables that are printed.
 
 #ifndef BENCH_REPORT_H
 #define BENCH_REPORT_H
@@ -12,12 +12,11 @@
 
 namespace bench {
 
-/// The nanoseconds of an iteration of each benchmark, by its name: once for every round.
+/// For each benchmark, by its name, the nanoseconds of an iteration: one value a round.
 class Results : public benchmark::BenchmarkReporter {
   public:
-    /// Runs all registered benchmarks the given number of times, one after the other in each round,
-    /// so that a disturbance of the machine spoils one round of many benchmarks and no median. Then
-    /// forgets the benchmarks.
+    /// Runs all registered benchmarks, once each in a round, so that a disturbance of the machine
+    /// spoils one round of many benchmarks and no median. Then forgets the benchmarks.
     void RunRounds(int rounds);
 
     bool Has(std::string const& name) const { return times_.count(name) != 0; }
@@ -30,7 +29,7 @@ class Results : public benchmark::BenchmarkReporter {
     std::map<std::string, std::vector<double>> times_;
 };
 
-/// What is to be reached, what was measured, and whether that is enough.
+/// The targets: what is to be reached, what was measured, and whether that meets it.
 class Targets {
   public:
     void AtLeast(std::string const& what, double bound, double measured, char const* unit = "x");
@@ -44,15 +43,15 @@ class Targets {
     std::string lines_;
 };
 
-/// What a run says, table by table.
+/// The tables of a run.
 class Document {
   public:
-    /// Prints text, and keeps it as the table of a name.
+    /// Prints text, and appends it to the table with this name.
     void Add(std::string const& name, std::string const& text);
 
-    /// Writes every table into the file at path, in the place of what stands there between the
-    /// fences of the block that follows the line "<!-- name -->". Throws when a block is missing.
-    void WriteInto(std::string const& path) const;
+    /// Writes some tables into the file at path, each into the fenced block after the line
+    /// "<!-- name -->", whose old text it replaces. Throws when there is no such block.
+    void WriteInto(std::string const& path, std::vector<std::string> const& names) const;
 
   private:
     std::map<std::string, std::string> tables_;

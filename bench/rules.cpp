@@ -19,7 +19,7 @@ struct Sample {
     std::string address;
 };
 
-/// A side of a rule and of a call that it matches.
+/// A side of a rule, and of a call that it matches.
 struct Side {
     std::string pattern;
     CallType ruleType;
@@ -60,7 +60,7 @@ class Generator {
         return {pattern, CALL_TYPE_SIP, {user, {}, host, Below(2) == 0 ? port : ""}, CALL_TYPE_SIP};
     }
 
-    /// The called side of a mix in which all are of one kind.
+    /// The called side in a mix of only one kind.
     Side SideOf(Mix mix) {
         std::string const digits = Digits(6 + Below(4));
         Sample sample{digits, digits};
@@ -206,7 +206,7 @@ std::size_t Margin(RuleList const& list) {
     return std::max<std::size_t>(3, list.rules.size() / 10);
 }
 
-/// Calls that meet a rule list which was made for others: as likely as any to match by chance.
+/// Calls that were made for another list of the same mix: they match only by chance.
 std::vector<Call> ForeignCalls(RuleList const& list) {
     std::vector<Call> calls = MakeRules(list.mix, 1000, list.hasRanges, 2).examples;
     if (list.mix != Mix::BothSides)
@@ -219,7 +219,7 @@ std::vector<Call> ForeignCalls(RuleList const& list) {
     return calls;
 }
 
-/// A number that the pattern's exclusion alone keeps from matching.
+/// A number that would match but for the exclusion in the pattern.
 std::string ExcludedNumber(std::string const& pattern) {
     std::size_t const excluded = pattern.find('!') + 1;
     std::size_t const close = pattern.find_first_of("]>", excluded);
@@ -286,7 +286,7 @@ std::vector<CallGroup> MakeCalls(RuleList const& list,
     int const margin = static_cast<int>(Margin(list));
     auto const gather = [&](char const* name, std::vector<Call> const& from, int first, int last) {
         CallGroup group{name, {}};
-        // A step that meets every call, in an order without a pattern.
+        // A step that comes to every call, in no particular order.
         for (std::size_t i = 0; group.calls.size() < std::size_t{kCallsInGroup}; ++i) {
             if (i == 8 * from.size() + 1000)
                 throw std::runtime_error(fmt::format("too few calls match {}", name));

@@ -1,5 +1,5 @@
 /// @file
-/// The rule lists that are timed, and the calls that they decide.
+/// The rule lists that are timed, and calls for them.
 
 #ifndef BENCH_RULES_H
 #define BENCH_RULES_H
@@ -22,7 +22,7 @@ struct Call {
     CallType callerType;
     CallParams called;
     CallType calledType;
-    int decidedBy = -1; ///< Place of the rule in the list, -1 for none, once that is known.
+    int decidedBy = -1; ///< Once that is known, the place of the rule in the list; -1 for none.
 };
 
 enum class Mix {
@@ -38,23 +38,23 @@ enum class Mix {
     Middle,     ///< Digits between two "*".
 };
 
-/// The name of a mix, as the tables show it.
+/// Returns the name of a mix in the tables.
 char const* NameOf(Mix mix);
 
-/// Whether range expressions are among the patterns of a mix.
+/// Returns whether some patterns of a mix have range expressions.
 bool MixHasRanges(Mix mix);
 
 struct RuleList {
     Mix mix;
-    bool hasRanges; ///< Range expressions, which a glob cannot say, are among the patterns.
+    bool hasRanges; ///< Some patterns have range expressions, which globs do not have.
     std::vector<Rule> rules;
-    std::vector<Call> examples; ///< For every rule a call that it matches.
+    std::vector<Call> examples; ///< A call for each rule, which the rule matches.
 };
 
 /// Always the same list for the same arguments. The identifier of a rule is its place in the list.
 RuleList MakeRules(Mix mix, std::size_t size, bool withRanges, unsigned seed = 1);
 
-/// The rules as the rule file has them.
+/// Returns the rules as they are written in the rule file.
 std::string RuleFileText(std::vector<Rule> const& rules);
 
 constexpr int kCallsInGroup = 64;
@@ -64,12 +64,12 @@ struct CallGroup {
     std::vector<Call> calls;
 };
 
-/// Groups of calls that a rule decides in the first tenth of the list (the first three rules of
-/// ten), in its last tenth, and that none decides. decide is the library's decision.
+/// Returns three groups of calls: decided by a rule in the first tenth of the list (of ten rules:
+/// by the first three), by one in the last tenth, and by none. decide is the library's decision.
 std::vector<CallGroup> MakeCalls(RuleList const& list,
                                  std::function<int(Call const&)> const& decide);
 
-/// Calls of all kinds, near misses among them, to compare answers with.
+/// Returns calls of all kinds, near misses among them, for comparing the engines.
 std::vector<Call> MakeRandomCalls(RuleList const& list, std::size_t count);
 
 } // namespace bench

@@ -24,7 +24,7 @@ Texts Split(std::string_view list) {
     return items;
 }
 
-/// The character class of a set, its exclusions taken out.
+/// The character class of a set, without what is excluded.
 std::string ClassText(std::string_view items) {
     bool isIn[256] = {};
     bool isOut[256] = {};
@@ -46,7 +46,7 @@ std::string ClassText(std::string_view items) {
     return text + "]";
 }
 
-/// The numbers from low to high, both of one width.
+/// An expression for the numbers from low to high, which have one width.
 std::string DigitsBetween(std::string const& low, std::string const& high) {
     std::size_t const rest = low.size() - 1;
     std::string const nines(rest, '9');
@@ -73,7 +73,7 @@ std::string DigitsBetween(std::string const& low, std::string const& high) {
     return fmt::format("(?:{})", fmt::join(parts, "|"));
 }
 
-/// The parts of the range from low to high that are left without the excluded numbers of its width.
+/// Expressions for the numbers from low to high without the excluded ones.
 Texts Pieces(std::string const& low, std::string const& high, Texts excluded) {
     int const width = static_cast<int>(low.size());
     Texts pieces;

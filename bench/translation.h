@@ -1,7 +1,6 @@
 /// @file
-/// The patterns of the library, written for other engines. Only what rules.cpp and hostile.cpp
-/// generate is understood, and addresses of digits are taken for granted where a range of numbers
-/// stands.
+/// Translates patterns for other engines: only such as rules.cpp and hostile.cpp make, and for
+/// addresses that have digits wherever a pattern has a range of numbers.
 
 #ifndef BENCH_TRANSLATION_H
 #define BENCH_TRANSLATION_H
@@ -13,18 +12,18 @@
 
 namespace bench {
 
-/// The text that a side of a rule is matched with: a SIP pattern without a port takes any.
+/// Returns the pattern of a side of a rule, completed: a SIP pattern without a port takes any port.
 std::string SidePattern(std::string const& pattern, CallType type);
 
-/// Where a range expression excludes a number: a negative lookahead, or, for an engine that has
-/// none, the ranges before and behind it.
+/// How to exclude a number from a range: by a negative lookahead or, for engines without them, by
+/// splitting the range in two.
 enum class Exclusion { Lookahead, Split };
 
-/// A regular expression for the whole address, without anchors. anyOne is the expression for any
-/// one character.
+/// Returns a regular expression for the whole address, without anchors. anyOne is the expression
+/// for any one character.
 std::string ToRegex(std::string_view pattern, Exclusion exclusion, std::string const& anyOne = ".");
 
-/// A pattern of fnmatch(3). REQUIRES: pattern has no range expression.
+/// Returns a pattern for fnmatch(3). REQUIRES: pattern has no range expression.
 std::string ToGlob(std::string_view pattern);
 
 } // namespace bench

@@ -1,6 +1,6 @@
 /// @file
-/// Fuzzes checks and matching: the first line of an input is a pattern in either form, and an item
-/// list and a range expression as well; the rest is an address.
+/// Fuzzes pattern checks and matching. The first line of an input is used as a pattern in either
+/// form and as a range expression; the rest is an address.
 
 #include "Fuzzing.h"
 
@@ -28,7 +28,7 @@ void CheckReason(std::optional<PatternRejection> const& rejection, bool isReject
 void CompareMatchers(CCallRecordingAssistant const& assistant, std::string const& address,
                      std::string const& pattern) {
     auto const answer = SlowMatcher::LibraryMatch(assistant, address, pattern);
-    // Where the slow matcher would take too long, the library's still has to come to an end.
+    // If the slow matcher would take too long, the library's still has to come to an end.
     Require(pattern.size() * address.size() * address.size() >= 500000 ||
                 answer == SlowMatcher::Match(assistant, address, pattern),
             "both matchers agree", pattern + " against " + address);
@@ -42,7 +42,7 @@ void CompareMatchers(CCallRecordingAssistant const& assistant, std::string const
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    // Whether rules are loaded, and which, makes no difference here.
+    // Which rules are loaded, if any, makes no difference here.
     static CCallRecordingAssistant const assistant(false);
     auto const [text, address] = fuzzing::Texts(data, size);
     CheckReason(ExplainRange(text), !IsRangeCorrect(text), text);

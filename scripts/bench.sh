@@ -1,18 +1,23 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds in release mode, and prints the benchmark's tables. Takes about ten
-# minutes of an idle machine; --quick takes a third of that, leaves the longest lists out and is less
-# steady. With --write the tables and the plot in docs/ are made anew.
+# minutes on an idle machine; --quick takes a third of that, leaves out the longest lists and is less
+# steady. With --write the table and the plot of docs/performance.md are replaced.
 # Usage: bench.sh [--quick] [--write]
 set -euo pipefail
 
 source=$(cd "$(dirname "$0")/.." && pwd)
+docs=$source/docs
 options=()
+plot=false
 for option in "$@"; do
     options+=("$option")
-    [ "$option" != --write ] || options+=("$source/docs")
+    if [ "$option" = --write ]; then
+        options+=("$docs/performance.md")
+        plot=true
+    fi
 done
 "$source/scripts/install-packages.sh" g++ make cmake pkg-config libbenchmark-dev libfmt-dev \
-    libinih-dev libpcre2-dev libre2-dev
+    libinih-dev libpcre2-dev libre2-dev gnuplot-nox
 build=$source/build-bench
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
@@ -24,4 +29,7 @@ if ! { cmake -S "$source" -B "$build" -DCMAKE_BUILD_TYPE=Release \
 fi
 cd "$build" # The rule files of the run are made here and removed at its end.
 bench/callrecording_bench "${options[@]}"
+if $plot; then
+    gnuplot -e "data='decisions.dat'; output='$docs/performance.svg'" "$source/bench/plot.gnuplot"
+fi
 bench/analysis_bench

@@ -1,4 +1,4 @@
-// Matching and deciding: item lists, the matcher with its counters, sides of a call, whole rules.
+// Matching and deciding: item lists, the matcher and its counters, sides of a call, whole rules.
 
 #include <gtest/gtest.h>
 
@@ -51,7 +51,7 @@ TEST_F(Matching, GroupsAdmitWholeCandidates) {
         {"a-f", {"a", "c", "f"}, {"g", "A", "ab", "5"}},
         {"a-bc", {"a", "b", "aac"}, {"ac", "c", "bc"}}, // The low part grows to "ac".
         {"1?3,?", {"123", "1x3", "2", "*", "\xff"}, {"13", "1234", "2x3"}},
-        {"5-20", {"5a"}, {"a5", "05"}}, // Valued by the leading digits.
+        {"5-20", {"5a"}, {"a5", "05"}}, // The value is that of the leading digits.
         {"1-2,1-3,?-1-0", {"3", "10"}, {"5", "11"}},
         {"5-99999999999", {"2147483648"}, {"4"}},
         {"1,{,2-", {"1", "2"}, {"{", "-"}},
@@ -84,7 +84,7 @@ TEST_F(Matching, GroupsAdmitWholeCandidates) {
 TEST_F(Matching, MatchesWithTheCountsOfTheShortestRuns) {
     struct {
         char const *pattern, *address;
-        Counts counts; // What the match adds.
+        Counts counts; // What the match adds to them.
     } const rows[] = {
         {"", "", {}},
         {"*45", "4512345", {2, 0, 0, 0, 0, 0, 1}},
@@ -92,7 +92,7 @@ TEST_F(Matching, MatchesWithTheCountsOfTheShortestRuns) {
         {"[1-3]5", "25", {1, 1, 0, 0, 1, 0, 0}},
         {"[a-c,!b]", "c", {0, 1, 0, 0, 1, 0, 0}},
         {"9<1-20>", "915", {1, 2, 0, 0, 0, 1, 0}}, // The 1 of 15, then what remains.
-        {"<1,12>", "12", {0, 3, 0, 0, 0, 1, 0}},   // What 1 consumed of 12 stays counted.
+        {"<1,12>", "12", {0, 3, 0, 0, 0, 1, 0}},   // What 1 consumed of 12 still counts.
         {"<?,?4><?,?4>5", "4445", {1, 1, 0, 3, 0, 2, 0}},
         {"*[1,?]*2", "3112", {1, 0, 0, 1, 1, 0, 2}},
         {"<?3,?>*[2,?]", "123", {0, 0, 0, 2, 1, 1, 1}},
@@ -128,7 +128,7 @@ TEST_F(Matching, MatchesWithTheCountsOfTheShortestRuns) {
         EXPECT_FALSE(assistant.IsCharacter(text)) << text;
 }
 
-/// Every text of at most length pieces.
+/// Returns every text of at most `length` pieces.
 std::vector<std::string> Texts(int length, std::vector<std::string> const& pieces) {
     std::vector<std::string> texts{""};
     for (auto const& shorter : length > 0 ? Texts(length - 1, pieces) : std::vector<std::string>{})
@@ -148,7 +148,7 @@ TEST_F(Matching, AgreesWithASlowMatcher) {
                     << pattern << tail << " against " << address;
 }
 
-// Where rows of positions take several words, and runs several digits.
+// With rows of positions that take several words, and runs of several digits.
 TEST_F(Matching, AgreesWithASlowMatcherOverLongAddresses) {
     std::mt19937 random(1);
     auto const below = [&](std::size_t bound) { return random() % bound; };
@@ -165,7 +165,7 @@ TEST_F(Matching, AgreesWithASlowMatcherOverLongAddresses) {
         auto const answer = SlowMatcher::LibraryMatch(assistant, address, pattern);
         ASSERT_EQ(SlowMatcher::Match(assistant, address, pattern), answer)
             << pattern << " against " << address;
-        // What a decision asks comes without the counts.
+        // A decision asks for no counts.
         ASSERT_EQ(assistant.IsSideMatched({address, {}, "", ""}, CALL_TYPE_NUMBER, pattern,
                                           CALL_TYPE_NUMBER),
                   answer.has_value());
@@ -181,7 +181,7 @@ TEST_F(Matching, AgreesWithASlowMatcherOverLongAddresses) {
     EXPECT_GT(matched, 100);
 }
 
-// Nothing here may take long or much stack: the caller chooses the address.
+// Nothing here may take much time or stack: callers choose their addresses.
 TEST_F(Matching, HostileTextsEndSoon) {
     auto const repeated = [](int times, char const* part) {
         std::string text;
@@ -269,7 +269,7 @@ TEST_F(Matching, TheFirstEnabledRuleWithBothSidesDecides) {
                                              {"201", "0041", &second},
                                              {"201", "100", &kB},
                                              {"300", "00441", &kB}}) {
-        CallRecordingRuleParams rule = kB; // Which stays where there is none.
+        CallRecordingRuleParams rule = kB; // Stays as it is if no rule decides.
         EXPECT_EQ(assistant.IsCallRecordingAllowed({from, {}, "", ""}, CALL_TYPE_NUMBER,
                                                    {to, {}, "", ""}, CALL_TYPE_NUMBER, &rule),
                   expected != &kB);
@@ -277,7 +277,7 @@ TEST_F(Matching, TheFirstEnabledRuleWithBothSidesDecides) {
     }
 }
 
-/// The identifiers of the rules that decide some calls, by a look at every rule.
+/// Returns the identifiers of the rules that decide some calls, found by testing every rule.
 std::string DecidedOneByOne(CCallRecordingAssistant const& assistant,
                             std::vector<CallRecordingRuleParams> const& rules) {
     std::string ids;
@@ -310,7 +310,7 @@ std::string Decided(CCallRecordingAssistant& assistant) {
     return ids;
 }
 
-// Whatever is done to rules, list and file, a decision is what a look at every rule gives.
+// Whatever is done to rules, list and file, a decision is what testing every rule gives.
 TEST_F(Matching, DecisionsFollowWhateverIsDoneToTheRules) {
     std::string text;
     for (int id = 0; id < 120; ++id) {
@@ -416,6 +416,19 @@ TEST_F(Matching, SipAddressesSplitAtTheirLastSeparators) {
     std::string text = "1@2:3", host;
     EXPECT_TRUE(assistant.ParseSIPAddress(text, text, host)); // An output may be the input.
     EXPECT_EQ(text + "|" + host, "1|2:3");
+    // Without a port, the output for it is emptied first. So one text for user and port gets the
+    // user, and one text for address and port is empty when it is split.
+    text = "1@2";
+    std::string both = "p";
+    EXPECT_TRUE(assistant.ParseSIPAddress(text, both, host, both));
+    EXPECT_EQ(both + "|" + host, "1|2");
+    EXPECT_FALSE(assistant.ParseSIPAddress(text, both, host, text));
+    EXPECT_EQ(text + "|" + both + "|" + host, "|1|2");
+    text = "1@2:3";
+    EXPECT_TRUE(assistant.ParseSIPAddress(text, both, host, text));
+    EXPECT_EQ(text + "|" + both + "|" + host, "3|1|2");
+    EXPECT_TRUE(assistant.ParseSIPAddress("1@2:3", both, host, both));
+    EXPECT_EQ(both, "3");
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// Holds off the cancellation of the running thread for a scope.
+// Delays the cancellation of the running thread until the end of a scope.
 
 #ifndef COMMON_CANCELLATIONHELD_H
 #define COMMON_CANCELLATIONHELD_H
@@ -7,9 +7,9 @@
 
 namespace CallRecordingUtils {
 
-/// A cancelled thread unwinds in the middle of whatever system call it makes. That would leave an
-/// edit half made, and end the process where the unwinding meets a function that lets nothing out.
-/// Held off, a request waits for the next cancellation point behind the scope.
+/// A cancelled thread unwinds in the middle of a system call. That would leave an edit half done,
+/// and end the process if the unwinding reached a noexcept function. Inside the scope a request
+/// waits; it takes effect at the next cancellation point after it.
 class CancellationHeld {
   public:
     CancellationHeld() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_); }

@@ -1,4 +1,4 @@
-// Holds a ThreadMutex for a scope, so that every way out of it unlocks.
+// Locks a ThreadMutex until the end of a scope, however the scope is left.
 
 #ifndef COMMON_MUTEXGUARD_H
 #define COMMON_MUTEXGUARD_H

@@ -1,4 +1,4 @@
-// The alphabet of the pattern language. Whoever asks what a character means in a pattern asks here.
+// The alphabet of the pattern language: what a character means in a pattern.
 
 #ifndef LANGUAGE_CHARACTERS_H
 #define LANGUAGE_CHARACTERS_H
@@ -9,7 +9,7 @@
 
 namespace CallRecordingUtils {
 
-// ASCII tests of our own: <cctype> follows the locale that the host process has set.
+// Not <cctype>, which follows the locale that the host process has set.
 constexpr bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -17,7 +17,7 @@ constexpr bool IsLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-/// The kinds of characters that ranges run over; the two ends of a range are of one kind.
+/// The kinds of characters that ranges are made of. The two ends of a range are of one kind.
 enum class SymbolKind { Digit, Capital, Small, Other };
 constexpr SymbolKind KindOf(char c) {
     if (IsDigit(c))
@@ -27,15 +27,15 @@ constexpr SymbolKind KindOf(char c) {
     return c <= 'Z' ? SymbolKind::Capital : SymbolKind::Small;
 }
 
-/// Punctuation that stands for itself in both forms of a pattern.
+/// Punctuation that means itself in both forms of a pattern.
 inline constexpr std::string_view kPunctuation = "'_+=/~().;$&";
 
-/// The characters that the entry form escapes with a backslash, and the code that the stored form
-/// holds for each, in the same order. The matcher takes a code for the literal that it is.
+/// The characters that the entry form escapes with a backslash, and in the same order the codes
+/// that the stored form has in their place. To the matcher a code is a literal like any other.
 inline constexpr std::string_view kEscapedCharacters = "*?,-!";
 inline constexpr std::string_view kEscapeCodes = "#^@%:";
 
-/// What has a meaning of its own in the entry form, once the escapes are stored.
+/// The characters that have a meaning of their own in the entry form. (Escapes are replaced first.)
 inline constexpr std::string_view kEntrySyntax = "[]{}*?,-!";
 
 constexpr bool Contains(std::string_view characters, char c) {
@@ -53,12 +53,12 @@ constexpr std::array<bool, 256> MakeLiteralTable() {
 }
 inline constexpr std::array<bool, 256> kIsLiteral = MakeLiteralTable();
 
-/// Whether c is a literal: stands for itself in the stored form.
+/// Returns whether c is a literal, that is, means itself in the stored form.
 constexpr bool IsLiteral(char c) {
     return kIsLiteral[static_cast<unsigned char>(c)];
 }
 
-/// Whether c may occur in the entry form of a pattern, once the escapes are stored.
+/// Returns whether c may occur in the entry form of a pattern whose escapes have been replaced.
 constexpr bool IsEntryCharacter(char c) {
     return IsLiteral(c) || Contains(kEntrySyntax, c);
 }

@@ -1,5 +1,5 @@
-// Reads a pattern in the stored form into its elements. Whoever needs to know where a group ends
-// asks here.
+// Reads the elements of a pattern in the stored form. This is the only place that knows where a
+// group ends.
 
 #ifndef LANGUAGE_ELEMENTS_H
 #define LANGUAGE_ELEMENTS_H
@@ -13,8 +13,8 @@
 namespace CallRecordingUtils {
 
 enum class Construct {
-    End,      // Nothing is left.
-    Literal,  // One character, which stands for itself.
+    End,      // The end of the pattern.
+    Literal,  // One character, which means itself.
     AnyOne,   // "?"
     Set,      // "[items]"
     AnyRun,   // "*"
@@ -25,11 +25,11 @@ enum class Construct {
 
 struct Element {
     Construct construct;
-    std::size_t begin; // Where in the pattern it stands.
-    std::size_t end;   // Where the next one does; begin when the reading ends here.
+    std::size_t begin; // Where in the pattern it begins.
+    std::size_t end;   // Where the next one begins; the same as begin if there is no next one.
 };
 
-/// Returns the element of pattern at the place at, which is at most the length of pattern.
+/// Returns the element of pattern that begins at `at`. REQUIRES: at is not past the end.
 inline Element ReadElement(std::string_view pattern, std::size_t at) {
     if (at == pattern.size())
         return {Construct::End, at, at};
@@ -49,7 +49,7 @@ inline Element ReadElement(std::string_view pattern, std::size_t at) {
 /// Returns how many literals pattern and address both begin with.
 inline std::size_t SharedLiterals(std::string_view pattern, std::string_view address) {
     std::size_t const size = pattern.size() < address.size() ? pattern.size() : address.size();
-    constexpr std::size_t kTogether = 8; // Compared in one go: nothing is compared more often.
+    constexpr std::size_t kTogether = 8; // Compared at once: no comparison is made more often.
     auto const areLiterals = [](char const* text) {
         bool all = true;
         for (std::size_t i = 0; i < kTogether; ++i)
@@ -66,20 +66,20 @@ inline std::size_t SharedLiterals(std::string_view pattern, std::string_view add
     return shared;
 }
 
-/// Returns whether address begins with the literals that pattern begins with, of which only a few
-/// are compared: most others would only be compared again. Where it does not, the pattern cannot
-/// match.
+/// Returns whether address begins with the literals that pattern begins with. If it does not, the
+/// pattern cannot match. Only the first few are compared, since the matcher compares them all
+/// again.
 inline bool BeginsWithLiteralsOf(std::string_view pattern, std::string_view address) {
     if (pattern.empty() || !IsLiteral(pattern.front()))
         return true;
-    if (address.empty() || pattern.front() != address.front()) // Where most comparisons end.
+    if (address.empty() || pattern.front() != address.front()) // Most comparisons end here.
         return false;
     constexpr std::size_t kFew = 16;
     std::size_t const shared = SharedLiterals(pattern.substr(0, kFew), address);
     return shared == kFew || shared == pattern.size() || !IsLiteral(pattern[shared]);
 }
 
-/// Whether the element takes exactly one character of an address.
+/// Returns whether an element of this kind takes exactly one character.
 constexpr bool IsStep(Construct construct) {
     return construct == Construct::Literal || construct == Construct::AnyOne ||
            construct == Construct::Set;

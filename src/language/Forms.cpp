@@ -1,5 +1,4 @@
-// Converts patterns between their two forms, and finds the way back from a place in one to the
-// other.
+// Converts patterns between their two forms, and finds a position of one form in the other.
 
 #include "language/Forms.h"
 
@@ -28,8 +27,8 @@ std::string ToEntryForm(std::string_view stored) {
 }
 
 void StoreEscapes(std::string& pattern) {
-    // One pass leaves what repeated searching for the five escapes would leave. Two escapes never
-    // overlap, since none ends in a backslash; and a code never becomes part of another escape,
+    // One pass gives the same result as searching for each of the five escapes in turn: escapes do
+    // not overlap, since none ends in a backslash, and a code never becomes part of another escape,
     // since it is neither a backslash nor a character that can be escaped.
     std::size_t end = 0;
     for (std::size_t at = 0; at < pattern.size(); ++at) {
@@ -50,7 +49,7 @@ char EscapedCharacter(char code) {
 std::size_t PositionAsWritten(std::string_view written, std::string_view stored,
                               std::size_t position) {
     std::size_t at = 0;
-    // An escape is written with a backslash and stored without, so the two differ at every escape.
+    // The two differ at every escape, which is written with a backslash and stored without one.
     for (std::size_t i = 0; i < position; ++i)
         at += written[at] == stored[i] ? 1 : 2;
     return at;

@@ -1,4 +1,4 @@
-// The two forms of a pattern, and the way from each to the other.
+// The two forms of a pattern, and how to convert one to the other.
 //
 //     entry form       {1-5}    \*  \?  \,  \-  \!
 //     stored form      <1-5>    #   ^   @   %   :
@@ -14,23 +14,23 @@
 
 namespace CallRecordingUtils {
 
-/// What only the entry form holds. In the stored form the matcher stops there.
+/// Characters that only the entry form has. The matcher stops at one in a stored pattern.
 inline constexpr std::string_view kEntryFormOnly = "{}\\";
 
 /// Returns the stored form of a well-formed pattern.
 std::string ToStoredForm(std::string_view entry);
 
-/// Returns the entry form of a pattern. REQUIRES: stored holds nothing of kEntryFormOnly.
+/// Returns the entry form of a pattern. REQUIRES: no character of stored is in kEntryFormOnly.
 std::string ToEntryForm(std::string_view stored);
 
-/// Replaces every escape in pattern by the code that stores it. Other backslashes stay.
+/// Replaces every escape in pattern by its code. Other backslashes stay.
 void StoreEscapes(std::string& pattern);
 
-/// Returns the character that code, one of kEscapeCodes, stores the escape of.
+/// Returns the character whose escape has this code, one of kEscapeCodes.
 char EscapedCharacter(char code);
 
-/// Returns where the character at position of stored, or its end, stands in written.
-/// REQUIRES: StoreEscapes makes stored of written, or the two are equal.
+/// Returns the position in written of the character at position in stored; position may be the end.
+/// REQUIRES: StoreEscapes turns written into stored, or the two are equal.
 std::size_t PositionAsWritten(std::string_view written, std::string_view stored,
                               std::size_t position);
 

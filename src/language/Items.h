@@ -1,4 +1,4 @@
-// Reads an item list, the text between the brackets of a group, into its parts.
+// Reads the parts of an item list, the text between the brackets of a group.
 
 #ifndef LANGUAGE_ITEMS_H
 #define LANGUAGE_ITEMS_H
@@ -13,9 +13,9 @@ namespace CallRecordingUtils {
 
 enum class ItemPart {
     Separator, // ",": the next part begins a new item.
-    Exclusion, // "!": what follows up to the next "," excludes.
+    Exclusion, // "!": what follows, up to the next ",", is excluded.
     AnyOne,    // "?"
-    Literals,  // A run of literals: (a part of) a value, or of the low part of a range.
+    Literals,  // A run of literals, in a value or in the low part of a range.
     ToLetter,  // "-" and the letter that ends the range.
     ToDigits,  // "-" and the run of digits that ends the range.
     StrayDash, // "-" before anything else.
@@ -24,11 +24,11 @@ enum class ItemPart {
 
 struct Part {
     ItemPart kind;
-    std::string_view text; // What was read, without the "-" of ToLetter and ToDigits.
+    std::string_view text; // The part itself, without the "-" of ToLetter and ToDigits.
     std::size_t end;       // Where in the list the next part begins.
 };
 
-/// Returns the length of the run of characters at the start of text that belong to a class.
+/// Returns how many characters at the start of text belong to a class.
 template <bool (*Belongs)(char)>
 constexpr std::size_t RunLength(std::string_view text) {
     std::size_t length = 0;
@@ -37,7 +37,7 @@ constexpr std::size_t RunLength(std::string_view text) {
     return length;
 }
 
-/// Returns the part of list that begins at the place at, which is less than the length of list.
+/// Returns the part of list that begins at `at`. REQUIRES: at is before the end.
 inline Part ReadPart(std::string_view list, std::size_t at) {
     std::string_view const rest = list.substr(at);
     char const c = rest.front();
@@ -60,13 +60,13 @@ inline Part ReadPart(std::string_view list, std::size_t at) {
     return {kind, rest.substr(0, 1), at + 1};
 }
 
-/// Returns where the item that at stands in ends: at the next "," or the end of list.
+/// Returns where the item ends that `at` is in: at the next "," or at the end of list.
 inline std::size_t EndOfItem(std::string_view list, std::size_t at) {
     return std::min(list.find(',', at), list.size());
 }
 
-/// Reads the exclusion items of a list one after the other. Their values run up to the next ",";
-/// that of the last item is the rest of the list, and any "!" in it begins one more exclusion.
+/// Reads the exclusions of a list one after the other. The value of an exclusion ends at the next
+/// ",". In the last item of the list each further "!" begins another exclusion.
 class ExclusionReader {
   public:
     explicit ExclusionReader(std::string_view list) : list_(list) {}
@@ -77,20 +77,20 @@ class ExclusionReader {
         if (mark == std::string_view::npos)
             return false;
         at_ = mark + 1;
-        if (end_ < at_) // Searched for once an item, or the time would grow with the square.
+        if (end_ < at_) // Only once for each item, or the time would be quadratic.
             end_ = EndOfItem(list_, at_);
         value_ = list_.substr(at_, end_ - at_);
         at_ = end_ < list_.size() ? end_ + 1 : at_;
         return true;
     }
 
-    /// What the exclusion excludes: an item list of its own, without a ",".
+    /// What is excluded: an item list of its own, without a ",".
     std::string_view Value() const { return value_; }
 
   private:
     std::string_view const list_;
     std::size_t at_ = 0;
-    std::size_t end_ = 0; // Where the item ends.
+    std::size_t end_ = 0; // Where the current item ends.
     std::string_view value_;
 };
 

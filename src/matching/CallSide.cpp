@@ -1,4 +1,4 @@
-// One side of a call: its address, and the test against one side of a rule.
+// Puts the address of one side of a call together, and tests it against one side of a rule.
 
 #include "matching/CallSide.h"
 
@@ -10,7 +10,7 @@
 namespace CallRecordingUtils {
 namespace {
 
-// Stands for the empty port of a call: a character that no port of digits in a pattern accepts.
+// What an empty port of a call is written as: a character that no digits in a pattern accept.
 constexpr std::string_view kNoPort = "*";
 
 } // namespace
@@ -19,7 +19,7 @@ CallSide::CallSide(CallParams const& params, CallType type) : type_(type) {
     bool const hasUser =
         type == CALL_TYPE_NUMBER || type == CALL_TYPE_NUMBER2 || type == CALL_TYPE_SIP;
     if (hasUser) {
-        // One after the other: to assign the one to the other would read what was just written.
+        // Not one assigned to the other, which would read back what was just written.
         std::string_view const user = params.user;
         addressForAny_ = user;
         address_ = user;
@@ -42,8 +42,8 @@ void CallSide::PutSipAddressTogether(CallParams const& params) {
         text += part.copy(text, part.size());
 }
 
-/// A pattern that names a port is matched as it stands: user, "@", host, ":" and port put together
-/// again are the same text. Others take every port.
+/// A pattern with a port is matched as it is: split into user, host and port and joined again it
+/// would be the same text. A pattern without one takes every port.
 bool CallSide::SatisfiesSip(std::string_view pattern) const {
     std::optional<std::string_view> port;
     std::string_view const userAndHost = SplitPort(pattern, port);
@@ -59,7 +59,7 @@ bool CallSide::Satisfies(std::string_view pattern, CallType ruleType) const {
         return false;
     if (ruleType == CALL_TYPE_SIP)
         return SatisfiesSip(pattern);
-    if (pattern == "*") // The commonest side of all.
+    if (pattern == "*") // The most common side of all.
         return true;
     std::string_view const address = ruleType == CALL_TYPE_ANY ? addressForAny_ : address_;
     return PatternMatcher(address, pattern).Matches();

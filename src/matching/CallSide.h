@@ -16,8 +16,8 @@
 
 namespace CallRecordingUtils {
 
-/// Tests one side of a call against the sides of any number of rules. What the tests need of the
-/// call is put together once.
+/// Tests one side of a call against sides of rules. The texts that the tests need are put together
+/// once, however many rules there are.
 class CallSide {
   public:
     /// params must outlive the object.
@@ -26,10 +26,10 @@ class CallSide {
     CallSide(CallSide const&) = delete;
     CallSide& operator=(CallSide const&) = delete;
 
-    /// A test that costs next to nothing, where most rules of a long list end: by their call type,
-    /// or by the literals that their pattern begins with. When it returns false, the side is not
-    /// satisfied. (A SIP pattern is judged as it is stored: with the port that it lacks it only
-    /// becomes longer.)
+    /// A test that costs next to nothing and refuses most rules of a long list: by their call type,
+    /// or by the literals that their pattern begins with. If it returns false, Satisfies does too.
+    /// (A SIP pattern is tested as it is stored; adding the port that it lacks only makes it
+    /// longer.)
     bool MaySatisfy(std::string_view pattern, CallType ruleType) const {
         if (ruleType == CALL_TYPE_ANY)
             return BeginsWithLiteralsOf(pattern, addressForAny_);
@@ -41,8 +41,8 @@ class CallSide {
 
     CallType Type() const { return type_; }
 
-    /// What rule sides of the call's own type compare with their pattern. For a SIP call it is
-    /// longer than what those of any type compare, User(), and begins with that.
+    /// The text that is compared with patterns for the call's own type, and the text that is
+    /// compared with patterns for any call type. The second is the start of the first.
     std::string_view Address() const { return address_; }
     std::string_view User() const { return addressForAny_; }
 
@@ -51,9 +51,9 @@ class CallSide {
     bool SatisfiesSip(std::string_view pattern) const;
 
     CallType const type_;
-    std::string_view addressForAny_; // What rule sides of any call type compare,
-    std::string_view address_;       // and what those of the call's own type do.
-    // The address of a SIP call stands in the array where it fits, which is nearly always, so that
+    std::string_view addressForAny_; // For rule sides of call type any,
+    std::string_view address_;       // and for those of the call's own type.
+    // The address of a SIP call is in the array if it fits, which it nearly always does, so that
     // nothing is allocated.
     std::array<char, 128> shortSipAddress_;
     std::string longSipAddress_;

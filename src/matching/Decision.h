@@ -1,4 +1,4 @@
-// The recording decision: which rule of a list takes a call.
+// The recording decision: whether a rule takes a call, and which rule of a list does so first.
 
 #ifndef MATCHING_DECISION_H
 #define MATCHING_DECISION_H
@@ -13,7 +13,7 @@ namespace CallRecordingUtils {
 
 /// A call, as the rules see it.
 struct Call {
-    /// The records must outlive the object.
+    /// callerParams and calledParams must outlive the object.
     Call(CallParams const& callerParams, CallType callerType, CallParams const& calledParams,
          CallType calledType)
         : caller(callerParams, callerType), called(calledParams, calledType) {}
@@ -29,22 +29,21 @@ inline bool Takes(CallRecordingRuleParams const& rule, Call const& call) {
            call.called.Satisfies(rule.called_pattern, rule.called_call_type);
 }
 
-/// The same, for rules of which most do not take the call: the cheap tests of both sides come
-/// before the search of either, and the state, which lies in a part of the record that need not be
-/// fetched for most rules, behind them.
-inline bool TakesAfterAll(CallRecordingRuleParams const& rule, Call const& call) {
+/// Returns false for most rules that do not take call, at next to no cost. True says nothing. The
+/// state is not looked at: it lies in another part of the record, which need not be fetched then.
+inline bool MayTake(CallRecordingRuleParams const& rule, Call const& call) {
     return call.caller.MaySatisfy(rule.caller_pattern, rule.caller_call_type) &&
-           call.called.MaySatisfy(rule.called_pattern, rule.called_call_type) && Takes(rule, call);
+           call.called.MaySatisfy(rule.called_pattern, rule.called_call_type);
 }
 
-/// Returns the place of the rule that decides call: the first one in rules, a list of pointers to
-/// records in which null entries are passed over, that takes it; the end of rules when none does.
+/// Walks over rules, a list of pointers to records in which null entries are passed over. Returns
+/// the place of the first one that takes call, which thereby decides; the end when none does.
 template <typename Rules>
-auto DecidingRule(Rules const& rules, Call const& call) {
+auto FirstTaking(Rules const& rules, Call const& call) {
     return std::find_if(
         rules.begin(), rules.end(),
         [&call](CallRecordingRuleParams const* rule) {
-            return rule != nullptr && TakesAfterAll(*rule, call);
+            return rule != nullptr && MayTake(*rule, call) && Takes(*rule, call);
         });
 }
 

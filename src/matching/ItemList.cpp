@@ -1,4 +1,4 @@
-// The items of a group: one walk over the list, consuming the candidate as the items say.
+// Walks over the items of a group and consumes the candidate as they say.
 
 #include "matching/ItemList.h"
 
@@ -12,13 +12,13 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// REQUIRES: neither text is empty. (Most answers fall with the first character.)
+/// REQUIRES: neither text is empty. (The first character alone gives most answers.)
 bool StartsWith(std::string_view text, std::string_view start) {
     return text.front() == start.front() && text.substr(0, start.size()) == start;
 }
 
-/// The low or high part of a range, put together from the runs of its item. All but odd lists
-/// (a-bc) have one run a part, which is only looked at and never copied.
+/// The low or high part of a range, joined from the runs of its item. Only odd items such as a-bc
+/// have more than one run for a part; a single run is borrowed and never copied.
 class RangePart {
   public:
     void Clear() { text_ = {}; }
@@ -38,12 +38,12 @@ class RangePart {
     std::string_view Text() const { return text_; }
 
   private:
-    std::string_view text_;             // Into the list, or into joined_.
-    std::optional<std::string> joined_; // Short ones allocate nothing.
+    std::string_view text_; // Borrowed from the list, or from joined_.
+    std::optional<std::string> joined_;
 };
 
-/// Whether candidate is a number from low to high. A low part such as 00 makes the comparison one
-/// of texts of that width.
+/// Returns whether candidate is a number from low to high. With a low part such as 00, texts of
+/// that width are compared instead.
 bool IsInNumberRange(std::string_view candidate, std::string_view low, std::string_view high) {
     if (candidate.size() < low.size() || candidate.size() > high.size())
         return false;
@@ -55,8 +55,8 @@ bool IsInNumberRange(std::string_view candidate, std::string_view low, std::stri
     return ParseDecimal(low) <= value && value <= ParseDecimal(high);
 }
 
-/// One walk over the parts of an item list with one candidate, one method for each kind of part.
-/// The methods return true when the candidate is accepted.
+/// One walk over the parts of an item list with one candidate. The Take methods, one for each kind
+/// of part, return true when the candidate is accepted.
 class ItemWalk {
   public:
     enum Extent { kManyItems, kOneItem };
@@ -98,8 +98,8 @@ class ItemWalk {
         high_.Clear();
     }
 
-    // Where there is one item only, its end is not searched for: an exclusion value can hold any
-    // number of "!".
+    // The end of an only item is not searched for: the value of an exclusion can hold any number of
+    // "!", and each would search to the end of the list again.
     void SkipItem() { at_ = extent_ == kOneItem ? list_.size() : EndOfItem(list_, at_); }
 
     void FailItem() {
@@ -123,11 +123,12 @@ class ItemWalk {
         }
         remaining_.remove_prefix(low_.Text().size());
         consumed_.symbols += static_cast<std::uint32_t>(low_.Text().size());
-        return EndIfUsedUp(true); // Before a "-" the candidate is the low end of a range.
+        return EndIfUsedUp(true); // A candidate that ends before a "-" is the low end of a range.
     }
 
-    /// Once the candidate is used up, its item accepts it if it ends here as well.
-    bool EndIfUsedUp(bool endsBeforeDash) {
+    /// An item accepts the candidate when both end together. One that goes on when the candidate is
+    /// used up fails.
+    bool EndIfUsedUp(bool mayEndBeforeDash) {
         if (!remaining_.empty())
             return false;
         if (at_ == list_.size())
@@ -135,7 +136,7 @@ class ItemWalk {
         ItemPart const next = ReadPart(list_, at_).kind;
         bool const isDash =
             next == ItemPart::ToLetter || next == ItemPart::ToDigits || next == ItemPart::StrayDash;
-        if (next == ItemPart::Separator || (endsBeforeDash && isDash))
+        if (next == ItemPart::Separator || (mayEndBeforeDash && isDash))
             return true;
         FailItem();
         return false;
@@ -144,7 +145,8 @@ class ItemWalk {
     bool TakeLetterRange(char high) {
         if (candidate_.size() != 1 || !IsLetter(candidate_.front()) || low_.Text().empty())
             return false;
-        char const letter = candidate_.front(); // ASCII, as is low: signedness does not matter.
+        char const letter =
+            candidate_.front(); // ASCII, like low: whether char is signed is no matter.
         if (low_.Text().front() >= letter || letter > high)
             return false;
         ++consumed_.symbols;
@@ -162,51 +164,11 @@ class ItemWalk {
     std::string_view const list_;
     std::string_view const candidate_;
     Extent const extent_;
-    std::string_view remaining_; // Never empty before a part is taken: an item ends when it is.
+    std::string_view remaining_; // Never empty when a part is taken: an item ends when it is.
     std::size_t at_ = 0;
     RangePart low_;
     RangePart high_;
     Consumed consumed_;
-};
-
-/// The lengths of the candidates that one item can accept, found part by part.
-///
-/// An item accepts what its runs and "?" consume in turn, a single letter, or a number no longer
-/// than the high part. A run consumes the whole low part gathered since the last "?", so in an odd
-/// item (ab-cd consumes ab, then abcd) the length can exceed the item's own; hence the sums. The
-/// shortest is told for values and for ranges of numbers, which people write; for others it is 1.
-class ItemLengths {
-  public:
-    void Add(Part const& part) {
-        switch (part.kind) {
-        case ItemPart::AnyOne:
-            low_ = 0;
-            ++consumable_;
-            isOdd_ = isOdd_ || high_ > 0;
-            break;
-        case ItemPart::Literals:
-            consumable_ += low_ += part.text.size();
-            isOdd_ = isOdd_ || high_ > 0;
-            break;
-        case ItemPart::ToDigits:
-            isOdd_ = isOdd_ || parts_ != 1 || low_ == 0;
-            high_ += part.text.size();
-            break;
-        default: isOdd_ = true;
-        }
-        ++parts_;
-    }
-
-    bool IsEmpty() const { return parts_ == 0; }
-    std::size_t Shortest() const { return isOdd_ ? 1 : consumable_; }
-    std::size_t Longest() const { return std::max({std::size_t{1}, consumable_, high_}); }
-
-  private:
-    std::size_t parts_ = 0;
-    std::size_t low_ = 0;
-    std::size_t high_ = 0;
-    std::size_t consumable_ = 0;
-    bool isOdd_ = false; // Neither a value nor a range of numbers.
 };
 
 } // namespace
@@ -228,34 +190,22 @@ bool ExcludesCandidate(std::string_view list, std::string_view candidate) {
 
 bool AdmitsCandidate(std::string_view list, std::string_view candidate, Consumed& consumed) {
     if (candidate.size() == 1) {
-        SymbolItems const symbols = ReadSymbolItems(list, 0, candidate.front());
-        if (symbols.end == list.size()) {
-            consumed = {symbols.admit ? 1U : 0U, 0};
-            return symbols.admit;
+        SymbolAnswer const answer = AskSymbolItems(list, 0, candidate.front());
+        if (answer.end == list.size()) {
+            consumed = {answer.admit ? 1U : 0U, 0};
+            return answer.admit;
         }
     }
     return AcceptsCandidate(list, candidate, consumed) && !ExcludesCandidate(list, candidate);
 }
 
 Lengths CandidateLengths(std::string_view list) {
-    Lengths lengths{std::string_view::npos, 1};
-    ItemLengths item;
-    auto const endItem = [&] {
-        if (!item.IsEmpty())
-            lengths = {std::min(lengths.shortest, item.Shortest()),
-                       std::max(lengths.longest, item.Longest())};
-        item = {};
-    };
-    for (std::size_t at = 0; at < list.size();) {
-        Part const part = ReadPart(list, at);
-        at = part.kind == ItemPart::Exclusion ? EndOfItem(list, part.end) : part.end;
-        if (part.kind == ItemPart::Separator)
-            endItem();
-        else if (part.kind != ItemPart::Exclusion)
-            item.Add(part);
+    Lengths all{std::string_view::npos, 1};
+    for (ItemReader item(list); item.Next();) {
+        Lengths const one = item.AcceptedLengths();
+        all = {std::min(all.shortest, one.shortest), std::max(all.longest, one.longest)};
     }
-    endItem();
-    return {std::min(lengths.shortest, lengths.longest), lengths.longest};
+    return {std::min(all.shortest, all.longest), all.longest};
 }
 
 } // namespace CallRecordingUtils

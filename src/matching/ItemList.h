@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "language/Characters.h"
+#include "matching/ItemForms.h"
 
 namespace CallRecordingUtils {
 
@@ -24,55 +25,60 @@ struct Consumed {
 };
 
 /// Returns whether a positive item of list accepts the whole candidate. On true consumed is what
-/// was consumed on the way, else it is zero.
+/// the items consumed up to there, else it is zero.
 bool AcceptsCandidate(std::string_view list, std::string_view candidate, Consumed& consumed);
 
 /// Returns whether an exclusion item of list accepts the whole candidate.
 bool ExcludesCandidate(std::string_view list, std::string_view candidate);
 
-/// Both tests: accepted and not excluded.
+/// Returns whether list accepts the whole candidate and does not exclude it; consumed is as for
+/// AcceptsCandidate.
 bool AdmitsCandidate(std::string_view list, std::string_view candidate, Consumed& consumed);
 
-/// What single characters, ranges from one to another, and exclusions of such say of a character.
-struct SymbolItems {
-    std::size_t end; // Where they end: no "," is behind the last one; npos: there are others.
-    bool admit;      // The item that does consumes the character.
-};
-
-/// Reads the items in text from at on. Nearly all lists that are asked for a single character hold
-/// nothing else; for these there is no need to walk twice, nor to read numbers. What is at the end
-/// tells whether it is the whole list that was read.
-inline SymbolItems ReadSymbolItems(std::string_view text, std::size_t at, char c) {
-    SymbolItems const others{std::string_view::npos, false};
-    bool isAccepted = false;
-    bool isExcluded = false;
+/// Reads the items in text from at on as long as they are symbol items: single literals, ranges
+/// from one to another of its kind, and exclusions of either. Calls act(excludes, low, high) for
+/// each; what it names is low, and the characters after low up to high. Returns where they end,
+/// which is the end of text or a character that no symbol item can go on with; npos when one of the
+/// items is of another form.
+///
+/// Nearly all lists that are asked about a single character hold nothing else. Such a list need not
+/// be walked twice, for what it accepts and what it excludes, and holds no numbers to read.
+template <typename Act>
+inline std::size_t ReadSymbolItems(std::string_view text, std::size_t at, Act act) {
     for (;; ++at) {
         bool const excludes = at < text.size() && text[at] == '!';
         at += excludes ? 1 : 0;
         if (at == text.size() || !IsLiteral(text[at]))
-            return others;
+            return std::string_view::npos;
         char const low = text[at++];
         char high = low;
         if (at + 1 < text.size() && text[at] == '-') {
             high = text[at + 1];
             at += 2;
             if (KindOf(low) == SymbolKind::Other || KindOf(low) != KindOf(high))
-                return others;
+                return std::string_view::npos;
         }
-        (excludes ? isExcluded : isAccepted) |= c == low || (low < c && c <= high);
+        act(excludes, low, high);
         if (at == text.size() || text[at] != ',')
-            return {at, isAccepted && !isExcluded};
+            return at;
     }
 }
 
-/// Bounds of a length.
-struct Lengths {
-    std::size_t shortest;
-    std::size_t longest;
+/// What symbol items say about one character.
+struct SymbolAnswer {
+    std::size_t end; // As ReadSymbolItems returns it.
+    bool admit;      // Whether they accept the character and do not exclude it.
 };
+inline SymbolAnswer AskSymbolItems(std::string_view text, std::size_t at, char c) {
+    bool isAccepted = false;
+    bool isExcluded = false;
+    std::size_t const end = ReadSymbolItems(text, at, [&](bool excludes, char low, char high) {
+        (excludes ? isExcluded : isAccepted) |= c == low || (low < c && c <= high);
+    });
+    return {end, isAccepted && !isExcluded};
+}
 
-/// Returns the lengths between which every candidate lies that list accepts. The longest is at
-/// least the shortest, which is at least 1.
+/// Returns bounds for the length of every candidate that list accepts.
 Lengths CandidateLengths(std::string_view list);
 
 } // namespace CallRecordingUtils

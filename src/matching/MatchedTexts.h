@@ -1,4 +1,4 @@
-// A pattern and the address that it is matched with, and what one element of the pattern takes.
+// A pattern, the address that it is matched against, and what one element of the pattern takes.
 
 #ifndef MATCHING_MATCHEDTEXTS_H
 #define MATCHING_MATCHEDTEXTS_H
@@ -14,21 +14,21 @@ namespace CallRecordingUtils {
 /// Where in the address the end of a pattern may lie.
 enum class Ending {
     AtEnd,  // At the end of the address.
-    AtPort, // Before any ":", as if ":*" stood behind the pattern.
+    AtPort, // Before any ":", as if the pattern went on with ":*".
 };
 
-/// A way to read a pattern up to some element: how far into the address it has come, and what the
-/// items of its groups consumed.
+/// One way to match the pattern up to some element: how far into the address it leads, and what the
+/// items of groups consumed on it.
 struct Way {
     std::size_t position = 0;
     Consumed grouped;
 };
 
-/// Elements one after the other of which each takes a certain number of characters.
+/// Consecutive elements that each take a fixed number of characters.
 struct FixedRun {
     std::size_t end;   // Where in the pattern they end.
     std::size_t width; // How many characters they take together.
-    Construct next;    // What follows.
+    Construct next;    // What follows them.
 };
 
 /// The texts must outlive the object.
@@ -42,7 +42,7 @@ struct MatchedTexts {
         return ending == Ending::AtEnd ? isAtEnd : !isAtEnd && address[position] == ':';
     }
 
-    /// Returns how many characters element takes; 0 when that is not settled.
+    /// Returns how many characters element takes, or 0 when the number is not fixed.
     std::size_t WidthOf(Element const& element) const {
         if (element.construct != Construct::Range)
             return IsStep(element.construct) ? 1 : 0;
@@ -50,7 +50,7 @@ struct MatchedTexts {
         return lengths.shortest == lengths.longest ? lengths.longest : 0;
     }
 
-    /// Reads the elements from at on as far as each takes a certain number of characters.
+    /// Reads the elements from at on as long as each takes a fixed number of characters.
     FixedRun ReadFixed(std::size_t at) const {
         FixedRun run{at, 0, Construct::End};
         for (;;) {
@@ -66,10 +66,11 @@ struct MatchedTexts {
         }
     }
 
-    /// Takes the characters up to end as what element takes. (The recursion tests the rest of the
-    /// pattern before the candidate of a range expression. Both must hold, so the order changes
-    /// nothing.) REQUIRES: end is not before the position of way, and for an element of a certain
-    /// width as far behind it; element is no end.
+    /// Lets element take the characters from the position of way to end, and moves way there.
+    /// Returns false when it does not take them. (The recursion tests the rest of the pattern
+    /// before the candidate of a range expression. Both must hold, so the order does not matter.)
+    /// REQUIRES: end is not before that position, and for an element of fixed width is that width
+    /// behind it; there is an element.
     bool Take(Element const& element, std::size_t end, Way& way) const {
         if (end > address.size())
             return false;

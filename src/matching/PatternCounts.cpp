@@ -16,7 +16,7 @@ void CountConstructs(std::string_view pattern, wild_card_counts& counts) {
         case Construct::AnyRun: ++counts.star_count; break;
         case Construct::Set: ++counts.symbol_set_count; break;
         case Construct::Range: ++counts.range_expression_count; break;
-        case Construct::Stop: ++at; continue; // Counted over, though nothing is matched behind it.
+        case Construct::Stop: ++at; continue; // The matcher stops here, the counting does not.
         case Construct::Unclosed:
             ++(pattern[at] == '[' ? counts.symbol_set_count : counts.range_expression_count);
             return;

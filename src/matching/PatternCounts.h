@@ -9,8 +9,8 @@
 
 namespace CallRecordingUtils {
 
-/// Adds the constructs of pattern to the ungrouped counters of counts. Groups count as one each;
-/// one that is not closed ends the counting.
+/// Adds the constructs of pattern to the ungrouped counters of counts. A group counts as one,
+/// whatever is in it. After a group that is not closed nothing is counted.
 void CountConstructs(std::string_view pattern, wild_card_counts& counts);
 
 } // namespace CallRecordingUtils

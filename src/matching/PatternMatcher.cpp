@@ -1,4 +1,4 @@
-// The search of the pattern matcher while there is one way to read the pattern.
+// The search of the pattern matcher, as long as there is only one way through the pattern.
 
 #include "matching/PatternMatcher.h"
 
@@ -8,8 +8,8 @@
 
 namespace CallRecordingUtils {
 
-/// Takes the commonest steps from at on, without the detour of an element for each: literals, "?",
-/// and sets of single characters; at ends behind them.
+/// Takes the most common elements from at on without reading each as an element: literals, "?", and
+/// sets of symbol items. Moves at and way behind them.
 bool PatternMatcher::TakeSteps(std::size_t& at, Way& way) const {
     std::string_view const pattern = texts_.pattern;
     std::string_view const address = texts_.address;
@@ -30,7 +30,7 @@ bool PatternMatcher::TakeSteps(std::size_t& at, Way& way) const {
             ++next;
             ++position;
         } else if (pattern[next] == '[' && position < address.size()) {
-            SymbolItems const items = ReadSymbolItems(pattern, next + 1, address[position]);
+            SymbolAnswer const items = AskSymbolItems(pattern, next + 1, address[position]);
             if (items.end >= pattern.size() || pattern[items.end] != ']')
                 break;
             if (!items.admit)
@@ -49,7 +49,7 @@ bool PatternMatcher::TakeSteps(std::size_t& at, Way& way) const {
     return true;
 }
 
-/// Takes the elements from begin to end, which ReadFixed has read.
+/// Takes the elements from begin to end, all of fixed width.
 bool PatternMatcher::TakeFixed(std::size_t begin, std::size_t end, Way& way) const {
     for (std::size_t at = begin;;) {
         if (!TakeSteps(at, way))
@@ -89,23 +89,23 @@ bool PatternMatcher::Search(PositionSearch::Asked asked) {
     }
 }
 
-/// Takes a "*" or range expression of no certain width, and the rest behind it when its end has to
-/// be searched for.
+/// Takes open, a "*" or a range expression without a fixed width. When the place where it ends has
+/// to be searched for, takes rest too, the elements of fixed width that follow.
 bool PatternMatcher::TakeOpen(Element const& open, FixedRun const& rest) {
     std::size_t const left = texts_.address.size() - way_.position;
     if (rest.next == Construct::Unclosed || rest.width > left)
         return false;
     if (rest.next != Construct::End || texts_.ending != Ending::AtEnd)
         return SearchOpen(open, rest, left - rest.width);
-    // What follows has one width, so there is but one position for the end.
+    // All that follows has a fixed width, so it can end at one position only.
     at_ = open.end;
     return texts_.Take(open, texts_.address.size() - rest.width, way_);
 }
 
-/// Finds the shortest run, of at most longest characters, that open takes and behind which the rest
-/// fits. What comes after that is a "*" or takes anything. If that matches after a longer run, it
-/// matches after this one as well, since it can take the characters between; so no other run need
-/// ever be tried.
+/// Finds the shortest run, of at most longest characters, that open takes and after which rest
+/// fits. After rest comes a "*", or something else that takes anything. If that matches after a
+/// longer run, it matches after this one too, since it can take the characters in between. So no
+/// other run ever has to be tried.
 bool PatternMatcher::SearchOpen(Element const& open, FixedRun const& rest, std::size_t longest) {
     std::size_t shortest = 0;
     if (open.construct == Construct::Range) {
@@ -113,7 +113,7 @@ bool PatternMatcher::SearchOpen(Element const& open, FixedRun const& rest, std::
         shortest = lengths.shortest;
         longest = std::min(longest, lengths.longest);
     }
-    // Most ends that cannot be the right one are seen at the literal that has to follow.
+    // Most wrong ends show at the literal that has to follow.
     char const next = rest.width > 0 ? texts_.pattern[open.end] : '?';
     for (std::size_t length = shortest; length <= longest; ++length) {
         if (IsLiteral(next) && texts_.address[way_.position + length] != next)
@@ -140,7 +140,7 @@ bool PatternMatcher::SearchPositions(PositionSearch::Asked asked) {
 bool PatternMatcher::MatchesWithCounts(wild_card_counts& counts) {
     if (!Search(PositionSearch::Asked::AnswerAndWay))
         return false;
-    // Outside the groups a match takes every element that was read exactly once, whatever the way.
+    // Outside groups a match consumes each element once, whichever way it takes.
     CountConstructs(texts_.pattern.substr(0, at_), counts);
     counts.grouped_symbol_count += static_cast<std::int32_t>(way_.grouped.symbols);
     counts.grouped_question_count += static_cast<std::int32_t>(way_.grouped.questions);

@@ -13,17 +13,17 @@
 
 namespace CallRecordingUtils {
 
-/// One search. The meaning of a pattern is that of a backtracking recursion which at every "*" and
-/// every range expression tries the shortest run first, and takes the first one with which the rest
+/// One search. A pattern means what a backtracking recursion makes of it: at every "*" and every
+/// range expression it tries the shortest run first, and takes the first run after which the rest
 /// of the pattern matches.
 ///
-/// The search is a simulation of a nondeterministic automaton that keeps the backtracker's priority
-/// order. It reads the pattern once from left to right, and knows at which positions of the address
-/// the reading can stand. What the rest of the pattern makes of a position depends on nothing but
-/// the position; so of two ways that lead to one position only the one that the recursion would
-/// come to first counts, and there are never more ways than the address has positions. Mostly there
-/// is but one, and the search follows it here; where there can be more, it goes on as
-/// PositionSearch. Answer and counts are the recursion's, without its cost.
+/// The search simulates a nondeterministic automaton that keeps the order in which the recursion
+/// tries things. It reads the pattern once, from left to right, and knows which positions of the
+/// address can be reached. Whether the rest of the pattern matches from a position depends on
+/// nothing but that position. So of several ways to one position only the one that the recursion
+/// would try first counts, and there are never more ways than positions. Usually there is only one,
+/// which the search follows here; where there can be more, PositionSearch takes over. Answer and
+/// counts are those of the recursion, without its cost.
 class PatternMatcher {
   public:
     /// The texts must outlive the matcher.
@@ -34,7 +34,7 @@ class PatternMatcher {
     /// Returns whether the whole pattern matches the address.
     bool Matches() { return Search(PositionSearch::Asked::Answer); }
 
-    /// The same; when it matches, what the match consumed is added to counts.
+    /// Like Matches. If the address matches, what was consumed is added to counts.
     bool MatchesWithCounts(wild_card_counts& counts);
 
   private:
@@ -47,8 +47,8 @@ class PatternMatcher {
     bool SearchPositions(PositionSearch::Asked asked);
 
     MatchedTexts const texts_;
-    std::size_t at_ = 0; // How far the pattern is read.
-    Way way_;            // The one way up to there.
+    std::size_t at_ = 0; // How far the pattern has been read.
+    Way way_;            // The only way up to there.
 };
 
 } // namespace CallRecordingUtils

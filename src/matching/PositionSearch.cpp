@@ -1,4 +1,4 @@
-// The rows of positions, and the backtracker's way through them.
+// Moves the rows of positions on, and finds the recursion's way through them.
 
 #include "matching/PositionSearch.h"
 
@@ -11,7 +11,7 @@ void Set(Word* row, std::size_t position) {
     row[position / kWordBits] |= Word{1} << position % kWordBits;
 }
 
-void Strike(Word* row, std::size_t position) {
+void Clear(Word* row, std::size_t position) {
     row[position / kWordBits] &= ~(Word{1} << position % kWordBits);
 }
 
@@ -25,8 +25,8 @@ void SetAll(Word* row, std::size_t begin, std::size_t end) {
         Set(row, begin);
 }
 
-/// Returns the first position from position on that is in row, a row of words words; what lies
-/// behind every address when there is none.
+/// Returns the first position from position on that is in row, a row of `words` words; npos when
+/// there is none.
 std::size_t FirstFrom(Word const* row, std::size_t words, std::size_t position) {
     std::size_t w = position / kWordBits;
     Word word = w < words ? row[w] & ~Word{0} << position % kWordBits : 0;
@@ -35,14 +35,14 @@ std::size_t FirstFrom(Word const* row, std::size_t words, std::size_t position) 
     return word == 0 ? std::string_view::npos : w * kWordBits + LowestBit(word);
 }
 
-/// Calls act for the position of each bit of word, which is the word w of a row.
+/// Calls act with the position of each bit of word, which is word w of a row.
 template <typename Act>
 void ForEach(Word word, std::size_t w, Act act) {
     for (; word != 0; word &= word - 1)
         act(w * kWordBits + LowestBit(word));
 }
 
-/// The word w of a row of words words, moved by distance towards the front.
+/// Returns word w of a row of `words` words that is moved towards the front by distance.
 Word MovedBack(Word const* row, std::size_t words, std::size_t w, std::size_t distance) {
     std::size_t const from = w + distance / kWordBits;
     std::size_t const bits = distance % kWordBits;
@@ -69,7 +69,7 @@ bool PositionSearch::Matches(std::size_t at, Way& way) {
     return true;
 }
 
-/// Reads the pattern from at up to where it ends. Returns false when it cannot match.
+/// Reads the pattern from at to its end. Returns false when it cannot match.
 bool PositionSearch::ReadSteps(std::size_t at) {
     steps_.reserve(8); // Each in one go, for most patterns.
     lists_.reserve(4);
@@ -114,7 +114,7 @@ std::size_t PositionSearch::ListOf(Element const& range) {
             return i;
     Lengths lengths = CandidateLengths(items);
     lengths.longest = std::min(lengths.longest, texts_.address.size());
-    // Where this would take much memory, every candidate is tested anew.
+    // If that took too much memory, candidates are tested again each time.
     bool const isKept = lengths.longest <= (kMostKept - known_.size()) / words_;
     lists_.push_back({items, lengths, isKept ? known_.size() : kNotKept});
     if (isKept)
@@ -126,7 +126,7 @@ Word* PositionSearch::Row(std::size_t k) {
     return rows_.data() + (asked_ == Asked::Answer ? k % 2 : k) * words_;
 }
 
-/// Makes row k + 1: where the reading can stand behind element k. Returns whether that is anywhere.
+/// Makes row k + 1, the positions that element k leads to. Returns whether there are any.
 bool PositionSearch::Move(std::size_t k) {
     Step const& step = steps_[k];
     Word const* const from = Row(k);
@@ -141,8 +141,8 @@ bool PositionSearch::Move(std::size_t k) {
     return std::any_of(to, to + words_, [](Word word) { return word != 0; });
 }
 
-/// Wanted before next are the positions behind which the address is as long as what is left of the
-/// pattern can be.
+/// Before next only those positions are wanted from which the rest of the address is as long as the
+/// rest of the pattern can be.
 void PositionSearch::SetWanted(Step const& next) {
     std::fill(wanted_.begin(), wanted_.end(), 0);
     std::size_t const size = texts_.address.size();
@@ -187,7 +187,7 @@ void PositionSearch::MoveRange(Step const& range, Word const* from, Word* to) {
             Word const moved = open == 0 ? 0 : Admitted(list, length, w, open);
             if (moved == 0)
                 continue;
-            // What one way has led to is not wanted of another.
+            // A position that has been reached is not wanted again.
             to[w + skip] |= moved << bits;
             wanted_[w + skip] &= ~(moved << bits);
             if (bits > 0 && w + skip + 1 < words_) {
@@ -198,8 +198,8 @@ void PositionSearch::MoveRange(Step const& range, Word const* from, Word* to) {
     }
 }
 
-/// Returns of the positions in from, the word w of a row, those at which list admits a run of
-/// length. REQUIRES: these runs lie in the address.
+/// Returns those positions in from, word w of a row, at which list admits the run of this length.
+/// REQUIRES: these runs lie in the address.
 Word PositionSearch::Admitted(List const& list, std::size_t length, std::size_t w, Word from) {
     Known kept;
     Known& known = list.known == kNotKept ? kept : known_[list.known + (length - 1) * words_ + w];
@@ -212,10 +212,10 @@ Word PositionSearch::Admitted(List const& list, std::size_t length, std::size_t 
     return known.admitted & from;
 }
 
-/// Goes the backtracker's way. From every position that it meets it tries the shortest run first,
-/// among those that lead to a position of the next row.
+/// Follows the recursion. From each position it tries the shortest run first, of those that lead to
+/// a position of the next row.
 void PositionSearch::FindWay(Way& way) {
-    std::pmr::vector<std::size_t> positions(&arena_); // One before each element, as far as it came.
+    std::pmr::vector<std::size_t> positions(&arena_); // The way so far: one before each element.
     positions.reserve(steps_.size());
     positions.push_back(way.position);
     std::size_t untried = way.position;
@@ -227,16 +227,16 @@ void PositionSearch::FindWay(Way& way) {
             untried = end;
             continue;
         }
-        untried = positions.back() + 1; // The run that led here has to be longer.
-        Strike(Row(k), positions.back());
+        untried = positions.back() + 1; // The run that led here was too short.
+        Clear(Row(k), positions.back());
         positions.pop_back();
     }
     for (std::size_t k = 0; k + 1 < steps_.size(); ++k)
         (void)texts_.Take(steps_[k].element, positions[k + 1], way);
 }
 
-/// Returns the first position from untried on, of those in the next row, to which element k leads
-/// from position; one behind every address when there is none.
+/// Returns the first position of the next row, from untried on, that element k leads to from
+/// position; npos when there is none.
 std::size_t PositionSearch::NextEnd(std::size_t k, std::size_t position, std::size_t untried) {
     Step const& step = steps_[k];
     Word const* const next = Row(k + 1);

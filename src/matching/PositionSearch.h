@@ -1,4 +1,4 @@
-// The search of the pattern matcher where range expressions can end at several positions.
+// The search of the pattern matcher when range expressions can end at several positions.
 
 #ifndef MATCHING_POSITIONSEARCH_H
 #define MATCHING_POSITIONSEARCH_H
@@ -14,17 +14,17 @@
 
 namespace CallRecordingUtils {
 
-/// Goes on with a search from one element and one position on.
+/// Continues a search from one element and one position.
 ///
-/// Before each element a row of bits says at which positions of the address the reading can stand.
-/// An element moves a row on as a whole, 64 positions at a time. So the time is that of testing the
-/// candidates; and what a list of items makes of the run of a certain length at a certain position
-/// is tested once, however many range expressions have this list.
+/// Before each element there is a row of bits: the positions of the address that can be reached. An
+/// element moves a whole row on, 64 positions at a time, so the time goes into testing candidates.
+/// Whether a list of items admits the run of some length at some position is tested only once,
+/// however many range expressions have this list.
 ///
-/// The rows answer whether the pattern matches. Which way the backtracker takes is found after
-/// that, when it is asked for: the search goes the backtracker's way over the positions of the
-/// rows, and strikes out those from which it had to turn back, so that it never comes there twice.
-/// This alone needs all the rows: a bit for each element and position.
+/// The rows answer whether the pattern matches. The way that the recursion takes is found
+/// afterwards, if it is asked for: the search follows the recursion over the positions of the rows,
+/// and clears those from which it had to turn back, so that it never comes there twice. Only this
+/// needs all rows at once: a bit for each element and position.
 class PositionSearch {
   public:
     enum class Asked { Answer, AnswerAndWay };
@@ -32,8 +32,8 @@ class PositionSearch {
     /// texts must outlive the search.
     PositionSearch(MatchedTexts const& texts, Asked asked);
 
-    /// Returns whether the pattern from the element at at on matches the address from the position
-    /// of way on. When the way was asked for, way is the backtracker's then, at the match's end.
+    /// Returns whether the pattern, from the element at `at`, matches the address from the position
+    /// of way. If so and if the way was asked for, way becomes the recursion's way to the end.
     bool Matches(std::size_t at, Way& way);
 
     /// Where in the pattern the match ends. REQUIRES: Matches returned true.
@@ -44,18 +44,18 @@ class PositionSearch {
     struct Step {
         Element element;
         Lengths lengths;  // Of what it takes.
-        Lengths rest;     // Of what it and all behind it take together.
-        std::size_t list; // Of a range expression: its place in lists_.
+        Lengths rest;     // Of what it and all elements after it take together.
+        std::size_t list; // The place in lists_ of a range expression.
     };
 
     /// The items of one or more range expressions.
     struct List {
         std::string_view items;
         Lengths lengths;
-        std::size_t known; // Where known_ holds what was tested of it; kNotKept: nowhere.
+        std::size_t known; // Where known_ has its tests; kNotKept if it does not.
     };
 
-    /// What is known of the runs of one length from 64 positions: which were tested, and admitted.
+    /// Which runs of one length, from 64 positions, have been tested, and which were admitted.
     struct Known {
         Word tested = 0;
         Word admitted = 0;
@@ -83,15 +83,15 @@ class PositionSearch {
     Asked const asked_;
     std::size_t const words_; // Of a row.
 
-    // For addresses and patterns of usual lengths everything fits into the array, and nothing is
+    // For addresses and patterns of the usual lengths everything fits into the array, so nothing is
     // allocated.
     std::array<std::byte, 4096> memory_;
     std::pmr::monotonic_buffer_resource arena_{memory_.data(), memory_.size()};
     std::pmr::vector<Step> steps_{&arena_};
     std::pmr::vector<List> lists_{&arena_};
     std::pmr::vector<Known> known_{&arena_};
-    std::pmr::vector<Word> rows_{&arena_};   // All of them when the way is asked for, else two.
-    std::pmr::vector<Word> wanted_{&arena_}; // Where the row that is being made may still grow.
+    std::pmr::vector<Word> rows_{&arena_};   // All rows if the way is asked for, else two.
+    std::pmr::vector<Word> wanted_{&arena_}; // The positions that the next row may still get.
 };
 
 } // namespace CallRecordingUtils

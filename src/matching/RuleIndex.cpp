@@ -1,97 +1,95 @@
-// The search in the index. The other half is in RuleIndexBuilder.cpp.
+// The search in the index. RuleIndexBuilder.cpp builds it.
 
 #include "matching/RuleIndex.h"
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include "common/Bits.h"
 
 namespace CallRecordingUtils {
 
-/// One search: how far it has come is the best rule found up to now. No rule behind that is looked
-/// at, and no node of which all rules are behind it.
+/// One search. It keeps the best rule found so far, and passes over every rule behind that one and
+/// every node that has only rules behind it.
 class RuleIndex::Search {
   public:
     Search(RuleIndex const& index, Call const& call)
-        : index_(index), call_(call), traits_(call), limit_(index.rules_.size() / 8 + 32) {}
+        : index_(index), call_(call), limit_(index.rules_.size() / 8 + 32) {}
 
-    /// Looks at the rules below a node. The depth is limited: on the way to a leaf no trait is
-    /// asked for twice.
-    void Visit(std::uint32_t at) {
-        do {
-            Node const& node = index_.nodes_[at];
-            if (node.first >= best_ || ++effort_ > limit_)
-                return;
+    /// Looks at the rules below a node. The depth is limited: between the root and a leaf no trait
+    /// is looked at twice.
+    void Visit(Child node, CallTraits const& traits) {
+        while (node.first < best_ && ++effort_ <= limit_)
             switch (node.kind) {
-            case Kind::Leaf: VisitLeaf(node); return;
-            case Kind::Split: at = VisitSplit(node); break;
-            case Kind::Origins:
-                VisitOrigins(node);
-                at = node.rest;
-                break;
+            case Kind::Split: node = VisitSplit(index_.splits_[node.place], traits); break;
+            case Kind::Origins: node = VisitOrigins(index_.origins_[node.place], traits); break;
+            case Kind::Leaf: VisitLeaf(index_.leaves_[node.place], traits); return;
+            case Kind::None: return;
             }
-        } while (at != 0);
     }
 
-    /// Looks at all rules before the best one. A search does so when the tree does not help: where
-    /// many rules are alike, and each of them would be tested for many origins.
+    /// A search gives up when the tree does not help: where many rules are alike, and each would be
+    /// tested for many origins. The best rule up to then does take the call, so to walk over the
+    /// rules before it completes the search.
+    bool HasGivenUp() const { return effort_ > limit_; }
     void Walk() {
         Rank const end = std::min(best_, static_cast<Rank>(index_.rules_.size()));
         for (Rank rank = 0; rank < end; ++rank, ++effort_)
-            if (TakesAfterAll(*index_.rules_[rank], call_)) {
+            if (MayTake(*index_.rules_[rank], call_) && Takes(*index_.rules_[rank], call_)) {
                 best_ = rank;
                 return;
             }
     }
 
-    bool HasGivenUp() const { return effort_ > limit_; }
     Rank Best() const { return best_; }
     std::size_t Effort() const { return effort_; }
 
   private:
-    /// Of the branch for the call and the rest looks at the one that comes first in the list, which
-    /// is the likelier to end the search, and returns the other, or the only one; 0: there is none.
-    std::uint32_t VisitSplit(Node const& node) {
-        std::uint8_t const branch = node.branch[traits_.SlotAt(node.traits[0])];
-        if (branch == 0)
-            return node.rest;
-        std::uint32_t const own = node.begin + branch - 1;
-        if (node.rest == 0)
-            return own;
-        bool const isRestFirst = index_.nodes_[node.rest].first < index_.nodes_[own].first;
-        Visit(isRestFirst ? node.rest : own);
-        return isRestFirst ? own : node.rest;
+    /// Visits the branch of the call's slot or the rest, whichever has the earlier first rule,
+    /// since it is the likelier one to end the search. Returns the other one.
+    Child VisitSplit(Split const& split, CallTraits const& traits) {
+        Child const& branch = split.branches[traits.SlotAt(split.trait)];
+        bool const isRestFirst = split.rest.first < branch.first;
+        Child const& later = isRestFirst ? branch : split.rest;
+        if (later.kind == Kind::None)
+            return isRestFirst ? split.rest : branch;
+        Visit(isRestFirst ? split.rest : branch, traits);
+        return later;
     }
 
-    void VisitOrigins(Node const& node) {
-        Word const* const bits = &index_.origins_[node.bits];
-        std::string_view const address = traits_.Address(node.side);
+    /// Visits what is below for every origin that its bits do not rule out. Returns the rest.
+    Child VisitOrigins(Origins const& node, CallTraits const& traits) {
+        Word const* const bits = &index_.originBits_[node.bits];
+        std::string_view const address = traits.Address(node.side);
         auto const slotAt = [address](std::size_t at) {
             return static_cast<std::uint32_t>(SlotOf(at < address.size() ? address[at] : '\0'));
         };
-        std::size_t const few = node.size;
+        std::size_t const few = node.characters;
         std::uint32_t const mask = (std::uint32_t{1} << 4 * few) - 1;
-        std::uint32_t characters = 0; // The slots of the next few.
+        std::uint32_t text = 0; // The slots of the few characters from origin on.
         for (std::size_t i = 0; i < few; ++i)
-            characters = characters << 4 | slotAt(i);
+            text = text << 4 | slotAt(i);
+        CallTraits traitsBelow = traits;
         for (std::size_t origin = 0; origin < address.size(); ++origin) {
-            std::size_t const bit = OriginBit(characters, node.shift);
+            std::size_t const bit = node.BitOf(text);
             if ((bits[bit / kWordBits] >> bit % kWordBits & 1) != 0) {
-                traits_.SetOrigin(node.side, origin);
-                Visit(node.begin);
+                traitsBelow.SetOrigin(node.side, origin);
+                Visit(node.below, traitsBelow);
             }
-            characters = (characters << 4 | slotAt(origin + few)) & mask;
+            text = (text << 4 | slotAt(origin + few)) & mask;
         }
+        return node.rest;
     }
 
-    void VisitLeaf(Node const& leaf) {
-        Rank const* const ranks = &index_.ranks_[leaf.begin];
+    void VisitLeaf(Leaf const& leaf, CallTraits const& traits) {
+        Rank const* const ranks = &index_.ranks_[leaf.ranks];
         std::size_t const sets = SetsOfFilter(leaf);
-        std::array<RuleSet const*, kMostFilters> filters; // For the slots that the call has.
+        std::array<RuleSet const*, kMostFilters> filters; // The sets for the slots of the call.
         for (std::size_t f = 0; f < leaf.filterCount; ++f)
             filters[f] =
-                &index_.filters_[leaf.bits + (f * kSlots + traits_.SlotAt(leaf.traits[f])) * sets];
+                &index_
+                     .filters_[leaf.filters + (f * kSlots + traits.SlotAt(leaf.traits[f])) * sets];
         if (sets == 1) {
             Word passing = ~Word{0};
             for (std::size_t f = 0; f < leaf.filterCount; ++f)
@@ -110,9 +108,9 @@ class RuleIndex::Search {
 
     /// Filters the rules of some words of a leaf, and tests those that are left.
     template <std::size_t Words>
-    void TestWords(Node const& leaf, std::array<RuleSet const*, kMostFilters> const& filters,
+    void TestWords(Leaf const& leaf, std::array<RuleSet const*, kMostFilters> const& filters,
                    std::size_t word) {
-        Rank const* const ranks = &index_.ranks_[leaf.begin + word * kWordBits];
+        Rank const* const ranks = &index_.ranks_[leaf.ranks + word * kWordBits];
         if (ranks[0] >= best_)
             return;
         effort_ += Words;
@@ -143,15 +141,14 @@ class RuleIndex::Search {
 
     RuleIndex const& index_;
     Call const& call_;
-    CallTraits traits_;
     Rank best_ = kNoRank;
     std::size_t effort_ = 0;
     std::size_t const limit_;
 };
 
-RuleIndex::Decision RuleIndex::Decide(Call const& call) const {
+RuleIndex::Found RuleIndex::Find(Call const& call) const {
     Search search(*this, call);
-    search.Visit(0);
+    search.Visit(root_, CallTraits(call));
     if (search.HasGivenUp())
         search.Walk();
     Rank const best = search.Best();
@@ -159,12 +156,16 @@ RuleIndex::Decision RuleIndex::Decide(Call const& call) const {
 }
 
 void RuleIndex::Clear() noexcept {
-    // Assigning an empty list would keep the memory.
-    decltype(rules_)().swap(rules_);
-    decltype(nodes_)().swap(nodes_);
-    decltype(ranks_)().swap(ranks_);
-    decltype(filters_)().swap(filters_);
-    decltype(origins_)().swap(origins_);
+    root_ = {};
+    buildSteps_ = 0;
+    auto const free = [](auto& list) { std::decay_t<decltype(list)>().swap(list); };
+    free(rules_);
+    free(splits_);
+    free(origins_);
+    free(leaves_);
+    free(ranks_);
+    free(filters_);
+    free(originBits_);
 }
 
 } // namespace CallRecordingUtils

@@ -1,20 +1,20 @@
 // The rules of a list, arranged so that a decision looks at few of them.
 //
-// It cannot change an answer, for four reasons.
+// The index cannot change a decision, for four reasons.
 //
-// It never says that a rule takes a call. Takes of Decision.h does, which every step of a walk asks
-// as well, on the record as it is at that moment; so a state that is changed counts at once.
+// It never says that a rule takes a call. Takes of Decision.h says so, as in a walk over the list,
+// and looks at the record as it is at that moment; so a changed state counts at once.
 //
-// It leaves a rule out only for what no call has that the rule takes: the traits that TraitsOf
-// reads off the patterns. When it is not sure, a trait of a rule is "any", and the rule is looked
-// at.
+// It leaves a rule out only when the call lacks a trait of the rule, which TraitsOf has read from
+// the patterns. Every call that the rule takes has it: where TraitsOf is not sure, any slot will
+// do.
 //
-// It leaves out rules behind the first one found, and no others, for their place.
+// It leaves out the rules after one that was found to take the call, since the first rule decides.
 //
-// What it was built from is patterns, call types and order. Who can change those has been lent the
-// list or a record; from then on it is not used.
+// It is built from patterns, call types and order. These can only be changed by somebody who was
+// lent the list or a record, and from then on the index is not used.
 //
-// tests/index_test.cpp compares it with the walk.
+// tests/index_test.cpp compares it with a walk, and checks the traits themselves.
 
 #ifndef MATCHING_RULEINDEX_H
 #define MATCHING_RULEINDEX_H
@@ -36,107 +36,135 @@ namespace CallRecordingUtils {
 
 /// Finds the rule that decides a call.
 ///
-/// It is a tree. A split asks for one trait of the call. The rules below it that have a slot there
-/// are in the branch of that slot, and a rule with a few slots is in a few branches; those for
-/// which any slot will do, or many, are in the rest. A call goes on to the branch of its own slot
-/// and to the rest. Where rules have nothing at fixed places, a node of origins makes the call try
-/// each character of its address as the origin of the middle traits, so that a literal in the
-/// middle of a pattern is looked for at every place; bits for the first few characters tell at once
-/// where it cannot be. In a leaf some more traits are compared, for many rules at a time, and the
-/// rules left are tested in list order.
+/// The index is a tree with three kinds of nodes:
+///
+/// A split looks at one trait of the call. It has a branch for each slot, which holds the rules
+/// that accept this slot there; a rule that accepts a few slots is in a few branches. Rules that
+/// accept any slot, or many, are in the rest. The search goes on in the branch of the call's slot
+/// and in the rest.
+///
+/// A node of origins is there for rules without anything at fixed places, such as *123*. The search
+/// goes on below it once for each character of the address, with that character as the origin of
+/// the middle traits. Bits for the first few characters tell at once where that would be in vain.
+///
+/// A leaf holds rules in list order. It compares some more traits, for many rules at a time, and
+/// tests the rules that are left.
 class RuleIndex {
   public:
     RuleIndex() = default;
     RuleIndex(RuleIndex const&) = delete;
     RuleIndex& operator=(RuleIndex const&) = delete;
 
-    /// Arranges the rules of a list. Short lists are left to the walk, and so are all when the
-    /// memory does not suffice. The records that were lent count as returned.
+    /// Arranges the rules of a list. Short lists are left to the walk, and so is every list when
+    /// memory runs out. Records that were lent count as returned. Building takes no longer than
+    /// loading the rules did, or a few milliseconds, whatever the rules are.
     void Build(std::list<CallRecordingRuleParams*> const& rules) noexcept;
+
+    /// What the last Build cost, in steps of some nanoseconds.
+    std::size_t BuildSteps() const { return buildSteps_; }
 
     /// Forgets the rules.
     void Clear() noexcept;
 
-    /// Somebody is lent a record, until the next Build; or the list, for good. May be called beside
-    /// decisions.
+    /// Says that somebody has been lent a record, until the next Build; or the list, for good. May
+    /// be called while other threads decide.
     void LendRecord() { isRecordLent_.store(true, std::memory_order_relaxed); }
     void LendList() { isListLent_.store(true, std::memory_order_relaxed); }
 
-    /// Whether Decide may be asked; else the list has to be walked.
+    /// Returns whether Find may be called; if not, the list has to be walked.
     bool IsUsable() const {
-        return !nodes_.empty() && !isRecordLent_.load(std::memory_order_relaxed) &&
+        return root_.kind != Kind::None && !isRecordLent_.load(std::memory_order_relaxed) &&
                !isListLent_.load(std::memory_order_relaxed);
     }
 
-    struct Decision {
+    struct Found {
         CallRecordingRuleParams const* rule; // The first of the list that takes the call, or null.
         std::size_t effort; // How many nodes, words of a leaf and rules were looked at.
     };
     /// REQUIRES: IsUsable().
-    Decision Decide(Call const& call) const;
+    Found Find(Call const& call) const;
 
   private:
     using Rank = std::uint32_t; // The place of a rule in the list, null entries not counted.
     static constexpr Rank kNoRank = std::numeric_limits<Rank>::max();
 
-    enum class Kind : std::uint8_t { Leaf, Split, Origins };
-    static constexpr std::size_t kMostFilters = 8;
+    enum class Kind : std::uint8_t { None, Leaf, Split, Origins };
 
-    struct Node {
-        Rank first = 0; // The first rule below.
-        // Leaf: its first rule in ranks_. Else: its first branch in nodes_.
-        std::uint32_t begin = 0;
-        // Leaf: how many rules. Origins: how many characters the bits tell of.
-        std::uint32_t size = 0;
-        std::uint32_t bits = 0; // Leaf: its filters in filters_. Origins: its bits in origins_.
-        std::uint32_t rest = 0; // The node of the rest; 0: there is none.
-        std::array<Trait, kMostFilters> traits{}; // Leaf: of the filters. Split: the one asked for.
-        std::array<std::uint8_t, kSlots> branch{}; // Split: of each slot, counted from 1; 0: none.
-        Kind kind = Kind::Leaf;
-        std::uint8_t filterCount = 0; // Leaf.
-        std::uint8_t side = 0;        // Origins: of the call.
-        std::uint8_t shift = 0;       // Origins: see OriginBit.
+    /// A reference to a node, with what has to be known before it is visited.
+    struct Child {
+        Rank first = kNoRank;    // The first rule below it.
+        std::uint32_t place = 0; // In the list of its kind.
+        Kind kind = Kind::None;
     };
 
-    /// A leaf has for each of its filters, a trait, and for each slot the set of the rules that
-    /// have the slot there, a bit for each rule: 16 bits, or in a large leaf as many words as it
-    /// takes. It has one filter at least, so that only bits of rules are left by all.
+    struct Split {
+        Trait trait;
+        std::array<Child, kSlots> branches;
+        Child rest;
+    };
+
+    /// A node of origins. The slots of the first few characters that a rule has from its origin on
+    /// are written as a number, four bits for each. The numbers are hashed, and each has a bit in
+    /// originBits_; several may share one.
+    struct Origins {
+        Child below;
+        Child rest;             // Rules without anything at an origin.
+        std::uint32_t bits = 0; // Where its bits begin in originBits_.
+        std::uint8_t side = 0;
+        std::uint8_t characters = 0;
+        std::uint8_t shift = 0; // Leaves as many bits of the hash as the node has room for.
+
+        std::size_t BitOf(std::uint32_t text) const {
+            return static_cast<std::uint32_t>(text * 0x9e3779b1U) >> shift;
+        }
+    };
+    static constexpr std::size_t kHashBits = 32;
+
+    /// A leaf has some filters. A filter belongs to a trait, and holds for each slot the set of
+    /// those rules of the leaf that accept the slot there. There is at least one, which clears the
+    /// bits of a word that no rule has.
+    static constexpr std::size_t kMostFilters = 8;
+    struct Leaf {
+        std::uint32_t ranks = 0;   // Where its rules begin in ranks_,
+        std::uint32_t size = 0;    // and how many there are.
+        std::uint32_t filters = 0; // Where its filters begin in filters_,
+        std::uint32_t filterCount = 0;
+        std::array<Trait, kMostFilters> traits{}; // and the traits of these.
+    };
+
+    /// A set of rules of a leaf has a bit for each: 16 bits, or in a large leaf whole words.
     using RuleSet = std::uint16_t;
     static constexpr std::size_t kSmallLeaf = 16;
     static constexpr std::size_t kSetsOfWord = kWordBits / kSmallLeaf;
-    static constexpr std::size_t SetsOfFilter(Node const& leaf) {
+    static constexpr std::size_t SetsOfFilter(Leaf const& leaf) {
         return leaf.size <= kSmallLeaf ? 1 : (leaf.size + kWordBits - 1) / kWordBits * kSetsOfWord;
     }
-    static constexpr std::size_t kTogether = 8; // Words, which a processor may do at once.
-
-    /// The bits of a node of origins are those of the texts of a few characters that rules have
-    /// there, told by the slots of these: a number of four bits for each, which is spread over as
-    /// many bits as shift leaves. Several texts may share one.
-    static constexpr std::size_t kOriginBits = 32;
-    static constexpr std::size_t OriginBit(std::uint32_t characters, std::uint8_t shift) {
-        return static_cast<std::uint32_t>(characters * 0x9e3779b1U) >> shift;
-    }
+    static constexpr std::size_t kTogether = 8; // Words that a processor may work on at once.
 
     class Builder;
     class Search;
 
     std::vector<CallRecordingRuleParams const*> rules_;
-    std::vector<Node> nodes_; // The root in front; a node's branches one after the other.
+    Child root_;
+    std::vector<Split> splits_;
+    std::vector<Origins> origins_;
+    std::vector<Leaf> leaves_;
     std::vector<Rank> ranks_; // The rules of the leaves, in list order in each.
     std::vector<RuleSet> filters_;
-    std::vector<Word> origins_;
+    std::vector<Word> originBits_;
+    std::size_t buildSteps_ = 0;
     std::atomic<bool> isRecordLent_{false};
     std::atomic<bool> isListLent_{false};
 };
 
-/// Returns the rule that decides call, or null when none does: by index, which was built of rules,
-/// where it may be asked, else by a walk.
+/// Returns the rule that decides call, or null when none does. Asks index, which was built from
+/// rules, where it may be asked, and walks the list otherwise.
 inline CallRecordingRuleParams const*
 DecidingRecord(std::list<CallRecordingRuleParams*> const& rules, RuleIndex const& index,
                Call const& call) {
     if (index.IsUsable())
-        return index.Decide(call).rule;
-    auto const deciding = DecidingRule(rules, call);
+        return index.Find(call).rule;
+    auto const deciding = FirstTaking(rules, call);
     return deciding == rules.end() ? nullptr : *deciding;
 }
 

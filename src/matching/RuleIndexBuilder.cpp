@@ -1,5 +1,5 @@
-// Builds the index. Where a rule is put follows from its traits; what a node asks for is a choice
-// that cannot change an answer, only the time that it takes.
+// Builds the index. Where a rule is put follows from its traits. Which trait a node looks at is a
+// choice, which changes the time that a decision takes but never the decision.
 
 #include <algorithm>
 #include <cstring>
@@ -12,25 +12,37 @@ namespace CallRecordingUtils {
 namespace {
 
 constexpr std::size_t kMostRules = std::size_t{1} << 28;
-constexpr std::size_t kLongestWalked = 16; // A list of which the rules begin with literals.
+constexpr std::size_t kLongestWalked = 16; // A list whose rules begin with literals.
 
-// Leaves: fewer rules than the first are always one, and up to the second, unless origins help.
+// Building must not take longer than loading did, so it is counted in steps of one to three
+// nanoseconds. Reading the traits of a rule and putting it into leaves take a bounded number of
+// them. Branches are made as long as steps are left: for each rule about as many as loading one
+// takes at the least, and some milliseconds.
+constexpr std::size_t kFreeSteps = 1000000;
+constexpr std::size_t kStepsOfRule = 200;
+constexpr std::size_t kStepsOfNode = 600; // The choice of its trait compares all traits.
+constexpr std::size_t kStepsOfPlace = 12; // For a rule in a node.
+constexpr std::size_t kStepsOfFilter = 2; // For a rule in a leaf.
+
+// Leaves: fewer rules than kFewestBelow always become a leaf, and up to kLargestLeaf unless origins
+// help.
 constexpr std::size_t kFewestBelow = 4;
 constexpr std::size_t kLargestLeaf = 128;
 constexpr std::size_t kFewFilters = 4; // Of a small leaf.
 
-// Splits: a rule with more slots goes to the rest; copies of rules are not worth it where a leaf
-// of them all is filtered as fast, and are limited to some beyond any two rules.
-constexpr std::size_t kFewestApart = 2; // Of some pairs.
+// Splits: a rule that accepts more than kMostSlots slots goes to the rest. Copies of rules do not
+// help where one leaf with all of them is filtered as fast. Longer lists may have three for two
+// rules.
+constexpr std::size_t kFewestApart = 2; // Of some pairs of rules.
 constexpr std::size_t kMostSlots = 8;
 constexpr std::size_t kFewestCopied = 1025;
 constexpr std::size_t kCopiesOfTwo = 3;
 
-// Origins: each character of an address costs a search of its own. The bits tell of a few
-// characters, of so many texts a rule on an average.
+// Origins: each character of an address costs a search of its own. The bits cover as many
+// characters as keep the number of different texts small.
 constexpr std::size_t kOriginPays = 4;
 constexpr std::size_t kMostCharacters = 6;
-constexpr std::size_t kTextsOfRule = 4;
+constexpr std::size_t kTextsOfRule = 4; // On average.
 constexpr std::size_t kBitsOfText = 16;
 static_assert(kSlots == 1U << 4 && 4 * kMostCharacters < 32, "a number holds their slots");
 
@@ -40,12 +52,15 @@ void ForEachSlot(SlotSet slots, Act act) {
         act(LowestBit(rest));
 }
 
-/// Whether nearly all rules have a literal first on one side, which a walk compares at once.
+/// Returns whether most rules begin with a literal on one side, so that a walk is fast.
 bool BeginWithLiterals(std::vector<CallRecordingRuleParams const*> const& rules) {
+    auto const beginsWithLiteral = [](std::string const& pattern) {
+        return !pattern.empty() && IsLiteral(pattern.front());
+    };
     auto const others =
-        std::count_if(rules.begin(), rules.end(), [](CallRecordingRuleParams const* rule) {
-            return (rule->caller_pattern.empty() || !IsLiteral(rule->caller_pattern.front())) &&
-                   (rule->called_pattern.empty() || !IsLiteral(rule->called_pattern.front()));
+        std::count_if(rules.begin(), rules.end(), [&](CallRecordingRuleParams const* rule) {
+            return !beginsWithLiteral(rule->caller_pattern) &&
+                   !beginsWithLiteral(rule->called_pattern);
         });
     return 4 * static_cast<std::size_t>(others) <= rules.size();
 }
@@ -57,120 +72,133 @@ class RuleIndex::Builder {
     explicit Builder(RuleIndex& index) : index_(index) {}
 
     void Build() {
-        traits_.reserve(index_.rules_.size());
+        std::size_t const size = index_.rules_.size();
+        traits_.reserve(size);
         Ranks all;
+        all.reserve(size);
         for (CallRecordingRuleParams const* rule : index_.rules_) {
             all.push_back(static_cast<Rank>(traits_.size()));
-            traits_.push_back(TraitsOf(*rule));
+            traits_.push_back(TraitsOf(*rule, steps_));
         }
         TraitSet const fixed = ~(MiddleTraits(0) | MiddleTraits(1));
-        AddNodes(1);
-        Make(0, all, {fixed, {true, true}, kCopiesOfTwo * all.size() / 2});
-        index_.nodes_.shrink_to_fit();
-        index_.ranks_.shrink_to_fit();
-        index_.filters_.shrink_to_fit();
-        index_.origins_.shrink_to_fit();
+        index_.root_ = Make(all, {fixed, {true, true}, kCopiesOfTwo * size / 2});
+        index_.buildSteps_ = steps_;
+        auto const shrink = [](auto&... lists) { (lists.shrink_to_fit(), ...); };
+        shrink(index_.splits_, index_.origins_, index_.leaves_, index_.ranks_, index_.filters_,
+               index_.originBits_);
     }
 
   private:
     /// What may be done below a node.
     struct Scope {
-        TraitSet open;                      // The traits that may be asked for.
+        TraitSet open;                      // The traits that may be looked at.
         std::array<bool, 2> mayHaveOrigins; // For each side.
         std::size_t copies; // How many more places the rules may take than there are rules.
 
-        /// A part of the scope, for some of all the places that the rules take.
+        /// The scope for some of the places that the rules take.
         Scope Part(std::size_t places, std::size_t all) const {
             return {open, mayHaveOrigins, copies * places / all};
         }
     };
 
-    /// Makes nodes_[at] the node of rules.
-    void Make(std::uint32_t at, Ranks const& rules, Scope const& scope) {
-        index_.nodes_[at].first = rules.front();
+    bool HasStepsLeft() const { return steps_ < kFreeSteps + kStepsOfRule * index_.rules_.size(); }
+
+    /// Makes the node of rules, and all nodes below it.
+    Child Make(Ranks const& rules, Scope const& scope) {
+        if (rules.empty())
+            return {};
+        steps_ += kStepsOfNode + kStepsOfPlace * rules.size();
         TraitChoice const choice(traits_, rules);
-        if (rules.size() < kFewestBelow || !MakeBranches(at, rules, scope, choice))
-            MakeLeaf(at, rules, scope.open, choice);
+        Child node{rules.front(), 0, Kind::None};
+        if (rules.size() >= kFewestBelow && HasStepsLeft())
+            MakeBranches(node, rules, scope, choice);
+        if (node.kind == Kind::None)
+            MakeLeaf(node, rules, scope.open, choice);
+        return node;
     }
 
-    /// Returns false when the rules are better off in a leaf.
-    bool MakeBranches(std::uint32_t at, Ranks const& rules, Scope const& scope,
+    /// Leaves node as it is when the rules are better off in a leaf.
+    void MakeBranches(Child& node, Ranks const& rules, Scope const& scope,
                       TraitChoice const& choice) {
-        auto const [fixed, middle] = choice.Best(scope.open);
+        TraitChoice::Choice const fixed = choice.Best(scope.open);
         for (std::size_t side = 0; side < 2; ++side)
             if (scope.mayHaveOrigins[side] &&
-                middle[side].apart > kOriginPays * fixed.apart + kFewestApart) {
-                MakeOrigins(at, rules, scope, side);
-                return true;
+                choice.Best(MiddleTraits(side)).apart > kOriginPays * fixed.apart + kFewestApart) {
+                MakeOrigins(node, rules, scope, side);
+                return;
             }
-        return rules.size() > kLargestLeaf && fixed.apart >= kFewestApart &&
-               MakeSplit(at, rules, scope, fixed.trait);
+        if (rules.size() > kLargestLeaf && fixed.apart >= kFewestApart)
+            MakeSplit(node, rules, scope, fixed.trait);
     }
 
-    void MakeOrigins(std::uint32_t at, Ranks const& rules, Scope const& scope, std::size_t side) {
+    void MakeOrigins(Child& node, Ranks const& rules, Scope const& scope, std::size_t side) {
         Ranks below, rest;
         for (Rank const rule : rules)
-            (traits_[rule][FirstTrait(side, View::Middle)] == kAnySlot ? rest : below)
-                .push_back(rule);
-        index_.nodes_[at].kind = Kind::Origins;
-        index_.nodes_[at].side = static_cast<std::uint8_t>(side);
-        AddOriginBits(index_.nodes_[at], below);
+            (Middle(rule, side)[0] == kAnySlot ? rest : below).push_back(rule);
+        Origins origins;
+        origins.side = static_cast<std::uint8_t>(side);
+        AddOriginBits(origins, below);
         Scope outside = scope.Part(rest.size(), rules.size());
         outside.mayHaveOrigins[side] = false;
-        AddRest(at, rest, outside);
+        origins.rest = Make(rest, outside);
         Scope inside = scope.Part(below.size(), rules.size());
         inside.open |= MiddleTraits(side);
-        inside.mayHaveOrigins = {false, false}; // Else the time would grow with their product.
-        std::uint32_t const branch = AddNodes(1);
-        index_.nodes_[at].begin = branch;
-        Make(branch, below, inside);
+        inside.mayHaveOrigins = {false, false}; // Or a search would try each pair of origins.
+        origins.below = Make(below, inside);
+        Add(node, Kind::Origins, index_.origins_, origins);
     }
 
-    /// Adds the bits of a node of origins: of as many characters as it costs little to find all
-    /// texts of, and so many bits that few of them are set.
-    void AddOriginBits(Node& node, Ranks const& rules) {
+    SlotSet const* Middle(Rank rule, std::size_t side) const {
+        return &traits_[rule][FirstTrait(side, View::Middle)];
+    }
+
+    /// Adds the bits of a node of origins: for as many characters as have few different texts, and
+    /// enough bits that few of them are set.
+    void AddOriginBits(Origins& node, Ranks const& rules) {
         std::size_t characters = 1;
         while (characters < kMostCharacters &&
                TextsOf(rules, node.side, characters + 1) <= kTextsOfRule * rules.size())
             ++characters;
         std::size_t const wanted = kBitsOfText * TextsOf(rules, node.side, characters);
         std::size_t log = LowestBit(kWordBits);
-        while (log < kOriginBits - 1 && std::size_t{1} << log < wanted)
+        while (log < kHashBits - 1 && std::size_t{1} << log < wanted)
             ++log;
-        node.size = static_cast<std::uint32_t>(characters);
-        node.shift = static_cast<std::uint8_t>(kOriginBits - log);
-        node.bits = static_cast<std::uint32_t>(index_.origins_.size());
-        index_.origins_.resize(node.bits + (std::size_t{1} << log) / kWordBits);
+        node.characters = static_cast<std::uint8_t>(characters);
+        node.shift = static_cast<std::uint8_t>(kHashBits - log);
+        node.bits = static_cast<std::uint32_t>(index_.originBits_.size());
+        index_.originBits_.resize(node.bits + (std::size_t{1} << log) / kWordBits);
         for (Rank const rule : rules)
-            SetOriginBits(node, &traits_[rule][FirstTrait(node.side, View::Middle)], characters, 0);
+            SetOriginBits(node, Middle(rule, node.side), characters, 0);
     }
 
-    std::size_t TextsOf(Ranks const& rules, std::size_t side, std::size_t characters) const {
+    std::size_t TextsOf(Ranks const& rules, std::size_t side, std::size_t characters) {
         std::size_t all = 0;
         for (Rank const rule : rules) {
             std::size_t texts = 1;
             for (std::size_t i = 0; i < characters; ++i)
-                texts *= CountBits(traits_[rule][FirstTrait(side, View::Middle) + i]);
+                texts *= CountBits(Middle(rule, side)[i]);
             all += texts;
         }
+        steps_ += rules.size() * characters;
         return all;
     }
 
-    void SetOriginBits(Node const& node, SlotSet const* middle, std::size_t characters,
-                       std::uint32_t before) {
+    /// Sets the bits of all texts that begin with text and go on with `characters` more.
+    void SetOriginBits(Origins const& node, SlotSet const* middle, std::size_t characters,
+                       std::uint32_t text) {
         if (characters == 0) {
-            std::size_t const bit = OriginBit(before, node.shift);
-            index_.origins_[node.bits + bit / kWordBits] |= Word{1} << bit % kWordBits;
+            std::size_t const bit = node.BitOf(text);
+            index_.originBits_[node.bits + bit / kWordBits] |= Word{1} << bit % kWordBits;
             return;
         }
         ForEachSlot(*middle, [&](std::size_t slot) {
             SetOriginBits(node, middle + 1, characters - 1,
-                          before << 4 | static_cast<std::uint32_t>(slot));
+                          text << 4 | static_cast<std::uint32_t>(slot));
         });
     }
 
-    /// Returns false when there would be no branches.
-    bool MakeSplit(std::uint32_t at, Ranks const& rules, Scope const& scope, std::size_t trait) {
+    /// Leaves node as it is when there would be no branches.
+    void MakeSplit(Child& node, Ranks const& rules, Scope const& scope, std::size_t trait) {
         std::size_t copies = 0;
         std::size_t const mostSlots =
             MostSlots(rules, trait, rules.size() < kFewestCopied ? 0 : scope.copies, copies);
@@ -183,20 +211,22 @@ class RuleIndex::Builder {
                 ForEachSlot(traits_[rule][trait],
                             [&](std::size_t slot) { branches[slot].push_back(rule); });
         if (rest.size() == rules.size())
-            return false;
+            return;
         Scope below = scope;
         below.open.reset(trait);
         below.copies -= copies;
-        index_.nodes_[at].kind = Kind::Split;
-        index_.nodes_[at].traits[0] = kTraitTable[trait];
         std::size_t const places = rules.size() + copies;
-        AddRest(at, rest, below.Part(rest.size(), places));
-        AddBranches(at, branches, below, places);
-        return true;
+        Split split;
+        split.trait = kTraitTable[trait];
+        split.rest = Make(rest, below.Part(rest.size(), places));
+        for (std::size_t slot = 0; slot < kSlots; ++slot)
+            split.branches[slot] = Make(branches[slot], below.Part(branches[slot].size(), places));
+        Add(node, Kind::Split, index_.splits_, split);
     }
 
-    /// Returns with how many slots at the most a rule is put into the branches of all of them, so
-    /// that no more copies arise than there may be; copies is how many do.
+    /// A rule that accepts several slots is put into the branch of each, if it accepts no more of
+    /// them than this returns: as many as keep the number of copies within what is allowed. Sets
+    /// copies to that number.
     std::size_t MostSlots(Ranks const& rules, std::size_t trait, std::size_t allowed,
                           std::size_t& copies) const {
         std::array<std::size_t, kSlots + 1> rulesWith{};
@@ -210,82 +240,70 @@ class RuleIndex::Builder {
         return most;
     }
 
-    void AddBranches(std::uint32_t at, std::array<Ranks, kSlots> const& branches,
-                     Scope const& below, std::size_t places) {
-        auto const used = std::count_if(branches.begin(), branches.end(),
-                                        [](Ranks const& branch) { return !branch.empty(); });
-        std::uint32_t const begin = AddNodes(static_cast<std::uint32_t>(used));
-        index_.nodes_[at].begin = begin;
-        std::uint8_t made = 0;
-        for (std::size_t slot = 0; slot < kSlots; ++slot) {
-            if (branches[slot].empty())
-                continue;
-            Make(begin + made, branches[slot], below.Part(branches[slot].size(), places));
-            index_.nodes_[at].branch[slot] = ++made;
-        }
-    }
-
-    void AddRest(std::uint32_t at, Ranks const& rest, Scope const& scope) {
-        if (rest.empty())
-            return;
-        std::uint32_t const node = AddNodes(1);
-        index_.nodes_[at].rest = node;
-        Make(node, rest, scope);
-    }
-
-    std::uint32_t AddNodes(std::uint32_t count) {
-        auto const first = static_cast<std::uint32_t>(index_.nodes_.size());
-        index_.nodes_.resize(first + count);
-        return first;
-    }
-
-    void MakeLeaf(std::uint32_t at, Ranks const& rules, TraitSet const& open,
+    void MakeLeaf(Child& node, Ranks const& rules, TraitSet const& open,
                   TraitChoice const& choice) {
-        Node& leaf = index_.nodes_[at];
-        leaf.begin = static_cast<std::uint32_t>(index_.ranks_.size());
+        Leaf leaf;
+        leaf.ranks = static_cast<std::uint32_t>(index_.ranks_.size());
         leaf.size = static_cast<std::uint32_t>(rules.size());
-        leaf.bits = static_cast<std::uint32_t>(index_.filters_.size());
+        leaf.filters = static_cast<std::uint32_t>(index_.filters_.size());
         index_.ranks_.insert(index_.ranks_.end(), rules.begin(), rules.end());
         std::vector<std::size_t> filters =
             choice.Filters(open, rules.size() <= kSmallLeaf ? kFewFilters : kMostFilters);
         if (filters.empty())
-            filters.push_back(0); // Any one: it tells which bits are those of rules.
+            filters.push_back(0); // Any will do: it clears the bits that no rule has.
         std::transform(filters.begin(), filters.end(), leaf.traits.begin(),
                        [](std::size_t trait) { return kTraitTable[trait]; });
-        leaf.filterCount = static_cast<std::uint8_t>(filters.size());
+        leaf.filterCount = static_cast<std::uint32_t>(filters.size());
         for (std::size_t const trait : filters)
             AddFilter(rules, trait, SetsOfFilter(leaf));
+        steps_ += kStepsOfFilter * filters.size() * rules.size();
+        Add(node, Kind::Leaf, index_.leaves_, leaf);
     }
 
+    /// Adds the sets of a filter, a word of rules at a time.
     void AddFilter(Ranks const& rules, std::size_t trait, std::size_t sets) {
         std::size_t const begin = index_.filters_.size();
         index_.filters_.resize(begin + kSlots * sets);
         RuleSet* const filter = &index_.filters_[begin];
-        for (std::size_t i = 0; i < rules.size(); ++i)
-            ForEachSlot(traits_[rules[i]][trait],
-                        [&](std::size_t slot) { AddRule(filter + slot * sets, sets, i); });
+        for (std::size_t word = 0; word * kWordBits < rules.size(); ++word) {
+            std::array<Word, kSlots> accept{}; // For each slot.
+            Word acceptAny = 0;
+            std::size_t const end = std::min(rules.size(), (word + 1) * kWordBits);
+            for (std::size_t i = word * kWordBits; i < end; ++i) {
+                SlotSet const slots = traits_[rules[i]][trait];
+                Word const bit = Word{1} << i % kWordBits;
+                if (slots == kAnySlot)
+                    acceptAny |= bit;
+                else
+                    ForEachSlot(slots, [&](std::size_t slot) { accept[slot] |= bit; });
+            }
+            for (std::size_t slot = 0; slot < kSlots; ++slot)
+                PutSet(filter + slot * sets, sets == 1, word, accept[slot] | acceptAny);
+        }
     }
 
-    /// Adds rule i of a leaf to a set of its rules. Words are what is read of a large one.
-    static void AddRule(RuleSet* set, std::size_t sets, std::size_t i) {
-        if (sets == 1) {
-            *set = static_cast<RuleSet>(*set | 1U << i);
-            return;
-        }
-        Word word;
-        RuleSet* const at = set + i / kWordBits * kSetsOfWord;
-        std::memcpy(&word, at, sizeof word);
-        word |= Word{1} << i % kWordBits;
-        std::memcpy(at, &word, sizeof word);
+    static void PutSet(RuleSet* set, bool isSmall, std::size_t word, Word rules) {
+        if (isSmall)
+            *set = static_cast<RuleSet>(rules);
+        else
+            std::memcpy(set + word * kSetsOfWord, &rules, sizeof rules);
+    }
+
+    template <typename Node>
+    static void Add(Child& node, Kind kind, std::vector<Node>& nodes, Node const& made) {
+        node.kind = kind;
+        node.place = static_cast<std::uint32_t>(nodes.size());
+        nodes.push_back(made);
     }
 
     RuleIndex& index_;
     std::vector<RuleTraits> traits_; // Of each rule.
+    std::size_t steps_ = 0;
 };
 
 void RuleIndex::Build(std::list<CallRecordingRuleParams*> const& rules) noexcept {
     Clear();
-    isRecordLent_.store(false, std::memory_order_relaxed); // Those that were lent are gone.
+    isRecordLent_.store(false, std::memory_order_relaxed); // The records that were lent are gone.
     if (rules.size() > kMostRules || isListLent_)
         return;
     try {

@@ -1,15 +1,15 @@
-// Reads traits off calls and off the patterns of rules.
+// Reads the traits of calls, and those of rules from their patterns.
 //
-// A rule's trait must never be narrower than what its calls have. So whatever is not understood
-// here is any slot, and what the exclusions of a set leave is asked of the matcher's own item
-// lists.
+// A trait of a rule must admit every call that the rule takes. So it is any slot wherever a pattern
+// is not understood or not read. What groups accept is read by the matcher's own readers: symbol
+// items by ReadSymbolItems, other items by ItemReader.
 
 #include "matching/RuleTraits.h"
 
 #include <algorithm>
 #include <optional>
 
-#include "language/Items.h"
+#include "common/Bits.h"
 #include "matching/MatchedTexts.h"
 #include "model/RuleSides.h"
 #include "model/SipAddress.h"
@@ -17,247 +17,273 @@
 namespace CallRecordingUtils {
 namespace {
 
-static_assert(FirstTrait(1, View::Type) == kTraitsOfSide &&
-              FirstTrait(0, View::Middle) + kTraitsOfView[3] == kTraitsOfSide);
+static_assert(FirstTrait(1, View::CallType) == kTraitsOfSide &&
+              FirstTrait(0, View::Middle) + TraitsOfView(View::Middle) == kTraitsOfSide);
+
+constexpr std::size_t kFrontTraits = TraitsOfView(View::Front);
+constexpr std::size_t kBackTraits = TraitsOfView(View::Back);
+constexpr std::size_t kMiddleTraits = TraitsOfView(View::Middle);
+
+/// How many steps the two sides of a rule may take together, of a nanosecond or two each. Reading
+/// traits must not take longer than loading the rule did, and long patterns load fast. Reading more
+/// would not help much, since the views see two dozen places of a side.
+constexpr std::size_t kMostSteps = 160;
+constexpr std::size_t kMostStepsOfCaller = kMostSteps / 2;
+
+/// The steps of an element other than a literal, which takes one. Lists of range expressions are
+/// read twice.
+std::size_t StepsOf(Element const& element) {
+    std::size_t const length = element.end - element.begin;
+    return 6 + (element.construct == Construct::Range ? 3 * length : length);
+}
 
 SlotSet SlotsOf(char c) {
     return OnlySlot(SlotOf(c));
 }
 
-/// The slots of the characters from low to high.
-SlotSet SlotsBetween(char low, char high) {
-    SlotSet slots = 0;
-    for (int c = static_cast<unsigned char>(low); c <= static_cast<unsigned char>(high); ++c)
-        slots |= SlotsOf(static_cast<char>(c));
-    return slots;
-}
-
-/// The slots of the characters from low to high that list admits; without exclusions those of all.
-SlotSet AdmittedBetween(std::string_view list, char low, char high) {
-    if (!Contains(list, '!'))
-        return SlotsBetween(low, high);
-    SlotSet slots = 0;
-    for (int code = static_cast<unsigned char>(low); code <= static_cast<unsigned char>(high);
-         ++code) {
-        char const c = static_cast<char>(code);
-        Consumed consumed;
-        if (AdmitsCandidate(list, {&c, 1}, consumed))
-            slots |= SlotsOf(c);
+/// A table of the ASCII characters that are in a set.
+class CharacterSet {
+  public:
+    /// Adds low, and the characters after it up to high, which is of the same kind.
+    void Add(char low, char high) {
+        std::size_t const first = static_cast<unsigned char>(low);
+        std::size_t const others = high > low ? static_cast<std::size_t>(high - low) : 0;
+        words_[first / kWordBits] |= ~Word{0} >> (kWordBits - 1 - others) << first % kWordBits;
     }
-    return slots;
-}
 
-// The time for a list grows with the square of its length.
-constexpr std::size_t kLongestJudgedList = 128;
-
-/// The slots of the single characters that list admits. Only a "?" admits other characters than
-/// those that stand in the list, digits behind a "-", and letters up to the one behind a "-".
-SlotSet SlotsOfSet(std::string_view list) {
-    if (list.size() > kLongestJudgedList)
-        return kAnySlot;
-    SlotSet slots = 0;
-    char low = '\0';       // What the item begins with,
-    std::size_t begin = 0; // and where.
-    for (std::size_t at = 0; at < list.size();) {
-        Part const part = ReadPart(list, at);
-        at = part.kind == ItemPart::Exclusion ? EndOfItem(list, part.end) : part.end;
-        switch (part.kind) {
-        case ItemPart::AnyOne: return kAnySlot;
-        case ItemPart::Separator:
-            low = '\0';
-            begin = at;
-            break;
-        case ItemPart::Literals:
-            low = low == '\0' ? part.text.front() : low;
-            slots |= AdmittedBetween(list, part.text.front(), part.text.front());
-            break;
-        case ItemPart::ToDigits:
-            if (at - begin == 3 && IsDigit(low) && (at == list.size() || list[at] == ','))
-                slots |= AdmittedBetween(list, low, part.text.front());
-            else
-                slots |= AdmittedBetween(list, '0', '9');
-            break;
-        case ItemPart::ToLetter: slots |= AdmittedBetween(list, low, part.text.front()); break;
-        case ItemPart::Exclusion:
-        case ItemPart::StrayDash:
-        case ItemPart::Foreign: break;
-        }
+    CharacterSet Without(CharacterSet const& others) const {
+        CharacterSet left;
+        for (std::size_t w = 0; w < words_.size(); ++w)
+            left.words_[w] = words_[w] & ~others.words_[w];
+        return left;
     }
-    return slots;
-}
 
-using Slots = std::array<SlotSet, kTraitsOfView[static_cast<std::size_t>(View::Front)]>;
-
-/// The slots of the runs of one width from the number low to the number high. All begin with what
-/// the two have in common; behind the first digit that differs anything is taken for possible.
-Slots SlotsOfNumbers(std::string_view low, std::string_view high) {
-    Slots slots;
-    slots.fill(kAnySlot);
-    bool const isNumber = RunLength<IsDigit>(low) == low.size();
-    // Longer numbers do not fit 32 bits, and are read as another one.
-    if (!isNumber || low.size() > 9 || low.size() != high.size())
+    SlotSet Slots() const {
+        SlotSet slots = 0;
+        for (std::size_t slot = 0; slot < kSlots; ++slot)
+            if (((words_[0] & kSlotMasks[slot][0]) | (words_[1] & kSlotMasks[slot][1])) != 0)
+                slots |= OnlySlot(slot);
         return slots;
+    }
+
+  private:
+    using Words = std::array<Word, 128 / kWordBits>;
+
+    /// For each slot the characters that are in it.
+    static constexpr std::array<Words, kSlots> MakeSlotMasks() {
+        std::array<Words, kSlots> masks{};
+        for (std::size_t c = 0; c < 128; ++c)
+            masks[kSlotTable[c]][c / kWordBits] |= Word{1} << c % kWordBits;
+        return masks;
+    }
+    static std::array<Words, kSlots> const kSlotMasks;
+
+    Words words_{};
+};
+constexpr std::array<CharacterSet::Words, kSlots> CharacterSet::kSlotMasks = MakeSlotMasks();
+
+/// Returns the slots of the single characters that list admits.
+SlotSet SlotsOfSet(std::string_view list) {
+    CharacterSet accepted;
+    CharacterSet excluded;
+    std::size_t const end = ReadSymbolItems(list, 0, [&](bool excludes, char low, char high) {
+        (excludes ? excluded : accepted).Add(low, high);
+    });
+    return end == list.size() ? accepted.Without(excluded).Slots() : kAnySlot;
+}
+
+/// Every byte, so that a call type can be looked at like a character of an address.
+constexpr std::array<char, 256> MakeBytes() {
+    std::array<char, 256> bytes{};
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(i);
+    return bytes;
+}
+constexpr std::array<char, 256> kBytes = MakeBytes();
+
+/// The slots at each of the first places of some texts of one width.
+using Slots = std::array<SlotSet, kFrontTraits>;
+
+void AddValue(Slots& slots, std::string_view value) {
+    for (std::size_t i = 0; i < std::min(slots.size(), value.size()); ++i)
+        slots[i] |= IsLiteral(value[i]) ? SlotsOf(value[i]) : kAnySlot;
+}
+
+/// Adds low and the numbers from low to high. If the two have one width, all of these begin with
+/// the digits that low and high have in common. After the first digit that differs any slot is
+/// possible.
+void AddNumbers(Slots& slots, std::string_view low, std::string_view high) {
+    bool const isNumber = RunLength<IsDigit>(low) == low.size();
+    // A number of more than nine digits may not fit into 32 bits, and counts as another one then.
+    bool const isRead = isNumber && low.size() <= 9 && low.size() == high.size();
     std::size_t i = 0;
-    for (; i < low.size() && low[i] == high[i]; ++i)
-        slots[i] = SlotsOf(low[i]);
-    if (i < low.size())
-        slots[i] = SlotsOf(low[i]) | SlotsBetween(low[i], high[i]);
+    for (; isRead && i < std::min(slots.size(), low.size()) && low[i] == high[i]; ++i)
+        slots[i] |= SlotsOf(low[i]);
+    if (isRead && i < std::min(slots.size(), low.size())) {
+        CharacterSet digits;
+        digits.Add(low[i], high[i]);
+        slots[i++] |= digits.Slots();
+    }
+    std::fill(slots.begin() + static_cast<std::ptrdiff_t>(i), slots.end(), kAnySlot);
+}
+
+/// Returns the slots of what list accepts. REQUIRES: list accepts texts of one width only.
+Slots SlotsOfRange(std::string_view list) {
+    Slots slots{};
+    for (ItemReader item(list); item.Next();)
+        switch (item.Form()) {
+        case ItemForm::Value: AddValue(slots, item.Value()); break;
+        case ItemForm::NumberRange: AddNumbers(slots, item.Low(), item.High()); break;
+        case ItemForm::Other: slots.fill(kAnySlot); break;
+        }
     return slots;
 }
 
-/// The slots of what a list admits of which all candidates have one width, more than 1: so its
-/// items are values and ranges of numbers.
-Slots SlotsOfList(std::string_view list) {
-    Slots all{};
-    Slots item{};
-    std::size_t width = 0; // Of what is read of the item.
-    std::string_view low;
-    auto const endItem = [&] {
-        for (std::size_t i = 0; i < all.size() && width > 0; ++i)
-            all[i] |= item[i];
-        width = 0;
-    };
-    for (std::size_t at = 0; at < list.size();) {
-        Part const part = ReadPart(list, at);
-        at = part.kind == ItemPart::Exclusion ? EndOfItem(list, part.end) : part.end;
-        if (part.kind == ItemPart::Separator)
-            endItem();
-        else if (part.kind == ItemPart::ToDigits)
-            item = SlotsOfNumbers(low, part.text);
-        else if (part.kind != ItemPart::Exclusion)
-            for (char const c : low = part.text) {
-                if (width < item.size())
-                    item[width] = part.kind == ItemPart::Literals ? SlotsOf(c) : kAnySlot;
-                ++width;
-            }
-    }
-    endItem();
-    return all;
-}
-
-/// The elements of a pattern between two that have no certain width.
-struct Stretch {
-    std::size_t begin = 0;
-    FixedRun run{};
-};
-
-/// The traits of one side of a rule, read off its pattern.
+/// Reads the traits of one side of a rule. After a "*", or a range expression that can take runs of
+/// different lengths, a new stretch of the pattern begins, whose places cannot be counted from the
+/// front any more.
 class SideReader {
   public:
     SideReader(RuleSide const& side, std::size_t sideNumber, RuleTraits& traits)
         : side_(side), sideNumber_(sideNumber),
           traits_(traits), texts_{{}, side.pattern, Ending::AtEnd} {}
 
-    void Read() {
+    /// Reads the pattern in up to mostSteps steps, and returns how many it took.
+    std::size_t Read(std::size_t mostSteps) {
         if (side_.type != CALL_TYPE_ANY)
-            Put(View::Type, 0, SlotsOf(static_cast<char>(side_.type)));
-        if (side_.type == CALL_TYPE_SIP) {
-            std::optional<std::string_view> port;
-            std::string_view const userAndHost = SplitPort(side_.pattern, port);
-            if (!port || port->empty())
-                texts_ = {{}, userAndHost, Ending::AtPort};
+            Put(View::CallType, 0, SlotsOf(static_cast<char>(side_.type)));
+        // The end of a longer pattern is not reached.
+        if (side_.type == CALL_TYPE_SIP && side_.pattern.size() <= mostSteps)
+            CutEmptyPort();
+        std::size_t steps = 0;
+        for (std::size_t at = 0;;) {
+            std::string_view const left = texts_.pattern.substr(at, mostSteps - steps);
+            std::size_t const literals = RunLength<IsLiteral>(left);
+            TakeLiterals(left.substr(0, literals));
+            steps += literals;
+            Element const element = ReadElement(texts_.pattern, at + literals);
+            if (StepsOf(element) > mostSteps - steps || !Take(element))
+                break;
+            steps += StepsOf(element);
+            at = element.end;
         }
-        Stretch stretch{0, texts_.ReadFixed(0)};
-        PutFront(stretch);
-        std::size_t mostLiterals = 0;
-        while (stretch.run.next == Construct::AnyRun || stretch.run.next == Construct::Range) {
-            std::size_t const begin = ReadElement(texts_.pattern, stretch.run.end).end;
-            stretch = {begin, texts_.ReadFixed(begin)};
-            PutMiddle(stretch, mostLiterals);
-            if (stretch.run.next == Construct::End && side_.type != CALL_TYPE_SIP)
-                PutBack(stretch);
-        }
+        EndStretch();
+        return steps;
     }
 
   private:
-    void Put(View view, std::size_t offset, SlotSet slots) {
-        if (offset < kTraitsOfView[static_cast<std::size_t>(view)])
-            traits_[FirstTrait(sideNumber_, view) + offset] = slots;
+    /// A pattern without a port takes every port.
+    void CutEmptyPort() {
+        std::optional<std::string_view> port;
+        std::string_view const userAndHost = SplitPort(side_.pattern, port);
+        if (!port || port->empty())
+            texts_ = {{}, userAndHost, Ending::AtPort};
     }
 
-    /// Calls put(place, slots, isLiteral) for each character that the elements of stretch take.
-    template <typename Act>
-    void ForEachPlace(Stretch const& stretch, Act put) const {
-        std::size_t place = 0;
-        for (std::size_t at = stretch.begin; at < stretch.run.end;) {
-            Element const element = ReadElement(texts_.pattern, at);
-            std::size_t const width = texts_.WidthOf(element);
-            at = element.end;
-            if (element.construct == Construct::Literal)
-                put(place, SlotsOf(texts_.pattern[element.begin]), true);
-            else if (element.construct == Construct::AnyOne)
-                put(place, kAnySlot, false);
-            else if (width == 1)
-                put(place, SlotsOfSet(ItemsOf(texts_.pattern, element)), false);
-            else
-                PutList(place, element, width, put);
-            place += width;
+    /// Returns whether the reading goes on after element.
+    bool Take(Element const& element) {
+        switch (element.construct) {
+        case Construct::Literal: return true; // Not reached: TakeLiterals has taken them.
+        case Construct::AnyOne: TakePlace(kAnySlot); return true;
+        case Construct::Set: TakePlace(SlotsOfSet(ItemsOf(texts_.pattern, element))); return true;
+        case Construct::AnyRun: EndStretch(); return true;
+        case Construct::Range: TakeRange(element); return true;
+        case Construct::End: TakeEnd(); return false;
+        case Construct::Stop:
+        case Construct::Unclosed: return false;
+        }
+        return false;
+    }
+
+    /// Looks only at those literals of a long run that some view can see.
+    void TakeLiterals(std::string_view run) {
+        if (literals_ == 0)
+            origin_ = width_;
+        literals_ += run.size();
+        std::size_t const begin = std::min(run.size(), kFrontTraits);
+        std::size_t const end = std::max(begin, run.size() - std::min(run.size(), kBackTraits));
+        for (char const c : run.substr(0, begin))
+            TakePlace(SlotsOf(c));
+        width_ += end - begin;
+        for (char const c : run.substr(end))
+            TakePlace(SlotsOf(c));
+    }
+
+    void TakePlace(SlotSet slots) {
+        if (isFirst_)
+            Put(View::Front, width_, slots);
+        if (literals_ > 0 && width_ - origin_ < kMiddleTraits)
+            middle_[width_ - origin_] = slots;
+        last_[width_ % kBackTraits] = slots;
+        ++width_;
+    }
+
+    void TakeRange(Element const& range) {
+        std::string_view const list = ItemsOf(texts_.pattern, range);
+        std::size_t const width = texts_.WidthOf(range);
+        if (width == 0) {
+            EndStretch();
+        } else if (width == 1) {
+            TakePlace(SlotsOfSet(list));
+        } else {
+            Slots const slots = SlotsOfRange(list);
+            for (std::size_t i = 0; i < width; ++i)
+                TakePlace(i < slots.size() ? slots[i] : kAnySlot);
         }
     }
 
-    template <typename Act>
-    void PutList(std::size_t place, Element const& range, std::size_t width, Act put) const {
-        Slots const slots = SlotsOfList(ItemsOf(texts_.pattern, range));
-        for (std::size_t i = 0; i < width; ++i)
-            put(place + i, i < slots.size() ? slots[i] : kAnySlot, false);
-    }
-
-    /// The first stretch. When it is all of the pattern, its places are certain from the back too.
-    void PutFront(Stretch const& stretch) {
-        bool const isAll = stretch.run.next == Construct::End && side_.type != CALL_TYPE_SIP;
-        ForEachPlace(stretch, [&](std::size_t place, SlotSet slots, bool) {
-            Put(View::Front, place, slots);
-            if (isAll)
-                Put(View::Back, stretch.run.width - 1 - place, slots);
-        });
-        // A rule for any call type does not see where the user of a SIP call ends.
-        if (stretch.run.next == Construct::End && side_.type != CALL_TYPE_ANY)
-            Put(View::Front, stretch.run.width,
-                SlotsOf(texts_.ending == Ending::AtPort ? ':' : '\0'));
-    }
-
-    /// The last stretch of several.
-    void PutBack(Stretch const& stretch) {
-        ForEachPlace(
-            stretch, [&](std::size_t place, SlotSet slots,
-                         bool) { Put(View::Back, stretch.run.width - 1 - place, slots); });
-    }
-
-    /// Of several stretches with literals the one with the most of them is taken, from its first
-    /// literal on.
-    void PutMiddle(Stretch const& stretch, std::size_t& mostLiterals) {
-        std::size_t literals = 0;
-        std::size_t origin = 0;
-        ForEachPlace(stretch, [&](std::size_t place, SlotSet, bool isLiteral) {
-            if (isLiteral && literals++ == 0)
-                origin = place;
-        });
-        if (literals <= mostLiterals)
+    void TakeEnd() {
+        // A rule for any call type matches the user of a SIP call, but the view goes on behind it.
+        if (isFirst_ && side_.type != CALL_TYPE_ANY)
+            Put(View::Front, width_, SlotsOf(texts_.ending == Ending::AtPort ? ':' : '\0'));
+        if (side_.type == CALL_TYPE_SIP) // Its user does not end where the pattern does.
             return;
-        mostLiterals = literals;
-        std::fill_n(traits_.begin() +
-                        static_cast<std::ptrdiff_t>(FirstTrait(sideNumber_, View::Middle)),
-                    kTraitsOfView[static_cast<std::size_t>(View::Middle)], kAnySlot);
-        ForEachPlace(stretch, [&](std::size_t place, SlotSet slots, bool) {
-            if (place >= origin)
-                Put(View::Middle, place - origin, slots);
-        });
+        for (std::size_t i = 0; i < std::min(width_, kBackTraits); ++i)
+            Put(View::Back, i, last_[(width_ - 1 - i) % kBackTraits]);
+    }
+
+    /// The middle traits come from the stretch with most literals, the first stretch excepted.
+    /// Their origin is its first literal.
+    void EndStretch() {
+        if (!isFirst_ && literals_ > mostLiterals_) {
+            mostLiterals_ = literals_;
+            for (std::size_t i = 0; i < kMiddleTraits; ++i)
+                Put(View::Middle, i, i < width_ - origin_ ? middle_[i] : kAnySlot);
+        }
+        isFirst_ = false;
+        width_ = literals_ = 0;
+    }
+
+    void Put(View view, std::size_t offset, SlotSet slots) {
+        if (offset < TraitsOfView(view))
+            traits_[FirstTrait(sideNumber_, view) + offset] = slots;
     }
 
     RuleSide const side_;
     std::size_t const sideNumber_;
     RuleTraits& traits_;
     MatchedTexts texts_; // The pattern alone.
+
+    // The stretch that is being read.
+    bool isFirst_ = true;
+    std::size_t width_ = 0;
+    std::size_t literals_ = 0;
+    std::size_t origin_ = 0;                    // The place of its first literal.
+    std::array<SlotSet, kMiddleTraits> middle_; // From there on.
+    std::array<SlotSet, kBackTraits> last_;     // Its last places, in a ring.
+
+    std::size_t mostLiterals_ = 0; // Of all stretches but the first.
 };
 
 } // namespace
 
-RuleTraits TraitsOf(CallRecordingRuleParams const& rule) {
+RuleTraits TraitsOf(CallRecordingRuleParams const& rule, std::size_t& steps) {
     RuleTraits traits;
     traits.fill(kAnySlot);
     auto const [caller, called] = SidesOf(rule);
-    SideReader(caller, 0, traits).Read();
-    SideReader(called, 1, traits).Read();
+    std::size_t const stepsOfCaller = SideReader(caller, 0, traits).Read(kMostStepsOfCaller);
+    steps += stepsOfCaller;
+    steps += SideReader(called, 1, traits).Read(kMostSteps - stepsOfCaller);
     return traits;
 }
 
@@ -269,13 +295,13 @@ CallTraits::CallTraits(Call const& call) {
 void CallTraits::SetSide(std::size_t side, CallSide const& callSide) {
     std::string_view const address = callSide.Address();
     std::string_view const user = callSide.User();
-    types_[side] = static_cast<char>(callSide.Type());
-    Text* const texts = &texts_[side * kViews];
-    texts[static_cast<std::size_t>(View::Type)] = {&types_[side], 1};
-    texts[static_cast<std::size_t>(View::Front)] = {address.data(), address.size()};
-    texts[static_cast<std::size_t>(View::Back)] = {user.empty() ? nullptr : &user.back(),
-                                                   user.size()};
-    texts[static_cast<std::size_t>(View::Middle)] = {address.data(), address.size()};
+    auto const set = [&](View view, char const* first, std::size_t size) {
+        texts_[side * kViews + static_cast<std::size_t>(view)] = {first, size};
+    };
+    set(View::CallType, &kBytes[static_cast<unsigned char>(callSide.Type())], 1);
+    set(View::Front, address.data(), address.size());
+    set(View::Back, user.empty() ? nullptr : &user.back(), user.size());
+    set(View::Middle, address.data(), address.size());
 }
 
 void CallTraits::SetOrigin(std::size_t side, std::size_t origin) {

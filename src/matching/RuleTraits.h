@@ -1,4 +1,4 @@
-// What a call has, and a rule asks for, in certain places of the two sides.
+// What a rule asks of a call, and what the call has, at certain places of its two sides.
 
 #ifndef MATCHING_RULETRAITS_H
 #define MATCHING_RULETRAITS_H
@@ -15,14 +15,16 @@
 
 namespace CallRecordingUtils {
 
-/// Characters fall into sixteen slots: digits into one each, all others into six. A call that lacks
-/// the slot lacks the character, which is all that is ever concluded.
+/// Characters fall into sixteen slots: each digit has a slot of its own, all others share six. What
+/// is in another slot is another character; nothing else is ever concluded.
 inline constexpr std::size_t kSlots = 16;
+inline constexpr std::size_t kSharedSlots = 6;
 constexpr std::array<std::uint8_t, 256> MakeSlotTable() {
     std::array<std::uint8_t, 256> table{};
     for (std::size_t byte = 0; byte < table.size(); ++byte)
-        table[byte] = static_cast<std::uint8_t>(IsDigit(static_cast<char>(byte)) ? byte - '0'
-                                                                                 : 10 + byte % 6);
+        table[byte] = static_cast<std::uint8_t>(IsDigit(static_cast<char>(byte))
+                                                    ? byte - '0'
+                                                    : kSlots - kSharedSlots + byte % kSharedSlots);
     return table;
 }
 inline constexpr std::array<std::uint8_t, 256> kSlotTable = MakeSlotTable();
@@ -37,22 +39,24 @@ constexpr SlotSet OnlySlot(std::size_t slot) {
     return static_cast<SlotSet>(1U << slot);
 }
 
-/// Where the characters of a side are counted from.
+/// From where the characters of a side are counted.
 enum class View : std::uint8_t {
-    Type,   // One "character", the call type.
-    Front,  // The start of the address.
-    Back,   // The last character of the user, backwards.
-    Middle, // Any character of the address that the search has chosen as its origin.
+    CallType, // One "character", the call type.
+    Front,    // From the start of the address.
+    Back,     // From the last character of the user, backwards.
+    Middle,   // From an origin: some character of the address that the search chooses.
 };
 inline constexpr std::size_t kViews = 4;
 inline constexpr std::array<std::size_t, kViews> kTraitsOfView{1, 24, 8, 8};
+constexpr std::size_t TraitsOfView(View view) {
+    return kTraitsOfView[static_cast<std::size_t>(view)];
+}
 
-/// One place of a call: a character of a view of a side.
+/// One character of a call: a place in one view of one side.
 struct Trait {
-    std::uint8_t view = 0; // Of both sides: those of the caller, then those of the called side.
-    std::uint8_t offset = 0;
-    std::int8_t place =
-        0; // The offset in the text, which views from the back go through backwards.
+    std::uint8_t view = 0;   // Numbered over both sides; the views of the caller come first.
+    std::uint8_t offset = 0; // How far the place is from where the view counts.
+    std::int8_t step = 0;    // The same as a step in memory, negative in views from the back.
 };
 
 inline constexpr std::size_t kTraitsOfSide = 41;
@@ -60,9 +64,9 @@ inline constexpr std::size_t kTraits = 2 * kTraitsOfSide;
 
 constexpr Trait MakeTrait(std::size_t view, std::size_t offset) {
     bool const isBack = view % kViews == static_cast<std::size_t>(View::Back);
-    auto const place = static_cast<std::int8_t>(offset);
+    auto const step = static_cast<std::int8_t>(offset);
     return {static_cast<std::uint8_t>(view), static_cast<std::uint8_t>(offset),
-            static_cast<std::int8_t>(isBack ? -place : place)};
+            static_cast<std::int8_t>(isBack ? -step : step)};
 }
 
 constexpr std::array<Trait, kTraits> MakeTraitTable() {
@@ -83,10 +87,13 @@ constexpr std::size_t FirstTrait(std::size_t side, View view) {
     return row;
 }
 
-/// For each row of kTraitTable the slots that a call can have there which the rule matches. The
-/// middle traits hold for one origin at least, the others as they are.
+/// For each row of kTraitTable, the slots that a call which the rule takes can have there. The
+/// middle traits of a side hold for at least one origin in the address.
 using RuleTraits = std::array<SlotSet, kTraits>;
-RuleTraits TraitsOf(CallRecordingRuleParams const& rule);
+
+/// Reads the traits of rule, and adds to steps how many it took. There is an upper bound for that,
+/// whatever the patterns are.
+RuleTraits TraitsOf(CallRecordingRuleParams const& rule, std::size_t& steps);
 
 /// The traits of a call.
 class CallTraits {
@@ -101,7 +108,7 @@ class CallTraits {
 
     std::size_t SlotAt(Trait trait) const {
         Text const& text = texts_[trait.view];
-        return trait.offset < text.size ? SlotOf(text.first[trait.place]) : SlotOf('\0');
+        return trait.offset < text.size ? SlotOf(text.first[trait.step]) : SlotOf('\0');
     }
 
     std::string_view Address(std::size_t side) const {
@@ -109,14 +116,13 @@ class CallTraits {
         return {address.first, address.size};
     }
 
-    /// Makes the character at the place origin of the address the first of the middle view.
+    /// Lets the middle view of a side count from the character at the place origin of its address.
     /// REQUIRES: the address is longer.
     void SetOrigin(std::size_t side, std::size_t origin);
 
   private:
     void SetSide(std::size_t side, CallSide const& callSide);
 
-    std::array<char, 2> types_;
     std::array<Text, 2 * kViews> texts_;
 };
 

@@ -1,5 +1,5 @@
-// Chooses by which traits rules are told apart. A choice changes the time that a decision takes,
-// and never the decision.
+// Chooses the traits that tell rules apart. A choice changes the time that a decision takes, and
+// never the decision.
 
 #ifndef MATCHING_TRAITCHOICE_H
 #define MATCHING_TRAITCHOICE_H
@@ -19,42 +19,41 @@ TraitSet MiddleTraits(std::size_t side);
 
 using Ranks = std::vector<std::uint32_t>; // Places of rules in a list, in list order.
 
-/// Looks at the traits of some rules of a list.
+/// Compares the traits of some rules of a list. A trait tells two rules apart when no slot is in
+/// both of their sets there. Not all pairs of the rules are compared, but up to kPairs of them.
 class TraitChoice {
   public:
+    static constexpr std::size_t kPairs = 32;
+
     /// traits are those of all rules of the list. The arguments must outlive the object.
     TraitChoice(std::vector<RuleTraits> const& traits, Ranks const& rules);
 
-    /// A trait and how many of some pairs of rules it tells apart, of kPairs at the most.
+    /// A trait, and how many of the pairs it tells apart.
     struct Choice {
         std::size_t trait;
         std::size_t apart;
     };
-    static constexpr std::size_t kPairs = 32;
+    /// Returns the trait in among that tells most pairs apart; kTraits and 0 when none tells any
+    /// apart.
+    Choice Best(TraitSet const& among) const;
 
-    /// What tells the most of some pairs of rules apart: of the traits in open, and of the middle
-    /// traits of each side.
-    struct Choices {
-        Choice open;
-        std::array<Choice, 2> middle;
-    };
-    Choices Best(TraitSet const& open) const;
-
-    /// Returns at most most traits in open, one after the other: always that which tells the most
-    /// pairs of rules apart which none before does; of several one that tells any pair apart, and
-    /// of these that for which the fewest rules take any slot. Traits for which all do are none of
-    /// them.
-    std::vector<std::size_t> Filters(TraitSet open, std::size_t most) const;
+    /// Returns up to limit traits in open, the best first. The best is the one that tells most
+    /// pairs apart that those before it do not. Of equal ones it is one that tells some pair apart,
+    /// and then the one where most rules are narrow, that is, do not accept every slot.
+    std::vector<std::size_t> Filters(TraitSet open, std::size_t limit) const;
 
   private:
     using Pairs = std::uint32_t;              // A set of the pairs, one bit for each.
-    using Apart = std::array<Pairs, kTraits>; // For each trait those that it tells apart.
+    using Apart = std::array<Pairs, kTraits>; // For each trait the pairs that it tells apart.
+    using Counts = std::array<std::uint32_t, kTraits>;
 
-    std::array<std::uint16_t, kTraits> Certain() const;
+    static Counts CountsOf(Apart const& apart);
+    Counts NarrowRules() const;
 
     std::vector<RuleTraits> const& traits_;
     Ranks const& rules_;
     Apart apart_{};
+    Counts counts_{}; // How many bits each has.
 };
 
 } // namespace CallRecordingUtils

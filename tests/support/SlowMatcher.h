@@ -1,7 +1,7 @@
 /// @file
-/// A deliberately naive matcher, which the real one is compared with: plain recursion over copies
-/// of the remaining texts, shortest runs first. All that it remembers is what failed before, so
-/// that its time ends. What a group admits it asks the library, whose item lists are tested apart.
+/// A deliberately naive matcher, which the library's is compared with: plain recursion over copies
+/// of the remaining texts, shortest runs first. It remembers only what failed before, or it would
+/// take forever. It asks the library what a group admits; item lists have tests of their own.
 
 #ifndef TESTS_SUPPORT_SLOWMATCHER_H
 #define TESTS_SUPPORT_SLOWMATCHER_H
@@ -21,24 +21,24 @@ using CallRecordingUtils::CCallRecordingAssistant;
 using CallRecordingUtils::wild_card_counts;
 
 using Counts = std::array<int, 7>;
-using Answer = std::optional<Counts>; // What a match consumed, or nothing.
+using Answer = std::optional<Counts>; // What a match consumed; nothing without a match.
 
-/// The library's counters in the order symbols, those in groups, "?", those in groups, sets, range
-/// expressions, "*".
+/// Returns the library's counters in this order: symbols, symbols in groups, "?", "?" in groups,
+/// sets, range expressions, "*".
 inline Counts CountsOf(wild_card_counts const& n) {
     return {
         n.symbol_count,     n.grouped_symbol_count,   n.question_count, n.grouped_question_count,
         n.symbol_set_count, n.range_expression_count, n.star_count};
 }
 
-/// What the library's matcher says, in the same form.
+/// Returns what the library's matcher says.
 inline Answer LibraryMatch(CCallRecordingAssistant const& library, std::string const& address,
                            std::string const& pattern) {
     wild_card_counts n;
     return library.IsMatching(address, pattern, n) ? Answer(CountsOf(n)) : std::nullopt;
 }
 
-/// Whether the construct takes run; what it consumes is added to counts.
+/// Returns whether the construct takes run, and adds to counts what it consumes.
 inline bool Takes(CCallRecordingAssistant const& library, char construct, std::string const& list,
                   std::string const& run, Counts& counts) {
     std::size_t const kind = std::string("..?.[<*").find(construct); // In the order of Counts.
@@ -55,7 +55,7 @@ inline bool Takes(CCallRecordingAssistant const& library, char construct, std::s
     return true;
 }
 
-/// The lengths of what was left of address and pattern, where they did not match.
+/// The lengths of the rests of address and pattern that did not match each other.
 using Failures = std::set<std::pair<std::size_t, std::size_t>>;
 
 inline Answer Match(CCallRecordingAssistant const& library, std::string const& address,
@@ -79,7 +79,7 @@ inline Answer Match(CCallRecordingAssistant const& library, std::string const& a
         if (answer && Takes(library, c, list, address.substr(0, n), *answer))
             return answer;
     }
-    if (address.size() + pattern.size() > 16) // Others are sooner matched than remembered.
+    if (address.size() + pattern.size() > 16) // Shorter ones are matched faster than looked up.
         failed.emplace(address.size(), pattern.size());
     return std::nullopt;
 }

@@ -78,7 +78,11 @@ bool CCallRecordingAssistant::ParseSIPAddress(std::string const& address, std::s
                                               std::string& host, std::string& port) const {
     std::optional<std::string_view> portPart;
     std::string const rest(SplitPort(address, portPart));
-    std::string portCopy(portPart.value_or(std::string_view()));
+    if (!portPart) {
+        port.clear();
+        return ParseSIPAddress(address, user, host);
+    }
+    std::string portCopy(*portPart);
     bool const isSplit = ParseSIPAddress(rest, user, host);
     port = std::move(portCopy);
     return isSplit;
