@@ -8,7 +8,6 @@
 #include <utility>
 
 #include <pthread.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <callrecordingutils/CCallRecordingAssistant.h>
@@ -18,6 +17,7 @@
 
 #include "support/DatabaseTest.h"
 #include "support/Edits.h"
+#include "support/FileSizeLimit.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -263,31 +263,43 @@ TEST_F(Edits, AFileThatCannotBeReadIsNeverWritten) {
     EXPECT_EQ(Trace(), "Save call recording rule failed\nRemoving recording rule failed\n");
 }
 
-TEST_F(Edits, AFailedSaveFailsForTheRuleAndItsTwin) {
-    std::string const longComment = "#" + std::string(64 * 1024, '.') + "\n";
-    std::string const file = longComment + Section(kA) + Section(kTwinOfA) + Section(kC);
-    LoadRules(file);
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    rlimit const limit{64 * 1024, before.rlim_max}; // The log stays below it.
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    bool const isAlone = db->ModifyRule(&kC, true);
-    bool const isPair = db->ModifyRule(&kA, true);
-    setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_FALSE(isAlone || isPair);
-    EXPECT_EQ(db->GetLastFailure(), dir.Path(TempDir::RULE_FILE) +
-                                        ": its temporary file cannot be written: File too large");
-    EXPECT_EQ(dir.ReadRules(), file);
+// A file that may not grow stands for a full disk. The log stays below the limit.
+TEST_F(Edits, AFailedSaveKeepsWhatWasSavedBefore) {
     std::string const failed = "Save currently selected call recording rule failed\n";
-    // A rule that mirrors itself is its own twin.
-    EXPECT_EQ(Trace(), failed + "Save call recording rule failed\n" + failed +
-                           "Save call recording rule failed\n");
-    CallRecordingRuleParams const b = With(kB, 0);
-    LoadRules(longComment + Section(b));
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    EXPECT_FALSE(db->ModifyRule(&b, true));
-    setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_EQ(Trace(), failed);
+    std::string const modifyFailed = "Save call recording rule failed\n";
+    CallRecordingRuleParams const longA = With(kA, 0, "a longer destination");
+    CallRecordingRuleParams const longB = With(kB, 7, "a longer destination");
+    std::string const pair = Section(longA) + Section(kTwinOfA);
+    std::string const settings = Section(Disabled(longA)) + Section(kTwinOfA);
+    struct {
+        std::string before;
+        CallRecordingRuleParams rule;
+        std::string after, trace;
+    } const rows[] = {
+        {Section(kB), longB, Section(kB), failed}, // It has no twin.
+        {Section(kC), longB, Section(kC), ""},     // Nor is there the rule itself.
+        {Section(kA) + Section(kTwinOfA), longA, Section(kA) + Section(kTwinOfA),
+         failed + modifyFailed},
+        // A rule that mirrors itself is its own twin.
+        {Section(kC), With(kC, 3, "a longer destination"), Section(kC), failed + modifyFailed},
+        {pair, Disabled(longA), settings, modifyFailed}, // The twin alone grows.
+    };
+    for (auto const& row : rows) {
+        std::string const comment = "#" + std::string(64 * 1024, '.') + "\n";
+        LoadRules(comment + row.before);
+        bool isDone = false;
+        {
+            FileSizeLimit const limit(comment.size() + row.before.size());
+            isDone = db->ModifyRule(&row.rule, true);
+        }
+        EXPECT_EQ(isDone, row.trace.empty());
+        EXPECT_EQ(Trace(), row.trace);
+        EXPECT_EQ(dir.ReadRules(), comment + row.after);
+        EXPECT_EQ(db->GetLastFailure(),
+                  isDone ? ""
+                         : dir.Path(TempDir::RULE_FILE) +
+                               ": its temporary file cannot be written: File too large");
+    }
 }
 
 TEST_F(Edits, CancellationWaitsForTheirEnd) {
