@@ -1,5 +1,5 @@
-// The pattern and range checks: what passes, what is rejected, and where and how a rejection says
-// so.
+// The checks of patterns and range expressions: what passes, what is rejected, and what a rejection
+// says.
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ using F = PatternFault;
 TEST(PatternValidation, PatternsComeBackInStoredForm) {
     struct {
         char const *written, *stored;
-        bool isIncorrect = false; // It is rewritten all the same, unless a character is reserved.
+        bool isIncorrect = false; // The escapes are replaced unless a character is reserved.
     } const rows[] = {
         {"", ""},
         {"a'_+=/~().;$&", "a'_+=/~().;$&"},
@@ -32,7 +32,7 @@ TEST(PatternValidation, PatternsComeBackInStoredForm) {
         {"[1,!1]", "[1,!1]"},
         {"[1,!!]", "[1,!!]"},
         {"[1,!2]!3", "[1,!2]!3"},
-        {"{[1]2,3}", "{[1]2,3}"}, // Values of a range expression are not looked at.
+        {"{[1]2,3}", "{[1]2,3}"}, // Values of a range expression are not checked.
         {R"(\*[5-5])", "#[5-5]", true},
         {R"(\*\\*)", "#\\#", true},
         {R"(\*72%)", R"(\*72%)", true},
@@ -46,7 +46,7 @@ TEST(PatternValidation, PatternsComeBackInStoredForm) {
 
 TEST(PatternValidation, WhatIsMalformedIsExplained) {
     using Places =
-        std::vector<std::pair<std::string, std::size_t>>; // Each with where the fault is.
+        std::vector<std::pair<std::string, std::size_t>>; // Texts, and where the fault is.
     struct {
         PatternFault fault;
         Places patterns, ranges;
@@ -112,7 +112,7 @@ TEST(PatternValidation, WhatIsMalformedIsExplained) {
     }
 }
 
-// What a message says, and a pattern that follows its advice.
+// A part of the message, and a pattern that follows its advice.
 TEST(PatternValidation, MessagesHelp) {
     struct {
         char const *pattern, *part, *mended;
@@ -186,7 +186,7 @@ void ExpectAgreement(std::string const& text) {
     auto const pattern = ExplainPattern(text);
     EXPECT_EQ(pattern.has_value(), IsPatternIncorrect(stored)) << text;
     EXPECT_LE(pattern ? pattern->position : 0, text.size()) << text;
-    SuspectPattern(text); // Takes its time, too.
+    SuspectPattern(text); // It takes time, too.
     auto const range = ExplainRange(text);
     EXPECT_NE(range.has_value(), IsRangeCorrect(text)) << text;
     EXPECT_LE(range ? range->position : 0, text.size()) << text;
@@ -208,7 +208,7 @@ TEST(PatternValidation, TimeGrowsWithTheLengthOnly) {
             text += row.repeated;
         ExpectAgreement(text + row.end);
     }
-    // Tenths of a second, unless one grows with the square.
+    // It takes about a second, unless the time of one grows with the square of the length.
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 

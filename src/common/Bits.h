@@ -1,4 +1,4 @@
-// Single bits of a word. (The standard library has these from C++20 on.)
+// Finds and counts bits of a word. (C++20 has this in its standard library.)
 
 #ifndef COMMON_BITS_H
 #define COMMON_BITS_H
@@ -12,8 +12,8 @@ namespace CallRecordingUtils {
 using Word = std::uint64_t;
 inline constexpr std::size_t kWordBits = 64;
 
-/// Every six bits in a row of this number are different, so that the top six bits of the number,
-/// shifted to the left, tell how far it was shifted.
+/// All runs of six bits in this number are different. So when it has been shifted to the left, its
+/// top six bits tell by how many bits.
 inline constexpr Word kSixBitsEach = 0x03f79d71b4cb0a89;
 
 constexpr std::array<std::uint8_t, kWordBits> MakeShiftTable() {
@@ -24,12 +24,12 @@ constexpr std::array<std::uint8_t, kWordBits> MakeShiftTable() {
 }
 inline constexpr std::array<std::uint8_t, kWordBits> kShiftTable = MakeShiftTable();
 
-/// Returns the place of the lowest bit of word that is set. REQUIRES: word is not 0.
+/// Returns the index of the lowest bit that is set in word. REQUIRES: word is not 0.
 constexpr std::size_t LowestBit(Word word) {
     return kShiftTable[((word & (~word + 1)) * kSixBitsEach) >> (kWordBits - 6)];
 }
 
-/// Returns how many bits of word are set: they are added up by twos, fours and eights.
+/// Returns how many bits are set in word. They are added up in pairs, fours and eights.
 constexpr std::size_t CountBits(Word word) {
     word -= word >> 1 & 0x5555555555555555;
     word = (word & 0x3333333333333333) + (word >> 2 & 0x3333333333333333);

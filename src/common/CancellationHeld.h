@@ -1,4 +1,4 @@
-// Holds off the cancellation of the running thread for a scope.
+// Holds off the cancellation of the current thread in a scope.
 
 #ifndef COMMON_CANCELLATIONHELD_H
 #define COMMON_CANCELLATIONHELD_H
@@ -7,9 +7,9 @@
 
 namespace CallRecordingUtils {
 
-/// A cancelled thread unwinds in the middle of whatever system call it makes. That would leave an
-/// edit half made, and end the process where the unwinding meets a function that lets nothing out.
-/// Held off, a request waits for the next cancellation point behind the scope.
+/// A cancelled thread unwinds from whichever system call it makes next. That would leave an edit
+/// half made, and end the process if a noexcept function is unwound. While it is held off, a
+/// request waits for the first cancellation point after the scope.
 class CancellationHeld {
   public:
     CancellationHeld() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_); }

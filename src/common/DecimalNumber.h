@@ -1,4 +1,4 @@
-// Reads decimal numbers the way the rule file and the pattern language mean them.
+// Reads decimal numbers as the rule file and the pattern language define them.
 
 #ifndef COMMON_DECIMALNUMBER_H
 #define COMMON_DECIMALNUMBER_H
@@ -9,10 +9,10 @@
 
 namespace CallRecordingUtils {
 
-/// Returns the number at the start of text as strtol with base 10 reads it into 32 bits: leading
-/// white space and one sign are accepted, reading ends at the first character that is no digit, no
-/// digits give 0, and a number too large or too small gives the nearest limit. Saturating here, not
-/// in the width of `long`, keeps 32-bit and 64-bit builds alike.
+/// Returns the number at the start of text as strtol reads it with base 10 into 32 bits: white
+/// space and one sign may come first, reading ends at the first character that is not a digit, no
+/// digits give 0, and a number that is too large or too small gives the nearest limit. The limits
+/// are for 32 bits and not for `long`, so that 32-bit and 64-bit builds agree.
 inline std::int32_t ParseDecimal(std::string_view text) {
     std::size_t at = 0;
     while (at < text.size() && (text[at] == ' ' || (text[at] >= '\t' && text[at] <= '\r')))

@@ -1,4 +1,4 @@
-// Holds a ThreadMutex for a scope, so that every way out of it unlocks.
+// Holds a ThreadMutex in a scope, so that every way out of the scope unlocks it.
 
 #ifndef COMMON_MUTEXGUARD_H
 #define COMMON_MUTEXGUARD_H

@@ -74,9 +74,8 @@ bool Accepts(std::string_view list, std::string_view candidate) {
     return AcceptsCandidate(list, candidate, consumed);
 }
 
-// What stands for all that an item takes: when the exclusions of a group reject every one of these
-// candidates, they reject everything that the item takes. No candidates means that there would be
-// too many.
+// Samples of what an item takes. They are chosen so that exclusions that reject all of them reject
+// everything that the item takes. No samples means that there would be too many.
 using Candidates = std::vector<std::string>;
 
 /// An exclusion that rejects an unnamed character has a "?" there, and rejects every other one too.

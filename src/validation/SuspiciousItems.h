@@ -28,7 +28,7 @@ std::optional<Stretch> FindLargeNumber(PatternPiece const& piece);
 /// An exclusion of a value that the other items do not take anyway.
 std::optional<Stretch> FindIdleExclusion(PatternPiece const& piece);
 
-/// An item of which the exclusions of its group leave nothing.
+/// An item that takes nothing but what its group excludes.
 std::optional<Stretch> FindExcludedItem(PatternPiece const& piece);
 
 } // namespace CallRecordingUtils

@@ -26,8 +26,8 @@ Rewritten Rewrite(std::string& reasons, RuleFileEdit& edit, std::size_t place,
     return AttemptSave(reasons, [&] { edit.Save(); }) ? Rewritten::Saved : Rewritten::Unsaved;
 }
 
-/// Reads the rule at place. After a failure, which is traced, the fields that were not read are
-/// those of a new record.
+/// Reads the rule at place. A failure is traced; the fields that were not read then have the
+/// values of a new record.
 CallRecordingRuleParams ReadPrevious(std::string& reasons, RuleFileEdit& edit, std::size_t place) {
     CallRecordingRuleParams previous;
     Attempt(reasons, TraceLine::LoadingFailed, [&] {

@@ -19,7 +19,7 @@ using RuleList = std::list<CallRecordingRuleParams*>;
 
 void AppendRule(RuleList& list, std::unique_ptr<CallRecordingRuleParams> record) {
     list.push_back(record.get());
-    (void)record.release(); // The list owns it, now that it holds it.
+    (void)record.release(); // The list owns it from now on.
 }
 
 } // namespace

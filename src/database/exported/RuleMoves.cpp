@@ -95,8 +95,7 @@ bool CCallRecordingDB::MoveRule(std::string const& ruleId, std::size_t place) {
             std::size_t const count = up ? *from - place : place - *from;
             auto const run = ListedRun(mCallRecordList, ParseDecimal(ruleId), up, count);
             if (!IsRunInFile(edit, *from, up, run))
-                throw std::runtime_error(
-                    "the rules in memory are not those of the file; reload them");
+                throw std::runtime_error("the rules in memory differ from the file; reload them");
             if (count == 0)
                 return true;
             edit.Move(*from, place);
