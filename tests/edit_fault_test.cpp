@@ -130,6 +130,21 @@ TEST_F(EditFaults, AFailingCallLeavesAWholeFileAndNothingElse) {
     }
 }
 
+TEST_F(EditFaults, AFailureWithoutMemoryForItsReasonHasOne) {
+    std::string const malformed = "{\nhalf a section=";
+    for (int call = 1; call == 1 || wasHit; ++call) {
+        Restore();
+        dir.WriteRules(malformed);
+        EXPECT_FALSE(Run(rows.front().edit, "new", call, Fault::FAIL));
+        std::string const reason = db->GetLastFailure();
+        EXPECT_TRUE(reason == "out of memory" ||
+                    (reason.find(dir.Path(TempDir::RULE_FILE) + ":2: ") == 0 &&
+                     reason.find("; ") == std::string::npos))
+            << reason;
+        EXPECT_EQ(dir.ReadRules(), malformed);
+    }
+}
+
 TEST_F(EditFaults, ALoadWithoutMemoryListsNoTornRule) {
     std::string const whole[] = {Section(kA), Section(kTwinOfA), Section(kB)};
     for (int call = 1; call == 1 || wasHit; ++call) {

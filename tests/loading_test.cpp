@@ -17,6 +17,7 @@
 #include <callrecordingutils/CCallRecordingLogger.h>
 #include <callrecordingutils/CRuleFileLock.h>
 #include <callrecordingutils/NumberToString.h>
+#include <callrecordingutils/tokensArray.h>
 
 #include "support/DatabaseTest.h"
 #include "support/Edits.h"
@@ -146,6 +147,35 @@ TEST_F(Loading, AFailedLoadKeepsWhatWasReadAndCountsAsLoaded) {
     EXPECT_TRUE(db->Reload());
     EXPECT_EQ(Trace(), kFailed + std::string(kLoaded) + kAlready + kReloading + kFailed + kLoaded +
                            kReloading + kLoaded);
+}
+
+TEST_F(Loading, LevelsTellFailuresFromNotices) {
+    std::string const notices = std::string(kLoaded) + kAlready + kReloading;
+    struct {
+        char const* logLevel;
+        std::string trace;
+    } const rows[] = {{"0", kFailed}, {"2", kFailed}, {"3", notices + kFailed + kLoaded}};
+    for (auto const& [logLevel, trace] : rows) {
+        setenv("QUVA_LOG_LEVEL", logLevel, 1);
+        dir.WriteRules("");
+        CCallRecordingDB* const db = CCallRecordingDB::GetInstance(true, true);
+        db->Load();
+        dir.WriteRules("{");
+        db->Reload();
+        CCallRecordingDB::CloseInstance();
+        EXPECT_EQ(Trace(), trace) << logLevel;
+    }
+}
+
+// By the bytes of a section, in which the description comes before the state.
+TEST(Keys, AreExportedInTheOrderOfTheirIndex) {
+    std::istringstream section(Section(kA));
+    std::vector<std::string> keys;
+    for (std::string line; std::getline(section, line);)
+        if (line.find('=') != std::string::npos)
+            keys.push_back(line.substr(0, line.find('=')));
+    std::swap(keys[KEY_RECORDING_RULE_STATE], keys[KEY_DESCRIPTION]);
+    EXPECT_EQ(std::vector<std::string>(tokensArray, tokensArray + RULE_FILE_KEY_COUNT), keys);
 }
 
 TEST_F(Loading, TheDirectoryIsJoinedAsPlainTextAndReadAgain) {

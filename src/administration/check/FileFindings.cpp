@@ -90,7 +90,7 @@ class Checker {
             char const* const meant = KeyMeantBy(key);
             if (meant != nullptr && key != meant)
                 Find("key", line,
-                     fmt::format("\"{}\" is ignored; is \"{}\" meant?", Printable(key), meant));
+                     fmt::format("\"{}\" is not read; is \"{}\" meant?", Printable(key), meant));
             else if (meant != nullptr && !isNew)
                 Find("key", line,
                      fmt::format("{} is given twice; only line {} counts", key, first->second));

@@ -30,7 +30,7 @@ std::string WhyItDecidesNothing(RuleReport const& report, RuleList const& rules)
     case RuleReport::kMatchesNothing:
         return fmt::format("can never decide: nothing satisfies its {} side", side);
     case RuleReport::kNotAnalysable:
-        return fmt::format("cannot be analysed, since its {} pattern is malformed", side);
+        return fmt::format("not analysable, since its {} pattern is malformed", side);
     case RuleReport::kUndecided:
         return "whether it decides calls is undecided: " + WhyUndecided(rules);
     case RuleReport::kDecides:

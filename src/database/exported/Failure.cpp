@@ -28,7 +28,7 @@ void KeepReason(std::string& reasons, char const* reason) noexcept {
     try {
         std::string const text(reason);
         if (!EndsIn(reasons, text))
-            reasons.append(reasons.empty() ? "" : "; ").append(text);
+            reasons = reasons.empty() ? text : reasons + "; " + text;
     } catch (std::bad_alloc const&) {
         if (reasons.empty())
             reasons = "out of memory"; // Short enough to need no memory.
