@@ -7,6 +7,7 @@
 #include "language/Forms.h"
 #include "model/SipAddress.h"
 #include "validation/PatternCheck.h"
+#include "validation/Sentence.h"
 #include "validation/Suspicions.h"
 
 namespace CallRecordingUtils {
@@ -19,7 +20,7 @@ StoredPattern StorePiece(std::string_view entry) {
     return {ToStoredForm(entry), std::nullopt};
 }
 
-StoredPattern Problem(std::size_t position, char const* message) {
+StoredPattern Problem(std::size_t position, std::string const& message) {
     return {"", PatternProblem{position, message}};
 }
 
@@ -28,9 +29,10 @@ StoredPattern ExplainMissingAt(std::string_view entry) {
     if (at == std::string_view::npos)
         return Problem(entry.size(),
                        "a SIP pattern is user@host or user@host:port; write *@* for every address");
-    return Problem(
-        entry.rfind(':'),
-        "the last \":\" begins the port, but there is no \"@\" before it; leave out \"sip:\"");
+    std::size_t const colon = entry.rfind(':');
+    return Problem(colon,
+                   "the last \":\" begins the port, but there is no \"@\" before it; leave out " +
+                       Quoted(entry.substr(0, colon + 1)));
 }
 
 /// Finds an escape that is stored as "@" or ":" and would then end a piece.
@@ -39,10 +41,8 @@ StoredPattern ExplainMisread(SipAddress const& pieces, std::size_t hostBegin,
     constexpr auto kNone = std::string_view::npos;
     std::size_t const comma = pieces.host.find("\\,");
     if (comma != kNone)
-        return Problem(
-            hostBegin + comma,
-            "an escaped \",\" is stored as \"@\", which would end the user part here; write ? "
-            "instead");
+        return Problem(hostBegin + comma, "an escaped \",\" is stored as \"@\", which would end "
+                                          "the user part here; write ? instead");
     if (pieces.port && pieces.port->find("\\!") != kNone)
         return Problem(portBegin + pieces.port->find("\\!"),
                        "an escaped \"!\" is stored as \":\", which would begin the port here");
@@ -52,8 +52,7 @@ StoredPattern ExplainMisread(SipAddress const& pieces, std::size_t hostBegin,
         return {};
     return Problem(inUser != kNone ? inUser : hostBegin + inHost,
                    "an escaped \"!\" is stored as \":\", which would begin the port here; add a "
-                   "port, or :* for "
-                   "every port");
+                   "port, or :* for every port");
 }
 
 /// Checks and converts one piece of a SIP pattern. The check of the piece would call a "@" or ":"
@@ -65,10 +64,9 @@ StoredPattern StoreSipPiece(std::string_view piece, std::size_t begin) {
     std::size_t const position = result.problem->position;
     char const culprit = position < piece.size() ? piece[position] : '\0';
     if (culprit == ':')
-        return Problem(
-            begin + position,
-            "\":\" can only be before the port; write ? for a \":\" elsewhere, as in an IPv6 "
-            "address, and leave out \"sip:\"");
+        return Problem(begin + position,
+                       "\":\" can only be before the port; write ? for a \":\" elsewhere, as in an "
+                       "IPv6 address, and leave out a \"sip:\" in front");
     if (culprit == '@')
         return Problem(begin + position,
                        "\"@\" can only be between user and host; write ? for another \"@\"");

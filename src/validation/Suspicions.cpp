@@ -66,12 +66,10 @@ constexpr Suspicions kSuspicions{{
      " is the text with its dots: write \"-\" for a range, as in {200-299}"},
     {"{ab-cd}", CALL_TYPE_NUMBER, FindLongLetterRange,
      " has more than one letter at an end, but a range compares only the first ones: write each "
-     "text "
-     "as an item, or one letter at each end, as in {a-c}"},
+     "text as an item, or one letter at each end, as in {a-c}"},
     {"{1-05}", CALL_TYPE_NUMBER, FindUselessZero,
      " takes no number with a leading zero: give both ends the same number of digits, as in 01-05, "
-     "or "
-     "leave the zero out"},
+     "or leave the zero out"},
     {"{1-3000000000}", CALL_TYPE_NUMBER, FindLargeNumber,
      " takes greater numbers of this length, too, since all beyond 2147483647 count as that: write "
      "the leading digits before the range, as in 4930{0000-9999}"},
