@@ -1,7 +1,7 @@
 /// @file
 /// Fuzzes the sectioned file: parse, edit, save, parse again.
 ///
-/// An input is a line of commands, one character each, and behind it the text of the file:
+/// An input is a line of commands, one character each, followed by the text of the file:
 ///     > < .      cursor to the next section, the previous one, before the first one
 ///     + -        add a section at the end, delete the current one
 ///     others     set the entry of that name in the current section
@@ -15,7 +15,7 @@ using fuzzing::Require;
 
 namespace {
 
-/// Throws where the command cannot be done.
+/// Executes a command. Throws when that is not possible.
 void Do(RuleFile& file, char command, std::string const& value) {
     std::string const key(1, command);
     switch (command) {
@@ -30,7 +30,7 @@ void Do(RuleFile& file, char command, std::string const& value) {
     }
 }
 
-/// The sections as the cursor shows them, with their values of all keys.
+/// Returns the values of all keys in all sections.
 std::string Content(RuleFile& file, std::string const& keys) {
     std::string content;
     file.Restart();

@@ -1,4 +1,4 @@
-// The edits of the rule file: results, memory, file bytes and trace of each.
+// The edits of the rule file: the result of each, and what it does to memory, file and trace log.
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,6 @@
 #include <utility>
 
 #include <pthread.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <callrecordingutils/CCallRecordingAssistant.h>
@@ -18,6 +17,7 @@
 
 #include "support/DatabaseTest.h"
 #include "support/Edits.h"
+#include "support/FileSizeLimit.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -40,7 +40,8 @@ TEST_F(Edits, ChangeJustWhatTheySay) {
         bool result = true;
     } const rows[] = {
         {"", Add(With(kB, 99)), Section(With(kB, 0))},
-        {a + b + c, Add(kA), a + b + c + Section(With(kA, 8))}, // Behind the greatest identifier.
+        {a + b + c, Add(kA),
+         a + b + c + Section(With(kA, 8))}, // One more than the greatest identifier.
         {Section(kA, "-5"), Add(kA), Section(kA, "-5") + a},
         {b, Add(odd), b + Section(With(odd, 8))},
         {comments, Add(kA), comments + "\n" + Section(With(kA, 5))},
@@ -50,7 +51,7 @@ TEST_F(Edits, ChangeJustWhatTheySay) {
         {comments, Modify(Rule(4, "1", CALL_TYPE_NUMBER, "2", CALL_TYPE_SIP), false),
          "# top\n\n{\n # own words\nx=1\n" + commented.substr(2) + "\n# end"},
         {Section(kA, " 07x") + a, Modify(With(kC, 7), false), Section(With(kC, 7)) + a},
-        // Without the rule no twin is looked for.
+        // Without the rule no twin is searched for.
         {a + Section(With(CallRecordingRuleParams(), 2)), Modify(With(kC, 5), true),
          a + Section(With(CallRecordingRuleParams(), 2))},
         {b + a + t + t, Modify(Disabled(With(kA, 0, "n")), true),
@@ -61,7 +62,7 @@ TEST_F(Edits, ChangeJustWhatTheySay) {
 
         {b + a + t + c, Delete(kA), b + c},
         {t + b + t, Delete(With(kA, 55)), b},
-        {t + t + a + t, Delete(kA), t}, // All twins before the rule, or one behind it.
+        {t + t + a + t, Delete(kA), t}, // All twins before the rule, or one after it.
         {a + t + t, Delete(kA), t},
         {a + Section(With(kA, 9)), Delete(With(kA, 9)), a},
         {c + Section(With(kC, 4)), Delete(kC), Section(With(kC, 4))},
@@ -77,7 +78,7 @@ TEST_F(Edits, ChangeJustWhatTheySay) {
         {a + b + c, Move("7", true), Section(With(kB, 0)) + Section(With(kA, 7)) + c},
         {a + b + c, Move("7", false), a + Section(With(kC, 7)) + Section(With(kB, 3))},
         {a + b, Move("-1", true), a + b},
-        // Every rule on the way takes over the identifier of its new place; comments stay.
+        // Every rule in between takes over the identifier of its new place; comments stay.
         {a + "#1\n" + t + b + "#2\n" + c, MoveTo("3", 1),
          a + "#1\n" + Section(With(kC, 1)) + Section(With(kTwinOfA, 7)) + "#2\n" +
              Section(With(kB, 3))},
@@ -113,7 +114,7 @@ TEST_F(Edits, MovesAndStatesShowInMemory) {
     EXPECT_TRUE(db->ReOrderRule("7", true));
     EXPECT_EQ(db->GetSelectedRule("0")->record_to, "b");
     EXPECT_EQ(db->GetCallRecordingRules().front()->callrecordingrule_id, 7);
-    // The list no longer mirrors the file: another move of either would tear a rule.
+    // The list no longer agrees with the file, so another move of either would mix up two rules.
     std::string const moved = dir.ReadRules();
     EXPECT_TRUE(db->ReOrderRule("7", false));
     EXPECT_TRUE(db->ReOrderRule("3", true));
@@ -130,7 +131,7 @@ TEST_F(Edits, MovesAndStatesShowInMemory) {
     std::string ids;
     for (CallRecordingRuleParams const* const rule : db->GetCallRecordingRules())
         ids += std::to_string(rule->callrecordingrule_id) + rule->record_to + " ";
-    EXPECT_EQ(ids, "7a 3b 0c "); // The order of the list, the identifiers of the file.
+    EXPECT_EQ(ids, "7a 3b 0c "); // In the order of the list, with the identifiers of the file.
     dir.WriteRules(file);
     EXPECT_TRUE(db->Reload());
 
@@ -188,7 +189,7 @@ TEST_F(Edits, TextsThatAreNoLineFailAndChangeNothing) {
             EXPECT_EQ(dir.ReadRules(), file);
         }
     }
-    // The same reason of two steps is said once, different ones one after the other.
+    // A reason that two steps have in common is given once, different ones follow each other.
     CallRecordingRuleParams noLine = With(kA, 0, "a\n");
     EXPECT_FALSE(db->ModifyRule(&noLine, true));
     EXPECT_EQ(db->GetLastFailure(),
@@ -198,7 +199,7 @@ TEST_F(Edits, TextsThatAreNoLineFailAndChangeNothing) {
     EXPECT_FALSE(db->ModifyRule(&noLine, true));
     EXPECT_NE(db->GetLastFailure().find("\"caller_pattern\" has a line break; "),
               std::string::npos);
-    // The rewrite fails, the twin is still brought up to date, and no half of the rewrite is saved.
+    // The rewrite fails; the twin is updated all the same, and no part of the rewrite is saved.
     LoadRules(file);
     CallRecordingRuleParams rule = With(kA, 0, "new");
     rule.description = "a\nb";
@@ -206,7 +207,7 @@ TEST_F(Edits, TextsThatAreNoLineFailAndChangeNothing) {
     EXPECT_EQ(dir.ReadRules(), Section(kA) + Section(With(kTwinOfA, 1, "new")) + Section(kB));
 }
 
-/// Writes 12 as 1.2, as a host process may.
+/// Writes 12 as 1.2, as the locale of a host process may.
 struct Grouping : std::numpunct<char> {
     std::string do_grouping() const override { return "\1"; }
 };
@@ -245,14 +246,14 @@ TEST_F(Edits, AFileThatCannotBeReadIsNeverWritten) {
                   0U);
         EXPECT_EQ(dir.ReadRules(), "{\nhalf a section=");
     }
-    // What is too long to be read is replaced.
+    // A value that is too long to be read can be replaced.
     CallRecordingRuleParams rule;
     LoadRules(Section(kA));
     dir.WriteRules(Section(With(kA, 0, std::string(70000, '1').c_str())));
     EXPECT_TRUE(db->ModifyRule(&kA, true));
     EXPECT_EQ(Trace(), "Loading Call Recording configuration failed\n");
     EXPECT_EQ(dir.ReadRules(), Section(kA));
-    // An edit that cannot read on keeps what it has done till then.
+    // An edit that cannot read on keeps what it has saved until then.
     std::string const unread =
         Section(Rule(9, std::string(70000, '1').c_str(), CALL_TYPE_ANY, "", CALL_TYPE_ANY));
     dir.WriteRules(Section(kA) + unread + Section(kTwinOfA));
@@ -263,31 +264,43 @@ TEST_F(Edits, AFileThatCannotBeReadIsNeverWritten) {
     EXPECT_EQ(Trace(), "Save call recording rule failed\nRemoving recording rule failed\n");
 }
 
-TEST_F(Edits, AFailedSaveFailsForTheRuleAndItsTwin) {
-    std::string const longComment = "#" + std::string(64 * 1024, '.') + "\n";
-    std::string const file = longComment + Section(kA) + Section(kTwinOfA) + Section(kC);
-    LoadRules(file);
-    rlimit before{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-    rlimit const limit{64 * 1024, before.rlim_max}; // The log stays below it.
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    bool const isAlone = db->ModifyRule(&kC, true);
-    bool const isPair = db->ModifyRule(&kA, true);
-    setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_FALSE(isAlone || isPair);
-    EXPECT_EQ(db->GetLastFailure(), dir.Path(TempDir::RULE_FILE) +
-                                        ": its temporary file cannot be written: File too large");
-    EXPECT_EQ(dir.ReadRules(), file);
+// A limit on the size of files acts like a full disk. The log stays below it.
+TEST_F(Edits, AFailedSaveKeepsWhatWasSavedBefore) {
     std::string const failed = "Save currently selected call recording rule failed\n";
-    // A rule that mirrors itself is its own twin.
-    EXPECT_EQ(Trace(), failed + "Save call recording rule failed\n" + failed +
-                           "Save call recording rule failed\n");
-    CallRecordingRuleParams const b = With(kB, 0);
-    LoadRules(longComment + Section(b));
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    EXPECT_FALSE(db->ModifyRule(&b, true));
-    setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_EQ(Trace(), failed);
+    std::string const modifyFailed = "Save call recording rule failed\n";
+    CallRecordingRuleParams const longA = With(kA, 0, "a longer destination");
+    CallRecordingRuleParams const longB = With(kB, 7, "a longer destination");
+    std::string const pair = Section(longA) + Section(kTwinOfA);
+    std::string const settings = Section(Disabled(longA)) + Section(kTwinOfA);
+    struct {
+        std::string before;
+        CallRecordingRuleParams rule;
+        std::string after, trace;
+    } const rows[] = {
+        {Section(kB), longB, Section(kB), failed}, // It has no twin.
+        {Section(kC), longB, Section(kC), ""},     // Nor is there the rule itself.
+        {Section(kA) + Section(kTwinOfA), longA, Section(kA) + Section(kTwinOfA),
+         failed + modifyFailed},
+        // A rule that mirrors itself is its own twin.
+        {Section(kC), With(kC, 3, "a longer destination"), Section(kC), failed + modifyFailed},
+        {pair, Disabled(longA), settings, modifyFailed}, // The twin alone grows.
+    };
+    for (auto const& row : rows) {
+        std::string const comment = "#" + std::string(64 * 1024, '.') + "\n";
+        LoadRules(comment + row.before);
+        bool isDone = false;
+        {
+            FileSizeLimit const limit(comment.size() + row.before.size());
+            isDone = db->ModifyRule(&row.rule, true);
+        }
+        EXPECT_EQ(isDone, row.trace.empty());
+        EXPECT_EQ(Trace(), row.trace);
+        EXPECT_EQ(dir.ReadRules(), comment + row.after);
+        EXPECT_EQ(db->GetLastFailure(),
+                  isDone ? ""
+                         : dir.Path(TempDir::RULE_FILE) +
+                               ": its temporary file cannot be written: File too large");
+    }
 }
 
 TEST_F(Edits, CancellationWaitsForTheirEnd) {

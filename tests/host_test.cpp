@@ -1,4 +1,4 @@
-// What the process may do that the library lives in: have classes of the same names, and fork.
+// What the process may do: have classes of the same names as the platform's, and fork.
 
 #include <gtest/gtest.h>
 
@@ -44,8 +44,8 @@ TEST_F(Host, ClassesOfTheSameNamesStayApart) {
     EXPECT_EQ(CountCallsOfOwnClasses(), kOwnCalls);
 }
 
-// The child of a fork has the forking thread only. What its other threads held stays locked for
-// ever: the database's mutex, the log's, the other assistants'.
+// The child of a fork has only the thread that forked. What other threads had locked stays locked
+// for ever: the mutexes of the database, the log and other assistants.
 TEST_F(Host, ForkedChildDecidesByAnAssistantThatNobodyElseUsed) {
     dir.WriteRules(Section(Rule(0, "*", CALL_TYPE_ANY, "1<00-99>", CALL_TYPE_NUMBER)));
     CCallRecordingAssistant mine(true), others(true);

@@ -1,5 +1,4 @@
-// The database's life, its trace log, and the loading of hand-written rule files in both view
-// modes.
+// The life of the database, its trace log, and loading hand-written rule files in both views.
 
 #include <gtest/gtest.h>
 
@@ -18,6 +17,7 @@
 #include <callrecordingutils/CCallRecordingLogger.h>
 #include <callrecordingutils/CRuleFileLock.h>
 #include <callrecordingutils/NumberToString.h>
+#include <callrecordingutils/tokensArray.h>
 
 #include "support/DatabaseTest.h"
 #include "support/Edits.h"
@@ -27,7 +27,7 @@ namespace {
 
 class Loading : public DatabaseTest {
   protected:
-    /// The listed rules in short: identifier, sides, recording type, state, then the texts.
+    /// Returns the listed rules in short: identifier, sides, recording type, state, texts.
     static std::string Listing(CCallRecordingDB& db) {
         std::ostringstream out;
         for (CallRecordingRuleParams const* r : db.GetCallRecordingRules())
@@ -57,7 +57,7 @@ TEST_F(Loading, AdvancedViewListsEverySectionAsItDecodes) {
 }
 
 TEST_F(Loading, BasicViewMergesMirroredPairs) {
-    // A rule keyed on the number that is called, and its mirror image.
+    // A rule about a called number, and its mirror image.
     auto const star = [](char const* key, char const* other = "*", CallType type = CALL_TYPE_ANY) {
         return Section(Rule(1, other, type, key, CALL_TYPE_NUMBER));
     };
@@ -92,7 +92,7 @@ TEST_F(Loading, BasicViewMergesMirroredPairs) {
         CCallRecordingDB::SetMode(true);
         CCallRecordingDB::CloseInstance();
     }
-    // Where both sides are keys, the crossed comparison comes last.
+    // If both sides have call type number, the comparison with exchanged sides decides.
     CCallRecordingDB db;
     CallRecordingRuleMapParams entry;
     entry.params = Rule(1, "1", CALL_TYPE_NUMBER, "2", CALL_TYPE_NUMBER);
@@ -149,16 +149,46 @@ TEST_F(Loading, AFailedLoadKeepsWhatWasReadAndCountsAsLoaded) {
                            kReloading + kLoaded);
 }
 
+TEST_F(Loading, LevelsTellFailuresFromNotices) {
+    std::string const notices = std::string(kLoaded) + kAlready + kReloading;
+    struct {
+        char const* logLevel;
+        std::string trace;
+    } const rows[] = {{"0", kFailed}, {"2", kFailed}, {"3", notices + kFailed + kLoaded}};
+    for (auto const& [logLevel, trace] : rows) {
+        setenv("QUVA_LOG_LEVEL", logLevel, 1);
+        dir.WriteRules("");
+        CCallRecordingDB* const db = CCallRecordingDB::GetInstance(true, true);
+        db->Load();
+        dir.WriteRules("{");
+        db->Reload();
+        CCallRecordingDB::CloseInstance();
+        EXPECT_EQ(Trace(), trace) << logLevel;
+    }
+}
+
+// By the bytes of a section, in which the description comes before the state.
+TEST(Keys, AreExportedInTheOrderOfTheirIndex) {
+    std::istringstream section(Section(kA));
+    std::vector<std::string> keys;
+    for (std::string line; std::getline(section, line);)
+        if (line.find('=') != std::string::npos)
+            keys.push_back(line.substr(0, line.find('=')));
+    std::swap(keys[KEY_RECORDING_RULE_STATE], keys[KEY_DESCRIPTION]);
+    EXPECT_EQ(std::vector<std::string>(tokensArray, tokensArray + RULE_FILE_KEY_COUNT), keys);
+}
+
 TEST_F(Loading, TheDirectoryIsJoinedAsPlainTextAndReadAgain) {
     dir.Write("deeptelephony/callrecordingdb", Section(kA));
     CCallRecordingDB* const db = CCallRecordingDB::GetInstance(true, false);
-    EXPECT_TRUE(db->GetCallRecordingRules().empty()); // No file there is a file without rules.
+    EXPECT_TRUE(db->GetCallRecordingRules().empty()); // A missing file has no rules.
     setenv("QUVA_PATH", dir.Path("deep").c_str(), 1);
     EXPECT_TRUE(db->Reload());
     EXPECT_EQ(db->GetCallRecordingRules().size(), 1U);
 }
 
-// A clock that was wrong for a while must not cost the rules, where times have 32 bits neither.
+// A clock that was wrong for a while must not make the rules unreadable, nor where times have 32
+// bits.
 TEST_F(Loading, TheTimeOfTheFileDoesNotMatter) {
     dir.WriteRules(Section(kA));
     timespec const year2050[2] = {{2524608000, 0}, {2524608000, 0}};

@@ -1,8 +1,8 @@
 /// @file
-/// The call-recording rule as it is held in memory, and the two enumerations that type its fields.
+/// The call-recording rule as it is held in memory, and the enumerations for its fields.
 ///
-/// All records here are plain values: copying copies every text, and a copy is independent of its
-/// source. They have no locks; two threads may read one record, but not while a third writes it.
+/// All records here are plain values: a copy has texts of its own and is independent of its source.
+/// They have no locks: any number of threads may read a record as long as none writes it.
 
 #ifndef CALLRECORDINGUTILS_CALLRECORDINGRULEPARAMS_H
 #define CALLRECORDINGUTILS_CALLRECORDINGRULEPARAMS_H
@@ -12,18 +12,18 @@
 
 #include <callrecordingutils/Export.h>
 
-/// What kind of address a side of a call has, and what kind a side of a rule asks for.
+/// The kind of address that one side of a call has, or that one side of a rule asks for.
 enum CallType : std::int32_t {
-    CALL_TYPE_NUMBER = 0,  ///< A plain number, compared unchanged.
+    CALL_TYPE_NUMBER = 0,  ///< A plain number, compared as it is.
     CALL_TYPE_SIP = 1,     ///< A SIP address, compared as user@host:port.
-    CALL_TYPE_NUMBER2 = 2, ///< A plain number of a second kind, matched exactly like the first.
-    CALL_TYPE_ANY = 3      ///< On a rule side: every call type. On a call side: no address at all.
+    CALL_TYPE_NUMBER2 = 2, ///< A plain number of a second kind, compared like the first.
+    CALL_TYPE_ANY = 3      ///< In a rule: every call type. In a call: no address.
 };
 
 namespace CallRecordingUtils {
 
 /// The kind of recording that a rule asks for. The library stores and compares it; what the two
-/// values mean belongs to the client that records.
+/// values mean is up to the client that records.
 enum CALLRECORDINGUTILS_EXPORT CallRecordingTypes : std::int32_t {
     CALL_RECORDING_TYPE_0 = 0,
     CALL_RECORDING_TYPE_1 = 1
@@ -33,36 +33,36 @@ enum CALLRECORDINGUTILS_EXPORT CallRecordingTypes : std::int32_t {
 enum RecordingRuleStates : std::int32_t {
     RULE_ENABLED = 0,     ///< Takes part in decisions. Stored as "1".
     RULE_DISABLED = 1,    ///< Never matches. Stored as "0".
-    RULE_NOT_SHOWABLE = 2 ///< Never matches: the basic view cannot show it. Stored as "0", so that
-                          ///< it reads back as RULE_DISABLED.
+    RULE_NOT_SHOWABLE = 2 ///< The basic view cannot show it, and it never matches. Stored as "0",
+                          ///< so it reads back as RULE_DISABLED.
 };
 
 /// One call-recording rule. The fields are named after the keys of the rule file.
 struct CALLRECORDINGUTILS_EXPORT CallRecordingRuleParams {
-    /// A rule not yet stored: identifier -1, both sides of any call type, enabled, all texts empty.
+    /// A rule that is not stored yet: identifier -1, enabled, both call types any, all texts empty.
     CallRecordingRuleParams();
     /// Copies every field.
     CallRecordingRuleParams(CallRecordingRuleParams const& other);
-    /// Copies every field. Copying a record onto itself leaves it as it is.
+    /// Copies every field. Assigning a record to itself changes nothing.
     CallRecordingRuleParams& operator=(CallRecordingRuleParams const& other);
     ~CallRecordingRuleParams();
 
-    /// Unique within the rule file and assigned by CCallRecordingDB::AddRule; -1: not yet stored.
+    /// Unique within the rule file; CCallRecordingDB::AddRule assigns it. -1: not stored yet.
     std::int32_t callrecordingrule_id;
-    /// Pattern of the calling side, in the matched form (see CCallRecordingAssistant.h). An empty
-    /// pattern never matches.
+    /// The pattern of the calling side, in the matched form (see CCallRecordingAssistant.h). An
+    /// empty pattern never matches.
     std::string caller_pattern;
-    /// Call type that the calling side must have.
+    /// The call type that the calling side must have.
     CallType caller_call_type;
-    /// Pattern of the called side, as caller_pattern.
+    /// The pattern of the called side, as caller_pattern.
     std::string called_pattern;
-    /// Call type that the called side must have.
+    /// The call type that the called side must have.
     CallType called_call_type;
-    /// Kind of recording to make.
+    /// The kind of recording to make.
     CallRecordingTypes call_recording_type;
-    /// Where to record to: free text for the client.
+    /// Where to record to. Text that only the client interprets.
     std::string record_to;
-    /// How long to record: text that only the client interprets.
+    /// How long to record. Text that only the client interprets.
     std::string recording_duration;
     /// Free text.
     std::string description;
@@ -70,11 +70,12 @@ struct CALLRECORDINGUTILS_EXPORT CallRecordingRuleParams {
     std::int32_t recording_rule_state;
 };
 
-/// A rule while a load in basic view mode merges it with the others of its key pattern.
+/// A rule of the basic view while a load merges it with the other rules of its key pattern, which
+/// is the pattern of the side with call type number.
 struct CallRecordingRuleMapParams {
     /// The rule that will be listed.
     CallRecordingRuleParams params;
-    /// A further rule of the same key pattern, keyed on the opposite side, has been met.
+    /// Whether another rule has this key pattern on the opposite side.
     bool has_mirror = false;
 };
 

@@ -1,5 +1,5 @@
 /// @file
-/// The mark of a symbol that the shared library exports. Everything without it stays hidden.
+/// Marks a symbol that the shared library exports. All others are hidden.
 
 #ifndef CALLRECORDINGUTILS_EXPORT_H
 #define CALLRECORDINGUTILS_EXPORT_H

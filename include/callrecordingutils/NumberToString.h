@@ -9,9 +9,9 @@
 #include <callrecordingutils/CallRecordingRuleParams.h>
 #include <callrecordingutils/Export.h>
 
-/// Returns value in decimal: digits, a leading minus sign when negative, no grouping whatever the
-/// process's locale says. An enumeration is written as its integer value.
-/// Available for the three types instantiated below.
+/// Returns value in decimal: digits, with a minus sign in front of a negative number, and never
+/// grouped, whatever the locale of the process. An enumeration is written as its number. Available
+/// for the three types below.
 template <typename T>
 CALLRECORDINGUTILS_EXPORT std::string NumberToString(T const& value);
 

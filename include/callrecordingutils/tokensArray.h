@@ -8,7 +8,7 @@
 
 namespace CallRecordingUtils {
 
-/// Index of each key in tokensArray.
+/// The index of each key in tokensArray.
 enum RuleFileKeys {
     KEY_CALLRECORDINGRULE_ID = 0,
     KEY_CALLER_PATTERN = 1,
@@ -23,8 +23,8 @@ enum RuleFileKeys {
     RULE_FILE_KEY_COUNT = 10
 };
 
-/// The ten keys that carry a rule in its section of the rule file, each the name of the field of
-/// CallRecordingRuleParams that it holds. Constant for the life of the process.
+/// The ten keys of a rule in its section of the rule file. Each is the name of the field of
+/// CallRecordingRuleParams whose value it has. The table never changes.
 CALLRECORDINGUTILS_EXPORT extern char const* const tokensArray[RULE_FILE_KEY_COUNT];
 
 } // namespace CallRecordingUtils

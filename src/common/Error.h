@@ -1,4 +1,4 @@
-// Why an operation on a rule file or on call records failed.
+// The exception of operations on rule files and call records.
 
 #ifndef COMMON_ERROR_H
 #define COMMON_ERROR_H
@@ -8,13 +8,12 @@
 
 namespace CallRecordingUtils {
 
-/// what() names the culprit and the reason, for a person; Kind() lets a program tell the cases
-/// apart.
+/// what() says what failed and why, for people; GetKind() is for programs.
 class Error : public std::runtime_error {
   public:
     enum class Kind {
-        Unreadable, ///< A file cannot be read, or what it holds is malformed.
-        Unsaved,    ///< A file cannot be saved; it is as it was.
+        Unreadable, ///< A file cannot be read or is malformed.
+        Unsaved,    ///< A file cannot be saved, and is unchanged.
         NoSuchRule, ///< There is no such rule.
     };
 

@@ -1,4 +1,4 @@
-// Opens the rule file, and reads its rules.
+// Opens the rule file, reads its rules, and finds an identifier for a new one.
 
 #include "database/RuleFile.h"
 
@@ -19,7 +19,7 @@ std::int32_t NextRuleId(Configuration::MultiSectionFile& file) {
     while (file.GotoNextSection() != 0)
         greatest = std::max(greatest, reader.ReadId().value_or(0));
     if (greatest == std::numeric_limits<std::int32_t>::max())
-        throw std::overflow_error("no identifier is left behind 2147483647");
+        throw std::overflow_error("no identifier is left after 2147483647");
     return greatest + 1;
 }
 

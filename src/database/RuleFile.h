@@ -1,4 +1,4 @@
-// The rule file at a path: how it is opened, and its rules one after the other.
+// The rule file at a path: opens it and reads its rules one after the other.
 
 #ifndef DATABASE_RULEFILE_H
 #define DATABASE_RULEFILE_H
@@ -15,19 +15,19 @@
 
 namespace CallRecordingUtils {
 
-/// The configuration directory when the environment names none.
+/// The configuration directory when the environment does not name one.
 inline constexpr char kDefaultDirectory[] = "/etc/quva-conf/";
 
-/// The path of the rule file in a configuration directory; joined as plain text, so directory ends
-/// in "/".
+/// Returns the path of the rule file in a configuration directory. The two are joined as plain
+/// text, so directory has to end in "/".
 std::string RuleFilePathIn(std::string_view directory);
 
-/// Returns one more than the greatest identifier in file, at least 0, and leaves the cursor behind
-/// the last section. Throws std::overflow_error when there is no such number.
+/// Returns one more than the greatest identifier in file, at least 0, and leaves the cursor after
+/// the last section. Throws std::overflow_error when 32 bits have no such number.
 std::int32_t NextRuleId(Configuration::MultiSectionFile& file);
 
-/// The rule file, opened with the cursor before the first section. Every operation, the constructor
-/// included, throws an exception derived from std::exception whose text says path, line (where
+/// The rule file, opened with the cursor before the first section. Every operation, and the
+/// constructor, may throw an exception derived from std::exception, whose text says path, line (if
 /// there is one) and reason.
 class RuleFile {
   public:
@@ -39,7 +39,7 @@ class RuleFile {
     /// Moves to the next section; returns whether there is one.
     bool Next() { return file_.GotoNextSection() != 0; }
 
-    /// Reads the rule of the current section, the identifier included.
+    /// Reads the rule in the current section, including the identifier.
     CallRecordingRuleParams ReadRule();
 
     /// Writes the file to disk.

@@ -1,4 +1,4 @@
-// The changes of an edit, made to the file object section by section.
+// Finds and changes sections.
 
 #include "database/RuleFileEdit.h"
 
@@ -9,7 +9,7 @@ namespace CallRecordingUtils {
 
 RuleFileEdit::RuleFileEdit(std::string const& path) : file_(path) {}
 
-/// Makes the section at place the current one. Returns whether there is one.
+/// Makes the section at place the current one. Returns whether there is such a section.
 bool RuleFileEdit::GoTo(std::size_t place) {
     std::size_t at = place_.value_or(0);
     bool const isShorterFromFront = place < at / 2;
@@ -20,7 +20,7 @@ bool RuleFileEdit::GoTo(std::size_t place) {
             return false;
         at = 0;
     }
-    place_.reset(); // Should the walk fail.
+    place_.reset(); // In case the walk fails.
     for (; at > place; --at)
         file_.File().GotoPreviousSection();
     for (; at < place; ++at)
@@ -62,7 +62,7 @@ std::int32_t RuleFileEdit::NextId() {
 }
 
 bool RuleFileEdit::AddSection() {
-    place_.reset(); // Nobody has counted the sections.
+    place_.reset(); // The number of sections is not known.
     return file_.File().AddSection(false) != 0;
 }
 
@@ -84,8 +84,7 @@ void RuleFileEdit::Delete(std::size_t place) {
         place_ = place;
 }
 
-// Each rule between takes one step towards the place that becomes free, and takes over the
-// identifier there.
+// Every rule in between moves one place towards from, and takes over the identifier of that place.
 void RuleFileEdit::Move(std::size_t from, std::size_t to) {
     if (from == to)
         return;

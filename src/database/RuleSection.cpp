@@ -1,4 +1,4 @@
-// Reads and writes the entries of a rule.
+// Converts between entries and the fields of a rule.
 
 #include "database/RuleSection.h"
 
@@ -90,7 +90,7 @@ void SetEntries(Configuration::MultiSectionFile& file, std::vector<SectionEntry>
     for (SectionEntry const& entry : entries)
         if (entry.text.find('\0') != std::string::npos)
             throw std::invalid_argument("the new value of \"" + std::string(kRuleKeys[entry.key]) +
-                                        "\" has a NUL in it");
+                                        "\" contains a NUL");
     for (SectionEntry const& entry : entries)
         file.SetSectionEntry(kRuleKeys[entry.key], entry.text.c_str());
 }

@@ -1,4 +1,4 @@
-// The one encoding of a rule in a section of the rule file: read into a record, and written from
+// How a section of the rule file holds a rule: reads it into a record, and makes its entries from
 // one.
 
 #ifndef DATABASE_RULESECTION_H
@@ -18,21 +18,21 @@
 
 namespace CallRecordingUtils {
 
-/// Reads the current section of a rule file, one entry at a time.
+/// Reads entries of the current section of a rule file.
 class SectionReader {
   public:
     /// file must outlive the reader.
     explicit SectionReader(Configuration::MultiSectionFile& file) : file_(file) {}
 
-    /// Returns the text of key, valid until the next read; the empty text when the section lacks
-    /// it. Null when the scratch buffer is not usable: there is no value then.
+    /// Returns the value of key, valid until the next read; the empty text when the section does
+    /// not have the key, and null when the platform's buffer is not usable: then nothing was read.
     char const* Read(RuleFileKeys key);
 
-    /// Reads every field but the identifier into rule. A field without a value is left as it is.
+    /// Reads every field but the identifier into rule. A field that cannot be read is unchanged.
     void ReadRule(CallRecordingRuleParams& rule);
 
-    /// Reads the identifier as a number, 0 when the section lacks it. Nothing when the scratch
-    /// buffer is not usable: such a section matches no identifier.
+    /// Returns the identifier as a number, 0 when the section has none. Returns nothing when the
+    /// platform's buffer is not usable: then the section matches no identifier.
     std::optional<std::int32_t> ReadId();
 
   private:
@@ -43,24 +43,25 @@ class SectionReader {
     SmartBuffer buffer_;
 };
 
-/// The value of one key of a section.
+/// A key and its value.
 struct SectionEntry {
     RuleFileKeys key;
     std::string text;
 };
 
-/// The ten entries of a rule, in the order in which they are written.
+/// Returns the ten entries of a rule, in the order in which they are written.
 std::vector<SectionEntry> RuleEntries(CallRecordingRuleParams const& rule);
 
-/// The four of them that a rule and its mirrored twin share: type, destination, duration and state.
+/// Returns the four entries that a rule shares with its twin: recording type, destination, duration
+/// and state.
 std::vector<SectionEntry> RecordingSettings(CallRecordingRuleParams const& rule);
 
-/// The state alone.
+/// Returns the entry for the state of a rule.
 SectionEntry StateEntry(bool enabled);
 
-/// Sets entries in the current section of file; does not save. What a text may be is the file
-/// class's to say, which throws; some of the entries may be set then. Only a NUL would pass it
-/// unseen, as it takes C texts: a text with one throws before anything is set.
+/// Sets entries in the current section of file; does not save. The file class decides which values
+/// it can store, and throws for others; the entries before that one are set then. Since it takes C
+/// strings it cannot see a NUL, so a value with a NUL throws here, before any entry is set.
 void SetEntries(Configuration::MultiSectionFile& file, std::vector<SectionEntry> const& entries);
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// Merges rules for the basic view.
+// Compares and merges rules for the basic view.
 
 #include "model/BasicView.h"
 
@@ -29,7 +29,7 @@ void MarkUnlessShowable(CallRecordingRuleMapParams& entry) {
         entry.params.recording_rule_state = RULE_NOT_SHOWABLE;
 }
 
-// Where several of the comparisons apply, the last one decides: they are not combined.
+// If several of the comparisons apply, the last one decides; they are not combined.
 bool SaysTheSame(CallRecordingRuleParams const& rule, CallRecordingRuleMapParams& entry) {
     CallRecordingRuleParams const& listed = entry.params;
     bool same = false;

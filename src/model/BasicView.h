@@ -1,4 +1,4 @@
-// The basic view of a rule list: each rule and the twin that mirrors it as one.
+// The basic view of a list of rules, which shows a rule and its mirrored twin as one.
 
 #ifndef MODEL_BASICVIEW_H
 #define MODEL_BASICVIEW_H
@@ -11,26 +11,26 @@
 
 namespace CallRecordingUtils {
 
-/// Sets the state of entry to RULE_NOT_SHOWABLE when a side of call type number stands opposite to
-/// anything but "*" of call type any. Changes nothing else.
+/// Sets the state of entry to RULE_NOT_SHOWABLE when one of its sides has call type number and the
+/// other side is not "*" with call type any. Changes nothing else.
 void MarkUnlessShowable(CallRecordingRuleMapParams& entry);
 
 /// Returns whether rule says the same as entry, side for side or with the sides exchanged;
-/// identifier and description are not compared. Sets entry.has_mirror when rule is keyed on the
-/// side opposite to entry's, whatever the result.
+/// identifier and description are not compared. Whatever the result, sets entry.has_mirror when the
+/// side with call type number is the caller in one of them and the called side in the other.
 bool SaysTheSame(CallRecordingRuleParams const& rule, CallRecordingRuleMapParams& entry);
 
-/// Merges rules by their key pattern, the pattern of the side of call type number: a rule of the
-/// basic view is a pair of rules that mirror each other.
+/// Merges rules by their key pattern, which is the pattern of the side with call type number. A
+/// rule of the basic view is a pair of rules that mirror each other.
 class BasicView {
   public:
     void Add(CallRecordingRuleParams const& rule);
 
-    /// The merged rules in the order of their key patterns, byte by byte. Those that the view
+    /// Returns the merged rules, sorted by the bytes of their key patterns. Rules that the view
     /// cannot show have the state RULE_NOT_SHOWABLE.
     std::vector<CallRecordingRuleParams> Rules() const;
 
-    /// Whether a rule was added that the view leaves out or cannot show in full.
+    /// Returns whether a rule was added that the view leaves out or cannot show in full.
     bool HasAdvancedRules() const { return hasAdvancedRules_; }
 
   private:

@@ -1,4 +1,4 @@
-// Converts call types to and from their names.
+// Converts between call types and their names.
 
 #include "model/CallTypeNames.h"
 

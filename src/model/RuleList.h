@@ -1,4 +1,4 @@
-// A list of rules by value, for whatever works on rules outside of the exported classes.
+// A list of rules by value, for code outside of the exported classes.
 
 #ifndef MODEL_RULELIST_H
 #define MODEL_RULELIST_H
@@ -10,8 +10,8 @@
 namespace CallRecordingUtils {
 
 using Rule = CallRecordingRuleParams;
-/// The rules in the order of evaluation. A place is an index into it; a position, as people see it,
-/// is the place plus 1.
+/// Rules in the order of evaluation. A place is an index into the list; a position is what people
+/// see, which is the place plus 1.
 using RuleList = std::vector<Rule>;
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// Mirrors a rule, and compares rules beyond their sides.
+// Mirrors rules and compares them.
 
 #include "model/RuleSides.h"
 

@@ -1,4 +1,4 @@
-// The two sides of a rule, and what it means that one rule mirrors another.
+// The two sides of a rule, and comparisons of rules: twins, equal settings.
 
 #ifndef MODEL_RULESIDES_H
 #define MODEL_RULESIDES_H
@@ -10,17 +10,17 @@
 
 namespace CallRecordingUtils {
 
-/// One side of a rule, seen apart from the other. It borrows the pattern.
+/// One side of a rule. Its pattern is a view of the rule's.
 struct RuleSide {
     std::string_view pattern;
-    std::int32_t type; // A CallType, or what stands in its place in a file.
+    std::int32_t type; // A CallType, or another number from a file.
 
     bool operator==(RuleSide const& other) const {
         return type == other.type && pattern == other.pattern;
     }
 };
 
-/// Both sides of a rule. They borrow the patterns.
+/// Both sides of a rule.
 struct RuleSides {
     RuleSide caller;
     RuleSide called;
@@ -35,7 +35,7 @@ inline RuleSides SidesOf(CallRecordingRuleParams const& rule) {
             {rule.called_pattern, rule.called_call_type}};
 }
 
-/// The sides of the rule that mirrors one with these sides: its twin.
+/// Returns the sides exchanged. The rule that has them is the twin of a rule with sides.
 inline RuleSides Crossed(RuleSides const& sides) {
     return {sides.called, sides.caller};
 }
@@ -48,13 +48,14 @@ inline bool MirrorsItself(CallRecordingRuleParams const& rule) {
     return AreTwins(rule, rule);
 }
 
-/// The rule with its sides exchanged; everything else stays.
+/// Returns rule with its sides exchanged and everything else unchanged.
 CallRecordingRuleParams Mirrored(CallRecordingRuleParams rule);
 
-/// Whether type, destination, duration and state are equal: what a rule and its twin share.
+/// Returns whether recording type, destination, duration and state are equal, which a rule and its
+/// twin share.
 bool HaveEqualSettings(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b);
 
-/// Whether all ten fields are equal.
+/// Returns whether all ten fields are equal.
 bool AreEqual(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b);
 
 } // namespace CallRecordingUtils

@@ -15,7 +15,7 @@ std::optional<SipAddress> SplitUserAndHost(std::string_view address) {
 
 std::string_view SplitPort(std::string_view address, std::optional<std::string_view>& port) {
     port.reset();
-    // Most have no ":", and to find none forwards is several times as fast as backwards.
+    // Most have no ":", and searching forwards for it is several times as fast as backwards.
     if (address.find(':') == std::string_view::npos)
         return address;
     std::size_t const colon = address.rfind(':');
@@ -53,7 +53,7 @@ std::string AddressText(CallParty const& party) {
         std::tie(party.params.user, party.params.host, party.params.port);
     if (party.type != CALL_TYPE_SIP || (host.empty() && port.empty()))
         return user;
-    // Outside of brackets a ":" of the host would be read as that of a port.
+    // A ":" in the host, outside of brackets, would be read as the one before the port.
     std::size_t const bracket = host.rfind(']');
     bool const hasColon =
         host.find(':', bracket == std::string::npos ? 0 : bracket) != std::string::npos;

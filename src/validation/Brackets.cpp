@@ -1,4 +1,4 @@
-// Finds the bracket to blame for groups that do not open and close in turn.
+// Finds the bracket that is wrong where groups do not open and close in turn.
 
 #include "validation/Brackets.h"
 
@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
 
-/// Returns the bracket of text at or behind the place at, or '\0'; at becomes its place.
+/// Returns the first bracket of text from at on and moves at to it; '\0' when there is none.
 char NextBracket(std::string_view text, std::size_t& at) {
     at = text.find_first_of("[]{}", at);
     return at == kNone ? '\0' : text[at];
@@ -19,14 +19,14 @@ char ClosingOf(char opening) {
     return opening == '[' ? ']' : '}';
 }
 
-/// A closing bracket and the opening one of the other kind that stands before it.
+/// An opening bracket, and the next bracket, a closing one of the other kind.
 struct WrongPair {
     std::size_t opening = kNone;
     std::size_t closing = kNone;
 };
 
-/// Returns the first two neighbours among the brackets of text that look like a pair of two kinds.
-/// A bracket that has a partner on its other side belongs to that.
+/// Returns the first two brackets of text that follow each other and look like a pair, but are of
+/// different kinds. A bracket that pairs with its neighbour on the other side does not count.
 WrongPair FindWrongPair(std::string_view text) {
     std::size_t opening = 0;
     char previous = '\0';

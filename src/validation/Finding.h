@@ -1,4 +1,4 @@
-// What a check found wrong, in the text as it was checked and not yet in words.
+// What a check found wrong, by its place in the text that was checked, and not yet in words.
 
 #ifndef VALIDATION_FINDING_H
 #define VALIDATION_FINDING_H
@@ -11,9 +11,9 @@ namespace CallRecordingUtils {
 
 struct Finding {
     PatternFault fault;
-    std::size_t position; // Of what the user has to look at.
-    std::size_t length;   // Of the text from position on that the sentence is about.
-    char symbol = '\0';   // RepeatedSymbol: the symbol, which a range in the text only implies.
+    std::size_t position; // Of what the user should look at.
+    std::size_t length;   // Of the part, from position on, that the message is about.
+    char symbol = '\0';   // RepeatedSymbol only: the symbol, which may be inside a range.
 };
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// Reads one character of UTF-8 and looks up what a user who typed it meant.
+// Reads one character of UTF-8 and looks up what the user will have meant.
 
 #include "validation/ForeignCharacter.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 struct Character {
     std::uint32_t codePoint;
-    std::size_t length; // In bytes; 0 when they are no UTF-8.
+    std::size_t length; // In bytes; 0 when they are not UTF-8.
 };
 
 Character ReadCharacter(std::string_view text) {
@@ -43,7 +43,7 @@ struct Lookalike {
 constexpr char const* kDashAdvice = "type \"-\" in a range and ? elsewhere";
 constexpr char const* kQuoteAdvice = "type ' instead";
 constexpr char const* kRemove = "remove it";
-// The first row that fits counts.
+// The first row with the character counts.
 constexpr Lookalike kLookalikes[] = {
     {0x00A0, 0x00A0, "a no-break space", kRemove},
     {0x00AD, 0x00AD, "a soft hyphen", kRemove},
@@ -65,6 +65,7 @@ constexpr Lookalike kLookalikes[] = {
     {0xFF01, 0xFF5E, "a full-width character", "type the narrow one instead"},
 };
 
+/// Returns the name of a character as in U+00E9.
 std::string Name(std::uint32_t codePoint) {
     constexpr char kDigits[] = "0123456789ABCDEF";
     std::string name;
@@ -79,14 +80,14 @@ std::string DescribeForeignCharacter(std::string_view text) {
     Character const character = ReadCharacter(text);
     if (character.length == 0)
         return Join({"the byte ", Quoted(text.substr(0, 1)),
-                     " cannot stand in a pattern: write ? for it, or remove it"});
+                     " cannot be in a pattern: write ? for it, or remove it"});
     std::string const name = Name(character.codePoint);
     for (Lookalike const& row : kLookalikes)
         if (row.first <= character.codePoint && character.codePoint <= row.last)
             return Join({"this is ", row.name, " (", name,
-                         "), which cannot stand in a pattern: ", row.advice});
+                         "), which cannot be in a pattern: ", row.advice});
     constexpr std::string_view kOneEach = "????";
-    return Join({"the character ", name, " cannot stand in a pattern: write ",
+    return Join({"the character ", name, " cannot be in a pattern: write ",
                  kOneEach.substr(0, character.length),
                  ", one ? for each of its bytes, or remove it"});
 }

@@ -1,5 +1,4 @@
-// What to say of a character outside ASCII: mostly a typographic one that came in with a copied
-// text.
+// Words what is wrong with a character outside ASCII, mostly typography in a text that was copied.
 
 #ifndef VALIDATION_FOREIGNCHARACTER_H
 #define VALIDATION_FOREIGNCHARACTER_H
@@ -9,8 +8,8 @@
 
 namespace CallRecordingUtils {
 
-/// Returns a sentence that names the character text begins with and says what to type instead.
-/// REQUIRES: text begins with a byte that is not ASCII.
+/// Returns a sentence that names the first character of text and says what to type instead.
+/// REQUIRES: the first byte of text is not ASCII.
 std::string DescribeForeignCharacter(std::string_view text);
 
 } // namespace CallRecordingUtils

@@ -42,7 +42,8 @@ Finding At(PatternFault fault, std::size_t position) {
     return {fault, position, 1};
 }
 
-// The steps, in their order. The first one reads the entry form, the others the stored form.
+// The steps in their order. The first one reads the entry form; all others read it with the escapes
+// replaced.
 
 std::optional<Finding> CheckReservedCharacters(std::string_view text) {
     std::size_t const at = text.find_first_of(kEscapeCodes);
@@ -62,7 +63,7 @@ std::optional<Finding> CheckFirstExclusion(std::string_view text) {
     std::size_t const at = text.find('!');
     if (at == kNone || GroupExtent(text).Covers(at))
         return std::nullopt;
-    // Beside a bracket that lacks its partner the user means that group.
+    // Next to a bracket without a partner, that is the mistake.
     std::size_t const before = text.find_last_of("[]{}", at);
     if (before != kNone && Contains(kOpenings, text[before]))
         return At(PatternFault::UnclosedGroup, before);
@@ -95,7 +96,7 @@ std::optional<Finding> CheckFinalBalance(std::string_view text) {
     return std::nullopt;
 }
 
-// By place rather than by pair: the first one is what the user sees first.
+// Goes through the text rather than through the pairs, since the user sees the first place first.
 std::optional<Finding> CheckForbiddenPairs(std::string_view text) {
     for (std::size_t at = 0; at + 1 < text.size(); ++at) {
         for (ForbiddenPair const& forbidden : kForbiddenPairs)
@@ -150,7 +151,7 @@ std::optional<Finding> CheckTextAfterGroups(std::string_view text) {
     return closing == kNone ? std::nullopt : CheckNoSeparator(text, closing, text.size());
 }
 
-/// Returns the first separator of the kind that no group covers.
+/// Returns the first separator of this kind that is in no group.
 std::optional<Finding> CheckSeparators(std::string_view text, char separator) {
     GroupExtent const groups(text);
     for (std::size_t at = text.find(separator); at != kNone; at = text.find(separator, at + 1))
@@ -166,7 +167,7 @@ std::optional<Finding> CheckCommas(std::string_view text) {
     return CheckSeparators(text, ',');
 }
 
-/// Runs the check of one group on the group of text that goes from opening to closing.
+/// Checks the group of text from opening to closing.
 template <typename Check>
 std::optional<Finding> CheckGroup(Check check, std::string_view text, std::size_t opening,
                                   std::size_t closing) {

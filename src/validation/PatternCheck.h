@@ -11,9 +11,9 @@
 
 namespace CallRecordingUtils {
 
-/// Returns the first thing wrong with pattern, in the entry form. Replaces the escapes in pattern
-/// by their codes, unless pattern holds a code already: that is found before, and nothing is
-/// replaced.
+/// Returns the first thing that is wrong with pattern, which is in the entry form, and replaces its
+/// escapes by their codes. If pattern contains such a code already, returns that and replaces
+/// nothing.
 std::optional<Finding> CheckAndStoreEscapes(std::string& pattern);
 
 /// Returns why entry, a pattern in the entry form, is malformed; nothing when it is well formed.

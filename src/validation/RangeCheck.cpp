@@ -1,4 +1,4 @@
-// Checks one range expression in one scan, character by character.
+// Goes through a range expression once, character by character.
 
 #include "validation/RangeCheck.h"
 
@@ -19,7 +19,7 @@ bool IsNumeric(std::string const& text) {
     return StringUtils::IsNumeric(text, false, false);
 }
 
-/// Whether one number is less than another, of any size.
+/// Whether a number of any length is less than another.
 bool IsLess(std::string_view number, std::string_view other) {
     number.remove_prefix(std::min(number.find_first_not_of('0'), number.size()));
     other.remove_prefix(std::min(other.find_first_not_of('0'), other.size()));
@@ -141,8 +141,8 @@ class RangeScan {
                                              : PatternFault::DescendingRange);
     }
 
-    /// Returns what the user should look at in a range with wrong ends. A bracket or an exclusion
-    /// in it comes first: the item stays wrong as long as it is there, whatever the ends are.
+    /// Returns what the user should look at in a range with wrong ends. A bracket or "!" comes
+    /// first, since with that the item is wrong whatever the ends are.
     Finding WrongEnds(PatternFault fault) const {
         std::string_view const item = range_.substr(itemAt_, at_ - itemAt_);
         std::size_t const bracket = item.find_first_of("[]");
@@ -161,10 +161,10 @@ class RangeScan {
 
     std::string_view const range_;
     std::size_t at_ = 0;
-    std::string low_; // Collected, since a "{" amid a part is passed over and does not end it.
+    std::string low_; // A copy, since a "{" inside a part is left out and does not end it.
     std::string high_;
     std::size_t itemAt_ = 0; // Of the first character of low_.
-    std::size_t dashAt_ = 0; // Of the "-" that hasDash_ tells of.
+    std::size_t dashAt_ = 0; // Of the "-" of the item, if hasDash_.
     bool hasDash_ = false;
     bool hasItem_ = false;
     bool isPositive_ = false;

@@ -1,4 +1,4 @@
-// The check of one range expression.
+// Checks one range expression.
 
 #ifndef VALIDATION_RANGECHECK_H
 #define VALIDATION_RANGECHECK_H
@@ -10,7 +10,7 @@
 
 namespace CallRecordingUtils {
 
-/// Returns the first thing wrong with range, the text of a range expression from "{" to "}".
+/// Returns the first thing that is wrong with range, a range expression from its "{" to its "}".
 std::optional<Finding> CheckRange(std::string_view range);
 
 } // namespace CallRecordingUtils

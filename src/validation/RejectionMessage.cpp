@@ -1,4 +1,4 @@
-// Words every kind of rejection: what is wrong, then what to change.
+// Words every kind of rejection: first what is wrong, then what to change.
 
 #include "validation/RejectionMessage.h"
 
@@ -14,7 +14,7 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// The part of a text that a sentence is about, as the user wrote it.
+/// The part of a text that a message is about, as the user wrote it.
 class Culprit {
   public:
     Culprit(std::string_view written, std::size_t begin, std::size_t end)
@@ -33,10 +33,10 @@ class Culprit {
     std::size_t const end_;
 };
 
-// In the sentences, $q stands for the culprit in quotes, $e for the escape that it is about (the
-// one of the culprit, or the one that the culprit stores), $c for the code of that escape in
-// quotes, $s for the repeated symbol in quotes, and $w for this clause. An escape is compared as
-// the code that stores it, and so helps only where the telephone system hands over that code.
+// In the sentences, $q is the culprit in quotes; $e is the escape that the culprit is stored by or
+// stores, and $c the code of that escape in quotes; $s is the repeated symbol in quotes; and $w is
+// this clause. An address is compared with the code of an escape, so an escape helps only if the
+// telephone system uses that code for the character.
 constexpr std::string_view kWaysToWrite =
     "? for a $q in the address ($e where the telephone system hands over $c for it)";
 
@@ -46,17 +46,15 @@ char const* DescribeReserved(Culprit const& culprit) {
                "matches a dialled #72)";
     if (culprit.Is("@") || culprit.Is(":"))
         return "$q is reserved for the stored form: write $e, which matches a $q (the parts of a "
-               "SIP "
-               "address are checked one by one)";
+               "SIP address are checked one by one)";
     return "$q is reserved for the stored form: write $e, which matches a $q";
 }
 
 char const* DescribeInvalid(Culprit const& culprit) {
     bool const isRange =
         culprit.Is("<") && culprit.TextAndRest().find('>') != std::string_view::npos;
-    return isRange ? "$q cannot stand in a pattern: write a range expression in braces, as in {1-5}"
-                   : "$q cannot stand in a pattern: remove it, or write ? where the address holds "
-                     "one";
+    return isRange ? "$q cannot be in a pattern: write a range expression in braces, as in {1-5}"
+                   : "$q cannot be in a pattern: remove it, or write ? where the address has one";
 }
 
 char const* DescribeUnclosed(Culprit const& culprit) {
@@ -81,36 +79,34 @@ char const* DescribeSeparator(Culprit const& culprit) {
 char const* DescribeRepeatedDash(Culprit const& culprit) {
     return culprit.Before() == '-'
                ? "one \"-\" is enough: remove this one"
-               : "a range has one \"-\" only: write \",\" instead of this second one";
+               : "a range has only one \"-\": write \",\" instead of this second one";
 }
 
 char const* DescribeWrongClosing(Culprit const& culprit) {
-    return culprit.Is("]") ? "\"{\" and \"]\" are no pair: write \"}\" here, or \"[\" there"
-                           : "\"[\" and \"}\" are no pair: write \"]\" here, or \"{\" there";
+    return culprit.Is("]") ? "\"{\" and \"]\" are not a pair: write \"}\" here, or \"[\" there"
+                           : "\"[\" and \"}\" are not a pair: write \"]\" here, or \"{\" there";
 }
 
 char const* DescribeMisplacedExclusion(Culprit const& culprit) {
-    return culprit.Before() == '-'
-               ? "\"!\" cannot stand inside a range: remove it, and exclude a value in an item of "
-                 "its own, as in {1-9,!5}"
-               : "\"!\" must follow \"[\", \"{\" or \",\": put one of these before it, or remove "
-                 "it";
+    return culprit.Before() == '-' ? "\"!\" cannot be inside a range: remove it, and exclude a "
+                                     "value in an item of its own, as in {1-9,!5}"
+                                   : "\"!\" must follow \"[\", \"{\" or \",\": put one of these "
+                                     "before it, or remove it";
 }
 
 char const* DescribeLongSetItem(Culprit const& culprit) {
     if (culprit.First() == '!')
         return "$q excludes more than one symbol: in a set write each by itself, as in !2,!3";
     if (culprit.Text().find("..") != std::string_view::npos)
-        return "$q is no range: write it with \"-\", as in [0-9] or {10-20}";
+        return "$q is not a range: write it with \"-\", as in [0-9] or {10-20}";
     return "$q is longer than one symbol: separate symbols by \",\", or use braces for numbers, as "
-           "in "
-           "{10-20}";
+           "in {10-20}";
 }
 
 char const* DescribeMixedBrackets(Culprit const& culprit) {
     bool const isInSet = culprit.Is("{") || culprit.Is("}");
-    return isInSet ? "$q cannot stand inside [ ]: close those brackets before it, or remove it"
-                   : "$q cannot stand inside { }: close those brackets before it, or remove it";
+    return isInSet ? "$q cannot be inside [ ]: close those brackets before it, or remove it"
+                   : "$q cannot be inside { }: close those brackets before it, or remove it";
 }
 
 char const* DescribeDescending(Culprit const& culprit) {
@@ -128,9 +124,9 @@ char const* DescribeDescending(Culprit const& culprit) {
 
 char const* DescribeRepeated(Culprit const& culprit) {
     bool const isRange = culprit.Text().size() == 3;
-    return isRange ? "$s is given twice in this set: $q repeats it, so change the range or what "
-                     "stands before"
-                   : "$q is given twice in this set: remove it here or before";
+    return isRange ? "$s is given twice in this set: $q repeats it, so change the range or what is "
+                     "before it"
+                   : "$q is given twice in this set: remove one of the two";
 }
 
 // NOLINTNEXTLINE(readability-function-size): a table of sentences, one line each.
@@ -143,22 +139,19 @@ char const* Describe(PatternFault fault, Culprit const& culprit) {
         return "$q excludes an item: put it inside [ ] or { }, as in [0-9,!5], or write $w";
     case PatternFault::InvalidCharacter: return DescribeInvalid(culprit);
     case PatternFault::NestedGroup:
-        return "this $q stands inside brackets that are still open: close them before it, or "
-               "remove "
-               "it";
+        return "this $q is inside brackets that are still open: close them before it, or remove it";
     case PatternFault::UnclosedGroup: return DescribeUnclosed(culprit);
     case PatternFault::UnopenedGroup: return DescribeUnopened(culprit);
     case PatternFault::EmptyGroup:
         return "there is nothing between the brackets: add an item, or remove them";
     case PatternFault::EmptyItem:
-        return "an item is missing beside this \",\": add it, or remove the \",\"";
+        return "an item is missing next to this \",\": add it, or remove the \",\"";
     case PatternFault::IncompleteRange:
         return "a range needs a value on both sides of \"-\": add it, or remove the \"-\"";
     case PatternFault::RepeatedDash: return DescribeRepeatedDash(culprit);
     case PatternFault::RepeatedStar:
         return "one \"*\" already matches any run of characters: remove this one";
-    case PatternFault::StarInGroup:
-        return "$q cannot stand inside [ ] or { }: remove it, or write $w";
+    case PatternFault::StarInGroup: return "$q cannot be inside [ ] or { }: remove it, or write $w";
     case PatternFault::SeparatorOutsideGroup: return DescribeSeparator(culprit);
     case PatternFault::LongSetItem: return DescribeLongSetItem(culprit);
     case PatternFault::MixedBrackets: return DescribeMixedBrackets(culprit);
@@ -166,9 +159,9 @@ char const* Describe(PatternFault fault, Culprit const& culprit) {
         return "\"!\" excludes nothing here: put a value after it, as in !5, or remove it";
     case PatternFault::MisplacedExclusion: return DescribeMisplacedExclusion(culprit);
     case PatternFault::ExclusionOfRange:
-        return "\"!\" takes one value and no range: exclude the values one by one, as in !1,!2";
+        return "\"!\" takes one value and not a range: exclude the values one by one, as in !1,!2";
     case PatternFault::MixedRange:
-        return "the ends of $q do not belong together: use two numbers, two capital or two small "
+        return "the ends of $q are of different kinds: use two numbers, two capital or two small "
                "letters";
     case PatternFault::DescendingRange: return DescribeDescending(culprit);
     case PatternFault::UnequalWidth:
@@ -181,12 +174,12 @@ char const* Describe(PatternFault fault, Culprit const& culprit) {
     case PatternFault::WrongClosing: return DescribeWrongClosing(culprit);
     case PatternFault::NumberTooLarge:
         return "$q is beyond 2147483647 (numbers have 32 bits): write the leading digits before "
-               "the "
-               "range, as in 4930{0000-9999}";
+               "the range, as in 4930{0000-9999}";
     }
     return "";
 }
 
+/// Fills in a sentence.
 class Filling {
   public:
     Filling(Culprit const& culprit, char symbol) : culprit_(culprit), symbol_(symbol) {}
@@ -214,6 +207,7 @@ class Filling {
         }
     }
 
+    /// The row of the escape in kEscapeCodes and kEscapedCharacters.
     std::size_t EscapeRow() const {
         std::size_t const row = kEscapeCodes.find(culprit_.First());
         return row != std::string_view::npos ? row : kEscapedCharacters.find(culprit_.First());

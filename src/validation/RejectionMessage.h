@@ -1,4 +1,4 @@
-// The wording of rejections.
+// Words rejections.
 
 #ifndef VALIDATION_REJECTIONMESSAGE_H
 #define VALIDATION_REJECTIONMESSAGE_H
@@ -9,8 +9,8 @@
 
 namespace CallRecordingUtils {
 
-/// Puts a finding into words. It was made in stored, the form of the text that the check reads; the
-/// words quote, and the position counts in, what the user wrote.
+/// Words a finding. It is about stored, the text that was checked; the message quotes written, what
+/// the user wrote, and the position is one in that.
 PatternRejection Reject(Finding const& finding, std::string_view written, std::string_view stored);
 
 } // namespace CallRecordingUtils

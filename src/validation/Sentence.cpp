@@ -1,4 +1,4 @@
-// Quotes what the user wrote, and joins it with the words around it.
+// Quotes what the user wrote and joins texts.
 
 #include "validation/Sentence.h"
 

@@ -1,4 +1,4 @@
-// How the sentences of messages are put together.
+// Puts messages together.
 
 #ifndef VALIDATION_SENTENCE_H
 #define VALIDATION_SENTENCE_H
@@ -9,10 +9,10 @@
 
 namespace CallRecordingUtils {
 
-/// Returns text in quotes, in printable ASCII, cut where a sentence on one line has no more room.
+/// Returns text in quotes, in printable ASCII, cut after 24 bytes so that a message stays one line.
 std::string Quoted(std::string_view text);
 
-/// Returns the pieces one behind the other.
+/// Returns the pieces joined.
 std::string Join(std::initializer_list<std::string_view> pieces);
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// Checks the items of one symbol set.
+// Goes through the items of a symbol set.
 
 #include "validation/SymbolSetCheck.h"
 
@@ -31,7 +31,7 @@ class SymbolSetCheck {
     std::optional<Finding> CheckItem() {
         bool const isRange = item_.size() == 3 && item_[1] == '-';
         bool const isExclusion = item_.size() == 2 && item_[0] == '!';
-        if (isExclusion) // Of any symbol at all.
+        if (isExclusion) // Of whatever character.
             return std::nullopt;
         isPositive_ = true;
         if (isRange)
@@ -67,7 +67,7 @@ class SymbolSetCheck {
         return std::nullopt;
     }
 
-    /// Returns what the user should look at in an item that has none of the three forms.
+    /// Returns what the user should look at in an item that is not a symbol, range or exclusion.
     Finding WrongItem() const {
         std::size_t const brace = item_.find_first_of("{}");
         if (brace != std::string_view::npos)

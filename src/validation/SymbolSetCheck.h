@@ -1,4 +1,4 @@
-// The check of one symbol set.
+// Checks one symbol set.
 
 #ifndef VALIDATION_SYMBOLSETCHECK_H
 #define VALIDATION_SYMBOLSETCHECK_H
@@ -10,7 +10,8 @@
 
 namespace CallRecordingUtils {
 
-/// Returns the first thing wrong with the items of set, the text of a symbol set from "[" to "]".
+/// Returns the first thing that is wrong with the items of set, a symbol set from its "[" to its
+/// "]".
 std::optional<Finding> CheckSymbolSet(std::string_view set);
 
 } // namespace CallRecordingUtils

@@ -1,5 +1,5 @@
-// A host program's own classes and functions, which happen to be called as those of the platform.
-// They are laid out differently, and whoever takes them for the platform's gets nothing done.
+// Classes and functions of a host program that happen to have the names of the platform's. They
+// have another layout and do nothing useful, so the library must not use them.
 
 #include "own_classes.h"
 
@@ -21,7 +21,7 @@ class ThreadMutex {
     void Unlock();
 
   private:
-    char queue_[4096]; // More than there is room for where the library's own is meant.
+    char queue_[4096]; // Does not fit into the library's own ThreadMutex.
 };
 void ThreadMutex::Lock() {
     ++calls;

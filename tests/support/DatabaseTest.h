@@ -1,5 +1,5 @@
 /// @file
-/// A test with a configuration directory, a log and a database of its own.
+/// Tests with a configuration directory, a log and a database of their own.
 
 #ifndef TESTS_SUPPORT_DATABASETEST_H
 #define TESTS_SUPPORT_DATABASETEST_H
@@ -30,7 +30,8 @@ class DatabaseTest : public testing::Test {
         CCallRecordingDB::SetMode(true);
     }
 
-    /// Returns the messages since the last call, of the lines with a well formed timestamp.
+    /// Returns the messages traced since the last call. Lines without a proper timestamp are left
+    /// out.
     std::string Trace() {
         std::string const log = dir.Read("callrecording.log");
         std::regex const line(R"((\w{3} ){2}[ 1-3]\d \d\d:\d\d:\d\d 20\d\d\t\.\d{3} (.*\n))");
@@ -44,7 +45,7 @@ class DatabaseTest : public testing::Test {
     std::size_t mTraced = 0;
 };
 
-/// The same with an instance, of which failures are traced.
+/// The same with an instance of the database that traces failures.
 struct EditTest : DatabaseTest {
     EditTest() : DatabaseTest("0"), db(CCallRecordingDB::GetInstance(false, true)) {}
     void LoadRules(std::string const& file) {

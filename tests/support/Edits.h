@@ -1,5 +1,5 @@
 /// @file
-/// Rules, their sections as the library writes them, and every edit of the database as a value.
+/// Rules, their sections as the library writes them, and the edits of the database as values.
 
 #ifndef TESTS_SUPPORT_EDITS_H
 #define TESTS_SUPPORT_EDITS_H
@@ -24,7 +24,7 @@ inline CallRecordingRuleParams Rule(int id, char const* caller, CallType callerT
     return rule;
 }
 
-/// A section as the library writes it, keys in file order.
+/// Returns the section of rule as the library writes it. id replaces the identifier.
 inline std::string Section(CallRecordingRuleParams const& rule, std::string const& id = "") {
     return "{\ncallrecordingrule_id=" +
            (id.empty() ? std::to_string(rule.callrecordingrule_id) : id) +
@@ -55,7 +55,7 @@ inline CallRecordingRuleParams With(CallRecordingRuleParams rule, int id,
 }
 
 inline CallRecordingRuleParams Disabled(CallRecordingRuleParams rule) {
-    rule.recording_rule_state = RULE_NOT_SHOWABLE; // Stored like any state but enabled.
+    rule.recording_rule_state = RULE_NOT_SHOWABLE; // Stored like every state other than enabled.
     return rule;
 }
 

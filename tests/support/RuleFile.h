@@ -1,5 +1,5 @@
 /// @file
-/// The sectioned file with the syntax of the rule file, for tests.
+/// A sectioned file with the syntax of the rule file, for tests.
 
 #ifndef TESTS_SUPPORT_RULEFILE_H
 #define TESTS_SUPPORT_RULEFILE_H
@@ -14,7 +14,7 @@ class RuleFile : public Configuration::MultiSectionFile {
         : MultiSectionFile(path.c_str(), true, false, false, nullptr, "{\n", "}\n", "=", "#",
                            nullptr) {}
 
-    /// The value of key in the current section.
+    /// Returns the value of key in the current section.
     std::string Value(char const* key) {
         char value[64 * 1024];
         GetSectionEntry(key, value, sizeof value);

@@ -1,4 +1,5 @@
-// What is wrong with the rules of a file.
+// Finds what is wrong with the rules of a file: keys, values, patterns, and which rules never
+// decide.
 
 #include "administration/check/FileFindings.h"
 
@@ -20,16 +21,16 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// Letters and digits only, in lower case: what a hand tends to get right in a key.
-std::string Essence(std::string const& key) {
-    std::string essence;
+/// Returns the letters and digits of key in lower case, which people mistype least.
+std::string LettersAndDigits(std::string const& key) {
+    std::string kept;
     for (char const c : key)
         if (std::isalnum(static_cast<unsigned char>(c)) != 0)
-            essence += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return essence;
+            kept += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return kept;
 }
 
-/// The key of a rule that key is, or may have been meant for; null when there is none.
+/// Returns the key of a rule that key is or may be a misspelling of; null when there is none.
 char const* KeyMeantBy(std::string const& key) {
     auto const find = [](auto isMeant) {
         auto const found = std::find_if(kRuleKeys.begin(), kRuleKeys.end(), isMeant);
@@ -37,13 +38,13 @@ char const* KeyMeantBy(std::string const& key) {
     };
     if (char const* const same = find([&](char const* known) { return key == known; }))
         return same;
-    // Two slips at most: keys of another kind may be there for others to read.
-    return find([essence = Essence(key)](char const* known) {
-        return Distance(essence, Essence(known)) <= 2;
+    // At most two slips: other programs may have keys of their own in the file.
+    return find([typed = LettersAndDigits(key)](char const* known) {
+        return Distance(typed, LettersAndDigits(known)) <= 2;
     });
 }
 
-/// A rule that decides may lose calls to so many that more are not looked for.
+/// How many rules that take calls of another one are looked for.
 constexpr std::size_t kMostTakers = 100;
 
 RuleList RulesOf(std::vector<StoredRule> const& stored) {
@@ -92,24 +93,23 @@ class Checker {
                      fmt::format("\"{}\" is not read; is \"{}\" meant?", Printable(key), meant));
             else if (meant != nullptr && !isNew)
                 Find("key", line,
-                     fmt::format("{} is given again; the one on line {} counts", key,
-                                 first->second));
+                     fmt::format("{} is given twice; only line {} counts", key, first->second));
         }
     }
 
     void CheckId() {
-        constexpr char kRepair[] = "\"callrecordingctl renumber\" gives it one of its own";
+        constexpr char kRepair[] = "\"callrecordingctl renumber\" gives the rule another one";
         std::string const& text = rule_->values[KEY_CALLRECORDINGRULE_ID];
         std::int32_t const id = rule_->rule.callrecordingrule_id;
         std::size_t const line = rule_->LineOf(KEY_CALLRECORDINGRULE_ID);
         auto const [first, isNew] = lineOfId_.emplace(id, line);
         if (!isNew)
             Find("identifier", line,
-                 fmt::format("the identifier {} is that of the rule on line {} already; {}", id,
+                 fmt::format("the identifier {} is already that of the rule on line {}; {}", id,
                              first->second, kRepair));
         else if (!IsPlainId(*rule_))
             Find("identifier", line,
-                 fmt::format("the identifier \"{}\" is no plain number; it reads as {}; {}",
+                 fmt::format("the identifier \"{}\" is not a plain number and reads as {}; {}",
                              Printable(text), id, kRepair));
     }
 
@@ -133,11 +133,12 @@ class Checker {
     void CheckPattern(RuleFileKeys key, char const* side, CallType type) {
         std::string const& stored = rule_->values[key];
         std::size_t const line = rule_->LineOf(key);
-        if (stored.find('\r') != std::string::npos)
+        std::size_t const carriageReturn = stored.find('\r');
+        if (carriageReturn != std::string::npos)
             Find("pattern", line,
-                 fmt::format("{}: the pattern has a carriage return in it, so it matches "
-                             "nothing; \"sed -i 's/\\r//' FILE\" takes them out",
-                             side));
+                 fmt::format("{}: the pattern has a carriage return in it{}; \"sed -i 's/\\r//g' "
+                             "FILE\" removes all of them",
+                             side, WhatStopMeans(stored, type, carriageReturn)));
         else if (stored.empty())
             Find("pattern", line, fmt::format("{}: an empty pattern never matches", side));
         else if (auto const problem = ExplainStored(stored, type))

@@ -1,4 +1,4 @@
-// What is wrong with the rules of a file, each with its line.
+// Finds what is wrong with the rules of a file, and on which line.
 
 #ifndef ADMINISTRATION_CHECK_FILEFINDINGS_H
 #define ADMINISTRATION_CHECK_FILEFINDINGS_H
@@ -14,32 +14,34 @@
 namespace CallRecordingUtils {
 
 struct FileFinding {
-    /// What it is about, by the word that JSON has for it.
+    /// What it is about: a word, as JSON has it.
     std::string_view kind;
     std::size_t line;
     std::size_t position; ///< Of the rule.
-    std::int32_t id;      ///< As the library reads it.
+    std::int32_t id;      ///< Of the rule, as the library reads it.
     std::string message;
-    std::string caret; ///< The pattern with a caret under the place, if it is about a pattern.
-    /// The places of the rules that take calls of this one.
+    std::string caret; ///< If it is about a pattern: the pattern, with a caret under the place.
+    /// The places of rules that take calls of this one.
     std::vector<std::size_t> takenBy;
 };
 
-/// Rules that never decide, and those of which earlier ones take some calls: the latter is usual.
+/// Kinds of findings: rules that never decide, rules that match no call, and rules of which earlier
+/// rules take some calls, as is usual.
 inline constexpr std::string_view kNeverDecides = "never_decides";
 inline constexpr std::string_view kMatchesNothing = "matches_nothing";
 inline constexpr std::string_view kLosesCalls = "loses_calls";
-/// What the analysis cannot say.
+/// What the analysis could not find out.
 inline constexpr std::string_view kNotAnalysable = "not_analysable";
 inline constexpr std::string_view kUndecided = "undecided";
 
-/// Whether finding is no fault of the file.
+/// Whether finding is worth knowing, but not a fault.
 bool IsNote(FileFinding const& finding);
 
-/// Whether the identifier of stored is the text of a number from 0 on, as every edit finds it.
+/// Whether the identifier of stored is written as a plain number from 0 on, so that every edit
+/// finds it.
 bool IsPlainId(StoredRule const& stored);
 
-/// In the order of their lines. memory, in bytes, is for the analysis.
+/// Returns the findings in the order of their lines. The analysis may take so many bytes of memory.
 std::vector<FileFinding> FindFaults(std::vector<StoredRule> const& rules, std::size_t memory);
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// Puts reasons into words.
+// Words reasons.
 
 #include "administration/check/Reasons.h"
 
@@ -48,7 +48,7 @@ std::string WhyUndecided(RuleList const& rules) {
     auto const found = std::find_if(rules.begin(), rules.end(), isMalformed);
     if (found == rules.end())
         return "the rules are too entangled for the memory that the analysis may take";
-    return fmt::format("it depends on malformed patterns, as those of rule {} are; "
+    return fmt::format("it depends on malformed patterns, such as that of rule {}; "
                        "\"callrecordingctl check\" says where",
                        found->callrecordingrule_id);
 }

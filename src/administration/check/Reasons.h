@@ -10,11 +10,12 @@
 
 namespace CallRecordingUtils {
 
-/// What report says about a rule of rules that decides nothing, for the end of a sentence about it:
-/// "can never decide: rule 3 matches every call that it matches". Empty when the rule decides, is
-/// disabled, or nothing is known.
+/// Returns why a rule of rules decides nothing, by its report, as the end of a sentence that begins
+/// with the rule: "can never decide: rule 3 matches every call that it matches". Empty when the
+/// rule decides or is disabled.
 std::string WhyItDecidesNothing(RuleReport const& report, RuleList const& rules);
 
+/// Returns why a question about rules could not be answered.
 std::string WhyUndecided(RuleList const& rules);
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// The one database instance: its life, its list, and the lookups in it.
+// The database instance: its life, its list of rules, and lookups in the list.
 
 #include <callrecordingutils/CCallRecordingDB.h>
 
@@ -39,7 +39,7 @@ CCallRecordingDB* CCallRecordingDB::GetInstance(bool load, bool withLogger) {
         mpInstance = instance.release();
     }
     if (load)
-        mpInstance->Load(); // A failure is traced and kept; the instance serves without rules.
+        mpInstance->Load(); // A failure is traced and kept; the instance can be used without rules.
     ++mInstancesCount;
     return mpInstance;
 }
@@ -80,11 +80,11 @@ void CCallRecordingDB::DestroyCallRecordList() {
     mCallRecordList.clear();
 }
 
-/// What makes decisions fast, and nothing else: without the memory for it the list serves as it is.
+/// Makes decisions fast. Without enough memory for that they are as correct, by the list as it is.
 void CCallRecordingDB::PrepareDecisions() noexcept {
     try {
-        // A copied list has its nodes side by side in memory instead of among the records, which
-        // makes a walk several times as fast.
+        // The nodes of a copied list are next to each other in memory instead of between the
+        // records, which makes a walk several times as fast.
         std::list<CallRecordingRuleParams*>(mCallRecordList).swap(mCallRecordList);
     } catch (std::bad_alloc const&) {
         return;

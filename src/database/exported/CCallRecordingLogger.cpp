@@ -1,4 +1,4 @@
-// The trace log: puts a line together and hands it to the platform's log.
+// The trace log: makes a line and passes it to the platform's log.
 
 #include <callrecordingutils/CCallRecordingLogger.h>
 
@@ -19,11 +19,11 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// Appends the local date and time, and the milliseconds, as a trace line begins.
+/// Appends the local date and time and the milliseconds, with which a trace line begins.
 void AppendTimestamp(std::string& line) {
     timeval now{};
     gettimeofday(&now, nullptr);
-    tzset(); // The process may have changed its zone; localtime_r need not look.
+    tzset(); // The time zone may have changed, and localtime_r need not notice.
     std::tm local{};
     char text[64] = "";
     if (localtime_r(&now.tv_sec, &local) != nullptr && asctime_r(&local, text) != nullptr)
@@ -64,7 +64,7 @@ void CCallRecordingLogger::TRACE(unsigned char level, bool withTimestamp, char c
         mpLogStream->TRACE(level, line.c_str(), arguments, 0);
         mpLogStream->Flush();
     } catch (...) {
-        // Out of memory: the entry is lost. The caller may be reporting just that.
+        // There is no memory, and the entry is lost. It may even be about that.
     }
     va_end(arguments);
 }

@@ -15,7 +15,7 @@ bool EndsIn(std::string const& text, std::string const& end) {
            text.compare(text.size() - end.size(), std::string::npos, end) == 0;
 }
 
-/// The path stands before what is only said of a rule, and before what a device's file class says.
+/// Puts the path before a reason that is only about a rule, or that a device's file class gave.
 std::string WithPath(char const* reason) {
     std::string const path = RuleFilePath();
     std::string text(reason);
@@ -28,10 +28,10 @@ void KeepReason(std::string& reasons, char const* reason) noexcept {
     try {
         std::string const text(reason);
         if (!EndsIn(reasons, text))
-            reasons.append(reasons.empty() ? "" : "; ").append(text);
+            reasons = reasons.empty() ? text : reasons + "; " + text;
     } catch (std::bad_alloc const&) {
         if (reasons.empty())
-            reasons = "out of memory"; // So short that it needs none.
+            reasons = "out of memory"; // Short enough to need no memory.
     }
 }
 
@@ -47,7 +47,7 @@ void KeepReason(std::string& reasons) noexcept {
             KeepReason(reasons, "out of memory");
         }
     } catch (...) {
-        KeepReason(reasons, "the platform threw what is no std::exception");
+        KeepReason(reasons, "the platform threw something that is not a std::exception");
     }
 }
 

@@ -1,4 +1,4 @@
-// What every load and edit does with an exception: the reason is kept, and a line traced.
+// Turns an exception of a load or edit into a kept reason and a trace line.
 
 #ifndef DATABASE_FAILURE_H
 #define DATABASE_FAILURE_H
@@ -9,15 +9,15 @@
 
 namespace CallRecordingUtils {
 
-/// Adds to reasons why the exception that is being handled was thrown, and the path of the rule
-/// file where it does not say it.
+/// Adds the reason of the exception that is being handled to reasons, with the path of the rule
+/// file if the exception does not name it. REQUIRES: called from a catch block.
 void KeepReason(std::string& reasons) noexcept;
 
-/// Adds reason to reasons, unless they end in it already.
+/// Adds reason to reasons, after "; " if there are others, unless it is the last one already.
 void KeepReason(std::string& reasons, char const* reason) noexcept;
 
-/// Runs step, which returns whether it succeeded. Whatever it throws is kept in reasons, and
-/// becomes the trace line failure and the result false.
+/// Runs step and returns its result. If it throws, the reason is added to reasons, failure is
+/// traced, and the result is false.
 template <typename Step>
 bool Attempt(std::string& reasons, TraceLine failure, Step step) {
     try {

@@ -1,4 +1,4 @@
-// The decimal text of a number.
+// Writes numbers in decimal.
 
 #include <callrecordingutils/NumberToString.h>
 
@@ -8,7 +8,7 @@
 template <typename T>
 std::string NumberToString(T const& value) {
     std::ostringstream text;
-    text.imbue(std::locale::classic()); // The host process's locale may group digits.
+    text.imbue(std::locale::classic()); // The locale of the process may group digits.
     text << value;
     return text.str();
 }

@@ -1,4 +1,4 @@
-// Where the rule file of this process lies.
+// The path of this process's rule file.
 
 #ifndef DATABASE_RULEFILEPATH_H
 #define DATABASE_RULEFILEPATH_H
@@ -10,7 +10,7 @@
 
 namespace CallRecordingUtils {
 
-/// The path of the rule file, from the environment as it is now.
+/// Returns the path of the rule file, by the environment as it is now.
 inline std::string RuleFilePath() {
     char const* const directory = std::getenv("QUVA_PATH");
     return RuleFilePathIn(directory != nullptr ? directory : kDefaultDirectory);

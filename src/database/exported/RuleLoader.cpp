@@ -1,4 +1,4 @@
-// Loading: turns the sections of the rule file into the rule list, in either view mode.
+// Loads the rule file: makes the list of rules from its sections, in either view.
 
 #include <memory>
 #include <utility>
@@ -19,7 +19,7 @@ using RuleList = std::list<CallRecordingRuleParams*>;
 
 void AppendRule(RuleList& list, std::unique_ptr<CallRecordingRuleParams> record) {
     list.push_back(record.get());
-    (void)record.release(); // The list owns it, now that it holds it.
+    (void)record.release(); // The list owns it from now on.
 }
 
 } // namespace
@@ -36,7 +36,7 @@ bool CCallRecordingDB::Load() {
         return true;
     });
     if (!succeeded && !mIsAdvancedMode)
-        DestroyCallRecordList(); // Half of the merged rules would mislead.
+        DestroyCallRecordList(); // A part of the merged rules would be misleading.
     PrepareDecisions();
     mIsLoaded = true;
     Trace(TraceLine::Loaded);
@@ -48,7 +48,7 @@ void CCallRecordingDB::ReadRuleFile() {
     RuleFile file(RuleFilePath());
     BasicView basicView;
     while (file.Next()) {
-        // What is read becomes the record as it is, without a copy of its texts.
+        // The rule is read into the record itself, so its texts are not copied.
         std::unique_ptr<CallRecordingRuleParams> rule(new CallRecordingRuleParams(file.ReadRule()));
         if (mIsAdvancedMode)
             AppendRule(mCallRecordList, std::move(rule));

@@ -1,5 +1,5 @@
-// The texts of the trace lines. Each stands in its call, since that is where a compiler
-// checks formats.
+// The texts of the trace lines. Each is written in its call, where the compiler checks it as a
+// format.
 
 #include "database/exported/Trace.h"
 

@@ -1,4 +1,4 @@
-// The library's own trace lines.
+// The lines that the library itself writes to the trace log.
 
 #ifndef DATABASE_TRACE_H
 #define DATABASE_TRACE_H
@@ -20,7 +20,7 @@ enum class TraceLine {
     StateFailed
 };
 
-/// Writes the line when there is a logger.
+/// Writes line to the trace log, if there is a logger.
 void Trace(TraceLine line) noexcept;
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// The two comparisons that judge rules in basic view mode, as the database offers them.
+// The two comparisons of the basic view that the database exports.
 
 #include <callrecordingutils/CCallRecordingDB.h>
 
