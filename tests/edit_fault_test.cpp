@@ -14,6 +14,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <callrecordingutils/CRuleFileLock.h>
+
+#include "support/AsUser.h"
 #include "support/Edits.h"
 #include "support/SyscallFaults.h"
 #include "support/TempDir.h"
@@ -77,6 +80,19 @@ class EditFaults : public testing::Test {
         wasHit = armed.wasHit;
         calls = armed.calls;
         return isDone;
+    }
+
+    /// Makes the edit in a child process that is killed at its call number occurrence. Returns
+    /// false if it makes fewer calls.
+    bool IsKilled(Edit const& edit, int occurrence) {
+        pid_t const child = fork();
+        if (child == 0) {
+            Run(edit, "", occurrence, Fault::KILL);
+            _exit(0);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        return WIFSIGNALED(status);
     }
 
     /// Runs check for each edit and each of its calls of that name, until there is none any more to
@@ -145,15 +161,9 @@ TEST_F(EditFaults, AKillLeavesAWholeFile) {
     ForEachCall(
         "",
         [&](FaultRow const& row, int occurrence) {
-            pid_t const child = fork();
-            if (child == 0) {
-                Run(row.edit, "", occurrence, Fault::KILL);
-                _exit(0);
-            }
-            int status = 0;
-            EXPECT_EQ(waitpid(child, &status, 0), child);
+            bool const isKilled = IsKilled(row.edit, occurrence);
             EXPECT_TRUE(db->Reload());
-            return WIFSIGNALED(status);
+            return isKilled;
         });
 }
 
@@ -170,6 +180,24 @@ TEST_F(EditFaults, ASaveTakesItsStepsInOrder) {
         struct stat status = {};
         EXPECT_EQ(stat(path.c_str(), &status), 0);
         EXPECT_TRUE(!isOwned || (status.st_uid == uid_t(user) && status.st_gid == gid_t(group)));
+    }
+}
+
+TEST_F(EditFaults, NoFailureAndNoKillSpoilsTheLock) {
+    std::string const lock = dir.Path(TempDir::RULE_FILE) + ".lock";
+    Edit const take = [](CCallRecordingDB&) { return CRuleFileLock(0).IsHeld(); };
+    for (Fault const fault : {Fault::FAIL, Fault::KILL}) {
+        int occurrence = 0;
+        for (bool isHit = true; isHit;) {
+            std::filesystem::remove(lock);
+            ++occurrence;
+            if (fault == Fault::FAIL)
+                Run(take, "", occurrence, fault, EPERM);
+            isHit = fault == Fault::FAIL ? wasHit : IsKilled(take, occurrence);
+            EXPECT_EQ(CRuleFileLock(0).GetFailure(), "") << "after call " << occurrence;
+            EXPECT_TRUE(geteuid() != 0 || OwnerAndMode(lock) == "1:1 600");
+        }
+        EXPECT_EQ(occurrence, geteuid() == 0 ? 5 : 4); // open, fchown, fchmod and close
     }
 }
 

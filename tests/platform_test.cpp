@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "support/AsUser.h"
 #include "support/FileSizeLimit.h"
 #include "support/RuleFile.h"
 #include "support/SlowFile.h"
@@ -363,6 +364,70 @@ TEST(Save, ALimitOfTheFileSizeIsAnErrorAndNoSignal) {
     }
     EXPECT_EQ(dir.Read("rules"), kTwo);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path()), {}), 1);
+}
+
+TEST(Save, KeepsTheOwnerOrElseTheGroupAndTheMode) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "takes root";
+    TempDir dir;
+    std::string const path = dir.Path("d/rules");
+    std::string const refused = path + ": cannot be written: Permission denied";
+    std::string const noGroup = path + ": its group cannot be kept: Operation not permitted";
+    struct {
+        mode_t mode;
+        uid_t owner, user;
+        std::vector<gid_t> groups;
+        std::string failure, after;
+    } const rows[] = {
+        {0640, 1, 0, {0}, "", "1:7 640"},      {0664, 1, 2, {2, 7}, "", "2:7 664"},
+        {0664, 2, 1, {1, 7}, "", "1:7 664"},   {0664, 1, 1, {7}, "", "1:7 664"},
+        {0400, 1, 1, {1, 7}, "", "1:7 400"},   {0644, 1, 2, {2, 7}, refused, "1:7 644"},
+        {0664, 1, 2, {2}, refused, "1:7 664"}, {0666, 1, 2, {2}, noGroup, "1:7 666"},
+        {0640, 1, 1, {1}, noGroup, "1:7 640"},
+    };
+    for (auto const& row : rows) {
+        dir.Write("d/rules", kTwo);
+        Give(path, row.mode, row.owner, 7);
+        chmod(dir.Path().c_str(), 0755);
+        chmod(dir.Path("d").c_str(), 0777);
+        std::string const failure = AsUser(row.user, row.groups, [&] {
+            RuleFile file(path);
+            return SaveError(file);
+        });
+        EXPECT_EQ(failure, row.failure) << row.after;
+        EXPECT_EQ(OwnerAndMode(path), row.after);
+        EXPECT_EQ(dir.Read("d/rules"), row.failure.empty() ? kTwo + "{\n}\n" : kTwo);
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.Path("d")), {}), 1);
+    }
+}
+
+// As container platforms mount configuration: they exchange the folder, and with it the files.
+TEST(Save, RefusesAFileInAFolderThatIsExchanged) {
+    TempDir dir;
+    dir.Write("v1/rules", kTwo);
+    std::filesystem::create_directory_symlink("v1", dir.Path("..data"));
+    struct {
+        std::string name, target;
+        bool isRefused;
+    } const rows[] = {{"rules", "..data/rules", true},
+                      {"outer", "rules", true},
+                      {"absolute", dir.Path("..data/rules"), false},
+                      {"plain", "v1/rules", false},
+                      {"parent",
+                       "../" + std::filesystem::path(dir.Path()).filename().string() + "/v1/rules",
+                       false}};
+    for (auto const& row : rows) {
+        std::filesystem::create_symlink(row.target, dir.Path(row.name));
+        RuleFile file(dir.Path(row.name));
+        std::string const before = dir.Read("v1/rules");
+        EXPECT_EQ(SaveError(file),
+                  row.isRefused ? dir.Path(row.name) + ": is a link into " + dir.Path("..data") +
+                                      ", which is a link too: pointing that to another folder "
+                                      "would undo the edit; nothing is written"
+                                : "")
+            << row.name;
+        EXPECT_EQ(dir.Read("v1/rules"), row.isRefused ? before : before + "{\n}\n");
+    }
 }
 
 TEST(MultiSectionFileTest, SaveKeepsTheModeAndFollowsLinks) {
