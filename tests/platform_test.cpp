@@ -107,21 +107,25 @@ TEST(MultiSectionFileTest, AgreesWithASlowFile) {
         for (std::size_t steps = random() % 60; steps > 0; --steps) {
             char const step = ">>>><<.+-abc"[random() % 12];
             done += step;
-            slow.Do(step, done);
-            try {
-                switch (step) {
-                case '>': file.GotoNextSection(); break;
-                case '<': file.GotoPreviousSection(); break;
-                case '.': file.Restart(); break;
-                case '+': file.AddSection(false); break;
-                case '-': file.DeleteSection(); break;
-                default: file.SetSectionEntry(std::string(1, step).c_str(), done.c_str());
-                }
-            } catch (std::exception const&) {
-                ASSERT_FALSE(slow.IsOnSection());
+            std::string const key(1, step);
+            switch (step) {
+            case '>': ASSERT_EQ(file.GotoNextSection() != 0, slow.Next()); break;
+            case '<': ASSERT_EQ(file.GotoPreviousSection() != 0, slow.Previous()); break;
+            case '.': file.Restart(), slow.Restart(); break;
+            case '+': file.AddSection(false), slow.Add(); break;
+            default:
+                if (!slow.IsOnSection())
+                    EXPECT_ANY_THROW(step == '-' ? file.DeleteSection()
+                                                 : file.SetSectionEntry(key.c_str(), ""));
+                else if (step == '-')
+                    file.DeleteSection(), slow.Delete();
+                else
+                    file.SetSectionEntry(key.c_str(), done.c_str()), slow.Set(key, done);
             }
-            ASSERT_EQ(slow.IsOnSection() ? file.Value("a") : "", slow.Value('a')) << text << "\n"
-                                                                                  << done;
+            ASSERT_EQ(slow.IsOnSection() ? file.Value("a") : "",
+                      slow.IsOnSection() ? slow.Value("a") : "")
+                << text << "\n"
+                << done;
         }
         file.Save(true, nullptr);
         ASSERT_EQ(dir.Read("rules"), slow.Text()) << text << "\n" << done;
