@@ -7,6 +7,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,8 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// An edit with the two contents that the file may have, before it and after it, and those that it
-/// may have besides when memory runs out.
+/// An edit, the contents of the file before and after it, and those that it may have besides if
+/// memory runs out.
 struct FaultRow {
     Edit edit;
     std::vector<std::string> states;
@@ -67,12 +68,12 @@ class EditFaults : public testing::Test {
     void Restore() {
         std::filesystem::remove_all(dir.Path("telephony")); // With what a kill left behind.
         dir.WriteRules(rows.front().states.front());
-        // Not root has no other owner to take over.
+        // Only root can give the file another owner.
         ASSERT_TRUE(geteuid() != 0 || chown(dir.Path(TempDir::RULE_FILE).c_str(), 1, 1) == 0);
         ASSERT_TRUE(db->Reload());
     }
 
-    /// Makes the edit with that fault, and returns its result.
+    /// Makes the edit with a fault, and returns its result.
     bool Run(Edit const& edit, std::string const& call, int occurrence, Fault fault,
              int error = EIO) {
         SyscallFault const armed(call, occurrence, fault, error);
@@ -95,8 +96,8 @@ class EditFaults : public testing::Test {
         return WIFSIGNALED(status);
     }
 
-    /// Runs check for each edit and each of its calls of that name, until there is none any more to
-    /// go wrong.
+    /// Runs check(edit, occurrence) for each edit and each of its calls of that name, as long as
+    /// check returns that the call was hit.
     void ForEachCall(std::string const& call,
                      std::function<bool(FaultRow const&, int)> const& check) {
         for (FaultRow const& row : rows) {
@@ -151,7 +152,7 @@ TEST_F(EditFaults, ALoadWithoutMemoryListsNoTornRule) {
         std::size_t at = 0;
         for (CallRecordingRuleParams const* const rule : db->GetCallRecordingRules())
             EXPECT_EQ(Section(*rule), whole[at++]);
-        // What only makes decisions faster may fail unseen.
+        // The index only makes decisions faster; without memory for it there is no failure.
         EXPECT_EQ(isLoaded, at == 3 && db->GetLastFailure().empty());
         EXPECT_TRUE(isLoaded || wasHit);
     }
@@ -167,12 +168,12 @@ TEST_F(EditFaults, AKillLeavesAWholeFile) {
         });
 }
 
-// What survives a loss of power is decided by this order: the new file is durable before it gets
-// the name, and the directory afterwards.
+// What survives a power failure depends on this order: the new file is durable before it gets the
+// name, and the directory afterwards.
 TEST_F(EditFaults, ASaveTakesItsStepsInOrder) {
     std::string const path = dir.Path(TempDir::RULE_FILE);
     for (auto const& [user, group] : {std::pair{1, 0}, {0, 1}}) {
-        bool const isOwned = chown(path.c_str(), user, group) == 0; // Not so for other than root.
+        bool const isOwned = chown(path.c_str(), user, group) == 0; // Only root can do that.
         EXPECT_TRUE(Run(rows.front().edit, "", 0, Fault::FAIL));
         EXPECT_EQ(calls, "open read read close open open open " +
                              std::string(isOwned ? "fchown " : "") +
@@ -181,6 +182,30 @@ TEST_F(EditFaults, ASaveTakesItsStepsInOrder) {
         EXPECT_EQ(stat(path.c_str(), &status), 0);
         EXPECT_TRUE(!isOwned || (status.st_uid == uid_t(user) && status.st_gid == gid_t(group)));
     }
+}
+
+// A program that the host starts at any moment must not inherit the files, or the locks on them.
+TEST_F(EditFaults, NoFileIsLeftToAProgramThatTheHostStarts) {
+    std::set<int> others;
+    for (int file = 0; file < 100; ++file)
+        if (fcntl(file, F_GETFD) >= 0)
+            others.insert(file);
+    int seen = 0;
+    SyscallFault::action = [&] {
+        for (int file = 0; file < 100; ++file) {
+            int const flags = others.count(file) == 0 ? fcntl(file, F_GETFD) : -1;
+            EXPECT_TRUE(flags < 0 || (flags & FD_CLOEXEC) != 0);
+            seen += flags < 0 ? 0 : 1;
+        }
+    };
+    Edit const edit = [this](CCallRecordingDB& database) {
+        return CRuleFileLock(0).IsHeld() && rows.front().edit(database);
+    };
+    for (int occurrence = 1; occurrence == 1 || wasHit; ++occurrence) {
+        Restore();
+        EXPECT_TRUE(Run(edit, "", occurrence, Fault::ACT));
+    }
+    EXPECT_GT(seen, 20);
 }
 
 TEST_F(EditFaults, NoFailureAndNoKillSpoilsTheLock) {
@@ -209,7 +234,7 @@ TEST_F(EditFaults, AnEditGoesOnWhereThatIsRight) {
         int error;
         bool isDone, isReplaced;
     } const table[] = {
-        // Taking a file that cannot be read for an empty one would end in overwriting it.
+        // A file that cannot be read must not be taken for an empty one and overwritten.
         {"no open", "open", 1, Fault::FAIL, EACCES, false, false},
         {"no read", "read", 1, Fault::FAIL, EIO, false, false},
         {"interrupted read", "read", 1, Fault::FAIL, EINTR, true, true},
@@ -240,8 +265,8 @@ TEST_F(EditFaults, AnEditGoesOnWhereThatIsRight) {
     }
 }
 
-// But for the moment of the rename itself, in which a foreign program can still come between.
-TEST_F(EditFaults, WhatSomebodyElseSavesMeanwhileIsNotUndone) {
+// Except in the moment of the rename itself, when a program that takes no turn can still interfere.
+TEST_F(EditFaults, AnEditDoesNotUndoWhatSomebodyElseSaves) {
     FaultRow const& disable = rows.front();
     std::string const theirs = disable.states[0] + Section(kC);
     std::string const both = disable.states[1] + Section(kC);
@@ -270,7 +295,7 @@ TEST_F(EditFaults, WhatSomebodyElseSavesMeanwhileIsNotUndone) {
     for (int occurrence = 1; occurrence <= 2; ++occurrence) {
         Restore();
         EXPECT_TRUE(Run(disable.edit, "read", occurrence, Fault::ACT));
-        EXPECT_EQ(dir.ReadRules(), both); // A file that grows while it is read is not cut.
+        EXPECT_EQ(dir.ReadRules(), both); // A file that grows while it is read is read in full.
     }
 }
 

@@ -1,5 +1,6 @@
 /// @file
-/// Tests of the sectioned file of a plain host.
+/// Tests of what the plain host promises for the sectioned file, beyond what every platform has to
+/// do.
 
 #include <atomic>
 #include <filesystem>
@@ -7,6 +8,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <tuple>
 
 #include <SmartBuffer.h>
 #include <fcntl.h>
@@ -38,7 +40,7 @@ std::string Refusal(std::string const& path) {
 }
 
 TEST(MultiSectionFileTest, AnEditChangesItsLinesAndNoOtherByte) {
-    // "+" adds a section, ">" and "<" move, "-" deletes, what else there is sets an entry.
+    // "+" adds a section, ">" and "<" move, "-" deletes, everything else sets an entry.
     struct {
         std::string before;
         std::vector<char const*> steps;
@@ -160,7 +162,7 @@ TEST(MultiSectionFileTest, SaysWhereAFileIsMalformed) {
     }
 }
 
-TEST(MultiSectionFileTest, OpensWhatCanBecomeARuleFileOnly) {
+TEST(MultiSectionFileTest, OpensOnlyWhatCanBecomeARuleFile) {
     TempDir dir;
     EXPECT_EQ(RuleFile(dir.Path("missing")).GotoNextSection(), 0);
     ASSERT_EQ(mkfifo(dir.Path("pipe").c_str(), 0600), 0);
@@ -169,6 +171,23 @@ TEST(MultiSectionFileTest, OpensWhatCanBecomeARuleFileOnly) {
     std::filesystem::create_symlink("missing/rules", dir.Path("astray"));
     for (char const* const name : {"", "pipe", "missing/rules", "file/rules", "loop", "astray"})
         EXPECT_EQ(Refusal(dir.Path(name)).find(dir.Path(name) + ": "), 0u);
+}
+
+TEST(MultiSectionFileTest, AFileThatCannotBeReadIsNotTakenForAnEmptyOne) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "takes root";
+    TempDir dir;
+    chmod(dir.Path().c_str(), 0755);
+    dir.Write("d/rules", kTwo);
+    for (auto const& [file, directory, reason] :
+         {std::tuple{0600, 0755, ": cannot be opened: Permission denied"},
+          {0644, 0700, ": cannot be opened: Permission denied"},
+          {0644, 0755, ""}}) {
+        Give(dir.Path("d/rules"), static_cast<mode_t>(file), 0, 0);
+        chmod(dir.Path("d").c_str(), static_cast<mode_t>(directory));
+        std::string const expected = *reason == 0 ? "" : dir.Path("d/rules") + reason;
+        EXPECT_EQ(AsUser(1, {1}, [&] { return Refusal(dir.Path("d/rules")); }), expected);
+    }
 }
 
 TEST(MultiSectionFileTest, TheCursorWalksBothWays) {
@@ -202,7 +221,7 @@ TEST(MultiSectionFileTest, TheCursorWalksBothWays) {
     EXPECT_EQ(walk(">"), "3");
 }
 
-TEST(MultiSectionFileTest, TakesNoEntryThatItCouldNotGiveBack) {
+TEST(MultiSectionFileTest, RefusesEntriesThatCannotBeReadBack) {
     TempDir dir;
     dir.Write("rules", kTwo);
     RuleFile file(dir.Path("rules"));
@@ -262,7 +281,7 @@ std::string SaveError(RuleFile& file) {
     return "";
 }
 
-TEST(Save, ReplacesTheFileThatWasReadOnly) {
+TEST(Save, ReplacesOnlyTheFileThatWasRead) {
     TempDir dir;
     std::string const path = dir.Path("d/rules");
     std::function<void()> const others[] = {
@@ -290,12 +309,12 @@ TEST(Save, ReplacesTheFileThatWasReadOnly) {
                       text == "none" ? 0 : 1);
         }
     }
-    RuleFile file(path); // What it has saved itself is not somebody else's.
+    RuleFile file(path); // Its own save is not a change by somebody else.
     EXPECT_EQ(SaveError(file) + SaveError(file), "");
     EXPECT_EQ(dir.Read("d/rules"), kTwo + "{\n}\n{\n}\n");
 }
 
-TEST(Save, LosesNothingBetweenWritersWithoutALock) {
+TEST(Save, LosesNothingAmongWritersWithoutALock) {
     TempDir dir;
     dir.Write("rules", "");
     std::atomic<std::size_t> saved{0};
@@ -312,7 +331,7 @@ TEST(Save, LosesNothingBetweenWritersWithoutALock) {
     EXPECT_EQ(dir.Read("rules").size(), 4 * saved) << failed << " failed";
 }
 
-TEST(Save, RemovesWhatTheDeadHaveLeftAndNothingElse) {
+TEST(Save, RemovesLeftoversOfDeadProcessesAndNothingElse) {
     TempDir dir;
     dir.Write("rules", kTwo);
     char const* const others[] = {"rules.1.tmp",    "rules.1.2.tmp2",  "rules.1.x.tmp",
@@ -335,7 +354,7 @@ TEST(Save, RemovesWhatTheDeadHaveLeftAndNothingElse) {
                   1 + 8 + 3 + (isAlive ? 1 : 0));
         close(living);
     }
-    // Nor does a lock that somebody holds on the directory stop a save.
+    // A lock that somebody holds on the directory does not stop a save.
     int const held = open(dir.Path().c_str(), O_RDONLY | O_DIRECTORY);
     EXPECT_EQ(flock(held, LOCK_EX), 0);
     RuleFile file(dir.Path("rules"));
@@ -343,7 +362,20 @@ TEST(Save, RemovesWhatTheDeadHaveLeftAndNothingElse) {
     close(held);
 }
 
-TEST(Save, RefusesSenselessSizes) {
+TEST(Save, WritesToNoFileThatIsThereAlready) {
+    TempDir dir;
+    dir.Write("rules", kTwo);
+    dir.Write("victim", "keep");
+    std::string const prefix = dir.Path("rules.") + std::to_string(getpid()) + ".";
+    for (int number = 0; number < 900; ++number)
+        std::filesystem::create_symlink("victim", prefix + std::to_string(number) + ".tmp");
+    RuleFile file(dir.Path("rules"));
+    EXPECT_EQ(SaveError(file), "");
+    EXPECT_EQ(dir.Read("rules"), kTwo + "{\n}\n");
+    EXPECT_EQ(dir.Read("victim"), "keep");
+}
+
+TEST(Save, RefusesTooLargeFiles) {
     TempDir dir;
     constexpr std::size_t kMost = std::size_t{64} * 1024 * 1024;
     dir.Write("rules", std::string(kMost, '#'));
@@ -357,7 +389,7 @@ TEST(Save, RefusesSenselessSizes) {
                                               "most 67108864: File too large");
 }
 
-TEST(Save, ALimitOfTheFileSizeIsAnErrorAndNoSignal) {
+TEST(Save, AFileSizeLimitIsAnErrorAndNoSignal) {
     TempDir dir;
     dir.Write("rules", kTwo);
     {

@@ -1,5 +1,5 @@
 /// @file
-/// A directory of a test's own, and the files in it.
+/// A temporary directory for a test.
 
 #ifndef TESTS_SUPPORT_TEMPDIR_H
 #define TESTS_SUPPORT_TEMPDIR_H
@@ -12,12 +12,12 @@
 #include <string>
 #include <string_view>
 
-/// A new, empty directory, removed with all that is in it at the end of the object's life.
+/// A new, empty directory. The destructor removes it with everything in it.
 class TempDir {
   public:
     TempDir() : mPath((std::filesystem::temp_directory_path() / "callrecording.XXXXXX").string()) {
         if (mkdtemp(mPath.data()) == nullptr)
-            throw std::runtime_error(mPath + ": cannot be made");
+            throw std::runtime_error(mPath + ": cannot be created");
     }
     ~TempDir() {
         std::error_code ignored;
@@ -26,19 +26,19 @@ class TempDir {
     TempDir(TempDir const&) = delete;
     TempDir& operator=(TempDir const&) = delete;
 
-    /// The directory, without a slash at its end.
+    /// The path of the directory, without a slash at the end.
     std::string const& Path() const { return mPath; }
-    /// The path of the file name in the directory.
+    /// The path of a file in the directory.
     std::string Path(std::string_view name) const { return mPath + "/" + std::string(name); }
 
-    /// Makes the file name, and the directories on its way, with exactly these bytes.
+    /// Creates or overwrites a file, and the directories of its path.
     void Write(std::string_view name, std::string_view content) const {
         std::filesystem::path const path(Path(name));
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path, std::ios::binary) << content;
     }
 
-    /// The bytes of the file name.
+    /// Returns the bytes of a file.
     std::string Read(std::string_view name) const {
         std::ifstream file(Path(name), std::ios::binary);
         if (!file)
@@ -46,11 +46,11 @@ class TempDir {
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     }
 
-    /// Write and Read for the rule file that the library finds after UseAsConfiguration.
+    /// The same for the rule file that the library uses after UseAsConfiguration.
     void WriteRules(std::string_view content) const { Write(RULE_FILE, content); }
     std::string ReadRules() const { return Read(RULE_FILE); }
 
-    /// Makes the directory the configuration directory of this process.
+    /// Makes this the configuration directory of the process.
     void UseAsConfiguration() const {
         std::filesystem::create_directories(Path("telephony"));
         setenv("QUVA_PATH", (mPath + "/").c_str(), 1);
