@@ -105,7 +105,7 @@ void RuleFileLock::Prepare(std::string const& ruleFile) const {
     }
     mode_t const mode = LockMode(rules) & (hasGroup ? 0777 : 0700);
     if ((own.st_mode & 07777) != mode)
-        fchmod(file_, mode); // Not being the owner, one finds it as the owner left it.
+        fchmod(file_, mode); // Fails if somebody else owns the file, who has set its mode then.
 }
 
 /// Returns whether the file then has the group of the rule file. A process that may not change

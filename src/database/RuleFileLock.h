@@ -33,10 +33,11 @@ class RuleFileLock {
   public:
     /// ruleFile is the path of the rule file, which need not exist. Throws RuleFileLockTimeout if
     /// the lock is not free within patience, and an exception derived from std::runtime_error if
-    /// its file cannot be created or opened or is refused. The file is refused, and left as it is,
-    /// if it is a symbolic link, not a regular file, has more than one name, or belongs to neither
-    /// the owner nor the group of the rule file: somebody else put it there, and locking it would
-    /// change its owner and mode. The text of an exception gives path and reason.
+    /// its file cannot be created or opened, or is refused. The text gives path and reason.
+    ///
+    /// A file is refused, and not changed, if it is a symbolic link or not a regular file, has more
+    /// than one name, or belongs to neither the owner nor the group of the rule file. It is not
+    /// ours then, and giving it the rule file's owner and mode might give away somebody's file.
     RuleFileLock(std::string const& ruleFile, std::chrono::milliseconds patience);
     ~RuleFileLock();
     RuleFileLock(RuleFileLock const&) = delete;
