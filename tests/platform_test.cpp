@@ -190,37 +190,6 @@ TEST(MultiSectionFileTest, AFileThatCannotBeReadIsNotTakenForAnEmptyOne) {
     }
 }
 
-TEST(MultiSectionFileTest, TheCursorWalksBothWays) {
-    TempDir dir;
-    dir.Write("rules", "{\nk=1\n}\n{\nk=2\n}\n{\nk=3\n}\n");
-    RuleFile file(dir.Path("rules"));
-    // Takes the steps, "x" deleting, and returns the value of k after each, "-" where there is no
-    // section.
-    auto const walk = [&](std::string const& steps) {
-        std::string values;
-        for (char const step : steps) {
-            bool const isThere = step == 'x'   ? file.DeleteSection() == 0
-                                 : step == '>' ? file.GotoNextSection() != 0
-                                               : file.GotoPreviousSection() != 0;
-            values += isThere ? file.Value("k") : "-";
-            if (!isThere) {
-                EXPECT_ANY_THROW(file.Value("k"));
-                EXPECT_ANY_THROW(file.DeleteSection());
-                EXPECT_ANY_THROW(file.SetSectionEntry("k", "v"));
-            }
-        }
-        return values;
-    };
-    EXPECT_ANY_THROW(file.Value("k"));
-    EXPECT_EQ(walk("<>>>>><<<<>>"), "-123--321-12");
-    EXPECT_EQ(walk("x><x<>"), "-31--3");
-    file.AddSection(false);
-    file.SetSectionEntry("k", "4");
-    EXPECT_EQ(walk("<>><"), "34-4");
-    file.Restart();
-    EXPECT_EQ(walk(">"), "3");
-}
-
 TEST(MultiSectionFileTest, RefusesEntriesThatCannotBeReadBack) {
     TempDir dir;
     dir.Write("rules", kTwo);

@@ -1,5 +1,5 @@
-// What the library does if the buffer that values are read into cannot be used: tests/second_platform
-// can say so.
+// What the library does if the buffer that values are read into cannot be used:
+// tests/second_platform can say so.
 
 #include <gtest/gtest.h>
 
