@@ -135,6 +135,7 @@ TEST_F(EditFaults, AFailingCallLeavesAWholeFileAndNothingElse) {
                 EXPECT_TRUE(isDone || wasHit);
                 std::string const reason = db->GetLastFailure();
                 EXPECT_TRUE(isDone || !reason.empty());
+                EXPECT_TRUE(!reason.empty() || dir.ReadRules() == row.states.back());
                 EXPECT_TRUE(reason.empty() || reason == "out of memory" ||
                             (*call == 0 && reason.find(dir.Path(TempDir::RULE_FILE) + ": ") == 0))
                     << reason;
