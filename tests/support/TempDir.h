@@ -15,21 +15,21 @@
 /// A new, empty directory. The destructor removes it with everything in it.
 class TempDir {
   public:
-    TempDir() : mPath((std::filesystem::temp_directory_path() / "callrecording.XXXXXX").string()) {
-        if (mkdtemp(mPath.data()) == nullptr)
-            throw std::runtime_error(mPath + ": cannot be created");
+    TempDir() : path_((std::filesystem::temp_directory_path() / "callrecording.XXXXXX").string()) {
+        if (mkdtemp(path_.data()) == nullptr)
+            throw std::runtime_error(path_ + ": cannot be created");
     }
     ~TempDir() {
         std::error_code ignored;
-        std::filesystem::remove_all(mPath, ignored);
+        std::filesystem::remove_all(path_, ignored);
     }
     TempDir(TempDir const&) = delete;
     TempDir& operator=(TempDir const&) = delete;
 
     /// The path of the directory, without a slash at the end.
-    std::string const& Path() const { return mPath; }
+    std::string const& Path() const { return path_; }
     /// The path of a file in the directory.
-    std::string Path(std::string_view name) const { return mPath + "/" + std::string(name); }
+    std::string Path(std::string_view name) const { return path_ + "/" + std::string(name); }
 
     /// Creates or overwrites a file, and the directories of its path.
     void Write(std::string_view name, std::string_view content) const {
@@ -53,13 +53,13 @@ class TempDir {
     /// Makes this the configuration directory of the process.
     void UseAsConfiguration() const {
         std::filesystem::create_directories(Path("telephony"));
-        setenv("QUVA_PATH", (mPath + "/").c_str(), 1);
+        setenv("QUVA_PATH", (path_ + "/").c_str(), 1);
     }
 
     static constexpr std::string_view RULE_FILE = "telephony/callrecordingdb";
 
   private:
-    std::string mPath;
+    std::string path_;
 };
 
 #endif
