@@ -1,5 +1,5 @@
 /// @file
-/// The telephony client's record of one side of a call.
+/// The telephony client's description of one side of a call.
 
 #ifndef PLATFORM_CALLPARAMS_H
 #define PLATFORM_CALLPARAMS_H
@@ -7,15 +7,18 @@
 #include <cstdint>
 #include <string>
 
-/// One side of a call. The library reads user, host and port, and writes nothing.
+/// One side of a call. The library is compiled against the client's declaration and reads the three
+/// members user, host and port, all std::string. It never changes or copies the client's objects,
+/// and makes its own without arguments, so a declaration may have any other members, in any order,
+/// as long as CallParams() compiles. Library and client have to be compiled with the same one.
 struct CallParams {
-    /// The number; for a SIP side the user part of its address.
+    /// The number; for a SIP address, its user part.
     std::string user;
-    /// Three words of the telephony client's own, which the library never reads.
+    /// The client's own; not read by the library.
     std::intptr_t reserved[3] = {0, 0, 0};
-    /// The host part of a SIP side's address.
+    /// The host part of a SIP address.
     std::string host;
-    /// The port of a SIP side's address as text; may be empty.
+    /// The port of a SIP address in decimal; may be empty.
     std::string port;
 };
 

@@ -1,9 +1,10 @@
 /// @file
-/// The mark of a platform class that appears in the library's own interface. On a plain host the
-/// platform is built into the shared library, which then exports these classes with its own.
+/// Marks the platform's classes that appear in the library's interface. The platform of a plain
+/// host is built into the shared library, which exports these classes together with its own.
 ///
-/// The names of the plain host's platform lie in the inline namespace CallRecordingPlatform. Nobody
-/// writes it; it keeps the linker from taking a class ThreadMutex of the host program for this one.
+/// The platform of a plain host is declared in the inline namespace CallRecordingPlatform. No code
+/// has to mention it; it keeps the linker from mixing up our ThreadMutex with a class ThreadMutex
+/// of the host program. A device's headers need neither the namespace nor this file.
 
 #ifndef PLATFORM_PLATFORMEXPORT_H
 #define PLATFORM_PLATFORMEXPORT_H

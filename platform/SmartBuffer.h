@@ -1,5 +1,5 @@
 /// @file
-/// A scratch character buffer.
+/// A scratch buffer for values of the rule file.
 
 #ifndef PLATFORM_SMARTBUFFER_H
 #define PLATFORM_SMARTBUFFER_H
@@ -9,21 +9,28 @@
 
 inline namespace CallRecordingPlatform {
 
-/// A fixed, writable area of characters, not initialised. Throws std::bad_alloc when it cannot be
-/// made.
+/// A writable area of characters with a fixed size, at least as large as the longest value that
+/// MultiSectionFile stores, with its NUL: a longer one could not be read any more, and no rule
+/// would be loaded. 256 bytes are the least that serves; that leaves 255 characters for a pattern.
+///
+/// The library makes a new one or two for each load and each edit.
+///
+/// Plain host: 64 KiB, not initialised.
 class SmartBuffer {
   public:
+    /// Throws std::bad_alloc if there is no memory.
     SmartBuffer();
     ~SmartBuffer();
 
     SmartBuffer(SmartBuffer const&) = delete;
     SmartBuffer& operator=(SmartBuffer const&) = delete;
 
-    /// The area, valid as long as the buffer.
+    /// The area; it stays in place as long as the object lives.
     char* GetData();
 
-    /// The size of the area in bytes. 0 and 0xFFFFFFFF mean that the buffer is not usable; this one
-    /// never says so.
+    /// The size of the area in bytes. 0 and 0xFFFFFFFF mean that the buffer is not usable: the
+    /// library then passes it to GetSectionEntry nevertheless, but takes no value from it.
+    ///   Plain host: the buffer is always usable.
     std::uint32_t GetCapacity() const;
 
   private:

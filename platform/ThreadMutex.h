@@ -1,5 +1,5 @@
 /// @file
-/// A plain mutex.
+/// A mutex.
 
 #ifndef PLATFORM_THREADMUTEX_H
 #define PLATFORM_THREADMUTEX_H
@@ -10,8 +10,9 @@
 
 inline namespace CallRecordingPlatform {
 
-/// A mutual-exclusion lock: not recursive, not copyable. A thread that holds it must not lock it
-/// again, and only that thread may unlock it.
+/// A mutual-exclusion lock, which need not be recursive. The library never locks it twice in one
+/// thread, and unlocks it in the thread that locked it. One ThreadMutex is constructed when the
+/// library is loaded, so the constructor must not need anything that is initialised later.
 class PLATFORM_EXPORT ThreadMutex {
   public:
     ThreadMutex();
@@ -20,8 +21,8 @@ class PLATFORM_EXPORT ThreadMutex {
     ThreadMutex(ThreadMutex const&) = delete;
     ThreadMutex& operator=(ThreadMutex const&) = delete;
 
-    void Lock();   ///< Waits until no other thread holds the lock, and takes it.
-    void Unlock(); ///< Gives the lock back.
+    void Lock();   ///< Waits until no other thread holds the lock and takes it.
+    void Unlock(); ///< Releases the lock.
 
   private:
     std::mutex mMutex;

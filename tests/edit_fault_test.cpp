@@ -15,6 +15,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <callrecordingutils/CRuleFileLock.h>
+
+#include "support/AsUser.h"
 #include "support/Edits.h"
 #include "support/SyscallFaults.h"
 #include "support/TempDir.h"
@@ -65,12 +68,12 @@ class EditFaults : public testing::Test {
     void Restore() {
         std::filesystem::remove_all(dir.Path("telephony")); // With what a kill left behind.
         dir.WriteRules(rows.front().states.front());
-        // Not root has no other owner to take over.
+        // Only root can give the file another owner.
         ASSERT_TRUE(geteuid() != 0 || chown(dir.Path(TempDir::RULE_FILE).c_str(), 1, 1) == 0);
         ASSERT_TRUE(db->Reload());
     }
 
-    /// Makes the edit with that fault, and returns its result.
+    /// Makes the edit with a fault, and returns its result.
     bool Run(Edit const& edit, std::string const& call, int occurrence, Fault fault,
              int error = EIO) {
         SyscallFault const armed(call, occurrence, fault, error);
@@ -78,6 +81,19 @@ class EditFaults : public testing::Test {
         wasHit = armed.wasHit;
         calls = armed.calls;
         return isDone;
+    }
+
+    /// Makes the edit in a child process that is killed at its call number occurrence. Returns
+    /// false if it makes fewer calls.
+    bool IsKilled(Edit const& edit, int occurrence) {
+        pid_t const child = fork();
+        if (child == 0) {
+            Run(edit, "", occurrence, Fault::KILL);
+            _exit(0);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        return WIFSIGNALED(status);
     }
 
     /// Runs check for each edit and each of its calls of that name, until there is none left to go
@@ -120,6 +136,7 @@ TEST_F(EditFaults, AFailingCallLeavesAWholeFileAndNothingElse) {
                 EXPECT_TRUE(isDone || wasHit);
                 std::string const reason = db->GetLastFailure();
                 EXPECT_TRUE(isDone || !reason.empty());
+                EXPECT_TRUE(!reason.empty() || dir.ReadRules() == row.states.back());
                 EXPECT_TRUE(reason.empty() || reason == "out of memory" ||
                             (*call == 0 && reason.find(dir.Path(TempDir::RULE_FILE) + ": ") == 0))
                     << reason;
@@ -152,7 +169,7 @@ TEST_F(EditFaults, ALoadWithoutMemoryListsNoTornRule) {
         std::size_t at = 0;
         for (CallRecordingRuleParams const* const rule : db->GetCallRecordingRules())
             EXPECT_EQ(Section(*rule), whole[at++]);
-        // What only makes decisions faster may fail unseen.
+        // The index only makes decisions faster; without memory for it there is no failure.
         EXPECT_EQ(isLoaded, at == 3 && db->GetLastFailure().empty());
         EXPECT_TRUE(isLoaded || wasHit);
     }
@@ -162,24 +179,18 @@ TEST_F(EditFaults, AKillLeavesAWholeFile) {
     ForEachCall(
         "",
         [&](FaultRow const& row, int occurrence) {
-            pid_t const child = fork();
-            if (child == 0) {
-                Run(row.edit, "", occurrence, Fault::KILL);
-                _exit(0);
-            }
-            int status = 0;
-            EXPECT_EQ(waitpid(child, &status, 0), child);
+            bool const isKilled = IsKilled(row.edit, occurrence);
             EXPECT_TRUE(db->Reload());
-            return WIFSIGNALED(status);
+            return isKilled;
         });
 }
 
-// What survives a loss of power is decided by this order: the new file is durable before it gets
-// the name, and the directory afterwards.
+// What survives a power failure depends on this order: the new file is durable before it gets the
+// name, and the directory afterwards.
 TEST_F(EditFaults, ASaveTakesItsStepsInOrder) {
     std::string const path = dir.Path(TempDir::RULE_FILE);
     for (auto const& [user, group] : {std::pair{1, 0}, {0, 1}}) {
-        bool const isOwned = chown(path.c_str(), user, group) == 0; // Not so for other than root.
+        bool const isOwned = chown(path.c_str(), user, group) == 0; // Only root can do that.
         EXPECT_TRUE(Run(rows.front().edit, "", 0, Fault::FAIL));
         EXPECT_EQ(calls, "open read read close open open open " +
                              std::string(isOwned ? "fchown " : "") +
@@ -187,6 +198,48 @@ TEST_F(EditFaults, ASaveTakesItsStepsInOrder) {
         struct stat status = {};
         EXPECT_EQ(stat(path.c_str(), &status), 0);
         EXPECT_TRUE(!isOwned || (status.st_uid == uid_t(user) && status.st_gid == gid_t(group)));
+    }
+}
+
+// A program that the host starts at any moment must not inherit the files, or the locks on them.
+TEST_F(EditFaults, NoFileIsLeftToAProgramThatTheHostStarts) {
+    std::set<int> others;
+    for (int file = 0; file < 100; ++file)
+        if (fcntl(file, F_GETFD) >= 0)
+            others.insert(file);
+    int seen = 0;
+    SyscallFault::action = [&] {
+        for (int file = 0; file < 100; ++file) {
+            int const flags = others.count(file) == 0 ? fcntl(file, F_GETFD) : -1;
+            EXPECT_TRUE(flags < 0 || (flags & FD_CLOEXEC) != 0);
+            seen += flags < 0 ? 0 : 1;
+        }
+    };
+    Edit const edit = [this](CCallRecordingDB& database) {
+        return CRuleFileLock(0).IsHeld() && rows.front().edit(database);
+    };
+    for (int occurrence = 1; occurrence == 1 || wasHit; ++occurrence) {
+        Restore();
+        EXPECT_TRUE(Run(edit, "", occurrence, Fault::ACT));
+    }
+    EXPECT_GT(seen, 20);
+}
+
+TEST_F(EditFaults, NoFailureAndNoKillSpoilsTheLock) {
+    std::string const lock = dir.Path(TempDir::RULE_FILE) + ".lock";
+    Edit const take = [](CCallRecordingDB&) { return CRuleFileLock(0).IsHeld(); };
+    for (Fault const fault : {Fault::FAIL, Fault::KILL}) {
+        int occurrence = 0;
+        for (bool isHit = true; isHit;) {
+            std::filesystem::remove(lock);
+            ++occurrence;
+            if (fault == Fault::FAIL)
+                Run(take, "", occurrence, fault, EPERM);
+            isHit = fault == Fault::FAIL ? wasHit : IsKilled(take, occurrence);
+            EXPECT_EQ(CRuleFileLock(0).GetFailure(), "") << "after call " << occurrence;
+            EXPECT_TRUE(geteuid() != 0 || OwnerAndMode(lock) == "1:1 600");
+        }
+        EXPECT_EQ(occurrence, geteuid() == 0 ? 5 : 4); // open, fchown, fchmod and close
     }
 }
 
@@ -198,7 +251,7 @@ TEST_F(EditFaults, AnEditGoesOnWhereThatIsRight) {
         int error;
         bool isDone, isReplaced;
     } const table[] = {
-        // Taking a file that cannot be read for an empty one would end in overwriting it.
+        // A file that cannot be read must not be taken for an empty one and overwritten.
         {"no open", "open", 1, Fault::FAIL, EACCES, false, false},
         {"no read", "read", 1, Fault::FAIL, EIO, false, false},
         {"interrupted read", "read", 1, Fault::FAIL, EINTR, true, true},
@@ -229,8 +282,8 @@ TEST_F(EditFaults, AnEditGoesOnWhereThatIsRight) {
     }
 }
 
-// But for the moment of the rename itself, in which a foreign program can still come between.
-TEST_F(EditFaults, WhatSomebodyElseSavesMeanwhileIsNotUndone) {
+// Except in the moment of the rename itself, when a program that takes no turn can still interfere.
+TEST_F(EditFaults, AnEditDoesNotUndoWhatSomebodyElseSaves) {
     FaultRow const& disable = rows.front();
     std::string const theirs = disable.states[0] + Section(kC);
     std::string const both = disable.states[1] + Section(kC);
@@ -259,7 +312,7 @@ TEST_F(EditFaults, WhatSomebodyElseSavesMeanwhileIsNotUndone) {
     for (int occurrence = 1; occurrence <= 2; ++occurrence) {
         Restore();
         EXPECT_TRUE(Run(disable.edit, "read", occurrence, Fault::ACT));
-        EXPECT_EQ(dir.ReadRules(), both); // A file that grows while it is read is not cut.
+        EXPECT_EQ(dir.ReadRules(), both); // A file that grows while it is read is read in full.
     }
 }
 

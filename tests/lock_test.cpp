@@ -1,12 +1,15 @@
-// The lock around edits: who holds it, who may, and how it is given back.
+// The lock around edits: who holds it, who may take it, and how it is released.
 
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -15,6 +18,7 @@
 
 #include <callrecordingutils/CRuleFileLock.h>
 
+#include "support/AsUser.h"
 #include "support/TempDir.h"
 
 namespace CallRecordingUtils {
@@ -48,46 +52,129 @@ TEST_F(Lock, IsHeldByOneAtATime) {
     EXPECT_TRUE(IsFree());
 }
 
-TEST_F(Lock, IsOpenToThoseOnlyWhoMayWriteTheRules) {
-    struct {
-        mode_t rules, lock;
-    } const rows[] = {{0644, 0600}, {0664, 0660}, {0666, 0666}, {0600, 0600}, {0444, 0000}};
-    for (auto const& row : rows) {
-        for (bool const isThere : {false, true}) {
-            std::filesystem::remove(path);
-            if (isThere)
-                dir.Write("telephony/callrecordingdb.lock", ""); // As an older client made it.
-            dir.WriteRules("");
-            std::string const rules = dir.Path(TempDir::RULE_FILE);
-            ASSERT_EQ(chmod(rules.c_str(), row.rules), 0);
-            bool const isOwned = chown(rules.c_str(), 1, 2) == 0; // Not so for other than root.
-            EXPECT_TRUE(!isOwned || IsFree());
-            struct stat status {};
-            EXPECT_EQ(stat(path.c_str(), &status), isOwned ? 0 : status.st_uid);
-            EXPECT_TRUE(!isOwned || (status.st_uid == 1 && status.st_gid == 2 &&
-                                     (status.st_mode & 07777) == row.lock))
-                << std::oct << row.rules << " " << status.st_mode;
-        }
+/// A lock beside rules of user 1 and group 2, which take root to make.
+struct LockOfOthers : Lock {
+    void SetUp() override {
+        if (geteuid() != 0)
+            GTEST_SKIP() << "takes root";
+        chmod(dir.Path().c_str(), 0755);
+        chmod(dir.Path("telephony").c_str(), 0777);
+        dir.WriteRules("");
+        Give(rules, 0664, 1, 2);
     }
-    // Without rules the directory tells.
-    std::filesystem::remove_all(dir.Path("telephony"));
-    std::filesystem::create_directory(dir.Path("telephony"));
-    ASSERT_EQ(chmod(dir.Path("telephony").c_str(), 0775), 0);
+    std::string const rules = dir.Path(TempDir::RULE_FILE);
+};
+
+TEST_F(LockOfOthers, IsOpenToThoseOnlyWhoMayWriteTheRules) {
+    for (auto const& [mode, lock] : {std::pair{0644, "1:2 600"},
+                                     {0664, "1:2 660"},
+                                     {0666, "1:2 666"},
+                                     {0600, "1:2 600"},
+                                     {0444, "1:2 0"}}) {
+        for (bool const isThere : {false, true}) { // With what the rules' mode was before.
+            isThere || std::filesystem::remove(path);
+            chmod(rules.c_str(), isThere ? mode : 0660);
+            EXPECT_TRUE(isThere || IsFree());
+        }
+        EXPECT_TRUE(IsFree());
+        EXPECT_EQ(OwnerAndMode(path), lock);
+    }
+    // Without rules the directory counts.
+    std::filesystem::remove(path);
+    std::filesystem::remove(rules);
+    Give(dir.Path("telephony"), 0775, 3, 4);
     EXPECT_TRUE(IsFree());
-    struct stat status {};
-    EXPECT_TRUE(stat(path.c_str(), &status) == 0 && (status.st_mode & 07777) == 0660);
+    EXPECT_EQ(OwnerAndMode(path), "3:4 660");
+    Give(path, 0600, 5, 5); // One that somebody made who could not give it away.
+    EXPECT_TRUE(IsFree());
+    EXPECT_EQ(OwnerAndMode(path), "5:5 600");
 }
 
-TEST_F(Lock, SaysWhyItCannotBeHad) {
-    std::filesystem::create_symlink("elsewhere", path);
-    EXPECT_EQ(CRuleFileLock(0).GetFailure(),
-              path + ": cannot be opened: Too many levels of symbolic links");
+TEST_F(LockOfOthers, ServesAllEditorsOfAGroup) {
+    auto const failure = [] { return CRuleFileLock(0).GetFailure(); };
+    std::string const neither =
+        path + ": belongs to neither the owner nor the group of the rule file";
+    struct {
+        mode_t rules;
+        uid_t user;
+        std::vector<gid_t> groups;
+        std::string failure, lock;
+    } const rows[] = {
+        {0664, 3, {3, 2}, "", "3:2 660"}, // An editor makes it,
+        {0664, 4, {4, 2}, "", "3:2 660"}, // the next one finds it,
+        {0664, 5, {5}, path + ": cannot be opened: Permission denied", "3:2 660"},
+        {0664, 1, {1, 2}, "", "3:2 660"},
+        {0664, 0, {0}, "", "1:2 660"}, // and root gives it away.
+        {0644, 3, {3, 2}, path + ": cannot be opened: Permission denied", "1:2 600"}, // By then.
+        {0666, 0, {0}, "", "1:2 666"},
+        {0666, 5, {5}, "", "1:2 666"},
+    };
+    for (auto const& row : rows) {
+        chmod(rules.c_str(), row.rules);
+        EXPECT_TRUE(row.rules != 0644 || IsFree());
+        EXPECT_EQ(AsUser(row.user, row.groups, failure), row.failure) << row.lock;
+        EXPECT_EQ(OwnerAndMode(path), row.lock);
+    }
+    std::filesystem::remove(path);
+    EXPECT_EQ(AsUser(5, {5}, failure), neither);
+    EXPECT_EQ(OwnerAndMode(path), "none");
+    EXPECT_EQ(AsUser(1, {1}, failure), ""); // The owner need not be in the group.
+    EXPECT_EQ(OwnerAndMode(path), "1:1 600");
+    EXPECT_EQ(AsUser(1, {1, 2}, failure), "");
+    EXPECT_EQ(OwnerAndMode(path), "1:2 666");
+}
+
+TEST_F(LockOfOthers, RefusesWhatSomebodyElsePutThere) {
+    std::string const other = dir.Path("telephony/other");
+    auto const makeFile = [&] { dir.Write("telephony/callrecordingdb.lock", "keep"); };
+    struct {
+        char const* reason;
+        std::function<void()> make;
+    } const rows[] = {
+        {"is a symbolic link", [&] { std::filesystem::create_symlink(other, path); }},
+        {"has more than one name", [&] { std::filesystem::create_hard_link(other, path); }},
+        {"is not a regular file", [&] { EXPECT_EQ(mkfifo(path.c_str(), 0600), 0); }},
+        {"cannot be opened: Is a directory", [&] { std::filesystem::create_directory(path); }},
+        {"belongs to neither the owner nor the group of the rule file", makeFile},
+        {"belongs to neither the owner nor the group of the rule file",
+         [&] { makeFile(), Give(path, 01600, 0, 0); }}, // Not empty, so not just being made.
+    };
+    for (auto const& row : rows) {
+        dir.Write("telephony/other", "");
+        Give(other, 0600, 0, 0);
+        row.make();
+        std::string const before = OwnerAndMode(path);
+        EXPECT_EQ(CRuleFileLock(0).GetFailure(), path + ": " + row.reason);
+        EXPECT_EQ(OwnerAndMode(path), before);
+        EXPECT_EQ(OwnerAndMode(other), "0:0 600");
+        std::filesystem::remove(path);
+    }
     std::filesystem::remove_all(dir.Path("telephony"));
     EXPECT_EQ(CRuleFileLock(0).GetFailure(),
               path + ": cannot be opened: No such file or directory");
 }
 
-TEST_F(Lock, AFileThatWasRemovedIsMadeAnew) {
+// What a process leaves that is killed before the file has its owner and mode.
+TEST_F(LockOfOthers, FinishesAFileThatWasOnlyCreated) {
+    for (uid_t const user : {0U, 1U, 3U}) {
+        std::filesystem::remove(path);
+        dir.Write("telephony/callrecordingdb.lock", "");
+        Give(path, 01600, user, user);
+        auto const failure = [] { return CRuleFileLock(0).GetFailure(); };
+        EXPECT_EQ(AsUser(4, {4, 2}, failure), path + ": cannot be opened: Permission denied");
+        EXPECT_EQ(AsUser(user, {user, 2}, failure), "");
+        EXPECT_EQ(OwnerAndMode(path), user == 3 ? "3:2 660" : "1:2 660");
+    }
+    Give(path, 01600, 3, 3);
+    std::thread finish([this] {
+        std::this_thread::sleep_for(20ms);
+        Give(path, 0660, 3, 2);
+    });
+    EXPECT_EQ(AsUser(4, {4, 2}, [] { return CRuleFileLock(0).GetFailure(); }), "");
+    finish.join();
+}
+
+TEST_F(Lock, IsANewFileAfterTheOldOneWasRemoved) {
     auto first = std::make_unique<CRuleFileLock>(0);
     std::unique_ptr<CRuleFileLock> second;
     std::thread wait([&second] { second = std::make_unique<CRuleFileLock>(10000); });

@@ -30,7 +30,7 @@ void Trace(LogStream& log, unsigned char level, char const* format, ...) {
     va_end(arguments);
 }
 
-TEST(LogStreamTest, AppendsTheEntriesOfItsLevels) {
+TEST(LogStreamTest, AppendsTheEntriesUpToItsLevel) {
     TempDir dir;
     setenv("QUVA_LOG_PATH", (dir.Path() + "/pre-").c_str(), 1);
     std::string expected;
@@ -48,7 +48,7 @@ TEST(LogStreamTest, AppendsTheEntriesOfItsLevels) {
     }
 }
 
-/// A log in a directory of its own.
+/// A log file in a directory of its own.
 struct Log : testing::Test {
     Log() {
         setenv("QUVA_LOG_PATH", dir.Path("").c_str(), 1);
@@ -62,7 +62,7 @@ struct Log : testing::Test {
     TempDir dir;
 };
 
-TEST_F(Log, GoesOnBehindARotation) {
+TEST_F(Log, FollowsARotation) {
     LogStream log("a/log", false, true, 0x7FFFFFFF, 1, 2048, false);
     Add(log, "1\n");
     std::filesystem::rename(dir.Path("a/log"), dir.Path("a/log.1"));
@@ -74,7 +74,7 @@ TEST_F(Log, GoesOnBehindARotation) {
     std::filesystem::remove(dir.Path("a/log"));
     Add(log, "4\n");
     EXPECT_EQ(dir.Read("a/log"), "4\n");
-    // Where none can be made under the name, the old one serves, and then the new one again.
+    // Where none can be created under the name, the old file is used, and later the new one again.
     std::filesystem::rename(dir.Path("a"), dir.Path("b"));
     Add(log, "5\n");
     EXPECT_EQ(dir.Read("b/log"), "4\n5\n");
@@ -83,24 +83,50 @@ TEST_F(Log, GoesOnBehindARotation) {
     EXPECT_EQ(dir.Read("b/log") + dir.Read("a/log"), "4\n5\n6\n");
 }
 
-TEST_F(Log, NoHalfALineJoinsTheNext) {
-    for (bool const isOpenedAgain : {false, true}) {
-        dir.Write("a/log", "1\n");
-        auto log = std::make_unique<LogStream>("a/log", false, true, 0, 1, 2048, false);
-        {
-            FileSizeLimit const limit(5);
-            Add(*log, "entry\n");
-            Add(*log, "lost\n");
+TEST_F(Log, ATornLineIsEndedBeforeTheNextEntry) {
+    struct {
+        char const* before;
+        rlim_t limit; // To the size of the file while "a\nbc\n" and "lost\n" are added.
+        char const* after;
+    } const rows[] = {
+        {"1\n", 2, "1\n23\n"},    // Nothing was written,
+        {"1\n", 3, "1\na\n23\n"}, // or a part,
+        {"1\n", 4, "1\na\n23\n"}, // or a part that ends with a line,
+        {"1\n", 5, "1\na\nb\n23\n"},     {"1\n", 7, "1\na\nbc\n23\n"}, // or all of the first entry.
+        {"1\n", 8, "1\na\nbc\nl\n23\n"}, {"torn", 4, "torn\n23\n"},    // What another process left.
+        {"torn", 6, "torn\na\n23\n"},    {"", 0, "23\n"},
+    };
+    for (auto const& row : rows) {
+        for (bool const isOpenedAgain : {false, true}) {
+            SCOPED_TRACE(row.after);
+            dir.Write("a/log", row.before);
+            auto log = std::make_unique<LogStream>("a/log", false, true, 0, 1, 2048, false);
+            {
+                FileSizeLimit const limit(row.limit);
+                Add(*log, "a\nbc\n");
+                Add(*log, "lost\n");
+            }
+            if (isOpenedAgain)
+                log = std::make_unique<LogStream>("a/log", false, true, 0, 1, 2048, false);
+            Add(*log, "2");
+            Add(*log, "3\n");
+            EXPECT_EQ(dir.Read("a/log"), row.after);
         }
-        if (isOpenedAgain)
-            log = std::make_unique<LogStream>("a/log", false, true, 0, 1, 2048, false);
-        Add(*log, "2");
-        Add(*log, "3\n");
-        EXPECT_EQ(dir.Read("a/log"), "1\nent\n23\n");
     }
 }
 
-TEST_F(Log, LeavesAFileAloneThatTookOverItsDescriptor) {
+TEST_F(Log, AnEntryIsWrittenOnceItIsFlushedOrLarge) {
+    LogStream log("a/log", false, true, 0, 1, 2048, false);
+    Trace(log, 0, "%s", std::string(65535, 'x').c_str());
+    EXPECT_EQ(dir.Read("a/log").size(), 0U);
+    Trace(log, 0, "y");
+    EXPECT_EQ(dir.Read("a/log").size(), 65536U);
+    Trace(log, 0, "z");
+    log.Flush();
+    EXPECT_EQ(dir.Read("a/log"), std::string(65535, 'x') + "yz");
+}
+
+TEST_F(Log, DoesNotTouchAFileThatTookOverItsDescriptor) {
     for (bool const isWrittenTo : {false, true}) {
         auto log = std::make_unique<LogStream>("a/log", false, true, 0, 1, 2048, false);
         int number = 0;
@@ -121,7 +147,7 @@ TEST_F(Log, LeavesAFileAloneThatTookOverItsDescriptor) {
     }
 }
 
-TEST_F(Log, APipeIsWrittenAsLongAsSomebodyReads) {
+TEST_F(Log, WritesToAPipeAsLongAsSomebodyReads) {
     ASSERT_EQ(mkfifo(dir.Path("a/pipe").c_str(), 0600), 0);
     LogStream log("a/pipe", false, true, 0x7FFFFFFF, 1, 2048, false);
     Add(log, "lost");
@@ -136,7 +162,7 @@ TEST_F(Log, APipeIsWrittenAsLongAsSomebodyReads) {
     }
 }
 
-TEST_F(Log, ALimitThatWaitedBeforeIsLeftToTheHost) {
+TEST_F(Log, LeavesTheHostASignalThatWasPendingBefore) {
     sigset_t set;
     sigemptyset(&set);
     sigaddset(&set, SIGXFSZ);
@@ -154,7 +180,7 @@ TEST_F(Log, ALimitThatWaitedBeforeIsLeftToTheHost) {
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
-TEST(LogStreamTest, ALogThatCannotBeWrittenDisturbsNobody) {
+TEST(LogStreamTest, SurvivesALogThatCannotBeWritten) {
     unsetenv("QUVA_LOG_LEVEL");
     TempDir dir;
     ASSERT_EQ(mkfifo(dir.Path("pipe").c_str(), 0600), 0);

@@ -1,5 +1,5 @@
 /// @file
-/// Whole files, on the system calls of a POSIX host.
+/// Reads and replaces whole files with POSIX system calls.
 
 #include "AtomicFile.h"
 
@@ -17,7 +17,7 @@ namespace HostPlatform {
 
 namespace {
 
-/// Where a file is: its directory, and its name there.
+/// A directory and the name of a file in it.
 struct Place {
     std::string directory;
     std::string name;
@@ -30,34 +30,52 @@ Place Split(std::string const& path) {
     return {path.substr(0, slash == 0 ? 1 : slash), path.substr(slash + 1)};
 }
 
-/// Replaces link by what it refers to. Returns false when no symbolic link is there.
-bool FollowLink(std::string& link) {
+/// Returns the text of the symbolic link at path, or nothing if path is not a symbolic link.
+std::optional<std::string> LinkText(std::string const& path) {
     char target[PATH_MAX];
-    ssize_t const length = readlink(link.c_str(), target, sizeof target);
+    ssize_t const length = readlink(path.c_str(), target, sizeof target);
     if (length < 0) {
         if (errno != EINVAL && errno != ENOENT)
-            FailOf(link, "cannot be looked up");
-        return false;
+            FailOf(path, "cannot be looked up");
+        return std::nullopt;
     }
     if (length == 0 || static_cast<std::size_t>(length) == sizeof target)
-        FailOf(link, "the symbolic link cannot be followed", ENAMETOOLONG);
-    std::string const text(target, static_cast<std::size_t>(length));
-    link = text[0] == '/' ? text : Split(link).directory + "/" + text;
-    return true;
+        FailOf(path, "the symbolic link cannot be followed", ENAMETOOLONG);
+    return std::string(target, static_cast<std::size_t>(length));
 }
 
-/// Returns where the file at path is, or is to be made, behind all symbolic links. Without this the
-/// link itself would be replaced, and its file be left as it was.
-Place Resolve(std::string const& path) {
+/// Follows the symbolic links from path, and calls visit with the directory and the text of each.
+/// Returns where the file is, or is to be created. (Otherwise the link itself would be replaced,
+/// and the file would stay as it is.)
+template <typename Visit>
+Place Resolve(std::string const& path, Visit visit) {
     constexpr int kMostLinks = 40; // As many as the kernel follows.
+    Place place = Split(path);
     std::string end(path);
-    for (int links = 0; FollowLink(end); ++links)
+    for (int links = 0; auto const text = LinkText(end); ++links) {
         if (links == kMostLinks)
             FailOf(path, "cannot be looked up", ELOOP);
-    Place place = Split(end);
+        visit(place.directory, *text);
+        end = text->front() == '/' ? *text : place.directory + "/" + *text;
+        place = Split(end);
+    }
     if (place.name.empty())
-        FailOf(path, "is no name of a file", ENOENT);
+        FailOf(path, "is not the name of a file", ENOENT);
     return place;
+}
+
+/// Throws if text, that of a symbolic link in directory, leads through a second link beside it: the
+/// next exchange of that folder would take the edit with it.
+void RefuseExchangedFolder(std::string const& path, std::string const& directory,
+                           std::string const& text) {
+    std::size_t const slash = text.find('/');
+    if (slash == 0 || slash == std::string::npos)
+        return;
+    std::string const folder = directory + "/" + text.substr(0, slash);
+    if (LinkText(folder))
+        Refuse(path, "is a link into " + folder +
+                         ", which is a link too: pointing that to another folder would undo the "
+                         "edit; nothing is written");
 }
 
 int OpenDirectory(std::string const& path) {
@@ -68,7 +86,7 @@ int OpenDirectory(std::string const& path) {
     return directory;
 }
 
-/// Returns what is known of the file that is to be replaced; nothing when there is none.
+/// Returns the status of the file to be replaced, or nothing if there is none.
 std::optional<struct stat> OldFile(Descriptor const& directory, std::string const& name,
                                    std::string const& path) {
     struct stat status {};
@@ -78,8 +96,16 @@ std::optional<struct stat> OldFile(Descriptor const& directory, std::string cons
         return std::nullopt;
     }
     if (!S_ISREG(status.st_mode))
-        FailOf(path, "is no regular file", EINVAL);
+        FailOf(path, "is not a regular file", EINVAL);
     return status;
+}
+
+/// The rights of the directory alone would let anybody who has them replace the file.
+void RequireWritable(struct stat const& old, Descriptor const& directory, std::string const& name,
+                     std::string const& path) {
+    if (old.st_uid != geteuid() &&
+        faccessat(directory.Number(), name.c_str(), W_OK, AT_EACCESS) != 0)
+        FailOf(path, "cannot be written");
 }
 
 void RequireUnchanged(std::optional<struct stat> const& old, std::optional<FileStamp> const& stamp,
@@ -88,10 +114,10 @@ void RequireUnchanged(std::optional<struct stat> const& old, std::optional<FileS
         Refuse(path, "was changed by somebody else after it was read; nothing is written");
 }
 
-/// A turn among those who replace files in one directory, so that between the last look at a file
-/// and the rename nobody else's rename comes. It lasts microseconds. Who cannot get one in time
-/// goes on without: anybody who may read a directory can lock it, and must not be able to stop a
-/// save.
+/// Makes those who replace files in one directory take turns, so that nobody else renames between
+/// the last check of a file and our rename. A turn takes microseconds. If it is not free in time,
+/// the save goes on without: anybody who may read the directory can lock it, and must not be able
+/// to stop a save.
 class Turn {
   public:
     explicit Turn(Descriptor const& directory) : directory_(directory) {
@@ -103,7 +129,7 @@ class Turn {
             std::this_thread::sleep_for(kPause);
         }
     }
-    // Not left to closing: a process forked meanwhile shares the open directory.
+    // Closing alone would not end it: a process forked meanwhile has the directory open as well.
     ~Turn() { flock(directory_.Number(), LOCK_UN); }
     Turn(Turn const&) = delete;
     Turn& operator=(Turn const&) = delete;
@@ -115,13 +141,13 @@ class Turn {
 void SyncDirectory(Descriptor const& directory, std::string const& path) {
     if (Uninterrupted([&] { return fsync(directory.Number()); }) == 0)
         return;
-    // Some file systems cannot sync a directory at all. The file is replaced, there is nothing left
-    // that could be done for it, and calling every edit a failure would help nobody.
+    // Some file systems cannot sync a directory at all. The file has been replaced, nothing more
+    // can be done for it, and reporting every edit as failed would help nobody.
     if (errno != EINVAL && errno != ENOTSUP)
-        FailOf(path, "is replaced, but this may not survive a loss of power");
+        FailOf(path, "has been replaced, but this may not survive a power failure");
 }
 
-/// Opens the file at path for reading. Returns -1 when there is none but its directory exists.
+/// Opens the file at path for reading. Returns -1 if there is none but its directory exists.
 int OpenForReading(std::string const& path) {
     int const file = Uninterrupted(
         [&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY); });
@@ -129,19 +155,20 @@ int OpenForReading(std::string const& path) {
         if (errno != ENOENT)
             FailOf(path, "cannot be opened");
         struct stat status {};
-        if (stat(Resolve(path).directory.c_str(), &status) != 0)
+        Place const place = Resolve(path, [](auto const&...) {});
+        if (stat(place.directory.c_str(), &status) != 0)
             FailOf(path, "its directory cannot be looked up");
     }
     return file;
 }
 
-/// The status of the open file, which is a regular one of no senseless size.
+/// Returns the status of the open file. Throws if it is not a regular file.
 struct stat StatusOf(Descriptor const& file, std::string const& path) {
     struct stat status {};
     if (fstat(file.Number(), &status) != 0)
         FailOf(path, "cannot be looked up");
     if (!S_ISREG(status.st_mode))
-        FailOf(path, "is no regular file", EINVAL);
+        FailOf(path, "is not a regular file", EINVAL);
     return status;
 }
 
@@ -153,9 +180,9 @@ void RequireSize(std::size_t size, std::string const& path) {
                EFBIG);
 }
 
-/// Reads the open file from where it stands to its end; size is what it is believed to have.
+/// Reads the open file from its current position to its end. size is the size to expect.
 std::string ReadToEnd(Descriptor const& file, std::size_t size, std::string const& path) {
-    std::string text(size + 1, '\0'); // One more, so that the end shows without growing the text.
+    std::string text(size + 1, '\0'); // One more, to see the end without growing the text.
     std::size_t length = 0;
     for (;;) {
         ssize_t const count = Uninterrupted(
@@ -169,7 +196,7 @@ std::string ReadToEnd(Descriptor const& file, std::size_t size, std::string cons
             return text;
         }
         if (length == text.size())
-            text.resize(2 * length); // The file has grown meanwhile.
+            text.resize(2 * length); // The file has grown.
     }
 }
 
@@ -186,24 +213,28 @@ FileText ReadFile(std::string const& path) {
         if (lseek(file.Number(), 0, SEEK_SET) != 0)
             FailOf(path, "cannot be read");
         std::string text = ReadToEnd(file, static_cast<std::size_t>(before.size), path);
-        // Somebody may be writing into the file itself: half of that would pass for the whole.
+        // Somebody may be writing to the file in place, and half of it would pass for the whole.
         if (FileStamp::Of(StatusOf(file, path)) == before)
             return {std::move(text), before};
     }
-    Refuse(path, "is written to all the time while it is read");
+    Refuse(path, "keeps changing while it is read");
 }
 
 void ReplaceFile(std::string const& path, std::string_view content,
                  std::optional<FileStamp>& stamp) {
     RequireSize(content.size(), path);
-    Place const target = Resolve(path);
-    // Before anything is made, so that what cannot be finished is not begun.
+    Place const target = Resolve(path, [&path](auto const& directory, auto const& text) {
+        RefuseExchangedFolder(path, directory, text);
+    });
+    // All checks that can be made before anything is written.
     Descriptor const directory(OpenDirectory(target.directory));
     RemoveLeftovers(directory, target.name);
     std::optional<struct stat> const old = OldFile(directory, target.name, path);
     RequireUnchanged(old, stamp, path);
+    if (old)
+        RequireWritable(*old, directory, target.name, path);
 
-    // Nobody may look into the new file before it has the old one's owner and mode.
+    // Nobody else may read the new file before it has the old one's owner and mode.
     Temporary temporary(directory, target.name, old ? 0600 : 0666, path);
     if (old)
         temporary.TakeOwnerAndMode(*old);

@@ -1,5 +1,5 @@
 /// @file
-/// What tells whether a file is still the one that was read.
+/// Tells whether a file is still the one that was read.
 
 #ifndef PLATFORM_HOST_FILESTAMP_H
 #define PLATFORM_HOST_FILESTAMP_H

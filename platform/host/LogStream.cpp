@@ -1,5 +1,5 @@
 /// @file
-/// The log file of a plain host: a file that only ever grows at its end.
+/// The log of a plain host: a file that entries are appended to.
 
 #include "LogStream.h"
 
@@ -24,11 +24,10 @@ using namespace HostPlatform;
 
 namespace {
 
-/// Entries that are not flushed are handed to the file once they have grown to this size.
+/// Entries are written at the latest when this many bytes are pending.
 constexpr std::size_t kMostPending = 65536;
 
-/// The number in QUVA_LOG_LEVEL, the greatest there is for a greater one; nothing when it is no
-/// number.
+/// Returns the number in QUVA_LOG_LEVEL, at most ULONG_MAX; nothing if it is not a number.
 std::optional<unsigned long> LogLevel() {
     char const* const level = std::getenv("QUVA_LOG_LEVEL");
     if (level == nullptr || !StringUtils::IsNumeric(level, false, false))
@@ -41,7 +40,7 @@ std::string LogPath(char const* name) {
     return std::string(directory != nullptr ? directory : "/var/log/") + name;
 }
 
-/// Appends format, expanded with arguments, to text.
+/// Appends format, expanded with arguments as by vprintf, to text.
 void AppendFormatted(std::string& text, char const* format, va_list& arguments) {
     va_list measured;
     va_copy(measured, arguments);
@@ -64,7 +63,7 @@ bool IsSameFile(struct stat const& a, struct stat const& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Writes text as far as the file takes it. Returns how much that is.
+/// Writes as much of text as the file accepts. Returns how much that is.
 std::size_t WriteLog(int file, std::string_view text) {
     constexpr int kMostInterruptions = 10;
     std::size_t written = 0;
@@ -80,7 +79,7 @@ std::size_t WriteLog(int file, std::string_view text) {
     return written;
 }
 
-/// The open log, found again by its name before each write.
+/// The log file. Before each write it is looked up by its name again.
 class LogFile {
   public:
     explicit LogFile(std::string path) : path_(std::move(path)) { Find(); }
@@ -101,12 +100,13 @@ class LogFile {
     }
 
   private:
-    /// Has the file open that the name stands for. Where it cannot be opened the last one serves.
+    /// Opens the file that has the name now, unless it is open already. If that fails, the file
+    /// that was opened last stays in use.
     void Find() {
         struct stat named {};
         if (IsOwn() && stat(path_.c_str(), &named) == 0 && IsSameFile(named, own_))
             return;
-        // Not to wait: a log that stands still must not hold up a call.
+        // Without blocking: a stuck reader of a pipe must not delay a call.
         constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
         int const file = open(path_.c_str(), kFlags, 0644);
         if (file < 0)
@@ -115,11 +115,11 @@ class LogFile {
         file_ = file;
         if (fstat(file_, &own_) != 0)
             Forget();
-        isTorn_ = EndsInHalfALine();
+        isTorn_ = EndsInTornLine();
     }
 
-    /// Whether the descriptor is still the log's. A host process that closes all descriptors, to go
-    /// into the background, may have given its number to another file since.
+    /// Returns whether the descriptor is still the log's. A host process that closes all
+    /// descriptors to become a daemon may have opened another file under the same number since.
     bool IsOwn() {
         struct stat status {};
         if (file_ >= 0 && (fstat(file_, &status) != 0 || !IsSameFile(status, own_)))
@@ -133,8 +133,8 @@ class LogFile {
         file_ = -1;
     }
 
-    /// Whether who wrote to the file before could not finish a line.
-    bool EndsInHalfALine() const {
+    /// Returns whether the last line in the file is incomplete.
+    bool EndsInTornLine() const {
         if (!S_ISREG(own_.st_mode) || own_.st_size == 0)
             return false;
         Descriptor const file(open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -146,14 +146,14 @@ class LogFile {
     std::string path_;
     int file_ = -1;
     struct stat own_ {};
-    bool isTorn_ = false;
+    bool isTorn_ = false; // The next entry has to begin a new line first.
 };
 
 } // namespace
 
 class LogStream::Impl {
   public:
-    // Without a level nothing is dropped: whether to trace at all is GetLogLevel's to say.
+    // Without a level no entry is dropped; GetLogLevel says whether to trace at all.
     explicit Impl(char const* name)
         : highestLevel_(LogLevel().value_or(ULONG_MAX)), file_(LogPath(name)) {}
 
@@ -182,7 +182,7 @@ LogStream::LogStream(char const* name, bool /*option1*/, bool /*option2*/, int /
     try {
         mImpl = std::make_unique<Impl>(name);
     } catch (std::exception const&) {
-        return; // Without memory there is no log.
+        return; // Out of memory: there is no log.
     }
 }
 
@@ -196,7 +196,7 @@ void LogStream::TRACE(unsigned char level, char const* format, va_list& argument
         if (mImpl != nullptr)
             mImpl->Add(level, format, arguments);
     } catch (std::exception const&) {
-        return; // No memory: the entry is lost.
+        return; // Out of memory: the entry is lost.
     }
 }
 

@@ -1,5 +1,5 @@
 /// @file
-/// The sectioned file of a plain host: its text, and a cursor on one of the sections.
+/// The sectioned file of a plain host: a parsed text and a cursor on one of its sections.
 
 #include "MultiSectionFile.h"
 
@@ -17,7 +17,7 @@ using namespace HostPlatform;
 
 namespace {
 
-/// A null pointer would otherwise end the process.
+/// Constructing a string from a null pointer would crash the process.
 char const* Required(char const* argument) {
     if (argument == nullptr)
         throw std::invalid_argument("MultiSectionFile: an argument is null");
@@ -47,30 +47,29 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
         : path_(path), text_(path, std::move(syntax), std::move(file.text)), stamp_(file.stamp),
           next_(text_.Begin()) {}
 
-    void SetCursor(SectionedText::Place next, bool isOnSection);
+    void SetCursor(SectionedText::Position next, bool isOnSection);
     Section& Current();
     void ForgetEntries();
-    bool ReadEntry();
+    bool ParseEntry();
     Entry const* FindEntry(std::string_view key);
 
     std::string path_;
     SectionedText text_;
-    std::optional<FileStamp> stamp_; // Of the file as it was read or last saved.
+    std::optional<FileStamp> stamp_; // Of the file when it was read or last saved.
 
-    // The cursor is described by the section that comes next: it stands on the one before that, or,
-    // not being on a section, between the two.
-    SectionedText::Place next_;
+    // The cursor: on the section before next_, or, if it is on no section, between that and next_.
+    SectionedText::Position next_;
     bool isOnSection_ = false;
 
-    // The entries of the section under the cursor, as far as they were asked for, and the lines of
-    // the others, once one was.
+    // The entries of the current section that have been parsed so far, and the lines that have not;
+    // no lines if parsing has not begun.
     std::vector<Entry> entries_;
-    std::optional<std::string_view> unreadLines_;
+    std::optional<std::string_view> unparsedLines_;
 };
 
 // --- The cursor ---
 
-void MultiSectionFile::Impl::SetCursor(SectionedText::Place next, bool isOnSection) {
+void MultiSectionFile::Impl::SetCursor(SectionedText::Position next, bool isOnSection) {
     next_ = next;
     isOnSection_ = isOnSection;
     ForgetEntries();
@@ -87,7 +86,7 @@ bool MultiSectionFile::Impl::GotoNextSection() {
 }
 
 bool MultiSectionFile::Impl::GotoPreviousSection() {
-    SectionedText::Place const next = isOnSection_ ? std::prev(next_) : next_;
+    SectionedText::Position const next = isOnSection_ ? std::prev(next_) : next_;
     SetCursor(next, next != text_.Begin());
     return isOnSection_;
 }
@@ -102,22 +101,22 @@ Section& MultiSectionFile::Impl::Current() {
 
 void MultiSectionFile::Impl::ForgetEntries() {
     entries_.clear();
-    unreadLines_.reset();
+    unparsedLines_.reset();
 }
 
-/// Adds one more entry to those that were read. Returns whether there is one.
-bool MultiSectionFile::Impl::ReadEntry() {
-    std::string_view lines = unreadLines_ ? *unreadLines_ : SectionedText::LinesOf(Current());
+/// Parses one more entry of the current section. Returns false if there is none.
+bool MultiSectionFile::Impl::ParseEntry() {
+    std::string_view lines = unparsedLines_ ? *unparsedLines_ : SectionedText::LinesOf(Current());
     std::optional<Entry> const entry = text_.TakeEntry(lines);
     if (entry)
         entries_.push_back(*entry);
-    unreadLines_ = lines; // Not before the entry is kept, or it would be lost without memory.
+    unparsedLines_ = lines; // After push_back, which may throw: the entry would be lost.
     return entry.has_value();
 }
 
-/// Returns the first entry of key, or null.
+/// Returns the first entry with that key, or null.
 Entry const* MultiSectionFile::Impl::FindEntry(std::string_view key) {
-    for (std::size_t i = 0; i < entries_.size() || ReadEntry(); ++i)
+    for (std::size_t i = 0; i < entries_.size() || ParseEntry(); ++i)
         if (entries_[i].key == key)
             return &entries_[i];
     return nullptr;
@@ -170,7 +169,7 @@ std::size_t MultiSectionFile::Impl::GetSectionLine() {
 
 std::vector<std::pair<std::string, std::size_t>> MultiSectionFile::Impl::GetEntryLines() {
     std::vector<std::pair<std::string, std::size_t>> lines;
-    while (ReadEntry()) {
+    while (ParseEntry()) {
     }
     for (Entry const& entry : entries_)
         lines.emplace_back(entry.key, SectionedText::LineOf(Current(), entry));

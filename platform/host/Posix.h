@@ -1,5 +1,5 @@
 /// @file
-/// What the files of this folder share about system calls.
+/// Errors, interruptions and descriptors of system calls, for the files of this folder.
 
 #ifndef PLATFORM_HOST_POSIX_H
 #define PLATFORM_HOST_POSIX_H
@@ -14,18 +14,18 @@
 
 namespace HostPlatform {
 
-/// Throws what the last system call reported about path.
+/// Throws a std::system_error about path: what, and the reason that the last system call gave.
 [[noreturn]] inline void FailOf(std::string const& path, std::string const& what,
                                 int error = errno) {
     throw std::system_error(error, std::generic_category(), path + ": " + what);
 }
 
-/// Throws what is wrong with path where no system call said so.
+/// Throws a std::runtime_error about path, for what no system call reported.
 [[noreturn]] inline void Refuse(std::string const& path, std::string const& what) {
     throw std::runtime_error(path + ": " + what);
 }
 
-/// Repeats a system call for as long as a signal interrupts it.
+/// Repeats a system call as long as signals interrupt it.
 template <typename Call>
 auto Uninterrupted(Call call) {
     auto result = call();
@@ -34,7 +34,7 @@ auto Uninterrupted(Call call) {
     return result;
 }
 
-/// An open file, closed at the end of the object's life.
+/// Owns an open file and closes it.
 class Descriptor {
   public:
     explicit Descriptor(int number) : number_(number) {}
@@ -47,8 +47,8 @@ class Descriptor {
 
     int Number() const { return number_; }
 
-    /// Closes the file and returns the result. Whatever it is, the descriptor is gone then, and
-    /// closing it again could hit a file that another thread has just opened.
+    /// Closes the file and returns the result. The descriptor is gone even after a failure: closing
+    /// it again could close a file that another thread has just opened.
     int Close() { return close(std::exchange(number_, -1)); }
 
   private:

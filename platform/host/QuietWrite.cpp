@@ -1,6 +1,6 @@
 /// @file
-/// Holds off the signals of a write in the writing thread, and takes what has come before it lets
-/// them through again. The process's own handling of them is left alone.
+/// Blocks the signals in the writing thread and consumes those that the write raised before it
+/// unblocks them. How the process handles these signals is not touched.
 
 #include "QuietWrite.h"
 
@@ -27,8 +27,8 @@ bool IsPending(int signal) {
     return sigpending(&pending) == 0 && sigismember(&pending, signal) == 1;
 }
 
-/// Takes the signal that a write has just raised in this thread.
-void Take(int signal) {
+/// Consumes the signal that a write has just raised in this thread.
+void Consume(int signal) {
     sigset_t const set = SetOf(signal);
     timespec const now{0, 0};
     while (sigtimedwait(&set, nullptr, &now) == -1 && errno == EINTR) {
@@ -38,20 +38,20 @@ void Take(int signal) {
 } // namespace
 
 ssize_t QuietWrite(int file, void const* data, std::size_t size) {
-    sigset_t held = SetOf(SIGXFSZ);
-    sigaddset(&held, SIGPIPE);
+    sigset_t blocked = SetOf(SIGXFSZ);
+    sigaddset(&blocked, SIGPIPE);
     sigset_t before;
-    if (pthread_sigmask(SIG_BLOCK, &held, &before) != 0)
+    if (pthread_sigmask(SIG_BLOCK, &blocked, &before) != 0)
         return -1;
-    // One that waited here already is somebody else's.
+    // A signal that was pending before is not ours to consume.
     bool const hadLimit = IsPending(SIGXFSZ);
     bool const hadPipe = IsPending(SIGPIPE);
     ssize_t const count = write(file, data, size);
     int const error = errno;
     if (count < 0 && error == EFBIG && !hadLimit)
-        Take(SIGXFSZ);
+        Consume(SIGXFSZ);
     if (count < 0 && error == EPIPE && !hadPipe)
-        Take(SIGPIPE);
+        Consume(SIGPIPE);
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     errno = error;
     return count;

@@ -1,5 +1,5 @@
 /// @file
-/// Writing without the signals that the system sends for it.
+/// Writes without the signals that a failing write raises.
 
 #ifndef PLATFORM_HOST_QUIETWRITE_H
 #define PLATFORM_HOST_QUIETWRITE_H
@@ -10,8 +10,8 @@
 
 namespace HostPlatform {
 
-/// Like write(2). But at the limit of a file's size and on a pipe without a reader there is only
-/// the error: the signal that comes with it, which ends a process, reaches nobody.
+/// Like write(2), but at the file size limit, and for a pipe without a reader, it only returns the
+/// error: SIGXFSZ and SIGPIPE, which would end the process, are not delivered.
 ssize_t QuietWrite(int file, void const* data, std::size_t size);
 
 } // namespace HostPlatform

@@ -1,5 +1,5 @@
 /// @file
-/// Takes a text apart into sections, and changes them piece by piece.
+/// Parses a text into sections, entry by entry on demand, and splices changes into it.
 
 #include "SectionedText.h"
 
@@ -11,7 +11,7 @@ namespace HostPlatform {
 
 namespace {
 
-/// The longest value that still fits, with its NUL, into a SmartBuffer.
+/// The longest value that fits, with its NUL, into a SmartBuffer.
 constexpr std::size_t kLongestValue = 64 * 1024 - 1;
 
 bool IsBlank(char c) {
@@ -19,7 +19,7 @@ bool IsBlank(char c) {
 }
 
 bool StartsWith(std::string_view text, std::string_view start) {
-    if (text.empty() || start.empty()) // Else most answers fall with the first character.
+    if (text.empty() || start.empty()) // The first character decides most of the other cases.
         return start.empty();
     return text.front() == start.front() && text.substr(0, start.size()) == start;
 }
@@ -28,7 +28,7 @@ bool HasLineBreak(std::string_view text) {
     return text.find_first_of("\r\n") != std::string_view::npos;
 }
 
-/// A carriage return counts as part of the line end, also where the file ends behind it.
+/// A carriage return is part of the line end, even as the last character of the file.
 std::string_view WithoutLineEnd(std::string_view line) {
     if (!line.empty() && line.back() == '\n')
         line.remove_suffix(1);
@@ -41,7 +41,7 @@ std::string_view LineEnd(std::string_view line) {
     return line.substr(WithoutLineEnd(line).size());
 }
 
-/// What counts of a line: not the blanks before it, and not its end.
+/// Returns the line without the blanks before it and without its line end.
 std::string_view Content(std::string_view line) {
     line = WithoutLineEnd(line);
     while (!line.empty() && IsBlank(line.front()))
@@ -55,12 +55,12 @@ std::string_view WithoutTrailingBlanks(std::string_view text) {
     return text;
 }
 
-/// The first line of text, with its line end.
+/// Returns the first line of text, with its line end.
 std::string_view FirstLine(std::string_view text) {
     return text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
 }
 
-/// The lines of a section between the two that open and close it.
+/// Returns the lines between the first and the last line of body.
 std::string_view Inside(std::string_view body) {
     std::string_view const opened = body.substr(FirstLine(body).size());
     return opened.substr(0, WithoutLineEnd(opened).rfind('\n') + 1);
@@ -74,13 +74,13 @@ std::size_t OffsetIn(std::string_view whole, std::string_view part) {
     return static_cast<std::size_t>(part.data() - whole.data());
 }
 
-/// body with replacement in the place of the length characters from offset on.
-Stretch Spliced(std::string_view body, std::size_t offset, std::size_t length,
-                std::string_view replacement) {
+/// Returns body with the length characters from offset on replaced.
+TextPiece Spliced(std::string_view body, std::size_t offset, std::size_t length,
+                  std::string_view replacement) {
     std::string changed;
     changed.reserve(body.size() - length + replacement.size());
     changed.append(body.substr(0, offset)).append(replacement).append(body.substr(offset + length));
-    return Stretch(std::move(changed));
+    return TextPiece(std::move(changed));
 }
 
 } // namespace
@@ -102,50 +102,50 @@ SectionSyntax SyntaxOf(std::string_view sectionOpen, std::string_view sectionClo
             std::string(comment), std::string(LineEnd(sectionOpen))};
 }
 
-void Stretch::Append(std::string_view text) {
+void TextPiece::Append(std::string_view text) {
     if (own_ != nullptr)
         own_->append(text);
     else
         own_ = std::make_unique<std::string>(std::string(asRead_).append(text));
 }
 
-// --- Reading ---
+// --- Parsing ---
 
-/// How far the reading has come.
-struct SectionedText::Reading {
-    std::size_t line = 0;    // The number of the current line.
-    std::size_t outside = 0; // Where what is outside of sections begins,
-    std::size_t open = 0;    // and the section that is open, if there is one:
-    std::size_t openLine = 0;
+/// How far the text has been parsed. The offsets are positions in text_.
+struct SectionedText::Progress {
+    std::size_t line = 0;         // The number of the current line.
+    std::size_t previousEnd = 0;  // Where the last closed section ends.
+    std::size_t sectionBegin = 0; // Where the open section begins,
+    std::size_t sectionLine = 0;  // and the number of its first line; 0 if no section is open.
 
-    bool IsInSection() const { return openLine != 0; }
-    std::string OpenedWhere() const {
-        return " in the section opened at line " + std::to_string(openLine);
+    bool IsInSection() const { return sectionLine != 0; }
+    std::string InWhichSection() const {
+        return " in the section opened at line " + std::to_string(sectionLine);
     }
 };
 
 SectionedText::SectionedText(std::string path, SectionSyntax syntax, std::string text)
     : path_(std::move(path)), syntax_(std::move(syntax)), text_(std::move(text)) {
-    Read();
+    Parse();
 }
 
-void SectionedText::Read() {
+void SectionedText::Parse() {
     RequireText();
-    Reading reading;
+    Progress progress;
     for (std::size_t offset = 0; offset < text_.size();) {
         std::string_view const line = FirstLine(std::string_view(text_).substr(offset));
-        ++reading.line;
-        ReadLine(reading, offset, line);
+        ++progress.line;
+        ParseLine(progress, offset, line);
         offset += line.size();
     }
-    if (reading.IsInSection()) {
-        Fail(reading.line,
-             {"the file ends", reading.OpenedWhere(), ", expected ", Quoted(syntax_.close)});
+    if (progress.IsInSection()) {
+        Fail(progress.line,
+             {"the file ends", progress.InWhichSection(), ", expected ", Quoted(syntax_.close)});
     }
-    tail_ = Stretch(std::string_view(text_).substr(reading.outside));
+    tail_ = TextPiece(std::string_view(text_).substr(progress.previousEnd));
 }
 
-/// A text in another encoding would otherwise fail with a message that shows nothing wrong.
+/// Text in another encoding would otherwise fail with a message that does not show why.
 void SectionedText::RequireText() const {
     if (StartsWith(text_, "\xEF\xBB\xBF"))
         Fail(1, {"found a byte order mark (BOM) before the text; save the file without it"});
@@ -157,47 +157,53 @@ void SectionedText::RequireText() const {
              {"found a NUL, expected text"});
 }
 
-void SectionedText::ReadLine(Reading& reading, std::size_t offset, std::string_view line) {
+void SectionedText::ParseLine(Progress& progress, std::size_t offset, std::string_view line) {
     std::string_view const content = Content(line);
     if (content.empty() || StartsWith(content, syntax_.comment))
         return;
     std::string_view const marker = WithoutTrailingBlanks(content);
     if (marker == syntax_.open) {
-        if (reading.IsInSection()) {
-            Fail(reading.line, {"found ", Quoted(syntax_.open), reading.OpenedWhere(),
-                                ", expected ", Quoted(syntax_.close), " first"});
+        if (progress.IsInSection()) {
+            Fail(progress.line, {"found ", Quoted(syntax_.open), progress.InWhichSection(),
+                                 ", expected ", Quoted(syntax_.close), " first"});
         }
-        reading.open = offset;
-        reading.openLine = reading.line;
+        progress.sectionBegin = offset;
+        progress.sectionLine = progress.line;
     } else if (marker == syntax_.close) {
-        if (!reading.IsInSection()) {
-            Fail(reading.line,
+        if (!progress.IsInSection()) {
+            Fail(progress.line,
                  {"found ", Quoted(syntax_.close), " while no section is open, expected ",
                   Quoted(syntax_.open), " first"});
         }
-        std::string_view const text(text_);
-        std::size_t const end = offset + line.size();
-        sections_.push_back({Stretch(text.substr(reading.outside, reading.open - reading.outside)),
-                             Stretch(text.substr(reading.open, end - reading.open)),
-                             std::exchange(reading.openLine, 0)});
-        reading.outside = end;
+        CloseSection(progress, offset + line.size());
     } else {
-        RequireEntry(reading, content);
+        RequireEntry(progress, content);
     }
 }
 
-void SectionedText::RequireEntry(Reading const& reading, std::string_view content) const {
-    if (!reading.IsInSection()) {
-        Fail(reading.line, {"found ", Quoted(content), " outside the sections, expected ",
-                            Quoted(syntax_.open), ", a comment or a blank line"});
+void SectionedText::CloseSection(Progress& progress, std::size_t end) {
+    auto const piece = [this](std::size_t from, std::size_t to) {
+        return TextPiece(std::string_view(text_).substr(from, to - from));
+    };
+    sections_.push_back({piece(progress.previousEnd, progress.sectionBegin),
+                         piece(progress.sectionBegin, end),
+                         std::exchange(progress.sectionLine, 0)});
+    progress.previousEnd = end;
+}
+
+void SectionedText::RequireEntry(Progress const& progress, std::string_view content) const {
+    if (!progress.IsInSection()) {
+        Fail(progress.line, {"found ", Quoted(content), " outside the sections, expected ",
+                             Quoted(syntax_.open), ", a comment or a blank line"});
     }
     std::size_t const separator = content.find(syntax_.separator);
     if (separator == std::string_view::npos) {
-        Fail(reading.line, {"found ", Quoted(content), ", expected a key, ",
-                            Quoted(syntax_.separator), " and a value, or ", Quoted(syntax_.close)});
+        Fail(progress.line,
+             {"found ", Quoted(content), ", expected a key, ", Quoted(syntax_.separator),
+              " and a value, or ", Quoted(syntax_.close)});
     }
     if (separator == 0)
-        Fail(reading.line, {"found ", Quoted(content), ", an entry without a key"});
+        Fail(progress.line, {"found ", Quoted(content), ", an entry without a key"});
 }
 
 // --- Entries ---
@@ -254,17 +260,17 @@ void SectionedText::RequireStorable(std::string_view key, std::string_view value
 
 // --- Sections ---
 
-SectionedText::Place SectionedText::Append() {
+SectionedText::Position SectionedText::Append() {
     std::string const lineEnd = NewLineEnd();
     std::list<Section> added(1);
-    added.front().body = Stretch(syntax_.open + lineEnd + syntax_.close + lineEnd);
-    // What the text ends with may lack its line end.
-    Stretch* last = &tail_;
+    added.front().body = TextPiece(syntax_.open + lineEnd + syntax_.close + lineEnd);
+    // The last line may have no line end.
+    TextPiece* last = &tail_;
     if (last->Text().empty() && !sections_.empty())
         last = &sections_.back().body;
     if (!last->Text().empty() && last->Text().back() != '\n')
-        *last = Stretch(std::string(WithoutLineEnd(last->Text())) + lineEnd);
-    added.front().outside = std::exchange(tail_, Stretch());
+        *last = TextPiece(std::string(WithoutLineEnd(last->Text())) + lineEnd);
+    added.front().before = std::exchange(tail_, TextPiece());
     sections_.splice(sections_.end(), added);
     return std::prev(sections_.end());
 }
@@ -276,24 +282,24 @@ std::string SectionedText::NewLineEnd() const {
     return syntax_.lineEnd.empty() ? "\n" : syntax_.lineEnd;
 }
 
-SectionedText::Place SectionedText::Erase(Place place) {
-    Place const next = std::next(place);
-    Stretch& behind = next == sections_.end() ? tail_ : next->outside;
-    if (!place->outside.Text().empty()) {
-        place->outside.Append(behind.Text());
-        behind = std::move(place->outside);
+SectionedText::Position SectionedText::Erase(Position position) {
+    Position const next = std::next(position);
+    TextPiece& after = next == sections_.end() ? tail_ : next->before;
+    if (!position->before.Text().empty()) {
+        position->before.Append(after.Text());
+        after = std::move(position->before);
     }
-    return sections_.erase(place);
+    return sections_.erase(position);
 }
 
 std::string SectionedText::Text() const {
     std::size_t size = tail_.Text().size();
     for (Section const& section : sections_)
-        size += section.outside.Text().size() + section.body.Text().size();
+        size += section.before.Text().size() + section.body.Text().size();
     std::string text;
     text.reserve(size);
     for (Section const& section : sections_)
-        text.append(section.outside.Text()).append(section.body.Text());
+        text.append(section.before.Text()).append(section.body.Text());
     text.append(tail_.Text());
     return text;
 }

@@ -1,5 +1,5 @@
 /// @file
-/// The text of a sectioned file, and where in it the sections are.
+/// Parses the text of a sectioned file and edits it section by section.
 
 #ifndef PLATFORM_HOST_SECTIONEDTEXT_H
 #define PLATFORM_HOST_SECTIONEDTEXT_H
@@ -16,25 +16,26 @@
 
 namespace HostPlatform {
 
-/// The marks of a file's lines.
+/// How lines of a sectioned file are recognised.
 struct SectionSyntax {
     std::string open;      ///< The line that opens a section, without blanks and line end.
-    std::string close;     ///< The line that closes it.
-    std::string separator; ///< Between key and value.
-    std::string comment;   ///< What a comment begins with.
-    std::string lineEnd;   ///< Of a file that has no lines yet.
+    std::string close;     ///< The line that closes a section.
+    std::string separator; ///< Separates key and value.
+    std::string comment;   ///< Begins a comment.
+    std::string lineEnd;   ///< Ends the lines that are added to an empty file.
 };
 
-/// The marks as MultiSectionFile is given them.
+/// Converts the arguments of MultiSectionFile's constructor.
 SectionSyntax SyntaxOf(std::string_view sectionOpen, std::string_view sectionClose,
                        std::string_view separator, std::string_view comment);
 
-/// A part of the text: a view of what was read until it is changed, and a text of its own then.
-class Stretch {
+/// A piece of the text: a view of the text as it was read, and a copy of its own once it is
+/// changed.
+class TextPiece {
   public:
-    Stretch() = default;
-    explicit Stretch(std::string_view asRead) : asRead_(asRead) {}
-    explicit Stretch(std::string own) : own_(std::make_unique<std::string>(std::move(own))) {}
+    TextPiece() = default;
+    explicit TextPiece(std::string_view asRead) : asRead_(asRead) {}
+    explicit TextPiece(std::string own) : own_(std::make_unique<std::string>(std::move(own))) {}
 
     std::string_view Text() const { return own_ != nullptr ? std::string_view(*own_) : asRead_; }
     void Append(std::string_view text);
@@ -44,73 +45,75 @@ class Stretch {
     std::unique_ptr<std::string> own_;
 };
 
-/// A section, and the text between the one before it and itself.
+/// A section, and the text between the preceding section and this one.
 struct Section {
-    Stretch outside;
-    Stretch body; // From the line that opens the section to the one that closes it.
-    std::size_t line =
-        0; // Of the opening line in the text as it was read, from 1; 0 for a new one.
+    TextPiece before;
+    TextPiece body; // From the opening line to the closing line, both included.
+    /// The number of the opening line in the text as it was read, from 1; 0 for an added section.
+    std::size_t line = 0;
 };
 
-/// One entry. The views are parts of a section's body and good until that is changed.
+/// An entry of a section. The views are valid until the section's body changes.
 struct Entry {
     std::string_view key;
     std::string_view value;
 };
 
-/// What an edit does not touch stays as it was read, byte for byte. An edit takes time in
-/// proportion to the section that it changes. Operations throw std::runtime_error, whose text says
-/// path, line (where there is one; as the text was read) and reason; a failed one changes nothing.
+/// Everything that is not edited stays as it was read, byte for byte. An edit takes time in
+/// proportion to the section that it changes. A failed operation changes nothing and throws a
+/// std::runtime_error that gives the path, the line of the text as it was read (if there is one)
+/// and the reason.
 class SectionedText {
   public:
-    using Place = std::list<Section>::iterator;
+    using Position = std::list<Section>::iterator;
 
-    /// Takes text apart. path is for messages only.
+    /// Parses text. path is used in messages only.
     SectionedText(std::string path, SectionSyntax syntax, std::string text);
     SectionedText(SectionedText const&) = delete;
     SectionedText& operator=(SectionedText const&) = delete;
 
-    /// The sections; places stay good until their section is erased.
-    Place Begin() { return sections_.begin(); }
-    Place End() { return sections_.end(); }
+    /// The sections. A position is valid until its section is erased.
+    Position Begin() { return sections_.begin(); }
+    Position End() { return sections_.end(); }
 
-    /// Adds an empty section at the end, which ends its lines as the text does.
-    Place Append();
+    /// Adds an empty section at the end, with the line ends of the text.
+    Position Append();
 
-    /// Removes a section, keeps what is outside, and returns the place behind it.
-    Place Erase(Place place);
+    /// Removes a section and keeps the text outside it. Returns the position of the next section.
+    Position Erase(Position position);
 
-    /// The lines of a section between the two that open and close it.
+    /// Returns the lines between the opening and the closing line of a section.
     static std::string_view LinesOf(Section const& section);
 
-    /// Takes the first entry off lines of a section, with what is before it. Nothing when there is
-    /// none.
+    /// Removes the first entry, and everything before it, from the front of lines and returns it;
+    /// nothing if there is no entry.
     std::optional<Entry> TakeEntry(std::string_view& lines) const;
 
-    /// The line on which entry, which is one of the section's, stands; 0 in a new section.
+    /// Returns the line number of an entry of section, as the text was read; 0 in an added section.
     static std::size_t LineOf(Section const& section, Entry const& entry);
 
-    /// Replaces the value of entry, which is one of the section's.
+    /// Replaces the value of an entry of section.
     void SetValue(Section& section, Entry const& entry, std::string_view value) const;
 
-    /// Adds an entry as the section's last one.
+    /// Adds an entry at the end of section.
     void AddEntry(Section& section, std::string_view key, std::string_view value) const;
 
-    /// Throws when an entry of key and value would not be read back the same.
+    /// Throws if an entry of key and value would not be read back unchanged.
     void RequireStorable(std::string_view key, std::string_view value) const;
 
-    /// The whole text, with the changes made so far.
+    /// Returns the whole text with all changes.
     std::string Text() const;
 
-    /// Throws reason, with the path and, where it is not 0, the line.
+    /// Throws a std::runtime_error of the path, the line if it is not 0, and the parts of reason.
     [[noreturn]] void Fail(std::size_t line, std::initializer_list<std::string_view> reason) const;
 
   private:
-    struct Reading;
+    struct Progress;
 
-    void Read();
-    void ReadLine(Reading& reading, std::size_t offset, std::string_view line);
-    void RequireEntry(Reading const& reading, std::string_view content) const;
+    void Parse();
+    void ParseLine(Progress& progress, std::size_t offset, std::string_view line);
+    void CloseSection(Progress& progress, std::size_t end);
+    void RequireEntry(Progress const& progress, std::string_view content) const;
     void RequireText() const;
     std::string NewLineEnd() const;
 
@@ -118,10 +121,11 @@ class SectionedText {
     SectionSyntax syntax_;
     std::string text_; // As it was read.
     std::list<Section> sections_;
-    Stretch tail_; // Behind the last section.
+    TextPiece tail_; // After the last section.
 };
 
-/// text for a message: of bounded length, and unable to steer a terminal.
+/// Returns text in quotes for a message, shortened and without control characters, which might
+/// control a terminal.
 std::string Quoted(std::string_view text);
 
 } // namespace HostPlatform

@@ -9,7 +9,7 @@ constexpr std::uint32_t kCapacity = 64 * 1024;
 
 } // namespace
 
-// Not std::make_unique: that would clear the whole area, of which one value uses a few bytes.
+// Not std::make_unique, which would clear the whole area although a value uses a few bytes of it.
 SmartBuffer::SmartBuffer() : mData(new char[kCapacity]) {}
 
 SmartBuffer::~SmartBuffer() = default;

@@ -1,5 +1,5 @@
 /// @file
-/// Tests of a text's characters, independent of the process's locale.
+/// Tests which characters a text has, independent of the process's locale.
 
 #include "StringUtils.h"
 

@@ -1,5 +1,5 @@
 /// @file
-/// The life of a temporary file, and the end of those whose process died first.
+/// Creates, fills and renames temporary files, and removes leftovers.
 
 #include "Temporary.h"
 
@@ -24,8 +24,8 @@ bool IsSameFile(struct stat const& a, struct stat const& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-/// Takes the lock of a new file. Returns false when somebody took the file for a leftover before
-/// that, and removes it. Where files cannot be locked nobody does.
+/// Locks a new file. Returns false if another process took it for a leftover first and removes it.
+/// (That does not happen where files cannot be locked.)
 bool LockNew(int file) {
     if (flock(file, LOCK_EX | LOCK_NB) != 0)
         return errno != EWOULDBLOCK;
@@ -33,7 +33,7 @@ bool LockNew(int file) {
     return fstat(file, &status) == 0 && status.st_nlink != 0;
 }
 
-/// Takes a dot and the digits behind it from the front of text. Returns whether they are there.
+/// Removes a dot and the digits after it from the front of text. Returns false if there are none.
 bool TakeNumber(std::string_view& text) {
     if (text.empty() || text.front() != '.')
         return false;
@@ -42,7 +42,7 @@ bool TakeNumber(std::string_view& text) {
     return end > 1;
 }
 
-/// Whether entry is what a temporary file for the file name is called.
+/// Returns whether entry is the name of a temporary file for the file name.
 bool IsTemporaryOf(std::string_view name, std::string_view entry) {
     if (entry.substr(0, name.size()) != name)
         return false;
@@ -52,7 +52,7 @@ bool IsTemporaryOf(std::string_view name, std::string_view entry) {
     return hasCount && entry == kEnding;
 }
 
-/// Removes the file entry unless its process lives and holds the lock on it.
+/// Removes the file entry unless a living process holds the lock on it.
 void RemoveIfDead(int directory, char const* entry) {
     constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     Descriptor const file(openat(directory, entry, kFlags));
@@ -60,7 +60,7 @@ void RemoveIfDead(int directory, char const* entry) {
     if (file.Number() < 0 || fstat(file.Number(), &opened) != 0 || !S_ISREG(opened.st_mode) ||
         flock(file.Number(), LOCK_EX | LOCK_NB) != 0)
         return;
-    // The file may have got its final name meanwhile, and the entry may be somebody's next.
+    // The file may have been renamed meanwhile, and the entry may be somebody's next temporary.
     struct stat named {};
     if (fstatat(directory, entry, &named, AT_SYMLINK_NOFOLLOW) == 0 && IsSameFile(opened, named))
         unlinkat(directory, entry, 0);
@@ -71,7 +71,7 @@ void RemoveIfDead(int directory, char const* entry) {
 Temporary::Temporary(Descriptor const& directory, std::string const& name, mode_t mode,
                      std::string const& path)
     : path_(path), directory_(directory), file_(Create(name, mode)),
-      open_(fcntl(file_.Number(), F_DUPFD_CLOEXEC, 0)) {}
+      lock_(fcntl(file_.Number(), F_DUPFD_CLOEXEC, 0)) {}
 
 Temporary::~Temporary() {
     if (!isRenamed_)
@@ -80,7 +80,7 @@ Temporary::~Temporary() {
 
 int Temporary::Create(std::string const& name, mode_t mode) {
     static std::atomic<unsigned> counter{0};
-    // A name is taken only by another process of the same number, so there are few.
+    // Only processes with the same number, in other containers, take names, so few are taken.
     constexpr int kMostNames = 1000;
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     for (int names = 1;; ++names) {
@@ -94,7 +94,7 @@ int Temporary::Create(std::string const& name, mode_t mode) {
         if (file >= 0)
             close(file);
         if (error != EEXIST || names == kMostNames)
-            FailOf(path_, "a temporary file cannot be made beside it", error);
+            FailOf(path_, "no temporary file can be created beside it", error);
     }
 }
 
@@ -102,12 +102,23 @@ void Temporary::TakeOwnerAndMode(struct stat const& old) {
     struct stat own {};
     if (fstat(file_.Number(), &own) != 0)
         FailOf(path_, "its temporary file cannot be looked up");
-    // The owner first: a change of owner takes some of the mode's bits away.
+    // The owner first: changing it clears some bits of the mode.
     if ((own.st_uid != old.st_uid || own.st_gid != old.st_gid) &&
         fchown(file_.Number(), old.st_uid, old.st_gid) != 0)
-        FailOf(path_, "its owner cannot be kept");
+        TakeGroup(old);
     if (fchmod(file_.Number(), old.st_mode & 07777) != 0)
         FailOf(path_, "its mode cannot be kept");
+}
+
+/// After a failed change of owner and group. Several editors have their rights through the group,
+/// so that has to be kept.
+void Temporary::TakeGroup(struct stat const& old) {
+    // EINVAL: the owner is unknown in this user namespace.
+    if (errno != EPERM && errno != EINVAL)
+        FailOf(path_, "its owner cannot be kept");
+    constexpr uid_t kSameOwner = static_cast<uid_t>(-1);
+    if (fchown(file_.Number(), kSameOwner, old.st_gid) != 0)
+        FailOf(path_, "its group cannot be kept");
 }
 
 void Temporary::Write(std::string_view content) {
@@ -115,7 +126,7 @@ void Temporary::Write(std::string_view content) {
         ssize_t const count = Uninterrupted(
             [&] { return QuietWrite(file_.Number(), content.data(), content.size()); });
         if (count <= 0) {
-            // Nothing written and no error would otherwise be tried for ever.
+            // A write of nothing without an error would otherwise be repeated for ever.
             FailOf(path_, "its temporary file cannot be written", count < 0 ? errno : EIO);
         }
         content.remove_prefix(static_cast<std::size_t>(count));
@@ -124,13 +135,13 @@ void Temporary::Write(std::string_view content) {
 
 void Temporary::Sync() {
     // Only an interrupted call is repeated. After any other failure the kernel may have dropped the
-    // data that it could not write, and a second call would report success for it.
+    // data that it could not write, and a second call would succeed nevertheless.
     if (Uninterrupted([&] { return fsync(file_.Number()); }) != 0)
         FailOf(path_, "its temporary file cannot be made durable");
 }
 
 void Temporary::Close() {
-    // An interrupted close has closed the file, and what it held is durable already.
+    // An interrupted close has closed the file, and the data is durable already.
     if (file_.Close() != 0 && errno != EINTR)
         FailOf(path_, "its temporary file cannot be closed");
 }
@@ -141,13 +152,13 @@ void Temporary::Rename(std::string const& name) {
         return;
     }
     if (errno == EBUSY)
-        FailOf(path_, "is a mount point of its own and cannot be replaced; mount its directory");
+        FailOf(path_, "is a mount point and cannot be replaced; mount its directory instead");
     FailOf(path_, "cannot be replaced by its temporary file");
 }
 
 FileStamp Temporary::Stamp() const {
-    struct stat status {}; // All zeros is no file's: who fails here saves no second time.
-    fstat(open_.Number(), &status);
+    struct stat status {}; // No file has all zeros: if this fails, the next save is refused.
+    fstat(lock_.Number(), &status);
     return FileStamp::Of(status);
 }
 

@@ -1,5 +1,5 @@
 /// @file
-/// The file that is written beside another one, to take over its name.
+/// A temporary file that is written beside another one and then takes its name.
 
 #ifndef PLATFORM_HOST_TEMPORARY_H
 #define PLATFORM_HOST_TEMPORARY_H
@@ -14,42 +14,45 @@
 
 namespace HostPlatform {
 
-/// A new file in a directory, removed again unless it took over the other one's name. Its name is
-/// that of the other file with ".PROCESS.NUMBER.tmp" behind it. While the object lives it holds a
-/// lock (flock) on its file, so that others can tell it from one that a dead process has left:
-/// process numbers are used again, and in containers many processes have the same. Throws
-/// std::system_error.
+/// A new file in a directory, removed by the destructor unless it was renamed. Its name is that of
+/// the file to be replaced with ".PROCESS.NUMBER.tmp" appended. The object holds a lock (flock) on
+/// its file, which tells it from the leftover of a dead process: process numbers are reused, and in
+/// containers many processes have the same. The operations throw std::system_error.
 class Temporary {
   public:
-    /// path is the file that this one is made for, name what it is called in directory.
+    /// path is the file to be replaced, for messages; name is its name in directory. Both have to
+    /// outlive the object.
     Temporary(Descriptor const& directory, std::string const& name, mode_t mode,
               std::string const& path);
     ~Temporary();
     Temporary(Temporary const&) = delete;
     Temporary& operator=(Temporary const&) = delete;
 
+    /// Gives the file the mode, group and owner of old. A process that may not change owners stays
+    /// the owner itself.
     void TakeOwnerAndMode(struct stat const& old);
     void Write(std::string_view content);
     void Sync();
     void Close();
     void Rename(std::string const& name);
 
-    /// What the file is as it stands; after the rename too, which counts as a change.
+    /// The file's stamp now. (Renaming changes it.)
     FileStamp Stamp() const;
 
   private:
     int Create(std::string const& name, mode_t mode);
+    void TakeGroup(struct stat const& old);
 
     std::string const& path_;
     Descriptor const& directory_;
     std::string name_;
     Descriptor file_;
-    Descriptor open_; // The same open file, which keeps the lock when file_ is closed.
+    Descriptor lock_; // A duplicate of file_ that keeps the lock after file_ is closed.
     bool isRenamed_ = false;
 };
 
-/// Removes what processes that have died left in directory for the file name, and nothing else.
-/// What cannot be looked at or removed stays.
+/// Removes the temporary files for the file name that dead processes left in directory, and nothing
+/// else. What cannot be opened or removed stays.
 void RemoveLeftovers(Descriptor const& directory, std::string const& name) noexcept;
 
 } // namespace HostPlatform

@@ -1,5 +1,5 @@
 /// @file
-/// The mutex of a plain host.
+/// The mutex of a plain host, on std::mutex.
 
 #include "ThreadMutex.h"
 

@@ -1,4 +1,4 @@
-// Makes, opens and holds the lock file.
+// Creates, opens and holds the lock file.
 
 #include "database/RuleFileLock.h"
 
@@ -9,18 +9,26 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace CallRecordingUtils {
 namespace {
 
-/// What decides who may edit: the rule file, or its directory as long as there is none.
-bool LookUp(std::string const& ruleFile, struct stat& status) {
-    if (stat(ruleFile.c_str(), &status) == 0)
-        return true;
-    std::string const directory = ruleFile.substr(0, ruleFile.rfind('/') + 1) + ".";
-    return stat(directory.c_str(), &status) == 0;
+/// A new lock file has this bit, which means nothing on files, until it has its owner and mode. If
+/// the process is killed before that, the next one finishes the file instead of refusing it.
+constexpr mode_t kUnfinished = S_ISVTX;
+
+constexpr std::chrono::milliseconds kPause(5);
+
+bool IsUnfinished(struct stat const& lock) {
+    return (lock.st_mode & kUnfinished) != 0 && lock.st_size == 0;
+}
+
+/// The mode of a lock file that only those may open who may write the rule file. Opening takes read
+/// and write permission.
+mode_t LockMode(struct stat const& rules) {
+    mode_t const mayWrite = rules.st_mode & 0222;
+    return mayWrite | (mayWrite << 1);
 }
 
 bool IsSameFile(struct stat const& a, struct stat const& b) {
@@ -36,25 +44,36 @@ RuleFileLock::RuleFileLock(std::string const& ruleFile, std::chrono::millisecond
     auto const end = std::chrono::steady_clock::now() + patience;
     do {
         Close();
-        Open(ruleFile);
+        Open();
+        Prepare(ruleFile);
         Wait(end);
-    } while (!IsStillThere()); // Others lock the file that has the name now.
+    } while (!IsStillThere()); // Others would lock the file that has the name now.
 }
 
 RuleFileLock::~RuleFileLock() {
-    // To close the file is not enough: a process forked meanwhile has it open as well. And such a
-    // process must not give back what its parent holds.
+    // Closing is not enough: a process forked meanwhile has the file open as well. Nor may such a
+    // process release the lock of its parent.
     if (file_ >= 0 && process_ == getpid())
         flock(file_, LOCK_UN);
     Close();
 }
 
-void RuleFileLock::Open(std::string const& ruleFile) {
-    file_ = open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY,
-                 0600);
-    if (file_ < 0)
-        Fail("cannot be opened");
-    TakeOwnerAndMode(ruleFile);
+void RuleFileLock::Open() {
+    constexpr int kFlags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+    constexpr int kMostTries = 20;
+    for (int tries = 1; file_ < 0; ++tries) {
+        file_ = open(path_.c_str(), kFlags, kUnfinished | 0600);
+        if (file_ >= 0)
+            return;
+        struct stat named {};
+        bool const isThere = lstat(path_.c_str(), &named) == 0;
+        if (isThere && S_ISLNK(named.st_mode))
+            Refuse("is a symbolic link");
+        // Another user may be about to finish it.
+        if (errno != EACCES || !isThere || !IsUnfinished(named) || tries == kMostTries)
+            Fail("cannot be opened");
+        std::this_thread::sleep_for(kPause);
+    }
 }
 
 void RuleFileLock::Close() {
@@ -62,23 +81,44 @@ void RuleFileLock::Close() {
         close(std::exchange(file_, -1));
 }
 
-/// Does what this process may do; another one that edits may be able to do more.
-void RuleFileLock::TakeOwnerAndMode(std::string const& ruleFile) const {
-    struct stat editors {};
+/// Refuses the open file, or lets those open it who may write the rule file.
+void RuleFileLock::Prepare(std::string const& ruleFile) const {
+    std::string const directory = ruleFile.substr(0, ruleFile.rfind('/') + 1) + ".";
     struct stat own {};
-    if (!LookUp(ruleFile, editors) || fstat(file_, &own) != 0)
+    struct stat rules {};
+    bool const hasRules = stat(ruleFile.c_str(), &rules) == 0;
+    if (fstat(file_, &own) != 0 || (!hasRules && stat(directory.c_str(), &rules) != 0))
+        Fail("cannot be looked up");
+    if (!S_ISREG(own.st_mode))
+        Refuse("is not a regular file");
+    if (own.st_nlink > 1)
+        Refuse("has more than one name");
+    bool const isNew = IsUnfinished(own);
+    bool const belongs = own.st_uid == rules.st_uid || own.st_gid == rules.st_gid;
+    if (!belongs && !isNew && !hasRules)
         return;
-    if ((own.st_uid != editors.st_uid || own.st_gid != editors.st_gid) &&
-        fchown(file_, editors.st_uid, editors.st_gid) != 0)
-        return; // The mode is for an owner and a group that the file does not have.
-    mode_t const mayWrite = editors.st_mode & 0222;
-    mode_t const mode = mayWrite | (mayWrite << 1); // And read: that is what opening takes.
-    if ((own.st_mode & 07777) != mode && fchmod(file_, mode) != 0)
-        return;
+    bool const hasGroup = (belongs || isNew) && TakeOwner(own, rules);
+    if (!belongs && !hasGroup && hasRules) {
+        if (isNew)
+            unlink(path_.c_str()); // Nobody else could open it.
+        Refuse("belongs to neither the owner nor the group of the rule file");
+    }
+    mode_t const mode = LockMode(rules) & (hasGroup ? 0777 : 0700);
+    if ((own.st_mode & 07777) != mode)
+        fchmod(file_, mode); // Fails if somebody else owns the file, who has set its mode then.
+}
+
+/// Returns whether the file then has the group of the rule file. A process that may not change
+/// owners changes the group alone.
+bool RuleFileLock::TakeOwner(struct stat const& own, struct stat const& rules) const {
+    constexpr uid_t kSameOwner = static_cast<uid_t>(-1);
+    bool const hasGroup = own.st_gid == rules.st_gid;
+    return (own.st_uid == rules.st_uid && hasGroup) ||
+           fchown(file_, rules.st_uid, rules.st_gid) == 0 || hasGroup ||
+           fchown(file_, kSameOwner, rules.st_gid) == 0;
 }
 
 void RuleFileLock::Wait(std::chrono::steady_clock::time_point end) const {
-    constexpr std::chrono::milliseconds kPause(5);
     while (flock(file_, LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR)
             Fail("cannot be locked");
@@ -91,11 +131,15 @@ void RuleFileLock::Wait(std::chrono::steady_clock::time_point end) const {
 bool RuleFileLock::IsStillThere() const {
     struct stat own {};
     struct stat named {};
-    return fstat(file_, &own) == 0 && stat(path_.c_str(), &named) == 0 && IsSameFile(own, named);
+    return fstat(file_, &own) == 0 && lstat(path_.c_str(), &named) == 0 && IsSameFile(own, named);
 }
 
 void RuleFileLock::Fail(char const* what) const {
     throw std::system_error(errno, std::generic_category(), path_ + ": " + what);
+}
+
+void RuleFileLock::Refuse(char const* what) const {
+    throw std::runtime_error(path_ + ": " + what);
 }
 
 } // namespace CallRecordingUtils

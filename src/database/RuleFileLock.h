@@ -7,26 +7,37 @@
 #include <stdexcept>
 #include <string>
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 namespace CallRecordingUtils {
 
-/// Thrown when somebody else has the lock for longer than one would wait.
+/// Thrown when somebody else holds the lock for longer than the caller would wait.
 class RuleFileLockTimeout : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// An exclusive flock on the file ".lock" beside a rule file, from construction to destruction. The
-/// file is empty and stays. It gets the rule file's owner, and may be opened by those only who may
-/// write the rule file: who can open a file can lock it, and somebody who may read the rules must
-/// not be able to stop every edit of them. Each object is a lock of its own, in one process as
-/// well.
+/// An exclusive flock on an empty file beside the rule file, named after it with ".lock" appended,
+/// held from construction to destruction. The file is created if it is missing, and stays. Each
+/// object is a lock of its own, within a process too.
+///
+/// Whoever can open a file can lock it, so only those may open this one who may write the rule
+/// file: somebody who may merely read the rules must not be able to stop every edit. The lock's
+/// file therefore gets the owner, the group and the mode of the rule file, as far as the process
+/// may do that. As long as there is no rule file, its directory stands in for it.
+///
+/// Not a service of the platform: the lock is an agreement between programs, so it is made of the
+/// same POSIX calls whichever platform the library is built for.
 class RuleFileLock {
   public:
-    /// ruleFile is the path of the rule file, whether it exists or not. Throws RuleFileLockTimeout
-    /// when the lock is not free within patience, and std::system_error when its file cannot be
-    /// made or opened; the texts say path and reason.
+    /// ruleFile is the path of the rule file, which need not exist. Throws RuleFileLockTimeout if
+    /// the lock is not free within patience, and an exception derived from std::runtime_error if
+    /// its file cannot be created or opened, or is refused. The text gives path and reason.
+    ///
+    /// A file is refused, and not changed, if it is a symbolic link or not a regular file, has more
+    /// than one name, or belongs to neither the owner nor the group of the rule file. It is not
+    /// ours then, and giving it the rule file's owner and mode might give away somebody's file.
     RuleFileLock(std::string const& ruleFile, std::chrono::milliseconds patience);
     ~RuleFileLock();
     RuleFileLock(RuleFileLock const&) = delete;
@@ -35,12 +46,14 @@ class RuleFileLock {
   private:
     explicit RuleFileLock(std::string path);
 
-    void Open(std::string const& ruleFile);
+    void Open();
     void Close();
-    void TakeOwnerAndMode(std::string const& ruleFile) const;
+    void Prepare(std::string const& ruleFile) const;
+    bool TakeOwner(struct stat const& own, struct stat const& rules) const;
     void Wait(std::chrono::steady_clock::time_point end) const;
     bool IsStillThere() const;
     [[noreturn]] void Fail(char const* what) const;
+    [[noreturn]] void Refuse(char const* what) const;
 
     std::string path_;
     int file_ = -1;

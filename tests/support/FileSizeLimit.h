@@ -1,6 +1,6 @@
 /// @file
-/// A limit on the size of the files that the process writes, for a scope. At its end no signal may
-/// be waiting or held off.
+/// Limits the size of the files that the process writes, for a scope. At its end, checks that no
+/// signal is pending or blocked.
 
 #ifndef TESTS_SUPPORT_FILESIZELIMIT_H
 #define TESTS_SUPPORT_FILESIZELIMIT_H

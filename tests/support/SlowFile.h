@@ -1,5 +1,6 @@
 /// @file
-/// The sectioned file as lines that are looked through anew for each edit, to compare with.
+/// The sectioned file as a list of lines that every operation searches from the front: a plain
+/// implementation to compare with.
 
 #ifndef TESTS_SUPPORT_SLOWFILE_H
 #define TESTS_SUPPORT_SLOWFILE_H
@@ -20,30 +21,43 @@ class SlowFile {
                        : "\n";
     }
 
-    /// The commands are ">", "<" and "." for the cursor, "+" and "-" for sections; others set the
-    /// entry of that name.
-    void Do(char command, std::string const& value) {
-        switch (command) {
-        case '>': isOn_ = next_ < Lines("{").size(), next_ += isOn_ ? 1 : 0; break;
-        case '<': next_ -= isOn_ ? 1 : 0, isOn_ = next_ > 0; break;
-        case '.': next_ = 0, isOn_ = false; break;
-        case '+': Add(); break;
-        case '-':
-            if (isOn_)
-                lines_.erase(lines_.begin() + Open(), lines_.begin() + Close() + 1), --next_;
-            isOn_ = false;
-            break;
-        default:
-            if (isOn_)
-                Set(command, value);
-        }
+    bool IsOnSection() const { return isOn_; }
+    void Restart() { next_ = 0, isOn_ = false; }
+    bool Next() {
+        isOn_ = next_ < Lines("{").size();
+        next_ += isOn_ ? 1 : 0;
+        return isOn_;
+    }
+    bool Previous() {
+        next_ -= isOn_ ? 1 : 0;
+        return isOn_ = next_ > 0;
+    }
+    void Add() {
+        if (!lines_.empty() && lines_.back().back() != '\n')
+            lines_.back() =
+                lines_.back().erase(lines_.back().size() - EndOf(lines_.back()).size()) + newLine_;
+        lines_.push_back("{" + newLine_);
+        lines_.push_back("}" + newLine_);
+        next_ = Lines("{").size();
+        isOn_ = true;
     }
 
-    bool IsOnSection() const { return isOn_; }
+    // What follows needs a current section.
 
-    std::string Value(char key) const {
-        std::ptrdiff_t const at = isOn_ ? Find(key) : 0;
-        return !isOn_ || at == Close() ? "" : Shown(lines_[at]).substr(2);
+    void Delete() {
+        lines_.erase(lines_.begin() + Open(), lines_.begin() + Close() + 1), --next_;
+        isOn_ = false;
+    }
+    bool Has(std::string const& key) const { return Find(key) != Close(); }
+    std::string Value(std::string const& key) const {
+        return Has(key) ? Shown(lines_[Find(key)]).substr(key.size() + 1) : "";
+    }
+    void Set(std::string const& key, std::string const& value) {
+        std::ptrdiff_t const at = Find(key);
+        if (at == Close())
+            lines_.insert(lines_.begin() + at, key + "=" + value + EndOf(lines_[Open()]));
+        else
+            lines_[at] = lines_[at].substr(0, lines_[at].find('=') + 1) + value + EndOf(lines_[at]);
     }
 
     std::string Text() const {
@@ -74,29 +88,11 @@ class SlowFile {
     std::ptrdiff_t Open() const { return Lines("{")[next_ - 1]; }
     std::ptrdiff_t Close() const { return Lines("}")[next_ - 1]; }
     /// The line of the entry, or the one that closes the section.
-    std::ptrdiff_t Find(char key) const {
+    std::ptrdiff_t Find(std::string const& key) const {
         std::ptrdiff_t at = Open() + 1;
-        while (at < Close() && Shown(lines_[at]).substr(0, 2) != std::string{key, '='})
+        while (at < Close() && Shown(lines_[at]).substr(0, key.size() + 1) != key + "=")
             ++at;
         return at;
-    }
-    void Set(char key, std::string const& value) {
-        std::ptrdiff_t const at = Find(key);
-        if (at == Close())
-            lines_.insert(lines_.begin() + at,
-                          std::string{key, '='} + value + EndOf(lines_[Open()]));
-        else
-            lines_[at] = lines_[at].substr(0, lines_[at].find('=') + 1) + value + EndOf(lines_[at]);
-    }
-    void Add() {
-        if (!lines_.empty() && lines_.back().back() != '\n')
-            lines_.back() =
-                lines_.back().substr(0, lines_.back().size() - EndOf(lines_.back()).size()) +
-                newLine_;
-        lines_.push_back("{" + newLine_);
-        lines_.push_back("}" + newLine_);
-        next_ = Lines("{").size();
-        isOn_ = true;
     }
 
     std::vector<std::string> lines_;

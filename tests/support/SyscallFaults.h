@@ -1,9 +1,9 @@
 /// @file
-/// Makes a chosen system call, or request for memory, go wrong, to see what is left of a file then.
+/// Makes a chosen system call or allocation fail, to see what becomes of a file.
 ///
-/// For one source of an executable: what stands below takes the place of the C library's functions
-/// for everything in the process, shared libraries included; the executable exports its symbols for
-/// that. Calls that the C library makes itself are not seen.
+/// To be included in one source of an executable: it replaces the C library's functions for the
+/// whole process. The executable exports its symbols, so that shared libraries call these functions
+/// too. Calls inside the C library are not seen.
 
 #ifndef TESTS_SUPPORT_SYSCALLFAULTS_H
 #define TESTS_SUPPORT_SYSCALLFAULTS_H
@@ -22,25 +22,25 @@
 #include <unistd.h>
 
 enum class Fault {
-    FAIL,    ///< Nothing is done, and the error is reported; but close does close.
-    NOTHING, ///< Nothing is done, and 0 is returned.
-    ACT,     ///< The action is run first, and the call is made.
-    CUT,     ///< A write takes the first half of what it is given.
-    KILL     ///< The process is killed before the call, a write after half of it.
+    FAIL,    ///< The call does nothing and returns the error; only close does close.
+    NOTHING, ///< The call does nothing and returns 0.
+    ACT,     ///< The action runs before the call, which is made as usual.
+    CUT,     ///< A write writes the first half only.
+    KILL     ///< The process is killed before the call; in a write, after the first half.
 };
 
-/// Counts the calls that are made while the object lives, and lets one of them go wrong. One object
-/// at a time, in a process that does nothing else meanwhile.
+/// Counts the calls during the lifetime of the object, and makes one of them fail. There may be one
+/// object at a time, and one thread.
 struct SyscallFault {
-    /// The occurrence is 1 for the first call of that name, open standing for openat as well, and
-    /// so on; "" is any system call, "new" a request for memory. With 0 nothing goes wrong.
+    /// name is that of a system call ("open" for openat too), "" for any of them, or "new" for an
+    /// allocation; occurrence counts the calls of that name from 1. With 0, none fails.
     SyscallFault(std::string name, int occurrence, Fault whatHappens, int error = EIO)
         : call(std::move(name)), callsToGo(occurrence), fault(whatHappens), errorNumber(error) {
         armed = this;
     }
     ~SyscallFault() { armed = nullptr; }
 
-    /// Notes a call, and returns what is to become of it.
+    /// Counts a call, and returns the fault if it is the one.
     static std::optional<Fault> Of(std::string_view name) {
         if (armed == nullptr || armed->wasHit || (name == "new") != (armed->call == "new"))
             return std::nullopt;
@@ -54,7 +54,7 @@ struct SyscallFault {
         action();
         return std::nullopt;
     }
-    /// Lets the call go wrong, and returns its result.
+    /// Returns the result of a failing call.
     static long Fail(Fault fault) {
         if (fault == Fault::KILL)
             kill(getpid(), SIGKILL);
@@ -84,8 +84,8 @@ struct SyscallFault {
     int callsToGo;
     Fault const fault;
     int const errorNumber;
-    bool wasHit = false; // Whether the call in question has been made.
-    std::string calls;   // Their names, each with a blank behind it, up to the one that went wrong.
+    bool wasHit = false; // Whether the call has been made.
+    std::string calls;   // The names of the calls up to that one, each with a blank after it.
 };
 
 void* operator new(std::size_t size) {
@@ -99,9 +99,9 @@ void* operator new(std::size_t size) {
     std::free(memory);
 }
 
-// The symbols are given by name, so that it does not matter what the C library's headers make of
-// the functions: aliases for large files, checked variants, attributes. The mode of a file is read
-// even where the caller has given none: the kernel ignores it then.
+// The symbols are given by name, so that what the C library's headers do to the functions does not
+// matter: aliases for large files, checked variants, attributes. The mode is read even if the
+// caller passed none; the kernel ignores it then.
 #define REPLACE(symbol, name, parameters, result)                                                  \
     extern "C" long name parameters __asm__(symbol) __attribute__((visibility("default"), used));  \
     long name parameters {                                                                         \

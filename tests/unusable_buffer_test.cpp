@@ -1,4 +1,5 @@
-// Nothing is known of a section where the buffer for its values cannot be used.
+// What the library does if the buffer that values are read into cannot be used:
+// tests/second_platform can say so.
 
 #include <gtest/gtest.h>
 
