@@ -5,8 +5,7 @@
 set -euo pipefail
 
 source=$(cd "$(dirname "$0")/.." && pwd)
-"$source/scripts/install-packages.sh" g++ make cmake libgtest-dev libcli11-dev libfmt-dev \
-    nlohmann-json3-dev libcsv-dev libunistring-dev libmd-dev libsqlite3-dev zlib1g-dev python3
+"$source/scripts/install-packages.sh" --build-depends
 build=$1
 shift
 log=$(mktemp)
