@@ -58,8 +58,7 @@ std::string Title(CLI::Option const& option) {
         title += fmt::format("**--{}**, ", name);
     title.erase(title.size() - 2);
     std::string const value = option.get_type_name();
-    return option.get_expected_min() == 0 ? title
-                                          : fmt::format("{} *{}*", title, Escaped(value));
+    return option.get_expected_min() == 0 ? title : fmt::format("{} *{}*", title, Escaped(value));
 }
 
 /// The option as an entry of a definition list.
@@ -168,8 +167,8 @@ class Manual {
                     continue;
                 printed.push_back(takers);
                 fmt::print("{} take:\n\n", takers.size() == commands_.size()
-                                                 ? "All commands"
-                                                 : "The commands " + Names(takers) + " also");
+                                               ? "All commands"
+                                               : "The commands " + Names(takers) + " also");
                 for (CLI::Option const* other : OptionsOf(*first))
                     if (IsShared(*other) && takers_[Entry(*other)] == takers)
                         fmt::print("{}", Entry(*other));
