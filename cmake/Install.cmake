@@ -13,7 +13,7 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/callrecordingutils/" DESTINATIO
   FILES_MATCHING PATTERN "*.h")
 install(FILES "${PROJECT_BINARY_DIR}/include/callrecordingutils/StringLayout.h"
   DESTINATION "${headers_dir}")
-# The chosen platform's headers that the public ones include, as the library was compiled with them.
+# The headers of the platform that the library was compiled with, because the public ones include them.
 install(CODE "
   set(DIRECTORIES \"${platform_dirs}\")
   set(HEADERS \"${platform_headers};PlatformExport.h\")
@@ -38,7 +38,7 @@ install(FILES
   "${CMAKE_CURRENT_BINARY_DIR}/callrecordingutilsConfigVersion.cmake"
   DESTINATION "${package_dir}")
 
-# The prefix is known when it is installed: `cmake --install DIR --prefix PREFIX` may choose another one.
+# The prefix is known only when it is installed: `cmake --install DIR --prefix PREFIX` may choose another one.
 set(install_prefix "@CMAKE_INSTALL_PREFIX@")
 configure_file("${CMAKE_CURRENT_LIST_DIR}/callrecordingutils.pc.in" callrecordingutils.pc.in @ONLY)
 install(CODE "

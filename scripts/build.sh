@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what a build needs, configures DIR with the given CMake options, and builds it: everything, or
-# just the target named in BUILD_TARGET. Prints warnings, and everything when it fails.
+# Installs what a build needs, configures DIR with the given CMake options, and builds everything, or only the target
+# named in BUILD_TARGET. Prints warnings and, if it fails, all output.
 # Usage: build.sh DIR [CMAKE-OPTION...]
 set -euo pipefail
 
