@@ -1,11 +1,11 @@
-# Looks for HEADERS in the directories that the file DIRECTORIES lists. Writes into the folder FORWARD a
-# header for each that includes it or, where that is not given, installs them into DESTINATION.
+# Looks for HEADERS in the directories that the file DIRECTORIES lists. For each of them, writes a header that includes
+# it into the folder FORWARD; without FORWARD, installs them into DESTINATION.
 file(READ "${DIRECTORIES}" directories)
 foreach(header IN LISTS HEADERS)
   unset(found CACHE)
   find_file(found ${header} PATHS ${directories} NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
   if(NOT found AND header STREQUAL PlatformExport.h)
-    continue() # The mark of an exported class, which a device's headers may do without.
+    continue() # It only marks exported classes. A device's headers need not have it.
   elseif(NOT found)
     message(FATAL_ERROR "The platform's include directories (${directories}) have no ${header}")
   elseif(FORWARD)

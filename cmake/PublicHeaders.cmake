@@ -1,6 +1,6 @@
-# What the public headers consist of besides include/: which std::string they go with, and the chosen
-# platform's headers under a name of ours, callrecordingutils/platform/, so that no file that lies
-# earlier on a client's include path is taken for them. Defines the target callrecordingutils_headers.
+# Generates the public headers that are not in include/: the one that checks which std::string a program uses, and one
+# for each header of the chosen platform, in callrecordingutils/platform/, so that a header of the same name earlier on
+# a program's include path is not taken for it. Defines the target callrecordingutils_headers.
 include(CheckCXXSourceCompiles)
 
 set(generated_headers "${PROJECT_BINARY_DIR}/include/callrecordingutils")
@@ -22,8 +22,8 @@ else()
 endif()
 configure_file("${CMAKE_CURRENT_LIST_DIR}/StringLayout.h.in" "${generated_headers}/StringLayout.h" @ONLY)
 
-# The platform's include directories may come from targets that it links, or be generator expressions;
-# so they are known only when the build files are written, and the headers are looked for by the build.
+# The platform's include directories may come from targets that it links, or be generator expressions. They are known
+# only when the build files are written, so the build itself looks for the headers.
 set(platform_headers CallParams.h LogStream.h MultiSectionFile.h ThreadMutex.h)
 set(platform_dirs "${PROJECT_BINARY_DIR}/platform-directories.txt")
 file(GENERATE OUTPUT "${platform_dirs}"

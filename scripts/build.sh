@@ -1,12 +1,11 @@
 #!/usr/bin/env bash
-# Installs what a build needs, configures DIR with the given CMake options, and builds it: everything, or
-# just the target named in BUILD_TARGET. Prints warnings, and everything when it fails.
+# Installs what a build needs, configures DIR with the given CMake options, and builds everything, or only the target
+# named in BUILD_TARGET. Prints warnings and, if it fails, all output.
 # Usage: build.sh DIR [CMAKE-OPTION...]
 set -euo pipefail
 
 source=$(cd "$(dirname "$0")/.." && pwd)
-"$source/scripts/install-packages.sh" g++ make cmake libgtest-dev libcli11-dev libfmt-dev \
-    nlohmann-json3-dev libcsv-dev libunistring-dev libmd-dev libsqlite3-dev zlib1g-dev python3
+"$source/scripts/install-packages.sh" --build-depends
 build=$1
 shift
 log=$(mktemp)

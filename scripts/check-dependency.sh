@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds the library in WORK-DIR as other projects take it in: as a subproject on a platform of an SDK's,
-# and installed as a static library under a prefix of its own. Both times a program links it and runs.
+# Builds the library in WORK-DIR as other projects use it: as a subproject, on a platform from an SDK, and as an
+# installed static library. Each time, a program links it and runs.
 # Usage: check-dependency.sh WORK-DIR [CMAKE-OPTION...]
 set -euo pipefail
 
@@ -13,7 +13,7 @@ sample=$source/examples/sample
 decides() { "$@" "$sample" 500 0049123 | grep -F 'under rule 4'; }
 configure() { cmake "$@" -DCMAKE_BUILD_TYPE=Debug; }
 
-# Installed is PREFIX and nothing but the library, its headers and what finds them.
+# PREFIX contains the library, its headers and the files that find them, and nothing else.
 only_the_library() {
     local files
     files=$(cd "$1" && find . -type f -o -type l | grep -vE '^\./(include|share/doc)/')

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Has the client in BUILD-DIR write the page of a replay, and Chromium load it as a telephone, a wide
-# screen and paper would show it: nothing in the console, a picture that is not blank, a page as wide
-# as the screen, and the numbers of the JSON in what the browser made of it.
+# Has the client in BUILD-DIR write the page of a replay, and Chromium show it on a telephone, a wide screen and paper:
+# nothing may appear in the console, the picture may not be blank, the page may not be wider than the screen, and the
+# page must show the same numbers as the JSON.
 # Usage: check-page.sh BUILD-DIR
 set -euo pipefail
 
@@ -17,7 +17,7 @@ fail() {
     exit 1
 }
 
-# browse PAGE OPTION...: what Chromium prints, and in the file console what it complains about.
+# browse PAGE OPTION...: prints what Chromium prints; fails if it complains.
 browse() {
     rm -rf profile
     timeout 120 chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run \
@@ -42,12 +42,12 @@ for width in 400 1400; do
     blank=$(stat -c %s blank.png) picture=$(stat -c %s page.png)
     [ "$picture" -gt $((blank * 5)) ] ||
         fail "at $width pixels the picture has $picture bytes, a blank one $blank"
-    # The one script here is this check's own, in a copy: it tells what stands out on the right.
+    # The page has no script. A copy of it gets one, which counts what extends beyond the right edge.
     sed "s|</body>|<script>document.title = [...document.querySelectorAll('*')].filter(e => \
-e.getBoundingClientRect().right > innerWidth + 1).length + ' stand out';</script>&|" \
+e.getBoundingClientRect().right > innerWidth + 1).length + ' too wide';</script>&|" \
         page.html >measured.html
     browse measured.html --window-size=$width,1200 --dump-dom >dom.html
-    grep -qF '<title>0 stand out</title>' dom.html || fail "wider than $width pixels"
+    grep -qF '<title>0 too wide</title>' dom.html || fail "wider than $width pixels"
     echo "ok      a picture of $picture bytes at $width pixels"
 done
 

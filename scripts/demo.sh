@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and shows the main job on a real rule file: the rules, and what
-# they decide for a handful of calls.
+# Installs what is missing, builds, and shows what the library is for with the sample rule file: the rules, and what they
+# decide for a few calls.
 # Usage: demo.sh [BUILD-DIR]
 set -euo pipefail
 

@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
-# Builds the documentation site of the public headers and of docs/ in build-docs/html, and looks at the pages
-# for what a reader would stumble over. Every warning is a failure.
+# Makes pages of the public headers and of docs/ in build-docs/html, and checks them for what a reader would stumble
+# over. Every warning is a failure.
 set -euo pipefail
 
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh doxygen
 rm -rf build-docs
-# The headers stand as they are installed, so that the pages say how to include them.
+# The headers are placed as they are installed, so that the pages show how to include them.
 mkdir build-docs
 cp -r include build-docs
 mkdir build-docs/include/callrecordingutils/platform
@@ -14,10 +14,10 @@ cp platform/{CallParams,MultiSectionFile,ThreadMutex}.h build-docs/include/callr
 doxygen docs/Doxyfile
 cd build-docs/html
 
-# shows PAGE TEXT: the page has this text, as it stands in the HTML.
+# shows PAGE TEXT: the HTML of the page contains this text.
 shows() { grep -qF -- "$2" "$1" || { echo "$1 does not show: $2" >&2 && exit 1; }; }
 
-# Tables in comments keep their lines, and the characters of patterns stand for themselves.
+# Tables in comments keep their lines, and characters of patterns are shown as they are.
 shows PatternValidation_8h.html '<pre class="fragment">     pattern      any number of: symbol,'
 shows PatternValidation_8h.html '     \*72                  an escaped "*"; stored as #72'
 shows PatternValidation_8h.html 'they are: \*72 matches the address #72'
@@ -29,11 +29,11 @@ shows classThreadMutex.html '>callrecordingutils/platform/ThreadMutex.h</a>'
 shows md_docs_pattern_language.html '<code>\*72</code>'
 shows md_docs_pattern_language.html '<code>201@pbx:5060</code>'
 shows md_docs_rule_file.html '<td'
-# No entity, escape or mark that was meant for the tool, no table inside of a list, and no path of this
-# checkout in the name of a page.
+# No page shows an entity, an escape or a mark of the tool's own language, or has a table inside a list; and no page is
+# named after the path of this checkout.
 if grep -lE '&amp;(#[0-9]+|[a-z]+);|\\@|/// |`|\\ilinebr|<li>.*<pre' -- *.html | grep -v _source ||
     find . -name 'md_*' ! -name 'md_docs_*' | grep .; then
-    echo "These pages show what is meant for the tool only, or are named after the checkout" >&2
+    echo "These pages show marks of the tool's own language, or are named after the path of the checkout" >&2
     exit 1
 fi
 echo "build-docs/html/index.html"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Fuzzes patterns, their analysis and the sectioned file with clang's libFuzzer, each for
-# the given time, from the checked-in corpus. New inputs of interest go to build-fuzz/corpus and are
-# used by the next run as well. Stops at the first finding and names the file that reproduces it.
+# Fuzzes patterns, their analysis and the sectioned file with clang's libFuzzer, each for the given time, starting with
+# the inputs in fuzz/corpus. Interesting new inputs go to build-fuzz/corpus, and the next run uses them, too. Stops at
+# the first finding, and names the file that reproduces it.
 # Usage: fuzz.sh [SECONDS-PER-TARGET]   (60)
 set -euo pipefail
 
@@ -9,7 +9,7 @@ source=$(cd "$(dirname "$0")/.." && pwd)
 duration=${1:-60}
 [[ $duration =~ ^[1-9][0-9]*$ ]] || { echo "usage: fuzz.sh [SECONDS-PER-TARGET]" >&2 && exit 2; }
 
-"$source/scripts/install-packages.sh" clang libclang-rt-14-dev make cmake
+"$source/scripts/install-packages.sh" clang libclang-rt-dev make cmake
 build=$source/build-fuzz
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -20,12 +20,14 @@ if ! { cmake -S "$source/fuzz" -B "$build" -DCMAKE_CXX_COMPILER=clang++ &&
 fi
 mkdir -p "$build/findings"
 
-# The targets that write files do so in memory where possible: every save waits for the disk.
+# Files are written in memory if possible: every save waits for the disk.
 [ ! -w /dev/shm ] || files=$(mktemp -d -p /dev/shm)
 trap 'rm -rf "$scratch" "${files:-}"' EXIT
 export TMPDIR=${files:-$scratch}
 
-for target in analysis pattern section_file; do
+for program in "$source"/fuzz/fuzz_*.cpp; do
+    target=$(basename "$program" .cpp)
+    target=${target#fuzz_}
     mkdir -p "$build/corpus/$target"
     if "$build/fuzz_$target" -max_total_time="$duration" -max_len=256 -timeout=10 -rss_limit_mb=1024 \
         -artifact_prefix="$build/findings/$target-" \

@@ -1,38 +1,64 @@
 #!/usr/bin/env bash
-# What takes too long for every push: the tests under emulation of all processors, under valgrind, all of
-# clang-tidy, and fuzzing. Goes on after a failure, prints one line a check, and fails if one did. Some two
-# hours on an idle machine.
-# Usage: long-checks.sh [SECONDS-OF-FUZZING]   (3600, shared by all targets)
+# The checks that take too long for every change. Runs those that are named, or all of them (some three hours on an idle
+# machine); goes on after a failure, prints one line for each, and fails if one failed.
+# Usage: long-checks.sh [--list | NAME...]
 set -uo pipefail
 
 cd "$(dirname "$0")/.." || exit
 work=$PWD/build-long
 mkdir -p "$work"
-failed=0
-check() { # check NAME COMMAND...
-    local started=$SECONDS verdict=ok
-    "${@:2}" >"$work/$1.log" 2>&1 || { verdict=FAILED && failed=1; }
-    echo "$verdict: $1 ($((SECONDS - started)) s, $work/$1.log)"
-}
 
-under_valgrind() {
+# A check is the name of an architecture, or of a function here.
+architectures=()
+for toolchain in cmake/toolchains/*.cmake; do
+    name=$(basename "$toolchain" .cmake)
+    [ "$name" = debian ] || architectures+=("$name")
+done
+names=("${architectures[@]}" valgrind tidy clang trixie fuzzing)
+
+valgrind() {
     scripts/install-packages.sh valgrind
     BUILD_TARGET=library_tests scripts/build.sh "$work/valgrind" -DCMAKE_BUILD_TYPE=Debug \
         -DCALLRECORDINGUTILS_BUILD_CLIENT=OFF &&
-        valgrind --quiet --error-exitcode=1 --leak-check=full --errors-for-leak-kinds=definite \
-            "$work/valgrind/tests/library_tests" --gtest_filter='-*TimeGrows*' # There it says nothing.
+        command valgrind --quiet --error-exitcode=1 --leak-check=full --errors-for-leak-kinds=definite \
+            "$work/valgrind/tests/library_tests" --gtest_filter='-*TimeGrows*' # Time means nothing there.
 }
 
 tidy() {
     scripts/build.sh "$work/tidy" -DCMAKE_BUILD_TYPE=Release && scripts/tidy.sh "$work/tidy"
 }
 
-for toolchain in cmake/toolchains/*.cmake; do
-    architecture=$(basename "$toolchain" .cmake)
-    [ "$architecture" = debian ] || check "$architecture" scripts/cross.sh "$architecture" "$work/$architecture" -DCMAKE_BUILD_TYPE=Release
+# Everything, client included, and no warning.
+clang() {
+    scripts/install-packages.sh clang
+    CXX=clang++ CC=clang scripts/test.sh "$work/clang" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS=-Werror
+}
+
+trixie() {
+    scripts/in-debian.sh trixie "$work/trixie"
+}
+
+fuzzing() {
+    scripts/fuzz.sh 1200
+}
+
+is_in() { # NAME NAME...: the first is one of the others.
+    [[ " ${*:2} " == *" $1 "* ]]
+}
+
+if [ "${1:-}" = --list ]; then
+    echo "${names[*]}"
+    exit 0
+fi
+for name in "$@"; do
+    is_in "$name" "${names[@]}" || { echo "$name is not one of: ${names[*]}" >&2 && exit 2; }
 done
-check valgrind under_valgrind
-check tidy tidy
-targets=$(sed -n 's/^foreach(target \(.*\))/\1/p' fuzz/CMakeLists.txt | wc -w)
-check fuzzing scripts/fuzz.sh $((${1:-3600} / targets + 1))
+[ $# -gt 0 ] || set -- "${names[@]}"
+failed=0
+for name in "$@"; do
+    started=$SECONDS verdict=ok command=("$name")
+    is_in "$name" "${architectures[@]}" && command=(scripts/cross.sh "$name" "$work/$name")
+    "${command[@]}" >"$work/$name.log" 2>&1 || { verdict=FAILED && failed=1; }
+    echo "$verdict: $name ($((SECONDS - started)) s, $work/$name.log)"
+done
 exit $failed

@@ -1,5 +1,5 @@
-# A cross build with Debian's compilers. The toolchain file of an architecture sets the name that Debian
-# gives its tools, and reads this one; the compiler brings its own sysroot, /usr/NAME.
+# A cross build with Debian's compilers. The toolchain file of an architecture sets what differs, and includes this one.
+# The compiler brings a sysroot of its own, /usr/TRIPLET.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_CXX_COMPILER ${triplet}-g++)
 set(CMAKE_C_COMPILER ${triplet}-gcc)
@@ -9,11 +9,11 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# Where the device's Debian looks for libraries. (CMake knows that of this machine only.)
+# Where Debian looks for libraries on the device. (CMake would use the directory of this machine.)
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   set(CMAKE_INSTALL_LIBDIR lib/${multiarch} CACHE STRING "")
 endif()
-# Tests run under the emulator, where it is installed; without one the build still configures.
+# Runs the tests. A build without tests does not need it.
 find_program(CALLRECORDINGUTILS_QEMU qemu-${qemu})
 if(CALLRECORDINGUTILS_QEMU)
   set(CMAKE_CROSSCOMPILING_EMULATOR "${CALLRECORDINGUTILS_QEMU};-L;/usr/${triplet}")

@@ -7,6 +7,7 @@
 
 #include "Completion.h"
 #include "HelpFormatter.h"
+#include "Manual.h"
 #include "Rules.h"
 #include "administration/history/When.h"
 #include "commands/HelpText.h"
@@ -139,6 +140,10 @@ int CommandLine::Run(int argc, char** argv) {
         UseJsonMessages();
     if (!words.empty() && words[0] == kCompleteCommand) {
         PrintCompletions(app_, {words.begin() + 1, words.end()});
+        return kExitYes;
+    }
+    if (words == std::vector<std::string>{kManualCommand}) {
+        PrintManual(app_);
         return kExitYes;
     }
     try {

@@ -2,7 +2,7 @@
 
 _callrecordingctl() {
     local words=() word line candidates=() width=0
-    # Bash takes --type=sip and a:b apart.
+    # Bash has split --type=sip and a:b into several words.
     for word in "${COMP_WORDS[@]:1:COMP_CWORD}"; do
         if [[ ${#words[@]} -gt 0 && ($word == [=:] || ${words[-1]} == *[=:]) ]]; then
             words[-1]+=$word
@@ -26,7 +26,7 @@ _callrecordingctl() {
     for line in "${candidates[@]}"; do
         word=${line%%$'\t'*}
         [[ $word == --*=* ]] && word=${word#*=}
-        if ((${#candidates[@]} > 1)); then # What they are is for the eye, and is not inserted.
+        if ((${#candidates[@]} > 1)); then # Bash shows several candidates, and inserts none of the text.
             printf -v word '%-*s  (%s)' "$width" "$word" "${line#*$'\t'}"
         fi
         COMPREPLY+=("$word")
