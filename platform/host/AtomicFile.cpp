@@ -230,7 +230,6 @@ void ReplaceFile(std::string const& path, std::string_view content,
     Descriptor const directory(OpenDirectory(target.directory));
     RemoveLeftovers(directory, target.name);
     std::optional<struct stat> const old = OldFile(directory, target.name, path);
-    RequireUnchanged(old, stamp, path);
     if (old)
         RequireWritable(*old, directory, target.name, path);
 

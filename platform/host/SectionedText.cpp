@@ -260,7 +260,7 @@ void SectionedText::RequireStorable(std::string_view key, std::string_view value
 
 // --- Sections ---
 
-SectionedText::Position SectionedText::Append() {
+void SectionedText::Append() {
     std::string const lineEnd = NewLineEnd();
     std::list<Section> added(1);
     added.front().body = TextPiece(syntax_.open + lineEnd + syntax_.close + lineEnd);
@@ -272,7 +272,6 @@ SectionedText::Position SectionedText::Append() {
         *last = TextPiece(std::string(WithoutLineEnd(last->Text())) + lineEnd);
     added.front().before = std::exchange(tail_, TextPiece());
     sections_.splice(sections_.end(), added);
-    return std::prev(sections_.end());
 }
 
 std::string SectionedText::NewLineEnd() const {

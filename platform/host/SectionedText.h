@@ -77,7 +77,7 @@ class SectionedText {
     Position End() { return sections_.end(); }
 
     /// Adds an empty section at the end, with the line ends of the text.
-    Position Append();
+    void Append();
 
     /// Removes a section and keeps the text outside it. Returns the position of the next section.
     Position Erase(Position position);
