@@ -134,19 +134,6 @@ TEST_F(Loading, InstanceAndLoggerLiveFromTheFirstReferenceToTheLast) {
     EXPECT_EQ(second.GetLogger(), nullptr);
 }
 
-TEST_F(Loading, NoticesHaveLevelThreeAndFailuresLevelZero) {
-    struct {
-        char const *level, *failure, *notice;
-    } const rows[] = {{"0", kFailed, ""}, {"2", kFailed, ""}, {"3", kFailed, kLoaded}};
-    dir.WriteRules("{");
-    for (auto const& row : rows) {
-        setenv("QUVA_LOG_LEVEL", row.level, 1);
-        CCallRecordingDB::GetInstance(true, true);
-        CCallRecordingDB::CloseInstance();
-        EXPECT_EQ(Trace(), row.failure + std::string(row.notice));
-    }
-}
-
 TEST_F(Loading, AFailedLoadKeepsWhatWasReadAndCountsAsLoaded) {
     dir.WriteRules(Section(kB) + Section(With(kB, 2, std::string(70000, '1').c_str())));
     CCallRecordingDB* const db = CCallRecordingDB::GetInstance(false, true);

@@ -110,26 +110,28 @@ TEST(MultiSectionFileTest, AgreesWithASlowFile) {
             char const step = ">>>><<.+-abc"[random() % 12];
             done += step;
             std::string const key(1, step);
+            int isDone = 1;
             switch (step) {
             case '>': ASSERT_EQ(file.GotoNextSection() != 0, slow.Next()); break;
             case '<': ASSERT_EQ(file.GotoPreviousSection() != 0, slow.Previous()); break;
             case '.': file.Restart(), slow.Restart(); break;
-            case '+': file.AddSection(false), slow.Add(); break;
+            case '+': isDone = file.AddSection(false), slow.Add(); break;
             default:
                 if (!slow.IsOnSection())
                     EXPECT_ANY_THROW(step == '-' ? file.DeleteSection()
                                                  : file.SetSectionEntry(key.c_str(), ""));
                 else if (step == '-')
-                    file.DeleteSection(), slow.Delete();
+                    isDone = file.DeleteSection(), slow.Delete();
                 else
-                    file.SetSectionEntry(key.c_str(), done.c_str()), slow.Set(key, done);
+                    isDone = file.SetSectionEntry(key.c_str(), done.c_str()), slow.Set(key, done);
             }
+            ASSERT_EQ(isDone, 1);
             ASSERT_EQ(slow.IsOnSection() ? file.Value("a") : "",
                       slow.IsOnSection() ? slow.Value("a") : "")
                 << text << "\n"
                 << done;
         }
-        file.Save(true, nullptr);
+        ASSERT_EQ(file.Save(true, nullptr), 1);
         ASSERT_EQ(dir.Read("rules"), slow.Text()) << text << "\n" << done;
     }
 }
