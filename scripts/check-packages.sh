@@ -6,7 +6,7 @@
 set -euo pipefail
 
 source=$(cd "$(dirname "$0")/.." && pwd)
-"$source/scripts/install-packages.sh" cmake g++ lintian make pkg-config
+"$source/scripts/install-packages.sh" cmake fakeroot g++ lintian make man-db pkg-config
 packages=$(cd "$1" && pwd)
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT

@@ -22,7 +22,7 @@ tar -C "$source" -c --exclude-vcs --exclude='./build*' . | tar -x -C "$root/sour
 cp -L /etc/resolv.conf "$root/etc/"
 cp /etc/apt/apt.conf.d/*proxy* "$root/etc/apt/apt.conf.d/" 2>/dev/null || true
 
-# What is mounted, and what runs there, goes when the command ends.
-exec unshare --mount --pid --fork --kill-child sh -c '
+# The mounts and whatever still runs there end with the command. A compiler launcher like ccache is not there.
+exec env -u CMAKE_C_COMPILER_LAUNCHER -u CMAKE_CXX_COMPILER_LAUNCHER unshare --mount --pid --fork --kill-child sh -c '
     mount -t proc proc "$0/proc" && mount --rbind /dev "$0/dev" && cd / &&
         exec chroot "$0" sh -c '\''cd /sources && exec "$@"'\'' sh "$@"' "$root" "$@"
