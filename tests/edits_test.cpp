@@ -215,7 +215,7 @@ TEST_F(Edits, DoAsAPlainListDoes) {
         return rule;
     };
     PlainRules plain;
-    for (int step = 0; step < 2000; ++step) {
+    for (int step = 0; step < 500; ++step) {
         if (below(40) == 0) { // Now and then a file in which identifiers may be there twice.
             plain.rules.clear();
             for (int count = below(9); count > 0; --count)
