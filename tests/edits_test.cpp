@@ -2,10 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <locale>
+#include <random>
 #include <string>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 #include <pthread.h>
 #include <unistd.h>
@@ -105,6 +110,147 @@ TEST_F(Edits, ChangeJustWhatTheySay) {
         EXPECT_EQ(row.edit(*db), row.result);
         EXPECT_EQ(dir.ReadRules(), row.after);
         EXPECT_EQ(db->GetLastFailure().empty(), row.result);
+    }
+}
+
+/// The edits of a list of rules, as plainly as can be. Each returns what the database's edit
+/// returns.
+struct PlainRules {
+    std::vector<CallRecordingRuleParams> rules;
+
+    using Place = std::vector<CallRecordingRuleParams>::iterator;
+    Place WithId(int id) {
+        return std::find_if(
+            rules.begin(), rules.end(),
+            [id](auto& rule) { return rule.callrecordingrule_id == id; });
+    }
+    static auto Sides(CallRecordingRuleParams const& rule) {
+        return std::tuple(rule.caller_pattern, rule.caller_call_type, rule.called_pattern,
+                          rule.called_call_type);
+    }
+    static auto Crossed(CallRecordingRuleParams const& rule) {
+        return std::tuple(rule.called_pattern, rule.called_call_type, rule.caller_pattern,
+                          rule.caller_call_type);
+    }
+
+    bool Add(CallRecordingRuleParams rule) {
+        rule.callrecordingrule_id = 0;
+        for (auto const& other : rules)
+            rule.callrecordingrule_id =
+                std::max(rule.callrecordingrule_id, other.callrecordingrule_id + 1);
+        rules.push_back(rule);
+        return true;
+    }
+    bool Modify(CallRecordingRuleParams const& rule, bool twin) {
+        Place const at = WithId(rule.callrecordingrule_id);
+        if (at == rules.end())
+            return true;
+        CallRecordingRuleParams const previous = std::exchange(*at, rule);
+        for (auto& other : rules)
+            if (twin && Sides(other) == Crossed(previous)) {
+                other.record_to = rule.record_to;
+                other.recording_duration = rule.recording_duration;
+                other.call_recording_type = rule.call_recording_type;
+                other.recording_rule_state = rule.recording_rule_state;
+                break;
+            }
+        return true;
+    }
+    bool Delete(CallRecordingRuleParams const& rule) {
+        bool isOwnDeleted = false, isTwinDeleted = false;
+        for (Place at = rules.begin(); at != rules.end() && !(isOwnDeleted && isTwinDeleted);) {
+            bool const isOwn =
+                Sides(*at) == Sides(rule) && at->callrecordingrule_id == rule.callrecordingrule_id;
+            bool const isTwin = Sides(*at) == Crossed(rule);
+            isOwnDeleted = isOwnDeleted || isOwn;
+            isTwinDeleted = isTwinDeleted || isTwin;
+            at = isOwn || isTwin ? rules.erase(at) : std::next(at);
+        }
+        return true;
+    }
+    bool DeleteId(int id) {
+        if (Place const at = WithId(id); at != rules.end())
+            rules.erase(at);
+        return true;
+    }
+    bool MoveTo(int id, std::size_t place) {
+        Place const at = WithId(id);
+        if (at == rules.end() || place >= rules.size())
+            return false;
+        std::vector<int> ids;
+        for (auto const& rule : rules)
+            ids.push_back(rule.callrecordingrule_id);
+        CallRecordingRuleParams const moved = *at;
+        rules.erase(at);
+        rules.insert(rules.begin() + static_cast<std::ptrdiff_t>(place), moved);
+        for (std::size_t i = 0; i < ids.size(); ++i)
+            rules[i].callrecordingrule_id = ids[i];
+        return true;
+    }
+    bool Move(int id, bool up) {
+        Place const at = WithId(id);
+        auto const place = static_cast<std::size_t>(at - rules.begin());
+        if (at != rules.end() && (place > 0 || !up))
+            MoveTo(id, up ? place - 1 : place + 1);
+        return true;
+    }
+    bool SetState(int id, bool enable) {
+        if (Place const at = WithId(id); at != rules.end())
+            at->recording_rule_state = enable ? RULE_ENABLED : RULE_DISABLED;
+        return true;
+    }
+};
+
+TEST_F(Edits, DoAsAPlainListDoes) {
+    std::mt19937 random(1);
+    auto const below = [&random](int n) { return static_cast<int>(random() % unsigned(n)); };
+    auto const randomRule = [&] {
+        char const* const patterns[] = {"1", "*"};
+        CallRecordingRuleParams rule =
+            Rule(below(9), patterns[below(2)], CallType(below(2) * 3), patterns[below(2)],
+                 CallType(below(2) * 3), below(2) == 0 ? "x" : "y");
+        rule.recording_duration = std::to_string(below(3));
+        rule.call_recording_type = CallRecordingTypes(below(2));
+        rule.recording_rule_state = below(3);
+        return rule;
+    };
+    PlainRules plain;
+    for (int step = 0; step < 500; ++step) {
+        if (below(40) == 0) { // Now and then a file in which identifiers may be there twice.
+            plain.rules.clear();
+            for (int count = below(9); count > 0; --count)
+                plain.rules.push_back(randomRule());
+        }
+        std::string file;
+        for (auto const& rule : plain.rules)
+            file += Section(rule);
+        LoadRules(file);
+        CallRecordingRuleParams rule = randomRule();
+        int const id = rule.callrecordingrule_id;
+        if (below(2) == 0 && id < int(plain.rules.size()))
+            rule = plain.rules[std::size_t(id)];
+        auto const place = std::size_t(below(9));
+        bool const flag = below(2) == 0;
+        int const kind = below(7);
+        Edit const edits[] = {Add(rule),
+                              Modify(rule, flag),
+                              Delete(rule),
+                              Delete(std::to_string(id)),
+                              Move(std::to_string(id), flag),
+                              MoveTo(std::to_string(id), place),
+                              SetState(std::to_string(id), flag)};
+        bool const expected = kind == 0   ? plain.Add(rule)
+                              : kind == 1 ? plain.Modify(rule, flag)
+                              : kind == 2 ? plain.Delete(rule)
+                              : kind == 3 ? plain.DeleteId(id)
+                              : kind == 4 ? plain.Move(id, flag)
+                              : kind == 5 ? plain.MoveTo(id, place)
+                                          : plain.SetState(id, flag);
+        EXPECT_EQ(edits[kind](*db), expected);
+        std::string after;
+        for (auto const& listed : plain.rules)
+            after += Section(listed);
+        ASSERT_EQ(dir.ReadRules(), after) << "edit " << kind << " of\n" << file;
     }
 }
 

@@ -51,7 +51,7 @@ StoredPattern ExplainMisread(SipAddress const& pieces, std::size_t hostBegin,
     if (pieces.port || (inUser == kNone && inHost == kNone))
         return {};
     return Problem(inUser != kNone ? inUser : hostBegin + inHost,
-                   "an escaped \"!\" is stored as \":\", which would begin the port here; add a "
+                   "an escaped \"!\" is stored as \":\", which would begin the port here; add the "
                    "port, or :* for every port");
 }
 
@@ -64,12 +64,13 @@ StoredPattern StoreSipPiece(std::string_view piece, std::size_t begin) {
     std::size_t const position = result.problem->position;
     char const culprit = position < piece.size() ? piece[position] : '\0';
     if (culprit == ':')
-        return Problem(begin + position,
-                       "\":\" can only be before the port; write ? for a \":\" elsewhere, as in an "
-                       "IPv6 address, and leave out a \"sip:\" in front");
+        return Problem(
+            begin + position,
+            "\":\" is allowed only before the port; write ? for a \":\" elsewhere, as in an "
+            "IPv6 address, and leave out a \"sip:\" in front");
     if (culprit == '@')
         return Problem(begin + position,
-                       "\"@\" can only be between user and host; write ? for another \"@\"");
+                       "\"@\" is allowed only between user and host; write ? for another \"@\"");
     result.problem->position += begin;
     return result;
 }
@@ -100,7 +101,7 @@ StoredPattern ToStored(std::string const& entry, CallType type) {
     bool const isAddress = result.problem && result.problem->position < entry.size() &&
                            entry[result.problem->position] == '@';
     if (isAddress)
-        result.problem->message = "\"@\" can only be in a pattern of call type sip";
+        result.problem->message = "\"@\" is allowed only in a pattern of call type sip";
     return result;
 }
 
@@ -130,8 +131,8 @@ std::optional<PatternProblem> ExplainStored(std::string const& stored, CallType 
         return ToStored(ToEntry(stored, type), type).problem;
     std::string const message =
         stored[place] == '\\'
-            ? "the file holds escapes as # ^ @ % : and not with \"\\\""
-            : "the file holds range expressions between < and >, not between { and }";
+            ? "the file has escapes as # ^ @ % : and no \"\\\""
+            : "the file has range expressions between < and >, not between { and }";
     return PatternProblem{place, message + WhatStopMeans(stored, type, place)};
 }
 
