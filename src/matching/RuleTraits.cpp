@@ -27,14 +27,14 @@ constexpr std::size_t kMiddleTraits = TraitsOfView(View::Middle);
 /// How many steps the two sides of a rule may take together, of a nanosecond or two each. Reading
 /// traits must not take longer than loading the rule did, and long patterns load fast. Reading more
 /// would not help much, since the views see two dozen places of a side.
-constexpr std::size_t kMostSteps = 160;
+constexpr std::size_t kMostSteps = 180;
 constexpr std::size_t kMostStepsOfCaller = kMostSteps / 2;
 
 /// The steps of an element other than a literal, which takes one. Lists of range expressions are
 /// read twice.
 std::size_t StepsOf(Element const& element) {
     std::size_t const length = element.end - element.begin;
-    return 6 + (element.construct == Construct::Range ? 3 * length : length);
+    return 9 + (element.construct == Construct::Range ? 3 * length : length);
 }
 
 SlotSet SlotsOf(char c) {
@@ -61,8 +61,10 @@ void Add(CharacterTable& table, char low, char high) {
 }
 
 SlotSet SlotsOf(CharacterTable const& table) {
-    SlotSet slots = 0;
-    for (std::size_t slot = 0; slot < kSlots; ++slot)
+    Word const digits = table[0] >> '0' & 0x3ff;
+    auto slots = static_cast<SlotSet>(digits);
+    bool const hasOthers = table[0] != digits << '0' || table[1] != 0; // Rarely.
+    for (std::size_t slot = kSlots - kSharedSlots; hasOthers && slot < kSlots; ++slot)
         if (((table[0] & kSlotTables[slot][0]) | (table[1] & kSlotTables[slot][1])) != 0)
             slots |= OnlySlot(slot);
     return slots;
