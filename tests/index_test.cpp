@@ -376,7 +376,7 @@ TEST(Index, IsBuiltInFewStepsForAnyRules) {
         RuleIndex index;
         index.Build(list);
         EXPECT_GT(index.BuildSteps(), size) << example;
-        EXPECT_LT(index.BuildSteps(), 1000000 + 300 * size) << example;
+        EXPECT_LT(index.BuildSteps(), 1000000 + 380 * size) << example;
     }
 }
 
