@@ -19,10 +19,10 @@ constexpr std::size_t kLongestWalked = 16; // A list whose rules begin with lite
 // them. Branches are made as long as steps are left: for each rule about as many as loading one
 // takes at the least, and some milliseconds.
 constexpr std::size_t kFreeSteps = 1000000;
-constexpr std::size_t kStepsOfRule = 200;
-constexpr std::size_t kStepsOfNode = 600; // The choice of its trait compares all traits.
-constexpr std::size_t kStepsOfPlace = 12; // For a rule in a node.
-constexpr std::size_t kStepsOfFilter = 2; // For a rule in a leaf.
+constexpr std::size_t kStepsOfRule = 250;
+constexpr std::size_t kStepsOfNode = 1200; // The choice of its trait compares all traits.
+constexpr std::size_t kStepsOfPlace = 24;  // For a rule in a node.
+constexpr std::size_t kStepsOfFilter = 4;  // For a rule in a leaf.
 
 // Leaves: fewer rules than kFewestBelow always become a leaf, and up to kLargestLeaf unless origins
 // help.

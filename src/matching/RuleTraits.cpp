@@ -27,69 +27,59 @@ constexpr std::size_t kMiddleTraits = TraitsOfView(View::Middle);
 /// How many steps the two sides of a rule may take together, of a nanosecond or two each. Reading
 /// traits must not take longer than loading the rule did, and long patterns load fast. Reading more
 /// would not help much, since the views see two dozen places of a side.
-constexpr std::size_t kMostSteps = 160;
+constexpr std::size_t kMostSteps = 180;
 constexpr std::size_t kMostStepsOfCaller = kMostSteps / 2;
 
 /// The steps of an element other than a literal, which takes one. Lists of range expressions are
 /// read twice.
 std::size_t StepsOf(Element const& element) {
     std::size_t const length = element.end - element.begin;
-    return 6 + (element.construct == Construct::Range ? 3 * length : length);
+    return 9 + (element.construct == Construct::Range ? 3 * length : length);
 }
 
 SlotSet SlotsOf(char c) {
     return OnlySlot(SlotOf(c));
 }
 
-/// A table of the ASCII characters that are in a set.
-class CharacterSet {
-  public:
-    /// Adds low, and the characters after it up to high, which is of the same kind.
-    void Add(char low, char high) {
-        std::size_t const first = static_cast<unsigned char>(low);
-        std::size_t const others = high > low ? static_cast<std::size_t>(high - low) : 0;
-        words_[first / kWordBits] |= ~Word{0} >> (kWordBits - 1 - others) << first % kWordBits;
-    }
+/// A set of ASCII characters as a table, one bit for each.
+using CharacterTable = std::array<Word, 128 / kWordBits>;
 
-    CharacterSet Without(CharacterSet const& others) const {
-        CharacterSet left;
-        for (std::size_t w = 0; w < words_.size(); ++w)
-            left.words_[w] = words_[w] & ~others.words_[w];
-        return left;
-    }
+/// For each slot the characters that are in it.
+constexpr std::array<CharacterTable, kSlots> MakeSlotTables() {
+    std::array<CharacterTable, kSlots> tables{};
+    for (std::size_t c = 0; c < 128; ++c)
+        tables[kSlotTable[c]][c / kWordBits] |= Word{1} << c % kWordBits;
+    return tables;
+}
+constexpr std::array<CharacterTable, kSlots> kSlotTables = MakeSlotTables();
 
-    SlotSet Slots() const {
-        SlotSet slots = 0;
-        for (std::size_t slot = 0; slot < kSlots; ++slot)
-            if (((words_[0] & kSlotMasks[slot][0]) | (words_[1] & kSlotMasks[slot][1])) != 0)
-                slots |= OnlySlot(slot);
-        return slots;
-    }
+/// Adds low, and the characters after it up to high, which is of the same kind.
+void Add(CharacterTable& table, char low, char high) {
+    std::size_t const first = static_cast<unsigned char>(low);
+    std::size_t const others = high > low ? static_cast<std::size_t>(high - low) : 0;
+    table[first / kWordBits] |= ~Word{0} >> (kWordBits - 1 - others) << first % kWordBits;
+}
 
-  private:
-    using Words = std::array<Word, 128 / kWordBits>;
-
-    /// For each slot the characters that are in it.
-    static constexpr std::array<Words, kSlots> MakeSlotMasks() {
-        std::array<Words, kSlots> masks{};
-        for (std::size_t c = 0; c < 128; ++c)
-            masks[kSlotTable[c]][c / kWordBits] |= Word{1} << c % kWordBits;
-        return masks;
-    }
-    static std::array<Words, kSlots> const kSlotMasks;
-
-    Words words_{};
-};
-constexpr std::array<CharacterSet::Words, kSlots> CharacterSet::kSlotMasks = MakeSlotMasks();
+SlotSet SlotsOf(CharacterTable const& table) {
+    Word const digits = table[0] >> '0' & 0x3ff;
+    auto slots = static_cast<SlotSet>(digits);
+    bool const hasOthers = table[0] != digits << '0' || table[1] != 0; // Rarely.
+    for (std::size_t slot = kSlots - kSharedSlots; hasOthers && slot < kSlots; ++slot)
+        if (((table[0] & kSlotTables[slot][0]) | (table[1] & kSlotTables[slot][1])) != 0)
+            slots |= OnlySlot(slot);
+    return slots;
+}
 
 /// Returns the slots of the single characters that list admits.
 SlotSet SlotsOfSet(std::string_view list) {
-    CharacterSet accepted;
-    CharacterSet excluded;
+    CharacterTable accepted{};
+    CharacterTable excluded{};
     std::size_t const end = ReadSymbolItems(list, 0, [&](bool excludes, char low, char high) {
-        (excludes ? excluded : accepted).Add(low, high);
+        Add(excludes ? excluded : accepted, low, high);
     });
-    return end == list.size() ? accepted.Without(excluded).Slots() : kAnySlot;
+    if (end != list.size())
+        return kAnySlot;
+    return SlotsOf({accepted[0] & ~excluded[0], accepted[1] & ~excluded[1]});
 }
 
 /// Every byte, so that a call type can be looked at like a character of an address.
@@ -120,9 +110,9 @@ void AddNumbers(Slots& slots, std::string_view low, std::string_view high) {
     for (; isRead && i < std::min(slots.size(), low.size()) && low[i] == high[i]; ++i)
         slots[i] |= SlotsOf(low[i]);
     if (isRead && i < std::min(slots.size(), low.size())) {
-        CharacterSet digits;
-        digits.Add(low[i], high[i]);
-        slots[i++] |= digits.Slots();
+        CharacterTable digits{};
+        Add(digits, low[i], high[i]);
+        slots[i++] |= SlotsOf(digits);
     }
     std::fill(slots.begin() + static_cast<std::ptrdiff_t>(i), slots.end(), kAnySlot);
 }
