@@ -34,20 +34,22 @@ callrecordingutils_room(model)
 callrecordingutils_room(language)
 callrecordingutils_room(matching USES model language)
 callrecordingutils_room(validation USES model language matching)
+callrecordingutils_room(calls USES model language matching validation)
 callrecordingutils_room(database USES model)
 set(core_rooms
   callrecordingutils_model
   callrecordingutils_language
   callrecordingutils_matching
   callrecordingutils_validation
+  callrecordingutils_calls
   callrecordingutils_database)
 # On 32-bit systems a file may have any inode and time. Only here: a device's headers may have types that
 # change with these.
-set_property(SOURCE database/RuleFileLock.cpp
+set_property(SOURCE database/RuleFileLock.cpp c/LoadedRules.cpp
   PROPERTY COMPILE_DEFINITIONS _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
-# Addresses as people write them, and where an address and a pattern part.
-callrecordingutils_room(inspection USES model language matching)
+# Addresses of typed questions as people write them.
+callrecordingutils_room(inspection USES calls)
 
 # What a set of rules does, exactly. It takes its time and its memory, for whoever asks questions about
 # rules, and so is not part of the shared library.

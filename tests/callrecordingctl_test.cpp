@@ -158,7 +158,7 @@ TEST_F(Client, SetsUpExplainsAndReordersRules) {
         {"decide --from 213 --to 0041 --explain", 1, "and 1 more, which --all shows", ""},
         {"decide --from 45 --to 1 --explain --all", 1,
          "5  4   from does not match number 450: ends where 0 is still to come\n", ""},
-        {"decide --from 4501 --to 1 --explain", 1, "goes on with \"1\" behind the pattern", ""},
+        {"decide --from 4501 --to 1 --explain", 1, "goes on with \"1\" after the end of the pattern", ""},
         {"decide --from alice@pbx:5080 --to 1 --explain", 1,
          "from does not match sip alice@pbx:506[0,1]: character 13: \"8\" is not 6\n", ""},
         {"decide --from alice@pbx:5061 --to 1", 0, "rule 3 (position 4): type 0, duration 60", ""},

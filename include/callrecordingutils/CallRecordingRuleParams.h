@@ -70,6 +70,21 @@ struct CALLRECORDINGUTILS_EXPORT CallRecordingRuleParams {
     std::int32_t recording_rule_state;
 };
 
+/// The record_to of a rule that forbids recording.
+inline constexpr char const* kNeverRecord = "never:";
+
+/// Returns whether rule forbids to record the calls that it takes. The classes of this library do
+/// not know of such rules: CCallRecordingAssistant::IsCallRecordingAllowed returns true for their
+/// calls and hands out the rule. So a host of that class asks, before it records:
+///
+///     if (assistant.IsCallRecordingAllowed(caller, callerType, called, calledType, &rule) &&
+///         !ForbidsRecording(rule))
+///
+/// The interface in C does that itself.
+inline bool ForbidsRecording(CallRecordingRuleParams const& rule) {
+    return rule.record_to == kNeverRecord;
+}
+
 /// A rule of the basic view while a load merges it with the other rules of its key pattern, which
 /// is the pattern of the side with call type number.
 struct CallRecordingRuleMapParams {

@@ -1,79 +1,98 @@
-// The rules of one file for the C interface: read aside, then put in place of the old ones.
+// The rules behind a handle of the C interface, and what is known about how they were loaded.
 
 #ifndef C_RULEHANDLE_H
 #define C_RULEHANDLE_H
 
+#include <atomic>
 #include <cstddef>
-#include <list>
-#include <memory>
+#include <ctime>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include <ThreadMutex.h>
 
-#include <callrecordingutils/CallRecordingRuleParams.h>
-
-#include "matching/Decision.h"
-#include "matching/RuleIndex.h"
+#include "LoadedRules.h"
+#include "Published.h"
 
 namespace CallRecordingUtils {
 
-/// Rules as they were read; nothing changes them.
-class RuleSnapshot {
-  public:
-    /// None.
-    RuleSnapshot() = default;
-    /// Those of the file at path. Throws what RuleFile does.
-    explicit RuleSnapshot(std::string const& path);
-
-    RuleSnapshot(RuleSnapshot const&) = delete;
-    RuleSnapshot& operator=(RuleSnapshot const&) = delete;
-
-    std::vector<CallRecordingRuleParams> const& Records() const { return records_; }
-
-    /// The record that decides call, or null.
-    CallRecordingRuleParams const* Deciding(Call const& call) const {
-        return DecidingRecord(order_, index_, call);
-    }
-
-  private:
-    std::vector<CallRecordingRuleParams> records_;
-    std::list<CallRecordingRuleParams*> order_; // Of the records.
-    RuleIndex index_;                           // Of order_.
-};
+/// How a call was answered; the counters of the published rules.
+enum class AnswerKind : std::size_t { Yes, No, Forbidden, Error };
 
 /// Any number of threads may use it at once.
 class RuleHandle {
   public:
-    /// Without rules, until Reload has read them.
+    /// The rules of the file at path, once Reload has read them.
     explicit RuleHandle(std::string path);
 
     RuleHandle(RuleHandle const&) = delete;
     RuleHandle& operator=(RuleHandle const&) = delete;
 
-    /// Reads the file. When it cannot be read the rules stay, and the last failure says why.
-    bool Reload();
+    enum class Result { Loaded, Unchanged, Failed };
+    struct Outcome {
+        Result result;
+        LoadFailure failure; // With Loaded: that the file is missing.
+    };
 
-    /// The rules as they are now; they live as long as somebody holds them.
-    std::shared_ptr<RuleSnapshot const> Rules();
+    /// Reads the file. When it cannot be read the rules stay as they are.
+    Outcome Reload();
 
-    /// Writes the last failure to buffer, cut to fit into size bytes with its NUL, and returns its
-    /// whole length. Needs no memory.
+    /// Reads the file if it is another one than at the last attempt. The rest is as with Reload.
+    /// While another thread does this it returns at once: Unchanged.
+    Outcome ReloadIfChanged();
+
+    /// Takes the rules of a text instead of the file's.
+    Outcome Load(std::string_view text);
+
+    using Reader = Published<LoadedRules>::Reader;
+    Published<LoadedRules>& Rules() { return rules_; }
+
+    /// How many calls were answered like this, as the readers counted.
+    std::size_t Answers(AnswerKind kind) const {
+        return rules_.Counted(static_cast<std::size_t>(kind));
+    }
+
+    /// How loading went.
+    struct History {
+        std::size_t loads = 0; // Attempts, failed ones included.
+        std::size_t failedLoads = 0;
+        std::time_t lastFailedTime = 0;
+        LoadFailure lastFailed; // Of the last attempt that failed, whatever came afterwards.
+        LoadFailure last;       // Of the last attempt.
+    };
+    History LoadHistory();
+
+    /// The failure of the last attempt. Needs no memory.
     std::size_t CopyLastFailure(char* buffer, std::size_t size);
 
   private:
-    void Replace(std::shared_ptr<RuleSnapshot const> rules, std::string failure) noexcept;
+    /// What the last attempt saw of the file.
+    struct Seen {
+        Result result = Result::Unchanged;
+        FileStamp stamp;
+        bool isSettled = false; // A later change would have changed the stamp.
+    };
+
+    enum class Replacing { Always, IfOther };
+    template <typename Read>
+    Outcome Attempt(Replacing replacing, Read read) noexcept;
+    void Remember(Seen const& seen, LoadFailure const& failure) noexcept;
+    bool MayHaveChanged();
+    bool Holds(LoadedRules const& loaded);
 
     std::string const path_;
-    ThreadMutex reloading_; // From before a reload reads until it has replaced the rules.
-    ThreadMutex mutex_;     // Guards the rest, for a moment at a time.
-    std::shared_ptr<RuleSnapshot const> rules_;
-    std::string lastFailure_;
+    ThreadMutex loading_; // Held while rules are read and put in place.
+    std::atomic<bool> isReloading_{false};
+    Published<LoadedRules> rules_;
+
+    ThreadMutex mutex_; // Guards what follows, for a moment at a time.
+    Seen seen_;
+    History history_;
 };
 
 /// Writes text to buffer, cut to fit into size bytes with its NUL. buffer may be null when size is
 /// 0.
-void CopyToBuffer(std::string const& text, char* buffer, std::size_t size);
+void CopyToBuffer(std::string_view text, char* buffer, std::size_t size);
 
 } // namespace CallRecordingUtils
 

@@ -1,20 +1,23 @@
-// The functions of the C interface: each turns C's arguments into the core's, and lets no exception
-// out.
+// The functions of the C interface that have a handle: each turns C's arguments into the core's.
 
 #include <callrecordingutils/callrecordingutils.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
+#include <new>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
+#include "ForC.h"
 #include "RuleHandle.h"
-#include "common/CancellationHeld.h"
+#include "calls/RuleFit.h"
 #include "database/exported/RuleFilePath.h"
-#include "matching/Decision.h"
 #include "model/SipAddress.h"
-#include "validation/SidePattern.h"
 
 using namespace CallRecordingUtils;
 
@@ -26,41 +29,117 @@ struct callrecording_rules {
 
 namespace {
 
-/// A rule for C, and what its texts lie in.
-struct DecidingRuleForC : callrecording_rule {
-    /// record is one of snapshot.
-    DecidingRuleForC(std::shared_ptr<RuleSnapshot const> snapshot,
-                     CallRecordingRuleParams const& record)
-        : callrecording_rule{}, keeper(std::move(snapshot)) {
-        place = static_cast<std::int32_t>(&record - keeper->Records().data());
-        id = record.callrecordingrule_id;
-        recording_type = record.call_recording_type;
-        caller_call_type = record.caller_call_type;
-        called_call_type = record.called_call_type;
-        caller_pattern = record.caller_pattern.c_str();
-        called_pattern = record.called_pattern.c_str();
-        record_to = record.record_to.c_str();
-        recording_duration = record.recording_duration.c_str();
-        description = record.description.c_str();
+static_assert(CALLRECORDING_FAILURE_OTHER == static_cast<int>(LoadFailure::Kind::Other));
+
+// --- Structures that cross ---
+
+/// The rule and its texts in one piece of memory, so that it keeps nothing else alive.
+callrecording_rule* NewRuleForC(CallRecordingRuleParams const& record, std::size_t place) {
+    std::string const* const texts[] = {&record.caller_pattern, &record.called_pattern,
+                                        &record.record_to, &record.recording_duration,
+                                        &record.description};
+    callrecording_rule rule{};
+    char const** const members[] = {&rule.caller_pattern, &rule.called_pattern, &rule.record_to,
+                                    &rule.recording_duration, &rule.description};
+    std::size_t size = sizeof rule;
+    for (std::string const* text : texts)
+        size += text->size() + 1;
+    auto* const memory = static_cast<char*>(std::malloc(size));
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    char* at = memory + sizeof rule;
+    for (std::size_t i = 0; i < std::size(texts); ++i) {
+        *members[i] = at;
+        at = static_cast<char*>(std::memcpy(at, texts[i]->c_str(), texts[i]->size() + 1)) +
+             texts[i]->size() + 1;
     }
-
-    std::shared_ptr<RuleSnapshot const> const keeper;
-};
-
-bool IsCallType(std::int32_t type, std::int32_t greatest) {
-    return CALL_TYPE_NUMBER <= type && type <= greatest;
+    rule.size = sizeof rule;
+    rule.place = static_cast<std::int32_t>(place);
+    rule.id = record.callrecordingrule_id;
+    rule.state = record.recording_rule_state;
+    rule.forbids_recording = ForbidsRecording(record) ? 1 : 0;
+    rule.recording_type = record.call_recording_type;
+    rule.caller_call_type = record.caller_call_type;
+    rule.called_call_type = record.called_call_type;
+    return new (memory) callrecording_rule(rule);
 }
 
-/// Runs step; whatever it throws becomes failed. A cancelled thread would unwind through here too.
-template <typename Result, typename Step>
-Result Guarded(Result failed, Step step) noexcept {
-    CancellationHeld const held;
-    try {
-        return step();
-    } catch (...) {
-        return failed;
-    }
+/// Copies as much of full into *structure as the program that was compiled with a certain version
+/// of the header knows. Returns false when that is less than the first version had.
+template <typename Structure>
+bool FillIn(Structure* structure, Structure const& full) {
+    if (structure->size < sizeof full) // To become smaller than sizeof when members are added.
+        return false;
+    std::size_t const size = structure->size;
+    *structure = full;
+    structure->size = size;
+    return true;
 }
+
+std::string_view TextOf(char const* bytes, std::size_t length) {
+    if (bytes == nullptr)
+        return {};
+    return {bytes, length == CALLRECORDING_NUL_TERMINATED ? std::strlen(bytes) : length};
+}
+
+std::optional<SideTexts> SideOf(callrecording_party const* party) {
+    if (party == nullptr || party->size < sizeof *party)
+        return std::nullopt;
+    if (party->text != nullptr)
+        return SideTexts(ReadParty(TextOf(party->text, party->text_length)));
+    return SideTexts(ReadParty(TextOf(party->user, party->user_length),
+                               TextOf(party->host, party->host_length),
+                               TextOf(party->port, party->port_length)));
+}
+
+std::optional<PartyCall> CallOf(callrecording_party const* caller,
+                                callrecording_party const* called) {
+    std::optional<SideTexts> callerSide = SideOf(caller);
+    std::optional<SideTexts> calledSide = SideOf(called);
+    if (!callerSide || !calledSide)
+        return std::nullopt;
+    return PartyCall{std::move(*callerSide), std::move(*calledSide)};
+}
+
+// --- Decisions ---
+
+void CountAnswer(RuleHandle::Reader const& rules, AnswerKind kind) {
+    rules.Count(static_cast<std::size_t>(kind));
+}
+
+/// What the two functions that decide do with the rule that takes the call.
+enum class OnForbidden { ReturnRule, ReturnNothing };
+
+std::int32_t Answer(RuleHandle::Reader const& rules, CallRecordingRuleParams const* deciding,
+                    OnForbidden onForbidden, callrecording_rule const** rule) {
+    bool const isForbidden = deciding != nullptr && ForbidsRecording(*deciding);
+    bool const isReturned =
+        deciding != nullptr && (!isForbidden || onForbidden == OnForbidden::ReturnRule);
+    if (rule != nullptr && isReturned)
+        *rule = NewRuleForC(*deciding, rules->rules.PlaceOf(*deciding));
+    CountAnswer(rules, deciding == nullptr ? AnswerKind::No
+                       : isForbidden       ? AnswerKind::Forbidden
+                                           : AnswerKind::Yes);
+    return deciding != nullptr && !isForbidden ? CALLRECORDING_YES : CALLRECORDING_NO;
+}
+
+/// Calls decide(rules), which throws nothing but for lack of memory, if rules were ever loaded.
+template <typename Decide>
+std::int32_t Decided(callrecording_rules* rules, callrecording_rule const** rule, Decide decide) {
+    if (rule != nullptr)
+        *rule = nullptr;
+    if (rules == nullptr)
+        return CALLRECORDING_ERROR;
+    RuleHandle::Reader const reader(rules->handle.Rules());
+    std::int32_t const answer = Guarded<std::int32_t>(CALLRECORDING_ERROR, [&] {
+        return reader->WereRead() ? decide(reader) : CALLRECORDING_ERROR;
+    });
+    if (answer == CALLRECORDING_ERROR)
+        CountAnswer(reader, AnswerKind::Error);
+    return answer;
+}
+
+// --- Loading ---
 
 std::string RuleFilePathOf(char const* directory) {
     if (directory == nullptr)
@@ -71,16 +150,28 @@ std::string RuleFilePathOf(char const* directory) {
     return RuleFilePathIn(path);
 }
 
-std::int32_t Decide(RuleHandle& handle, CallParty const& caller, CallParty const& called,
-                    callrecording_rule const** rule) {
-    std::shared_ptr<RuleSnapshot const> snapshot = handle.Rules();
-    CallRecordingRuleParams const* const deciding =
-        snapshot->Deciding(Call(caller.params, caller.type, called.params, called.type));
-    if (deciding == nullptr)
-        return CALLRECORDING_NO;
-    if (rule != nullptr)
-        *rule = new DecidingRuleForC(std::move(snapshot), *deciding);
-    return CALLRECORDING_YES;
+void FillInFailure(callrecording_failure* failure, LoadFailure::Kind kind, std::string_view text) {
+    callrecording_failure full = CALLRECORDING_FAILURE_INIT;
+    full.kind = static_cast<std::int32_t>(kind);
+    CopyToBuffer(text, full.text, sizeof full.text);
+    if (failure != nullptr)
+        FillIn(failure, full);
+}
+
+template <typename Load>
+std::int32_t Loaded(callrecording_rules* rules, callrecording_failure* failure, Load load) {
+    FillInFailure(failure, LoadFailure::Kind::Memory, "out of memory");
+    if (rules == nullptr)
+        return CALLRECORDING_ERROR;
+    return Guarded<std::int32_t>(CALLRECORDING_ERROR, [&] {
+        RuleHandle::Outcome const outcome = load(rules->handle);
+        FillInFailure(failure, outcome.failure.kind, outcome.failure.text);
+        switch (outcome.result) {
+        case RuleHandle::Result::Loaded: return CALLRECORDING_YES;
+        case RuleHandle::Result::Unchanged: return CALLRECORDING_NO;
+        default: return CALLRECORDING_ERROR;
+        }
+    });
 }
 
 } // namespace
@@ -99,69 +190,157 @@ callrecording_rules* callrecording_open(char const* directory) {
         });
 }
 
+callrecording_rules* callrecording_open_text(char const* text, std::size_t length) {
+    return Guarded<callrecording_rules*>(
+        nullptr,
+        [&] {
+            auto rules = std::make_unique<callrecording_rules>("");
+            rules->handle.Load(TextOf(text, length));
+            return rules.release();
+        });
+}
+
 void callrecording_close(callrecording_rules* rules) {
     delete rules;
 }
 
-std::int32_t callrecording_reload(callrecording_rules* rules) {
-    return Guarded<std::int32_t>(
-        CALLRECORDING_ERROR,
-        [&] {
-            return rules != nullptr && rules->handle.Reload() ? CALLRECORDING_YES
-                                                              : CALLRECORDING_ERROR;
-        });
+std::int32_t callrecording_reload(callrecording_rules* rules, callrecording_failure* failure) {
+    return Loaded(
+        rules, failure, [](RuleHandle& handle) { return handle.Reload(); });
+}
+
+std::int32_t callrecording_reload_if_changed(callrecording_rules* rules,
+                                             callrecording_failure* failure) {
+    return Loaded(
+        rules, failure, [](RuleHandle& handle) { return handle.ReloadIfChanged(); });
+}
+
+std::size_t callrecording_last_failure(callrecording_rules* rules, char* buffer, std::size_t size) {
+    constexpr std::string_view kNoHandle = "out of memory";
+    if (rules != nullptr)
+        return rules->handle.CopyLastFailure(buffer, size);
+    CopyToBuffer(kNoHandle, buffer, size);
+    return kNoHandle.size();
 }
 
 std::int32_t callrecording_count(callrecording_rules* rules) {
-    return rules == nullptr ? CALLRECORDING_ERROR
-                            : static_cast<std::int32_t>(rules->handle.Rules()->Records().size());
+    if (rules == nullptr)
+        return CALLRECORDING_ERROR;
+    RuleHandle::Reader const reader(rules->handle.Rules());
+    return static_cast<std::int32_t>(reader->rules.Rules().size());
+}
+
+std::int32_t callrecording_get_state(callrecording_rules* rules, callrecording_state* state) {
+    if (rules == nullptr || state == nullptr)
+        return CALLRECORDING_ERROR;
+    return Guarded<std::int32_t>(CALLRECORDING_ERROR, [&] {
+        RuleHandle& handle = rules->handle;
+        RuleHandle::History const history = handle.LoadHistory();
+        callrecording_state full = CALLRECORDING_STATE_INIT;
+        {
+            RuleHandle::Reader const reader(handle.Rules());
+            full.is_loaded = reader->WereRead() ? 1 : 0;
+            full.rule_count = static_cast<std::int32_t>(reader->rules.Rules().size());
+            full.loaded_time = reader->time;
+            constexpr std::size_t kDigits = 8;
+            CopyToBuffer(std::string_view(reader->digest).substr(0, kDigits), full.digits,
+                         sizeof full.digits);
+        }
+        full.failed_kind = static_cast<std::int32_t>(history.lastFailed.kind);
+        full.failed_time = history.lastFailedTime;
+        full.loads = history.loads;
+        full.failed_loads = history.failedLoads;
+        full.answers_yes = handle.Answers(AnswerKind::Yes);
+        full.answers_no = handle.Answers(AnswerKind::No);
+        full.answers_forbidden = handle.Answers(AnswerKind::Forbidden);
+        full.answers_error = handle.Answers(AnswerKind::Error);
+        CopyToBuffer(history.lastFailed.text, full.failed_text, sizeof full.failed_text);
+        return FillIn(state, full) ? CALLRECORDING_YES : CALLRECORDING_ERROR;
+    });
+}
+
+std::int32_t callrecording_decide_parties(callrecording_rules* rules,
+                                          callrecording_party const* caller,
+                                          callrecording_party const* called,
+                                          callrecording_rule const** rule) {
+    return Decided(
+        rules, rule,
+        [&](RuleHandle::Reader const& reader) {
+            std::optional<PartyCall> const call = CallOf(caller, called);
+            return call ? Answer(reader, reader->rules.Deciding(*call), OnForbidden::ReturnRule,
+                                 rule)
+                        : CALLRECORDING_ERROR;
+        });
 }
 
 std::int32_t callrecording_decide(callrecording_rules* rules, char const* caller,
                                   std::int32_t callerType, char const* called,
                                   std::int32_t calledType, callrecording_rule const** rule) {
+    return Decided(
+        rules, rule,
+        [&](RuleHandle::Reader const& reader) {
+            if (caller == nullptr || called == nullptr ||
+                !IsCallType(callerType, CALL_TYPE_NUMBER2) ||
+                !IsCallType(calledType, CALL_TYPE_NUMBER2))
+                return CALLRECORDING_ERROR;
+            CallParty const from = ReadCallParty(caller, static_cast<CallType>(callerType));
+            CallParty const to = ReadCallParty(called, static_cast<CallType>(calledType));
+            Call const call(from.params, from.type, to.params, to.type);
+            return Answer(reader, reader->rules.Deciding(call), OnForbidden::ReturnNothing, rule);
+        });
+}
+
+std::int32_t callrecording_rule_at(callrecording_rules* rules, std::int32_t place,
+                                   callrecording_rule const** rule) {
     if (rule != nullptr)
         *rule = nullptr;
-    if (rules == nullptr || caller == nullptr || called == nullptr ||
-        !IsCallType(callerType, CALL_TYPE_NUMBER2) || !IsCallType(calledType, CALL_TYPE_NUMBER2))
+    if (rules == nullptr || rule == nullptr)
         return CALLRECORDING_ERROR;
     return Guarded<std::int32_t>(CALLRECORDING_ERROR, [&] {
-        return Decide(rules->handle, ReadCallParty(caller, static_cast<CallType>(callerType)),
-                      ReadCallParty(called, static_cast<CallType>(calledType)), rule);
+        RuleHandle::Reader const reader(rules->handle.Rules());
+        auto const& all = reader->rules.Rules();
+        auto const at = static_cast<std::size_t>(place);
+        if (place < 0 || at >= all.size())
+            return CALLRECORDING_NO;
+        *rule = NewRuleForC(all[at], at);
+        return CALLRECORDING_YES;
     });
 }
 
 void callrecording_rule_free(callrecording_rule const* rule) {
-    delete static_cast<DecidingRuleForC const*>(rule);
+    std::free(const_cast<callrecording_rule*>(rule));
 }
 
-std::size_t callrecording_last_failure(callrecording_rules* rules, char* buffer, std::size_t size) {
-    std::string const noHandle = "out of memory"; // So short that it needs none.
-    if (rules != nullptr)
-        return rules->handle.CopyLastFailure(buffer, size);
-    CopyToBuffer(noHandle, buffer, size);
-    return noHandle.size();
-}
-
-std::int32_t callrecording_check_pattern(char const* pattern, std::int32_t callType,
-                                         std::size_t* position, char* reason, std::size_t size) {
-    PatternProblem problem{0, ""};
-    auto const answer = Guarded<std::int32_t>(CALLRECORDING_ERROR, [&] {
-        if (pattern == nullptr || !IsCallType(callType, CALL_TYPE_ANY))
+std::int32_t callrecording_explain(callrecording_rules* rules, callrecording_party const* caller,
+                                   callrecording_party const* called, std::int32_t place,
+                                   callrecording_explanation* explanation) {
+    if (rules == nullptr || explanation == nullptr)
+        return CALLRECORDING_ERROR;
+    return Guarded<std::int32_t>(CALLRECORDING_ERROR, [&] {
+        std::optional<PartyCall> const call = CallOf(caller, called);
+        if (!call)
             return CALLRECORDING_ERROR;
-        auto const type = static_cast<CallType>(callType);
-        if (auto found = ToStored(pattern, type).problem) {
-            problem = std::move(*found);
-            return CALLRECORDING_NO;
+        RuleHandle::Reader const reader(rules->handle.Rules());
+        auto const& all = reader->rules.Rules();
+        bool const isNearest = place == CALLRECORDING_NEAREST;
+        std::size_t const at =
+            isNearest ? PlaceOfNearestMiss(reader->rules, *call) : static_cast<std::size_t>(place);
+        callrecording_explanation full = CALLRECORDING_EXPLANATION_INIT;
+        if (place < CALLRECORDING_NEAREST || (at >= all.size() && !isNearest))
+            return CALLRECORDING_ERROR;
+        if (at >= all.size()) {
+            CopyToBuffer("there is no rule that does not take the call", full.reason,
+                         sizeof full.reason);
+            return FillIn(explanation, full) ? CALLRECORDING_NO : CALLRECORDING_ERROR;
         }
-        if (auto found = SuspectEntry(pattern, type)) {
-            problem = std::move(*found);
-            return CALLRECORDING_DOUBTFUL;
-        }
-        return CALLRECORDING_YES;
+        RuleFit const fit = FitOf(all[at], *call);
+        full.place = static_cast<std::int32_t>(at);
+        full.is_enabled = fit.isEnabled ? 1 : 0;
+        full.caller_matches = fit.caller.Matches() ? 1 : 0;
+        full.called_matches = fit.called.Matches() ? 1 : 0;
+        CopyToBuffer(fit.Reason(), full.reason, sizeof full.reason);
+        if (!FillIn(explanation, full))
+            return CALLRECORDING_ERROR;
+        return fit.Takes() ? CALLRECORDING_YES : CALLRECORDING_NO;
     });
-    if (position != nullptr)
-        *position = problem.position;
-    CopyToBuffer(problem.message, reason, size);
-    return answer;
 }

@@ -3,31 +3,12 @@
 #ifndef INSPECTION_CALLADDRESS_H
 #define INSPECTION_CALLADDRESS_H
 
-#include <array>
-#include <bitset>
 #include <string>
 #include <string_view>
 
+#include "calls/Cleanings.h"
+
 namespace CallRecordingUtils {
-
-/// What can stand around or in an address that a telephony process would hand over without it.
-enum Cleaning : std::size_t {
-    kCleaningBlanks,     // Before or behind it.
-    kCleaningName,       // "Alice" before <...>.
-    kCleaningBrackets,   // The < and > themselves.
-    kCleaningSip,        // sip: or sips:
-    kCleaningTel,        // tel:
-    kCleaningParameters, // ;user=phone and ?subject=x behind a host or a tel: number, ;tag=1 behind
-                         // >.
-    kCleaningSeparators, // Blanks, "-", "(" and ")" in a number; behind tel: also "."
-    kCleaningCount
-};
-
-/// One word for each, the same wherever it is told.
-constexpr std::array<char const*, kCleaningCount> kCleaningWords{
-    "blanks", "name", "brackets", "sip:", "tel:", "parameters", "separators"};
-
-using Cleanings = std::bitset<kCleaningCount>;
 
 /// An address as ReadCallParty takes it.
 struct CallAddress {

@@ -16,12 +16,23 @@
 
 namespace CallRecordingUtils {
 
+/// One side of a call whose texts are already put together. With type any only rule sides of type
+/// any see it.
+struct TypedText {
+    CallType type;
+    std::string_view address; // What rule sides of this type compare. It begins with user.
+    std::string_view user;    // What rule sides of type any compare.
+};
+
 /// Tests one side of a call against sides of rules. The texts that the tests need are put together
 /// once, however many rules there are.
 class CallSide {
   public:
     /// params must outlive the object.
     CallSide(CallParams const& params, CallType type);
+    /// The texts must outlive the object.
+    explicit CallSide(TypedText const& text)
+        : type_(text.type), addressForAny_(text.user), address_(text.address) {}
 
     CallSide(CallSide const&) = delete;
     CallSide& operator=(CallSide const&) = delete;

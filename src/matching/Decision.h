@@ -17,6 +17,9 @@ struct Call {
     Call(CallParams const& callerParams, CallType callerType, CallParams const& calledParams,
          CallType calledType)
         : caller(callerParams, callerType), called(calledParams, calledType) {}
+    /// The texts must outlive the object.
+    Call(TypedText const& callerText, TypedText const& calledText)
+        : caller(callerText), called(calledText) {}
 
     CallSide caller;
     CallSide called;

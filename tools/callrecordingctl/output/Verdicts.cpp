@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "inspection/Miss.h"
+#include "calls/Miss.h"
 #include "model/CallTypeNames.h"
 #include "model/RuleSides.h"
 #include "output/RuleText.h"

@@ -1,7 +1,7 @@
-// Where an address and a pattern part: what to tell a person who asks why a side does not match.
+// Where an address and a pattern part, for a person who asks why a side does not match.
 
-#ifndef INSPECTION_MISS_H
-#define INSPECTION_MISS_H
+#ifndef CALLS_MISS_H
+#define CALLS_MISS_H
 
 #include <cstddef>
 #include <string>
@@ -21,7 +21,7 @@ struct Miss {
 /// the result.
 Miss FindMiss(std::string_view address, std::string_view pattern);
 
-/// Says it in words, for a person who reads patterns in the entry form.
+/// Describes the miss to a person who reads patterns in the entry form.
 std::string MissText(std::string_view address, Miss const& miss);
 
 } // namespace CallRecordingUtils

@@ -1,6 +1,6 @@
 // Reads the pattern element by element, from every position of the address at once.
 
-#include "inspection/Miss.h"
+#include "calls/Miss.h"
 
 #include <vector>
 
@@ -28,22 +28,22 @@ bool Takes(std::string_view address, std::string_view pattern, Element const& el
            AdmitsCandidate(ItemsOf(pattern, element), address.substr(begin, end - begin), consumed);
 }
 
-/// The positions behind element, where it begins at one of from.
-Positions Behind(std::string_view address, std::string_view pattern, Element const& element,
+/// The positions at which element can end when it begins at one of from.
+Positions EndsOf(std::string_view address, std::string_view pattern, Element const& element,
                  Positions const& from) {
-    Positions behind(from.size(), false);
+    Positions ends(from.size(), false);
     std::size_t const longest = element.construct == Construct::Range
                                     ? CandidateLengths(ItemsOf(pattern, element)).longest
                                     : address.size();
     for (std::size_t begin = 0; begin < from.size(); ++begin)
         for (std::size_t end = begin; from[begin] && end < from.size() && end - begin <= longest;
              ++end)
-            if (!behind[end] && Takes(address, pattern, element, begin, end))
-                behind[end] = true;
-    return behind;
+            if (!ends[end] && Takes(address, pattern, element, begin, end))
+                ends[end] = true;
+    return ends;
 }
 
-/// The last of positions; their number when there is none.
+/// The last one of positions; their number when there is none.
 std::size_t LastOf(Positions const& positions) {
     std::size_t at = positions.size();
     while (at > 0 && !positions[at - 1])
@@ -67,10 +67,10 @@ Miss FindMiss(std::string_view address, std::string_view pattern) {
             return {LastOf(positions), {}};
         if (element.construct == Construct::Unclosed)
             return {LastOf(positions), pattern.substr(at)};
-        Positions behind = Behind(address, pattern, element, positions);
-        if (LastOf(behind) == behind.size())
+        Positions ends = EndsOf(address, pattern, element, positions);
+        if (LastOf(ends) == ends.size())
             return {LastOf(positions), pattern.substr(at, element.end - at)};
-        positions = std::move(behind);
+        positions = std::move(ends);
         at = element.end;
     }
 }
@@ -80,7 +80,7 @@ std::string MissText(std::string_view address, Miss const& miss) {
     bool const isStored = miss.wanted.find_first_of(kEntryFormOnly) == std::string_view::npos;
     std::string const wanted = isStored ? ToEntryForm(miss.wanted) : std::string(miss.wanted);
     if (miss.wanted.empty())
-        return "goes on with " + InQuotes(rest) + " behind the pattern";
+        return "goes on with " + InQuotes(rest) + " after the end of the pattern";
     if (rest.empty())
         return "ends where " + wanted + " is still to come";
     bool const isRun = miss.wanted.front() == '<';
