@@ -8,7 +8,6 @@
 #include <cstring>
 #include <memory>
 #include <new>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -82,23 +81,17 @@ std::string_view TextOf(char const* bytes, std::size_t length) {
     return {bytes, length == CALLRECORDING_NUL_TERMINATED ? std::strlen(bytes) : length};
 }
 
-std::optional<SideTexts> SideOf(callrecording_party const* party) {
-    if (party == nullptr || party->size < sizeof *party)
-        return std::nullopt;
-    if (party->text != nullptr)
-        return SideTexts(ReadParty(TextOf(party->text, party->text_length)));
-    return SideTexts(ReadParty(TextOf(party->user, party->user_length),
-                               TextOf(party->host, party->host_length),
-                               TextOf(party->port, party->port_length)));
+bool IsGiven(callrecording_party const* party) {
+    return party != nullptr && party->size >= sizeof *party;
 }
 
-std::optional<PartyCall> CallOf(callrecording_party const* caller,
-                                callrecording_party const* called) {
-    std::optional<SideTexts> callerSide = SideOf(caller);
-    std::optional<SideTexts> calledSide = SideOf(called);
-    if (!callerSide || !calledSide)
-        return std::nullopt;
-    return PartyCall{std::move(*callerSide), std::move(*calledSide)};
+/// REQUIRES: IsGiven(&party).
+SideTexts SideOf(callrecording_party const& party) {
+    if (party.text != nullptr)
+        return SideTexts(ReadParty(TextOf(party.text, party.text_length)));
+    return SideTexts(ReadParty(TextOf(party.user, party.user_length),
+                               TextOf(party.host, party.host_length),
+                               TextOf(party.port, party.port_length)));
 }
 
 // --- Decisions ---
@@ -139,6 +132,28 @@ std::int32_t Decided(callrecording_rules* rules, callrecording_rule const** rule
     return answer;
 }
 
+// --- Explanations ---
+
+std::int32_t Explain(CallRecordingRuleParams const& rule, std::size_t place, PartyCall const& call,
+                     callrecording_explanation* explanation) {
+    RuleFit const fit = FitOf(rule, call);
+    callrecording_explanation full = CALLRECORDING_EXPLANATION_INIT;
+    full.place = static_cast<std::int32_t>(place);
+    full.is_enabled = fit.isEnabled ? 1 : 0;
+    full.caller_matches = fit.caller.Matches() ? 1 : 0;
+    full.called_matches = fit.called.Matches() ? 1 : 0;
+    CopyToBuffer(fit.Reason(), full.reason, sizeof full.reason);
+    if (!FillIn(explanation, full))
+        return CALLRECORDING_ERROR;
+    return fit.Takes() ? CALLRECORDING_YES : CALLRECORDING_NO;
+}
+
+std::int32_t ExplainNone(callrecording_explanation* explanation) {
+    callrecording_explanation full = CALLRECORDING_EXPLANATION_INIT;
+    CopyToBuffer("every rule takes the call, or there are none", full.reason, sizeof full.reason);
+    return FillIn(explanation, full) ? CALLRECORDING_NO : CALLRECORDING_ERROR;
+}
+
 // --- Loading ---
 
 std::string RuleFilePathOf(char const* directory) {
@@ -172,6 +187,26 @@ std::int32_t Loaded(callrecording_rules* rules, callrecording_failure* failure, 
         default: return CALLRECORDING_ERROR;
         }
     });
+}
+
+// --- State ---
+
+void AddLoaded(RuleHandle& handle, callrecording_state& state) {
+    constexpr std::size_t kDigits = 8;
+    RuleHandle::Reader const reader(handle.Rules());
+    state.is_loaded = reader->WereRead() ? 1 : 0;
+    state.rule_count = static_cast<std::int32_t>(reader->rules.Rules().size());
+    state.loaded_time = reader->time;
+    CopyToBuffer(std::string_view(reader->digest).substr(0, kDigits), state.digits,
+                 sizeof state.digits);
+}
+
+void AddHistory(RuleHandle::History const& history, callrecording_state& state) {
+    state.loads = history.loads;
+    state.failed_loads = history.failedLoads;
+    state.failed_kind = static_cast<std::int32_t>(history.lastFailed.kind);
+    state.failed_time = history.lastFailedTime;
+    CopyToBuffer(history.lastFailed.text, state.failed_text, sizeof state.failed_text);
 }
 
 } // namespace
@@ -234,27 +269,13 @@ std::int32_t callrecording_get_state(callrecording_rules* rules, callrecording_s
     if (rules == nullptr || state == nullptr)
         return CALLRECORDING_ERROR;
     return Guarded<std::int32_t>(CALLRECORDING_ERROR, [&] {
-        RuleHandle& handle = rules->handle;
-        RuleHandle::History const history = handle.LoadHistory();
         callrecording_state full = CALLRECORDING_STATE_INIT;
-        {
-            RuleHandle::Reader const reader(handle.Rules());
-            full.is_loaded = reader->WereRead() ? 1 : 0;
-            full.rule_count = static_cast<std::int32_t>(reader->rules.Rules().size());
-            full.loaded_time = reader->time;
-            constexpr std::size_t kDigits = 8;
-            CopyToBuffer(std::string_view(reader->digest).substr(0, kDigits), full.digits,
-                         sizeof full.digits);
-        }
-        full.failed_kind = static_cast<std::int32_t>(history.lastFailed.kind);
-        full.failed_time = history.lastFailedTime;
-        full.loads = history.loads;
-        full.failed_loads = history.failedLoads;
-        full.answers_yes = handle.Answers(AnswerKind::Yes);
-        full.answers_no = handle.Answers(AnswerKind::No);
-        full.answers_forbidden = handle.Answers(AnswerKind::Forbidden);
-        full.answers_error = handle.Answers(AnswerKind::Error);
-        CopyToBuffer(history.lastFailed.text, full.failed_text, sizeof full.failed_text);
+        AddLoaded(rules->handle, full);
+        AddHistory(rules->handle.LoadHistory(), full);
+        full.answers_yes = rules->handle.Answers(AnswerKind::Yes);
+        full.answers_no = rules->handle.Answers(AnswerKind::No);
+        full.answers_forbidden = rules->handle.Answers(AnswerKind::Forbidden);
+        full.answers_error = rules->handle.Answers(AnswerKind::Error);
         return FillIn(state, full) ? CALLRECORDING_YES : CALLRECORDING_ERROR;
     });
 }
@@ -266,10 +287,10 @@ std::int32_t callrecording_decide_parties(callrecording_rules* rules,
     return Decided(
         rules, rule,
         [&](RuleHandle::Reader const& reader) {
-            std::optional<PartyCall> const call = CallOf(caller, called);
-            return call ? Answer(reader, reader->rules.Deciding(*call), OnForbidden::ReturnRule,
-                                 rule)
-                        : CALLRECORDING_ERROR;
+            if (!IsGiven(caller) || !IsGiven(called))
+                return CALLRECORDING_ERROR;
+            PartyCall const call{SideOf(*caller), SideOf(*called)};
+            return Answer(reader, reader->rules.Deciding(call), OnForbidden::ReturnRule, rule);
         });
 }
 
@@ -314,33 +335,18 @@ void callrecording_rule_free(callrecording_rule const* rule) {
 std::int32_t callrecording_explain(callrecording_rules* rules, callrecording_party const* caller,
                                    callrecording_party const* called, std::int32_t place,
                                    callrecording_explanation* explanation) {
-    if (rules == nullptr || explanation == nullptr)
+    if (rules == nullptr || explanation == nullptr || !IsGiven(caller) || !IsGiven(called) ||
+        place < CALLRECORDING_NEAREST)
         return CALLRECORDING_ERROR;
     return Guarded<std::int32_t>(CALLRECORDING_ERROR, [&] {
-        std::optional<PartyCall> const call = CallOf(caller, called);
-        if (!call)
-            return CALLRECORDING_ERROR;
+        PartyCall const call{SideOf(*caller), SideOf(*called)};
         RuleHandle::Reader const reader(rules->handle.Rules());
-        auto const& all = reader->rules.Rules();
+        RuleSet const& set = reader->rules;
         bool const isNearest = place == CALLRECORDING_NEAREST;
         std::size_t const at =
-            isNearest ? PlaceOfNearestMiss(reader->rules, *call) : static_cast<std::size_t>(place);
-        callrecording_explanation full = CALLRECORDING_EXPLANATION_INIT;
-        if (place < CALLRECORDING_NEAREST || (at >= all.size() && !isNearest))
-            return CALLRECORDING_ERROR;
-        if (at >= all.size()) {
-            CopyToBuffer("there is no rule that does not take the call", full.reason,
-                         sizeof full.reason);
-            return FillIn(explanation, full) ? CALLRECORDING_NO : CALLRECORDING_ERROR;
-        }
-        RuleFit const fit = FitOf(all[at], *call);
-        full.place = static_cast<std::int32_t>(at);
-        full.is_enabled = fit.isEnabled ? 1 : 0;
-        full.caller_matches = fit.caller.Matches() ? 1 : 0;
-        full.called_matches = fit.called.Matches() ? 1 : 0;
-        CopyToBuffer(fit.Reason(), full.reason, sizeof full.reason);
-        if (!FillIn(explanation, full))
-            return CALLRECORDING_ERROR;
-        return fit.Takes() ? CALLRECORDING_YES : CALLRECORDING_NO;
+            isNearest ? PlaceOfNearestMiss(set, call) : static_cast<std::size_t>(place);
+        if (at < set.Rules().size())
+            return Explain(set.Rules()[at], at, call, explanation);
+        return isNearest ? ExplainNone(explanation) : CALLRECORDING_ERROR;
     });
 }

@@ -11,12 +11,16 @@ namespace CallRecordingUtils {
 namespace {
 
 constexpr auto kNone = std::string_view::npos;
-constexpr std::string_view kBlanks = " \t\r\n";
-constexpr std::string_view kSeparators = " \t-.()";
-constexpr std::string_view kSymbolsOfNumbers = "+*#";
 
+// Comparisons, not searches in a text: these are asked of each byte of each call.
+constexpr bool IsBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+constexpr bool IsSeparator(char c) {
+    return c == ' ' || c == '\t' || c == '-' || c == '.' || c == '(' || c == ')';
+}
 constexpr bool IsNumberCharacter(char c) {
-    return IsDigit(c) || Contains(kSymbolsOfNumbers, c);
+    return IsDigit(c) || c == '+' || c == '*' || c == '#';
 }
 
 constexpr char ToLower(char c) {
@@ -24,10 +28,11 @@ constexpr char ToLower(char c) {
 }
 
 std::string_view Trimmed(std::string_view text) {
-    std::size_t const first = text.find_first_not_of(kBlanks);
-    if (first == kNone)
-        return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+    while (!text.empty() && IsBlank(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && IsBlank(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
 
 bool IsPort(std::string_view text) {
@@ -72,8 +77,7 @@ std::string ReadUser(std::string_view written, bool isTel, Cleanings& cleanings)
             user += Decoded(written.substr(end));
     }
     if (isTel || (!user.empty() && user.front() == '+')) {
-        auto const kept = std::remove_if(user.begin(), user.end(),
-                                         [](char c) { return Contains(kSeparators, c); });
+        auto const kept = std::remove_if(user.begin(), user.end(), IsSeparator);
         if (kept != user.end())
             cleanings.set(kCleaningSeparators);
         user.erase(kept, user.end());
@@ -105,13 +109,29 @@ std::string LowerCase(std::string_view text) {
 
 // --- Whole addresses ---
 
-/// Returns how long the URI scheme is that text begins with, its ":" included; 0 without one.
+enum class Scheme { None, Sip, Tel, Other };
+
+/// Returns how long the name of the URI scheme is that text begins with, its ":" included; 0
+/// without one.
 std::size_t SchemeLength(std::string_view text) {
-    std::size_t at = 0;
-    while (at < text.size() &&
-           (IsLetter(text[at]) || (at > 0 && (IsDigit(text[at]) || Contains("+.-", text[at])))))
+    if (text.empty() || !IsLetter(text.front()))
+        return 0;
+    std::size_t at = 1;
+    while (at < text.size() && (IsLetter(text[at]) || IsDigit(text[at]) || text[at] == '+' ||
+                                text[at] == '.' || text[at] == '-'))
         ++at;
-    return at > 0 && at < text.size() && text[at] == ':' ? at + 1 : 0;
+    return at < text.size() && text[at] == ':' ? at + 1 : 0;
+}
+
+Scheme SchemeNamed(std::string_view name) {
+    auto const is = [name](std::string_view other) {
+        return std::equal(name.begin(), name.end(), other.begin(), other.end(),
+                          [](char a, char b) { return ToLower(a) == b; });
+    };
+    return name.empty()                ? Scheme::None
+           : is("sip:") || is("sips:") ? Scheme::Sip
+           : is("tel:")                ? Scheme::Tel
+                                       : Scheme::Other;
 }
 
 class AddressReader {
@@ -122,16 +142,15 @@ class AddressReader {
     Party Read() {
         ShortenTo(Trimmed(rest_), kCleaningBlanks);
         LeaveBrackets();
-        std::string const scheme = LowerCase(rest_.substr(0, SchemeLength(rest_)));
-        bool const isTel = scheme == "tel:";
-        bool const isSip = scheme == "sip:" || scheme == "sips:";
-        if (isTel || isSip)
-            ShortenTo(rest_.substr(scheme.size()), isTel ? kCleaningTel : kCleaningSip);
-        else if (!scheme.empty())
+        std::size_t const length = SchemeLength(rest_);
+        Scheme const scheme = SchemeNamed(rest_.substr(0, length));
+        if (scheme == Scheme::Other)
             return {ReadUser(rest_, false, cleanings_), {}, {}};
+        bool const isTel = scheme == Scheme::Tel;
+        ShortenTo(rest_.substr(length), isTel ? kCleaningTel : kCleaningSip);
         ShortenTo(Trimmed(rest_), kCleaningBlanks);
         CutParameters(isTel);
-        return Divide(isTel, isSip);
+        return Divide(isTel, scheme == Scheme::Sip);
     }
 
   private:

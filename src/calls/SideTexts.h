@@ -22,20 +22,21 @@ class SideTexts {
   public:
     /// Number sees a user that is a number, SIP sees user@host:port if there is a host, any sees
     /// the user, number2 sees nothing. What patterns store as codes becomes the codes.
-    explicit SideTexts(Party const& party);
+    explicit SideTexts(Party party);
 
     /// The typed question: the address is compared byte for byte. A SIP address is user@host or
     /// user@host:port. REQUIRES: type is not any.
     SideTexts(std::string_view address, CallType type);
 
     /// Whether the side is a party.
-    bool IsParty() const { return isParty_; }
+    bool IsParty() const { return party_.has_value(); }
 
     /// What a side of a rule with this type is compared with; nothing when it takes no such call.
     std::optional<std::string_view> SeenBy(CallType ruleType) const;
 
-    /// The same text as it was dialled, for people: codes stand in the same places.
-    std::string_view Shown(CallType ruleType) const;
+    /// The same text as it was dialled, for people: each byte stands where its code does. Empty
+    /// when SeenBy has nothing.
+    std::string Shown(CallType ruleType) const;
 
     /// Typed sides which together see what this side sees: a rule side is satisfied by this side
     /// if and only if it is satisfied by one of them. They borrow the texts.
@@ -46,16 +47,13 @@ class SideTexts {
     TypedSides Typed() const;
 
   private:
-    std::string_view User(std::string const& whole) const {
-        return std::string_view(whole).substr(0, userSize_);
-    }
+    std::string_view User() const { return std::string_view(whole_).substr(0, userSize_); }
     bool Sees(CallType type) const { return sees_[static_cast<std::size_t>(type)]; }
 
-    std::string whole_; // The user, and "@host:port" where SIP sees it; with codes.
-    std::string shown_; // The same without codes.
-    std::size_t userSize_ = 0;
+    std::optional<Party> party_; // Of a typed address nothing.
+    std::string whole_;          // The user, and "@host:port" where SIP sees it; with codes.
+    std::size_t userSize_;
     std::array<bool, 3> sees_{}; // By call type: number, SIP, number2.
-    bool isParty_;
 };
 
 } // namespace CallRecordingUtils
