@@ -12,6 +12,8 @@
 #include "calls/RuleSet.h"
 #include "common/Sha256.h"
 #include "matching/PatternMatcher.h"
+#include "model/BasicView.h"
+#include "model/RuleSides.h"
 #include "model/SipAddress.h"
 
 namespace CallRecordingUtils {
@@ -381,6 +383,30 @@ TEST(ForbidsRecording, IsExact) {
     }
     rule.record_to = "never:";
     EXPECT_TRUE(ForbidsRecording(rule));
+}
+
+TEST(BasicView, TellsWhichBansItDoesNotEnforce) {
+    CallRecordingRuleParams ban;
+    ban.caller_pattern = "*";
+    ban.called_pattern = "12";
+    ban.called_call_type = CALL_TYPE_NUMBER;
+    ban.record_to = kNeverRecord;
+    CallRecordingRuleParams const twin = Mirrored(ban);
+    CallRecordingRuleParams other = twin;
+    other.record_to = "archive";
+    CallRecordingRuleParams sip = ban;
+    sip.called_call_type = CALL_TYPE_SIP;
+    CallRecordingRuleParams disabled = ban;
+    disabled.recording_rule_state = RULE_DISABLED;
+    using Places = std::vector<std::size_t>;
+    EXPECT_EQ(BansMissingFromBasicView({}), Places{});
+    EXPECT_EQ(BansMissingFromBasicView({ban, twin}), Places{});
+    EXPECT_EQ(BansMissingFromBasicView({ban}), Places{0});
+    EXPECT_EQ(BansMissingFromBasicView({ban, other}), Places{0});
+    EXPECT_EQ(BansMissingFromBasicView({other, ban}), Places{1});
+    EXPECT_EQ(BansMissingFromBasicView({sip, ban, twin}), Places{0});
+    EXPECT_EQ(BansMissingFromBasicView({disabled, Mirrored(disabled)}), Places{});
+    EXPECT_EQ(BansMissingFromBasicView({ban, twin, other}), (Places{0, 1}));
 }
 
 TEST(Sha256, MatchesTheStandardsExamples) {

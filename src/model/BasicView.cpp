@@ -2,6 +2,8 @@
 
 #include "model/BasicView.h"
 
+#include <set>
+
 #include "model/RuleSides.h"
 
 namespace CallRecordingUtils {
@@ -13,6 +15,19 @@ bool AreDirectEqual(CallRecordingRuleParams const& a, CallRecordingRuleParams co
 
 bool AreCrossedEqual(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b) {
     return AreTwins(a, b) && HaveEqualSettings(a, b);
+}
+
+bool HasKey(CallRecordingRuleParams const& rule) {
+    return rule.called_call_type == CALL_TYPE_NUMBER || rule.caller_call_type == CALL_TYPE_NUMBER;
+}
+
+/// REQUIRES: HasKey(rule).
+std::string const& KeyOf(CallRecordingRuleParams const& rule) {
+    return rule.called_call_type == CALL_TYPE_NUMBER ? rule.called_pattern : rule.caller_pattern;
+}
+
+bool IsBan(CallRecordingRuleParams const& rule) {
+    return rule.recording_rule_state == RULE_ENABLED && ForbidsRecording(rule);
 }
 
 bool AcceptsEveryone(RuleSide const& side) {
@@ -53,15 +68,15 @@ bool SaysTheSame(CallRecordingRuleParams const& rule, CallRecordingRuleMapParams
 }
 
 void BasicView::Add(CallRecordingRuleParams const& rule) {
-    bool const keyedOnCalled = rule.called_call_type == CALL_TYPE_NUMBER;
-    if (!keyedOnCalled && rule.caller_call_type != CALL_TYPE_NUMBER) {
+    if (!HasKey(rule)) {
         hasAdvancedRules_ = true;
         return;
     }
+    bool const keyedOnCalled = rule.called_call_type == CALL_TYPE_NUMBER;
     CallType const other = keyedOnCalled ? rule.caller_call_type : rule.called_call_type;
     if (other != CALL_TYPE_ANY)
         hasAdvancedRules_ = true;
-    Merge(keyedOnCalled ? rule.called_pattern : rule.caller_pattern, rule);
+    Merge(KeyOf(rule), rule);
 }
 
 void BasicView::Merge(std::string const& keyPattern, CallRecordingRuleParams const& rule) {
@@ -86,6 +101,23 @@ std::vector<CallRecordingRuleParams> BasicView::Rules() const {
             rules.back().recording_rule_state = RULE_NOT_SHOWABLE;
     }
     return rules;
+}
+
+std::vector<std::size_t>
+BansMissingFromBasicView(std::vector<CallRecordingRuleParams> const& rules) {
+    BasicView view;
+    for (CallRecordingRuleParams const& rule : rules)
+        view.Add(rule);
+    std::set<std::string> enforced;
+    for (CallRecordingRuleParams const& rule : view.Rules())
+        if (IsBan(rule))
+            enforced.insert(KeyOf(rule));
+    std::vector<std::size_t> missing;
+    for (std::size_t place = 0; place < rules.size(); ++place)
+        if (IsBan(rules[place]) &&
+            (!HasKey(rules[place]) || enforced.count(KeyOf(rules[place])) == 0))
+            missing.push_back(place);
+    return missing;
 }
 
 } // namespace CallRecordingUtils

@@ -3,6 +3,7 @@
 #ifndef MODEL_BASICVIEW_H
 #define MODEL_BASICVIEW_H
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -39,6 +40,13 @@ class BasicView {
     std::map<std::string, CallRecordingRuleMapParams> entries_; // By key pattern.
     bool hasAdvancedRules_ = false;
 };
+
+/// Returns the places, counted from 0, of the enabled rules that forbid recording and that the
+/// basic view does not enforce: it leaves them out, or cannot show them, because their twin is
+/// missing or says something else, such as where to record to. Who asks the rules in the order of
+/// the file loses none of them.
+std::vector<std::size_t>
+BansMissingFromBasicView(std::vector<CallRecordingRuleParams> const& rules);
 
 } // namespace CallRecordingUtils
 
