@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the library in WORK-DIR as other projects use it: as a subproject, on a platform from an SDK, and as an
-# installed static library. Each time, a program links it and runs.
+# installed static library; each also from a project that knows no language but C. Each time, a program links
+# it and runs.
 # Usage: check-dependency.sh WORK-DIR [CMAKE-OPTION...]
 set -euo pipefail
 
@@ -31,6 +32,11 @@ cmake --install "$work/subproject" --prefix "$work/prefix"
 only_the_library "$work/prefix"
 [ ! -e "$work/prefix/share" ]
 
+echo "As a subproject of a project in C:"
+configure -S "$source/tests/c_only" -B "$work/c-subproject" "$@"
+cmake --build "$work/c-subproject" -j"$(nproc)"
+decides "$work/c-subproject/decide_call"
+
 echo "As a static library:"
 configure -S "$source" -B "$work/static" -DBUILD_SHARED_LIBS=OFF \
     -DCALLRECORDINGUTILS_BUILD_{CLIENT,TESTS,EXAMPLES}=OFF "$@"
@@ -45,3 +51,6 @@ export PKG_CONFIG_PATH=$work/prefix/lib/pkgconfig
 read -ra flags < <(pkg-config --cflags --libs --static callrecordingutils)
 "${CXX:-g++}" -std=c++17 "$source/examples/decide_call.cpp" "${flags[@]}" -o "$work/decide_call"
 decides "$work/decide_call"
+configure -S "$source/tests/c_only" -B "$work/c-client" -DINSTALLED=ON -DCMAKE_PREFIX_PATH="$work/prefix" "$@"
+cmake --build "$work/c-client"
+decides "$work/c-client/decide_call"

@@ -80,7 +80,8 @@ inline constexpr char const* kNeverRecord = "never:";
 ///     if (assistant.IsCallRecordingAllowed(caller, callerType, called, calledType, &rule) &&
 ///         !ForbidsRecording(rule))
 ///
-/// The interface in C does that itself.
+/// The interface in C does that itself. In the basic view a rule that forbids becomes one that
+/// never matches if its twin is missing or says something else, so decide in the advanced view.
 inline bool ForbidsRecording(CallRecordingRuleParams const& rule) {
     return rule.record_to == kNeverRecord;
 }

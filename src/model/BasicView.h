@@ -42,9 +42,9 @@ class BasicView {
 };
 
 /// Returns the places, counted from 0, of the enabled rules that forbid recording and that the
-/// basic view does not enforce: it leaves them out, or cannot show them, because their twin is
-/// missing or says something else, such as where to record to. Who asks the rules in the order of
-/// the file loses none of them.
+/// basic view does not list as enabled: it leaves them out, or cannot show them, because their twin
+/// is missing or says something else, such as where to record to. Who asks the rules in the order
+/// of the file loses none of them.
 std::vector<std::size_t>
 BansMissingFromBasicView(std::vector<CallRecordingRuleParams> const& rules);
 
