@@ -48,9 +48,9 @@ extern "C" {
 #pragma GCC visibility push(default) /* For the build of the library. */
 
 /* The version of this header, which the build takes for that of the library. */
-#define CALLRECORDING_VERSION_MAJOR 1
-#define CALLRECORDING_VERSION_MINOR 0
-#define CALLRECORDING_VERSION_PATCH 0
+#define CALLRECORDING_VERSION_MAJOR 1 /**< Of this header. */
+#define CALLRECORDING_VERSION_MINOR 0 /**< Of this header. */
+#define CALLRECORDING_VERSION_PATCH 0 /**< Of this header. */
 /** The version of this header, 1.2.3 as 10203; callrecording_version() has that of the library. */
 #define CALLRECORDING_VERSION                                                                      \
     (CALLRECORDING_VERSION_MAJOR * 10000 + CALLRECORDING_VERSION_MINOR * 100 +                     \
