@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Fuzzes patterns, their analysis, parties and the sectioned file with clang's libFuzzer, each for the given time, starting with
-# the inputs in fuzz/corpus. Interesting new inputs go to build-fuzz/corpus, and the next run uses them, too. Stops at
-# the first finding, and names the file that reproduces it.
+# Fuzzes patterns, their analysis, parties and the sectioned file with clang's libFuzzer, each for the given time,
+# starting with the inputs in fuzz/corpus. Interesting new inputs go to build-fuzz/corpus, and the next run uses them,
+# too. Stops at the first finding, and names the file that reproduces it.
 # Usage: fuzz.sh [SECONDS-PER-TARGET]   (60)
 set -euo pipefail
 

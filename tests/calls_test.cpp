@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "calls/Party.h"
+#include "calls/PartyPatterns.h"
 #include "calls/RuleFit.h"
 #include "calls/RuleSet.h"
 #include "common/Sha256.h"
@@ -291,6 +292,12 @@ TEST(RuleSet, DecidesPartiesAsAPlainReadingDoes) {
                                                           rules[plain].called_call_type, called)))
                 ++plain;
             takers += plain < rules.size() ? 1 : 0;
+            if (plain < rules.size()) {
+                ASSERT_EQ(
+                    WhyNoPartyMatches(rules[plain].called_pattern, rules[plain].called_call_type),
+                    nullptr)
+                    << rules[plain].called_pattern;
+            }
             PartyCall const asked{SideTexts(make.ReadBack(caller)),
                                   SideTexts(make.ReadBack(called))};
             auto const* const rule = set.Deciding(asked);
@@ -359,6 +366,32 @@ TEST(RuleFit, SaysWhatIsInTheWay) {
     rule.called_call_type = CALL_TYPE_ANY;
     rule.called_pattern = "";
     EXPECT_EQ(reason("22*", "1"), "disabled; called does not match an empty pattern");
+}
+
+TEST(PartyPatterns, NameWhatNoPartyHas) {
+    struct {
+        char const* pattern;
+        CallType type;
+        char const* reason; // The start of it; null for none.
+    } const rows[] = {
+        {"", CALL_TYPE_ANY, "is empty"},
+        {"*", CALL_TYPE_ANY, nullptr},
+        {"A%b", CALL_TYPE_ANY, nullptr},
+        {"*", CALL_TYPE_NUMBER2, "is of type number2"},
+        {"+49[a,1]#<1-3>*", CALL_TYPE_NUMBER, nullptr},
+        {"213%1", CALL_TYPE_NUMBER, "asks for"},
+        {"*a", CALL_TYPE_NUMBER, "asks for"},
+        {"1]a", CALL_TYPE_NUMBER, nullptr}, // The matcher stops before the letter.
+        {"201", CALL_TYPE_SIP, "has no"},
+        {"A@pbx[A]:*", CALL_TYPE_SIP, nullptr},
+        {"*@Pbx", CALL_TYPE_SIP, "has a capital"},
+        {"1]@Pbx", CALL_TYPE_SIP, nullptr},
+    };
+    for (auto const& [pattern, type, reason] : rows) {
+        char const* const found = WhyNoPartyMatches(pattern, type);
+        ASSERT_EQ(found == nullptr, reason == nullptr) << pattern;
+        EXPECT_TRUE(found == nullptr || std::string(found).rfind(reason, 0) == 0) << found;
+    }
 }
 
 TEST(RuleFit, FindsTheNearestMiss) {

@@ -40,7 +40,7 @@ RuleHandle::Outcome RuleHandle::Reload() {
     if (path_.empty())
         return {Result::Failed,
                 {LoadFailure::Kind::Other, "these rules come from a text, so there is no file"}};
-    MutexGuard const guard(loading_);
+    std::lock_guard<std::mutex> const guard(loading_);
     return Attempt(Replacing::Always,
                    [this](FileStamp& stamp) { return ReadRulesOfFile(path_, stamp); });
 }
@@ -52,13 +52,11 @@ RuleHandle::Outcome RuleHandle::ReloadIfChanged() {
         MutexGuard const guard(mutex_);
         return {seen_.result == Result::Failed ? Result::Failed : Result::Unchanged, history_.last};
     }
-    if (isReloading_.exchange(true))
+    std::unique_lock<std::mutex> const lock(loading_, std::try_to_lock);
+    if (!lock.owns_lock())
         return {Result::Unchanged, {}};
-    MutexGuard const guard(loading_);
-    Outcome outcome = Attempt(Replacing::IfOther,
-                              [this](FileStamp& stamp) { return ReadRulesOfFile(path_, stamp); });
-    isReloading_ = false;
-    return outcome;
+    return Attempt(Replacing::IfOther,
+                   [this](FileStamp& stamp) { return ReadRulesOfFile(path_, stamp); });
 }
 
 /// A failed attempt is repeated only where another outcome is possible: a file that is malformed
@@ -73,7 +71,7 @@ bool RuleHandle::MayHaveChanged() {
 }
 
 RuleHandle::Outcome RuleHandle::Load(std::string_view text) {
-    MutexGuard const guard(loading_);
+    std::lock_guard<std::mutex> const guard(loading_);
     return Attempt(Replacing::Always, [text](FileStamp&) { return ReadRulesOfText(text); });
 }
 

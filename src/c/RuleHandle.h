@@ -3,9 +3,9 @@
 #ifndef C_RULEHANDLE_H
 #define C_RULEHANDLE_H
 
-#include <atomic>
 #include <cstddef>
 #include <ctime>
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -38,7 +38,7 @@ class RuleHandle {
     Outcome Reload();
 
     /// Reads the file if it is another one than at the last attempt. The rest is as with Reload.
-    /// While another thread does this it returns at once: Unchanged.
+    /// While another thread reads rules it returns at once: Unchanged.
     Outcome ReloadIfChanged();
 
     /// Takes the rules of a text instead of the file's.
@@ -81,8 +81,7 @@ class RuleHandle {
     bool Holds(LoadedRules const& loaded);
 
     std::string const path_;
-    ThreadMutex loading_; // Held while rules are read and put in place.
-    std::atomic<bool> isReloading_{false};
+    std::mutex loading_; // Held while rules are read and put in place.
     Published<LoadedRules> rules_;
 
     ThreadMutex mutex_; // Guards what follows, for a moment at a time.
