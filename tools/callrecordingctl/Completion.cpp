@@ -9,7 +9,6 @@
 #include "Failure.h"
 #include "Rules.h"
 #include "administration/inspection/Digest.h"
-#include "administration/inspection/MemoryFile.h"
 #include "administration/inspection/ReadRules.h"
 #include "model/CallTypeNames.h"
 #include "output/RuleText.h"

@@ -10,7 +10,6 @@
 #include <host/AtomicFile.h>
 
 #include "administration/edit/NewText.h"
-#include "administration/inspection/MemoryFile.h"
 #include "administration/inspection/ReadRules.h"
 #include "common/Error.h"
 #include "model/RuleSides.h"

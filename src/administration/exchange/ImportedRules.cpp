@@ -7,8 +7,8 @@
 #include <fmt/format.h>
 
 #include "administration/edit/SideFields.h"
-#include "administration/inspection/MemoryFile.h"
 #include "administration/inspection/ReadRules.h"
+#include "common/MemoryFile.h"
 #include "model/CallTypeNames.h"
 #include "text/Printable.h"
 #include "validation/SidePattern.h"

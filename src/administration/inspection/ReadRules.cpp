@@ -11,8 +11,8 @@
 
 #include <host/AtomicFile.h>
 
-#include "administration/inspection/MemoryFile.h"
 #include "common/Error.h"
+#include "common/MemoryFile.h"
 #include "database/RuleFile.h"
 
 namespace CallRecordingUtils {

@@ -10,7 +10,6 @@
 #include "administration/history/History.h"
 #include "administration/history/When.h"
 #include "administration/inspection/Digest.h"
-#include "administration/inspection/MemoryFile.h"
 #include "administration/inspection/ReadRules.h"
 #include "commands/Registry.h"
 #include "output/EditReport.h"

@@ -15,7 +15,6 @@
 #include <fmt/format.h>
 
 #include "administration/inspection/Digest.h"
-#include "administration/inspection/MemoryFile.h"
 #include "administration/inspection/ReadRules.h"
 #include "commands/RecordEdit.h"
 #include "database/RuleFileLock.h"
