@@ -235,7 +235,10 @@ int32_t callrecording_reload(callrecording_rules* rules, callrecording_failure* 
  * stat. Returns CALLRECORDING_YES and CALLRECORDING_ERROR as callrecording_reload does, and
  * CALLRECORDING_NO when the rules are those of the file, or another thread is just reading it.
  * While a file that could not be read stays the same, the answer stays ERROR, and the file is not
- * read again. For rules that come from a text the answer is NO. Since 1.0.
+ * read again. For rules that come from a text the answer is NO.
+ *
+ * Two changes within one tick of the system's clock can look alike. So a file that had changed less
+ * than 50 ms before it was read is read once more by the first call after these 50 ms. Since 1.0.
  */
 int32_t callrecording_reload_if_changed(callrecording_rules* rules, callrecording_failure* failure);
 
