@@ -92,7 +92,7 @@ TEST(Suspicions, PointAtTheirPlace) {
         {CALL_TYPE_SIP, "201@pbx:99999999999", 8, "greater than 65535"},
         {CALL_TYPE_SIP, "201@pbx:{70000-80000}?*", 0, nullptr},
         {CALL_TYPE_SIP, "201@pbx:50;x", 10, R"(";" is not a digit)"},
-        {CALL_TYPE_SIP, R"(201@pbx:[a]5\*)", 12, R"("\*" is not a digit)"},
+        {CALL_TYPE_SIP, R"(201@pbx:[a]5\*)", 0, nullptr},
     };
     for (auto const& [type, entry, position, part] : rows) {
         auto const problem = SuspectEntry(entry, type);

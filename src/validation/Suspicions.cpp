@@ -27,13 +27,14 @@ std::optional<Stretch> FindStop(PatternPiece const& piece) {
     return place != kNone ? std::optional(Stretch{place, 1}) : std::nullopt;
 }
 
-/// A literal outside of groups that is not a digit.
+/// A literal outside of groups that is not a digit. (An escape is not written by mistake.)
 std::optional<Stretch> FindNonDigitInPort(PatternPiece const& piece) {
     if (piece.kind != PatternPiece::Port)
         return std::nullopt;
     for (Element element = ReadElement(piece.text, 0); element.end != element.begin;
          element = ReadElement(piece.text, element.end))
-        if (element.construct == Construct::Literal && !IsDigit(piece.text[element.begin]))
+        if (element.construct == Construct::Literal && !IsDigit(piece.text[element.begin]) &&
+            !Contains(kEscapeCodes, piece.text[element.begin]))
             return Stretch{element.begin, 1};
     return std::nullopt;
 }

@@ -105,7 +105,7 @@ class Checker {
         auto const [first, isNew] = lineOfId_.emplace(id, line);
         if (!isNew)
             Find("identifier", line,
-                 fmt::format("the identifier {} is already that of the rule on line {}; {}", id,
+                 fmt::format("the identifier {} is that of the rule on line {}, too; {}", id,
                              first->second, kRepair));
         else if (!IsPlainId(*rule_))
             Find("identifier", line,
