@@ -136,6 +136,12 @@ std::vector<CallParty> PartyWorld() {
     return world;
 }
 
+std::vector<CallParty> const& World(CallKind calls) {
+    static std::vector<CallParty> const typed = TypedWorld();
+    static std::vector<CallParty> const parties = PartyWorld();
+    return calls == CallKind::Typed ? typed : parties;
+}
+
 /// What rule sides of a type compare of a party; nothing when they look at nothing of it.
 std::optional<std::string> SeenText(CallParams const& party, std::int32_t type) {
     std::string const& user = party.user;
@@ -220,11 +226,9 @@ RuleParamsList RandomRules(Choices& choices, Runs runs, std::size_t most) {
 /// Which sets of rules there is a call for in the world: a bit for each rule that matches it.
 using Sets = std::set<unsigned>;
 Sets SetsOf(RuleParamsList const& rules, CallKind calls) {
-    static std::vector<CallParty> const typed = TypedWorld();
-    static std::vector<CallParty> const parties = PartyWorld();
     Sets callers;
     Sets called;
-    for (CallParty const& party : calls == CallKind::Typed ? typed : parties) {
+    for (CallParty const& party : World(calls)) {
         unsigned from = 0;
         unsigned to = 0;
         for (std::size_t i = 0; i < rules.size(); ++i) {
@@ -435,6 +439,91 @@ Claim RandomClaim(Choices& choices, RuleParamsList const& rules, RuleParamsList 
     return claim;
 }
 
+bool IsIn(CallParty const& party, AddressPattern const& pattern, CallKind calls) {
+    return (!pattern.only || *pattern.only == party.type) &&
+           IsSatisfied(party, {pattern.pattern, pattern.type}, calls);
+}
+
+std::vector<CallParty> Satisfying(RuleSide const& side, CallKind calls) {
+    std::vector<CallParty> parties;
+    for (CallParty const& party : World(calls))
+        if (IsSatisfied(party, side, calls))
+            parties.push_back(party);
+    return parties.empty() ? World(calls) : parties;
+}
+
+/// Whether patterns are exactly those calls of the world that isMember says, which are some of
+/// those that sides match; as far as calls that are drawn at random tell.
+template <typename IsMember>
+void CheckPatterns(CallKind calls, CallPatterns const& patterns, RuleSides const& sides,
+                   Choices& choices, IsMember const& isMember) {
+    if (!patterns.areExact)
+        return;
+    std::vector<CallParty> const& world = World(calls);
+    std::vector<CallParty> const callers = Satisfying(sides.caller, calls);
+    std::vector<CallParty> const called = Satisfying(sides.called, calls);
+    for (int i = 0; i < 200; ++i) {
+        ExampleCall const call{i % 8 == 0 ? world[choices.Below(world.size())]
+                                          : callers[choices.Below(callers.size())],
+                               called[choices.Below(called.size())]};
+        bool const isIn = std::any_of(patterns.patterns.begin(), patterns.patterns.end(),
+                                      [&](CallPattern const& pattern) {
+                                          return IsIn(call.caller, pattern.caller, calls) &&
+                                                 IsIn(call.called, pattern.called, calls);
+                                      });
+        EXPECT_EQ(isMember(call), isIn)
+            << AddressTextOf(call.caller) << " (" << call.caller.type << ") to "
+            << AddressTextOf(call.called) << " (" << call.called.type << ")";
+    }
+}
+
+bool IsMeant(Claim const& claim, ExampleCall const& call, CallKind calls) {
+    auto const satisfies = [calls](CallParty const& party) {
+        return [&party, calls](RuleSide const& side) { return IsSatisfied(party, side, calls); };
+    };
+    return satisfies(call.caller)(claim.calls.caller) &&
+           satisfies(call.called)(claim.calls.called) &&
+           std::none_of(claim.exceptCallers.begin(), claim.exceptCallers.end(),
+                        satisfies(call.caller)) &&
+           std::none_of(claim.exceptCalled.begin(), claim.exceptCalled.end(),
+                        satisfies(call.called));
+}
+
+void CheckGaps(Case const& c, Claim const& claim, RuleAnalysis& analysis, Choices& choices) {
+    AnalysedRules const rules(c.rules, c.memory, c.calls);
+    auto const isGap = [&](ExampleCall const& call) {
+        return IsMeant(claim, call, c.calls) &&
+               !claim.Wants(rules, DecidingPlace(c.rules, call, c.calls));
+    };
+    Gaps const gaps = analysis.FindGaps(claim, 30);
+    CheckPatterns(c.calls, gaps.calls, claim.calls, choices, isGap);
+    for (ExampleCall const& call : gaps.examples)
+        EXPECT_TRUE(isGap(call));
+    if (gaps.areExamplesComplete && c.memory == kAnalysisMemory) {
+        bool const isTrue = analysis.Prove(claim).proved == true;
+        EXPECT_EQ(isTrue, gaps.calls.patterns.empty() && gaps.examples.empty());
+        EXPECT_EQ(isTrue && gaps.calls.areExact, gaps.calls.count == 0U);
+    }
+}
+
+void CheckExplanation(Case const& c, std::size_t rule, RuleAnalysis& analysis, Choices& choices) {
+    Explanation const explanation = analysis.Explain(rule, 30);
+    CheckPatterns(
+        c.calls, explanation.decides, SidesOf(c.rules[rule]), choices,
+        [&](ExampleCall const& call) { return DecidingPlace(c.rules, call, c.calls) == rule; });
+    for (Explanation::Loss const& loss : explanation.losses) {
+        EXPECT_EQ(loss.taker, DecidingPlace(c.rules, loss.call, c.calls));
+        EXPECT_TRUE(IsSatisfied(loss.call.called, SidesOf(c.rules[rule]).called, c.calls));
+    }
+    bool const isOn = c.rules[rule].recording_rule_state == RULE_ENABLED;
+    for (Difference const& difference : explanation.ifGone.differences)
+        EXPECT_EQ(rule, difference.here);
+    for (Difference const& difference : explanation.ifFirst.differences)
+        EXPECT_TRUE(isOn && difference.there == rule);
+    if (c.memory == kAnalysisMemory && isOn && explanation.report.standing == RuleReport::kDecides)
+        EXPECT_EQ(explanation.ifGone.same, analysis.WithoutRule(rule).changesNothing);
+}
+
 /// What the proof says can be checked by somebody who does not look for proofs.
 void CheckProof(Case const& c, Claim const& claim, Proof const& proof, Sets const& meant) {
     AnalysedRules const rules(c.rules, c.memory, c.calls);
@@ -486,6 +575,7 @@ void CheckProofs(Case& c, Choices& choices) {
         bool const isTrue = std::all_of(meant.begin(), meant.end(), [&](unsigned set) {
             return claim.Wants(rules, c.Decider(set));
         });
+        CheckGaps(c, claim, analysis, choices);
         Proof const proof = analysis.Prove(claim);
         if (!proof.proved) {
             EXPECT_TRUE(proof.why);
@@ -544,6 +634,8 @@ void CheckRandomRules(CallKind calls) {
         CheckCleanUp(c);
         CheckComparison(c);
         CheckProofs(c, choices);
+        RuleAnalysis analysis(c.rules, c.memory, c.calls);
+        CheckExplanation(c, choices.Below(c.rules.size()), analysis, choices);
         undecided += isStarved ? 0 : c.undecided;
         ASSERT_FALSE(testing::Test::HasFailure()) << "round " << round << "\n"
                                                   << TextOf(c.rules) << "against\n"
@@ -600,6 +692,30 @@ TEST(Analysis, ShowsCallsAsPeopleKnowThem) {
     };
     for (auto const& [pattern, type, example] : rows)
         EXPECT_EQ(example, ExampleTo(pattern, type)) << pattern;
+}
+
+/// The called sides of the gaps of a claim, and how many calls from one number they are.
+std::string GapsTo(char const* claimed, std::vector<char const*> const& recorded) {
+    RuleParamsList rules;
+    for (char const* pattern : recorded)
+        rules.push_back(RuleTo(pattern));
+    Claim claim{};
+    claim.calls = {{"201", CALL_TYPE_NUMBER}, {claimed, CALL_TYPE_NUMBER}};
+    claim.isRecorded = true;
+    Gaps const gaps = RuleAnalysis(rules).FindGaps(claim);
+    std::string text = gaps.calls.areExact ? "" : "not exact ";
+    for (CallPattern const& pattern : gaps.calls.patterns)
+        text += pattern.called.pattern + ' ';
+    return text + (gaps.calls.count ? std::to_string(*gaps.calls.count) : "endless");
+}
+
+TEST(Analysis, WritesGapsAsPatterns) {
+    EXPECT_EQ("1[5-9][0-9] 50", GapsTo("1[0-9][0-9]", {"1[0-4]?"}));
+    EXPECT_EQ("[0,2-9][0-9] 1[0-2,6-9] 97", GapsTo("[0-9][0-9]", {"1[3-5]"}));
+    EXPECT_EQ("1 1[?,!2]* 12[?,!3]? endless", GapsTo("1*", {"12", "123*", "12?", "12???*"}));
+    EXPECT_EQ("*5 endless", GapsTo("*5", {"a"}));
+    EXPECT_EQ("not exact endless", GapsTo("*5", {"15"}));
+    EXPECT_EQ("0", GapsTo("15", {"1?"}));
 }
 
 TEST(Analysis, ReadsMalformedPatternsAsTheMatcherDoes) {

@@ -32,8 +32,57 @@ class Prover {
         return proof_;
     }
 
+    Gaps FindGaps(std::size_t mostPatterns, std::size_t mostExamples) {
+        CallSet set{calls_, claim_.calls, exceptions_, {}, !claim_.Wants(rules_, std::nullopt)};
+        set.areMembers.resize(exceptions_.size(), false);
+        for (std::size_t const place : rules_.MayMeet(calls_, 0, rules_.Rules().size())) {
+            set.rules.push_back(place);
+            set.areMembers.push_back(!claim_.Wants(rules_, place));
+        }
+        Gaps gaps{WriteCalls(rules_.Space(), set, mostPatterns), {}, true};
+        if (!gaps.calls.areExact)
+            AddExamples(gaps, mostExamples);
+        return gaps;
+    }
+
   private:
     using RuleIds = RuleSpace::RuleIds;
+
+    void AddExamples(Gaps& gaps, std::size_t most) {
+        auto const add = [&](CallAnswer const& answer) {
+            if (answer.outcome == Outcome::Found)
+                gaps.examples.push_back(rules_.Shown(answer.call));
+            gaps.areExamplesComplete =
+                gaps.areExamplesComplete && answer.outcome != Outcome::Undecided;
+        };
+        if (!claim_.Wants(rules_, std::nullopt))
+            add(Find({calls_}));
+        for (std::size_t const other : rules_.MayMeet(calls_, 0, rules_.Rules().size())) {
+            if (claim_.Wants(rules_, other))
+                continue;
+            if (gaps.examples.size() >= most) {
+                gaps.areExamplesComplete = false;
+                return;
+            }
+            add(FindDecidedBy(other));
+        }
+    }
+
+    /// A call of the claim that the rule at place decides.
+    CallAnswer FindDecidedBy(std::size_t place) {
+        CallSought sought;
+        sought.must = {calls_, place};
+        sought.avoid = exceptions_;
+        sought.importance = RuleSpace::kFurther;
+        sought.fateOf = [&](FoundCall const& found) -> Fate {
+            auto const decider = rules_.Deciding().PlaceFor(found);
+            if (decider && *decider < place)
+                return {Fate::kTaken, *decider};
+            return decider == place ? FateOf(sought.must, found) : Fate{Fate::kUnclear};
+        };
+        sought.mayBeInTheWay = [&] { return rules_.MayMeet(place, 0, place); };
+        return FindCall(rules_.Space(), sought);
+    }
 
     /// Every call is matched by rules that are wanted.
     bool ProveCovered() {
@@ -155,6 +204,11 @@ bool Claim::Wants(AnalysedRules const& rules, std::optional<std::size_t> decider
 
 Proof Prove(AnalysedRules& rules, Claim const& claim) {
     return Prover(rules, claim).Run();
+}
+
+Gaps FindGaps(AnalysedRules& rules, Claim const& claim, std::size_t mostPatterns,
+              std::size_t mostExamples) {
+    return Prover(rules, claim).FindGaps(mostPatterns, mostExamples);
 }
 
 } // namespace CallRecordingUtils

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "analysis/AnalysedRules.h"
+#include "analysis/CallPatterns.h"
 
 namespace CallRecordingUtils {
 
@@ -53,6 +53,19 @@ struct Proof {
 };
 
 Proof Prove(AnalysedRules& rules, Claim const& claim);
+
+/// All calls for which a claim is false.
+struct Gaps {
+    CallPatterns calls;
+    /// Where the patterns are not exact: a call that no rule decides, if one is false for that, and
+    /// one for each rule that decides some.
+    std::vector<ExampleCall> examples;
+    bool areExamplesComplete; ///< No rule was left out, and all was decided.
+};
+
+/// At most mostPatterns patterns, or else mostExamples examples.
+Gaps FindGaps(AnalysedRules& rules, Claim const& claim, std::size_t mostPatterns,
+              std::size_t mostExamples);
 
 } // namespace CallRecordingUtils
 

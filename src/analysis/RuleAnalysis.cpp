@@ -203,6 +203,52 @@ Proof RuleAnalysis::Prove(Claim const& claim) {
     return CallRecordingUtils::Prove(rules_, claim);
 }
 
+Gaps RuleAnalysis::FindGaps(Claim const& claim, std::size_t mostPatterns,
+                            std::size_t mostExamples) {
+    return CallRecordingUtils::FindGaps(rules_, claim, mostPatterns, mostExamples);
+}
+
+Explanation RuleAnalysis::Explain(std::size_t place, std::size_t mostPatterns,
+                                  std::size_t mostTakers) {
+    Explanation explanation{Report(place, mostTakers), {false, {}, {}}, {}, true, {}, {}};
+    if (explanation.report.standing == RuleReport::kDecides) {
+        CallSet decided{
+            place, SidesOf(rules_.Rules()[place]), rules_.MayMeet(place, 0, place), {}, true};
+        decided.areMembers.resize(decided.rules.size(), false);
+        explanation.decides = WriteCalls(rules_.Space(), decided, mostPatterns);
+    }
+    if (rules_.IsEnabled(place))
+        AddLosses(place, mostTakers, explanation);
+    CallKind const calls = rules_.Space().Calls();
+    RuleParamsList changed = rules_.Rules();
+    changed[place].recording_rule_state = RULE_DISABLED;
+    explanation.ifGone = Compare(rules_.Rules(), changed, memory_, calls);
+    changed = rules_.Rules();
+    auto const rule = changed.begin() + static_cast<std::ptrdiff_t>(place);
+    std::rotate(changed.begin(), rule, rule + 1);
+    explanation.ifFirst = Compare(rules_.Rules(), changed, memory_, calls);
+    auto const placeNow = [place](std::optional<std::size_t> there) {
+        return !there ? there
+                      : std::optional(*there == 0 ? place : *there - (*there <= place ? 1 : 0));
+    };
+    for (Difference& difference : explanation.ifFirst.differences)
+        difference.there = placeNow(difference.there);
+    for (UndecidedPair& pair : explanation.ifFirst.undecided) {
+        pair.there = placeNow(pair.there);
+        if (pair.isWhyThere)
+            pair.why.rule = placeNow(pair.why.rule);
+    }
+    return explanation;
+}
+
+void RuleAnalysis::AddLosses(std::size_t place, std::size_t mostTakers, Explanation& explanation) {
+    AnalysedRules::Takers const takers = rules_.TakersOf(place, mostTakers);
+    explanation.areLossesComplete = takers.isComplete;
+    for (std::size_t const taker : takers.places)
+        if (auto const call = CallTaken(taker, place))
+            explanation.losses.push_back({taker, *call});
+}
+
 std::optional<ExampleCall> RuleAnalysis::CallTaken(std::size_t taker, std::size_t place) {
     CallAnswer const taken = rules_.FindTaken(taker, place);
     return taken.outcome == Outcome::Found ? std::optional(rules_.Shown(taken.call)) : std::nullopt;

@@ -81,6 +81,22 @@ struct CleanUp {
     bool isProved;
 };
 
+/// What one rule is for. All rules are named by their places in the list as it is.
+struct Explanation {
+    RuleReport report;
+    CallPatterns
+        decides; ///< The calls that it decides; none, and not exact, where that is unknown.
+    struct Loss {
+        std::size_t taker;
+        ExampleCall call; ///< One that taker decides and the rule matches.
+    };
+    std::vector<Loss> losses; ///< Of the rules of report.takenBy; of a hidden rule all that take.
+    bool areLossesComplete;
+    /// What changes if the rule went: here it decides; and if it came first: there it does.
+    Comparison ifGone;
+    Comparison ifFirst;
+};
+
 /// Answers questions about one list. The answers of several questions share what was found out.
 class RuleAnalysis {
   public:
@@ -106,12 +122,21 @@ class RuleAnalysis {
 
     Proof Prove(Claim const& claim);
 
+    /// All calls for which claim is false.
+    Gaps FindGaps(Claim const& claim, std::size_t mostPatterns = 200,
+                  std::size_t mostExamples = 20);
+
+    /// Everything about the rule at place.
+    Explanation Explain(std::size_t place, std::size_t mostPatterns = 200,
+                        std::size_t mostTakers = 100);
+
     /// A call that taker decides and the rule at place, behind it, also matches.
     std::optional<ExampleCall> CallTaken(std::size_t taker, std::size_t place);
 
   private:
     std::vector<std::size_t> ReasonFor(std::size_t place, bool& isSmallest);
     bool IsCovered(std::size_t rule, std::size_t by);
+    void AddLosses(std::size_t place, std::size_t mostTakers, Explanation& explanation);
     CallAnswer FindChange(std::size_t place);
     Fate FateWithout(std::size_t place, RuleSpace::RuleIds const& must, FoundCall const& call);
     void DropHidden(CleanUp& cleanUp);
