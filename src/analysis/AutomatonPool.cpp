@@ -95,6 +95,8 @@ void AutomatonPool::AddState(Dfa const& dfa, std::vector<ClassTraits> const& tra
             most = count;
             usual = row[i];
         }
+        if (most * 2 > kSymbols) // None leads to another state more often.
+            break;
     }
     SymbolSet special;
     for (std::size_t i = 0; i < traits.size(); ++i)

@@ -43,16 +43,19 @@ class SubsetConstruction {
         StateOf({});
     }
 
-    /// The state that stands for set.
+    /// The state that stands for set. Most symbols lead where the one before did.
     std::uint32_t StateOf(PlaceSet const& set) {
+        if (dfa_.Count() > 0 && *sets_[last_] == set)
+            return last_;
         auto const [known, isNew] = states_.emplace(set, static_cast<std::uint32_t>(dfa_.Count()));
+        last_ = known->second;
         if (isNew) {
             bytes_ += kBytesForState + set.size() * sizeof(std::uint32_t) +
                       dfa_.classes.Count() * sizeof(std::uint32_t);
             sets_.push_back(&known->first);
             dfa_.isAccepting.push_back(places_.Accepts(set));
         }
-        return known->second;
+        return last_;
     }
     PlaceSet const& SetOf(std::uint32_t state) const { return *sets_[state]; }
 
@@ -79,6 +82,7 @@ class SubsetConstruction {
     std::size_t bytes_ = 0;
     std::map<PlaceSet, std::uint32_t> states_;
     std::vector<PlaceSet const*> sets_; // Keys of states_, by state.
+    std::uint32_t last_ = 0;
     Dfa dfa_;
 };
 
