@@ -64,27 +64,31 @@ CallAnswer const& AnalysedRules::Example(std::size_t place) {
     return *example;
 }
 
-AnalysedRules::Places AnalysedRules::MayMeet(RuleSpace::RuleId id, std::size_t begin,
-                                             std::size_t end) const {
+/// The enabled rules before end that may match a call that the rule with id matches, as far as the
+/// first characters tell.
+std::vector<std::uint32_t> AnalysedRules::Near(RuleSpace::RuleId id, std::size_t end) const {
     SidePair const& sides = space_.SidesIn(id);
     Outline const& called = space_.Pool().OutlinesOf(sides.called).front;
     Outline const& caller = space_.Pool().OutlinesOf(sides.caller).front;
-    std::vector<std::uint32_t> found;
-    if (meeting_[0].Effort(called) <= meeting_[1].Effort(caller))
-        meeting_[0].Find(called, found);
-    else
-        meeting_[1].Find(caller, found);
+    bool const byCalled = meeting_[0].Effort(called) <= meeting_[1].Effort(caller);
+    return meeting_[byCalled ? 0 : 1].Find(byCalled ? called : caller,
+                                           static_cast<std::uint32_t>(end));
+}
+
+AnalysedRules::Places AnalysedRules::MayMeet(RuleSpace::RuleId id, std::size_t begin,
+                                             std::size_t end) const {
     Places places;
-    for (std::size_t const place : found)
-        if (place >= begin && place < end && space_.MayMeet(place, id))
+    for (std::size_t const place : Near(id, end))
+        if (place >= begin && space_.MayMeet(place, id))
             places.push_back(place);
-    std::sort(places.begin(), places.end());
     return places;
 }
 
 AnalysedRules::Takers AnalysedRules::TakersOf(std::size_t place, std::size_t most) {
     Takers takers{{}, true};
-    for (std::size_t const other : MayMeet(place, 0, place)) {
+    for (std::size_t const other : Near(place, place)) {
+        if (!space_.MayMeet(other, place))
+            continue;
         if (takers.places.size() == most) {
             takers.isComplete = false;
             break;

@@ -69,6 +69,7 @@ class AnalysedRules {
     CallAnswer FindTaken(std::size_t taker, std::size_t place);
 
   private:
+    std::vector<std::uint32_t> Near(RuleSpace::RuleId id, std::size_t end) const;
     bool DoExamplesShow(std::size_t taker, std::size_t place, FoundCall& call);
     Fate FateBefore(std::size_t place, RuleSpace::RuleIds const& must, FoundCall const& call);
 

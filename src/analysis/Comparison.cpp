@@ -148,10 +148,10 @@ class Comparer {
     }
 
     std::vector<std::size_t> MayMeet(RuleSpace::RuleId id, Enabled const& list) const {
-        std::vector<std::uint32_t> found;
-        list.index.Find(space_.Pool().OutlinesOf(space_.SidesIn(id).called).front, found);
+        Outline const& called = space_.Pool().OutlinesOf(space_.SidesIn(id).called).front;
         std::vector<std::size_t> meeting;
-        for (std::size_t const at : found)
+        for (std::size_t const at :
+             list.index.Find(called, static_cast<std::uint32_t>(list.Count())))
             if (space_.MayMeet(id, list.ids[at]))
                 meeting.push_back(at);
         return meeting;

@@ -42,11 +42,13 @@ Decider::Decider(std::vector<CallRecordingRuleParams> const& rules, CallKind cal
     rules_.reserve(rules.size());
     for (CallRecordingRuleParams const& rule : rules)
         rules_.push_back(DecidingPartOf(rule, calls));
+    for (CallRecordingRuleParams& rule : rules_)
+        pointers_.push_back(&rule);
 }
 
 std::optional<std::size_t> Decider::PlaceFor(ExampleCall const& call) {
     if (++asked_ == kWalksBeforeIndex)
-        BuildIndex();
+        index_.Build(pointers_);
     if (calls_ == CallKind::Typed)
         return TypedPlaceFor(call.caller, call.called);
     std::optional<std::size_t> first;
@@ -61,15 +63,9 @@ std::optional<std::size_t> Decider::PlaceFor(ExampleCall const& call) {
 std::optional<std::size_t> Decider::TypedPlaceFor(CallParty const& caller,
                                                   CallParty const& called) {
     Call const call(caller.params, caller.type, called.params, called.type);
-    if (index_.IsUsable()) {
-        CallRecordingRuleParams const* const rule = index_.Decide(call).rule;
-        return rule != nullptr ? std::optional(static_cast<std::size_t>(rule - rules_.data()))
-                               : std::nullopt;
-    }
-    for (std::size_t place = 0; place < rules_.size(); ++place)
-        if (TakesAfterAll(rules_[place], call))
-            return place;
-    return std::nullopt;
+    CallRecordingRuleParams const* const rule = DecidingRecord(pointers_, index_, call);
+    return rule != nullptr ? std::optional(static_cast<std::size_t>(rule - rules_.data()))
+                           : std::nullopt;
 }
 
 std::optional<std::size_t> Decider::PlaceWithout(std::size_t place, ExampleCall const& call) {
@@ -86,12 +82,6 @@ void Decider::LeaveOut(std::size_t place) {
 }
 void Decider::TakeIn(std::size_t place) {
     rules_[place].recording_rule_state = RULE_ENABLED;
-}
-
-void Decider::BuildIndex() {
-    for (CallRecordingRuleParams& rule : rules_)
-        pointers_.push_back(&rule);
-    index_.Build(pointers_);
 }
 
 bool Satisfies(CallParty const& party, RuleSide const& rule, CallKind calls) {

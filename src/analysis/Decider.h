@@ -41,7 +41,6 @@ class Decider {
     static constexpr std::size_t kBytesForRule = 500;
 
   private:
-    void BuildIndex();
     std::optional<std::size_t> TypedPlaceFor(CallParty const& caller, CallParty const& called);
 
     CallKind const calls_;

@@ -44,19 +44,23 @@ std::size_t MeetIndex::Effort(Outline const& front) const {
     return effort;
 }
 
-void MeetIndex::Find(Outline const& front, std::vector<std::uint32_t>& found) const {
+std::vector<std::uint32_t> MeetIndex::Find(Outline const& front, std::uint32_t end) const {
     Buckets const buckets = BucketsOf(front);
+    std::vector<std::uint32_t> found;
+    auto const add = [&](std::vector<std::uint32_t> const& numbers) {
+        found.insert(found.end(), numbers.begin(),
+                     std::lower_bound(numbers.begin(), numbers.end(), end));
+    };
     if (buckets.empty()) {
-        found.insert(found.end(), all_.begin(), all_.end());
-        return;
+        add(all_);
+        return found;
     }
-    std::size_t const begin = found.size();
     for (std::size_t const bucket : buckets)
-        found.insert(found.end(), buckets_[bucket].begin(), buckets_[bucket].end());
-    auto const first = found.begin() + static_cast<std::ptrdiff_t>(begin);
-    std::sort(first, found.end());
-    found.erase(std::unique(first, found.end()), found.end());
-    found.insert(found.end(), anywhere_.begin(), anywhere_.end());
+        add(buckets_[bucket]);
+    add(anywhere_);
+    std::sort(found.begin(), found.end());
+    found.erase(std::unique(found.begin(), found.end()), found.end());
+    return found;
 }
 
 } // namespace CallRecordingUtils

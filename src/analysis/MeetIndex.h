@@ -22,8 +22,8 @@ class MeetIndex {
 
     /// How many numbers Find looks at.
     std::size_t Effort(Outline const& front) const;
-    /// Appends to found the numbers of all outlines that may meet front, each once, in no order.
-    void Find(Outline const& front, std::vector<std::uint32_t>& found) const;
+    /// Returns the numbers below end of all outlines that may meet front, ascending.
+    std::vector<std::uint32_t> Find(Outline const& front, std::uint32_t end) const;
 
     std::size_t Bytes() const { return bytes_; }
 
