@@ -18,7 +18,7 @@ AnalysedRules::AnalysedRules(RuleParamsList const& rules, std::size_t memory, Ca
         meeting_[1].Add(static_cast<std::uint32_t>(place),
                         space_.Pool().OutlinesOf(sides.caller).front);
     }
-    space_.Reserve(rules.size() * (Decider::kBytesForRule + sizeof(examples_[0])) +
+    space_.Reserve(rules.size() * (CallDecider::kBytesForRule + sizeof(examples_[0])) +
                    meeting_[0].Bytes() + meeting_[1].Bytes());
 }
 

@@ -11,8 +11,8 @@
 
 #include <callrecordingutils/CallRecordingRuleParams.h>
 
+#include "analysis/CallDecider.h"
 #include "analysis/CallFinder.h"
-#include "analysis/Decider.h"
 #include "analysis/MeetIndex.h"
 #include "analysis/RecordingOutcome.h"
 
@@ -32,7 +32,7 @@ class AnalysedRules {
 
     RuleParamsList const& Rules() const { return rules_; }
     RuleSpace& Space() { return space_; }
-    Decider& Deciding() { return decider_; }
+    CallDecider& Deciding() { return decider_; }
     ExampleCall Shown(FoundCall const& call) const { return ExampleOf(call, space_.Calls()); }
 
     bool IsEnabled(std::size_t place) const {
@@ -75,7 +75,7 @@ class AnalysedRules {
 
     RuleParamsList const& rules_;
     RuleSpace space_;
-    Decider decider_;
+    CallDecider decider_;
     std::array<MeetIndex, 2> meeting_; // By the called and the calling side.
     std::vector<std::optional<CallAnswer>> examples_;
 };

@@ -34,7 +34,7 @@ struct Enabled {
             index.Add(static_cast<std::uint32_t>(ids.size() - 1),
                       space.Pool().OutlinesOf(sides.called).front);
         }
-        space.Reserve(rules.size() * Decider::kBytesForRule + index.Bytes());
+        space.Reserve(rules.size() * CallDecider::kBytesForRule + index.Bytes());
     }
 
     std::size_t Count() const { return ids.size(); }
@@ -50,7 +50,7 @@ struct Enabled {
     }
 
     RuleParamsList const& rules;
-    Decider decider;
+    CallDecider decider;
     std::vector<std::size_t> places{};
     RuleSpace::RuleIds ids{};
     std::map<Key, std::size_t> indexOf{};

@@ -1,7 +1,7 @@
 // Decides calls that are put together to look at, as a telephony process would.
 
-#ifndef ANALYSIS_DECIDER_H
-#define ANALYSIS_DECIDER_H
+#ifndef ANALYSIS_CALLDECIDER_H
+#define ANALYSIS_CALLDECIDER_H
 
 #include <cstddef>
 #include <list>
@@ -17,11 +17,11 @@
 namespace CallRecordingUtils {
 
 /// Asks the matcher; when it is asked often, by way of the index that the library has.
-class Decider {
+class CallDecider {
   public:
-    Decider(std::vector<CallRecordingRuleParams> const& rules, CallKind calls);
-    Decider(Decider const&) = delete;
-    Decider& operator=(Decider const&) = delete;
+    CallDecider(std::vector<CallRecordingRuleParams> const& rules, CallKind calls);
+    CallDecider(CallDecider const&) = delete;
+    CallDecider& operator=(CallDecider const&) = delete;
 
     /// The place of the rule that decides call; nothing when none does.
     std::optional<std::size_t> PlaceFor(ExampleCall const& call);

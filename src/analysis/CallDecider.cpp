@@ -1,6 +1,6 @@
 // Walks the rules, or asks the index.
 
-#include "analysis/Decider.h"
+#include "analysis/CallDecider.h"
 
 #include <algorithm>
 
@@ -37,7 +37,7 @@ bool Satisfies(CallSide const& side, RuleSide const& rule) {
 
 } // namespace
 
-Decider::Decider(std::vector<CallRecordingRuleParams> const& rules, CallKind calls)
+CallDecider::CallDecider(std::vector<CallRecordingRuleParams> const& rules, CallKind calls)
     : calls_(calls) {
     rules_.reserve(rules.size());
     for (CallRecordingRuleParams const& rule : rules)
@@ -46,7 +46,7 @@ Decider::Decider(std::vector<CallRecordingRuleParams> const& rules, CallKind cal
         pointers_.push_back(&rule);
 }
 
-std::optional<std::size_t> Decider::PlaceFor(ExampleCall const& call) {
+std::optional<std::size_t> CallDecider::PlaceFor(ExampleCall const& call) {
     if (++asked_ == kWalksBeforeIndex)
         index_.Build(pointers_);
     if (calls_ == CallKind::Typed)
@@ -60,15 +60,15 @@ std::optional<std::size_t> Decider::PlaceFor(ExampleCall const& call) {
     return first;
 }
 
-std::optional<std::size_t> Decider::TypedPlaceFor(CallParty const& caller,
-                                                  CallParty const& called) {
+std::optional<std::size_t> CallDecider::TypedPlaceFor(CallParty const& caller,
+                                                      CallParty const& called) {
     Call const call(caller.params, caller.type, called.params, called.type);
     CallRecordingRuleParams const* const rule = DecidingRecord(pointers_, index_, call);
     return rule != nullptr ? std::optional(static_cast<std::size_t>(rule - rules_.data()))
                            : std::nullopt;
 }
 
-std::optional<std::size_t> Decider::PlaceWithout(std::size_t place, ExampleCall const& call) {
+std::optional<std::size_t> CallDecider::PlaceWithout(std::size_t place, ExampleCall const& call) {
     std::int32_t const state = rules_[place].recording_rule_state;
     LeaveOut(place);
     auto const without = PlaceFor(call);
@@ -77,10 +77,10 @@ std::optional<std::size_t> Decider::PlaceWithout(std::size_t place, ExampleCall 
 }
 
 /// A decision looks at the state of a record when it comes to it, so the index need not know.
-void Decider::LeaveOut(std::size_t place) {
+void CallDecider::LeaveOut(std::size_t place) {
     rules_[place].recording_rule_state = RULE_DISABLED;
 }
-void Decider::TakeIn(std::size_t place) {
+void CallDecider::TakeIn(std::size_t place) {
     rules_[place].recording_rule_state = RULE_ENABLED;
 }
 
