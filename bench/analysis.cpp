@@ -1,19 +1,20 @@
 /// @file
-/// How long it takes to find out what a list of rules does, for growing lists of several kinds and
-/// for lists made to be hard: a report about every rule, what changes when two rules are swapped,
-/// and whether all calls to one number are recorded. Usage: analysis_bench
+/// How long it takes to say what a list of rules does: for growing lists of several kinds, and for
+/// lists made to be hard. Each is asked for a report of every rule, what ten edits change, whether
+/// all calls to one number are recorded, and which rules can go.
+/// Usage: analysis_bench [LARGEST NUMBER OF RULES]
 
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <functional>
 #include <random>
+#include <string>
 
 #include <fmt/format.h>
 
 #include "analysis/RuleAnalysis.h"
 #include "rules.h"
-#include "validation/SidePattern.h"
 
 namespace bench {
 namespace {
@@ -33,9 +34,9 @@ struct Tally {
     std::size_t losing = 0; // Rules before them take some of their calls.
 };
 
-Tally ReportAll(RuleParamsList const& rules) {
+Tally ReportAll(RuleParamsList const& rules, CallKind calls) {
     Tally tally;
-    RuleAnalysis analysis(rules);
+    RuleAnalysis analysis(rules, kAnalysisMemory, calls);
     for (std::size_t place = 0; place < rules.size(); ++place) {
         RuleReport const report = analysis.Report(place, 100);
         tally.hidden += report.standing == RuleReport::kHidden ? 1 : 0;
@@ -45,23 +46,45 @@ Tally ReportAll(RuleParamsList const& rules) {
     return tally;
 }
 
-void Measure(char const* kind, RuleParamsList const& rules) {
+/// Ten edits of the kinds that people make, spread over the list.
+RuleParamsList Edited(RuleParamsList rules) {
+    for (std::size_t edit = 0; edit < 10; ++edit) {
+        std::size_t const place = (edit + 1) * (rules.size() - 1) / 11;
+        auto const rule = rules.begin() + static_cast<std::ptrdiff_t>(place);
+        switch (edit % 5) {
+        case 0: std::swap(rules[place], rules[place / 2]); break;
+        case 1: rule->record_to = "elsewhere"; break;
+        case 2: rules.erase(rule); break;
+        case 3: rules.insert(rule, rules[rules.size() / 2]); break;
+        default: rule->called_pattern += '?'; break;
+        }
+    }
+    return rules;
+}
+
+void Measure(char const* kind, RuleParamsList const& rules, CallKind calls) {
     Tally tally;
-    double const check = Seconds([&] { tally = ReportAll(rules); });
-    RuleParamsList swapped = rules;
-    std::swap(swapped[rules.size() / 3], swapped[rules.size() / 2]);
+    double const check = Seconds([&] { tally = ReportAll(rules, calls); });
     Comparison comparison;
-    double const diff = Seconds([&] { comparison = Compare(rules, swapped); });
+    RuleParamsList const edited = Edited(rules);
+    double const diff =
+        Seconds([&] { comparison = Compare(rules, edited, kAnalysisMemory, calls); });
     Proof proof;
     double const prove = Seconds([&] {
-        proof = RuleAnalysis(rules).Prove({{{"*", CALL_TYPE_ANY}, {"112", 0}}, Claim::kRecorded});
+        Claim claim{};
+        claim.calls = {{"*", CALL_TYPE_ANY}, {"112", CALL_TYPE_NUMBER}};
+        claim.isRecorded = true;
+        proof = RuleAnalysis(rules, kAnalysisMemory, calls).Prove(claim);
     });
-    auto const word = [](std::optional<bool> answer, char const* yes, char const* no) {
-        return answer ? (*answer ? yes : no) : "undecided";
-    };
-    fmt::print("{:<20}{:>7}{:>9.3f} s{:>8}{:>8}{:>10}{:>9.3f} s  {:<10}{:>8.3f} s  {}\n", kind,
-               rules.size(), check, tally.hidden, tally.losing, tally.undecided, diff,
-               word(comparison.same, "same", "differs"), prove, word(proof.proved, "yes", "no"));
+    CleanUp cleanUp{};
+    double const fix =
+        Seconds([&] { cleanUp = RuleAnalysis(rules, kAnalysisMemory, calls).FindCleanUp(); });
+    fmt::print("{:<20}{:>7}{:>9.3f} s{:>8}{:>8}{:>10}{:>9.3f} s{:>6}{:>6}{:>9.3f} s  "
+               "{:<10}{:>8.3f} s{:>6} {}\n",
+               kind, rules.size(), check, tally.hidden, tally.losing, tally.undecided, diff,
+               comparison.differences.size(), comparison.undecided.size(), prove,
+               proof.proved ? (*proof.proved ? "yes" : "no") : "undecided", fix,
+               cleanUp.drops.size(), cleanUp.isProved ? "proved" : "not proved");
     std::fflush(stdout);
 }
 
@@ -72,11 +95,6 @@ RuleParamsList Mixed(std::size_t size) {
         RuleParamsList const more = MakeRules(mix, size / 4, true).rules;
         rules.insert(rules.end(), more.begin(), more.end());
     }
-    auto const isMalformed = [](Rule const& rule) {
-        return ExplainStored(rule.caller_pattern, rule.caller_call_type) ||
-               ExplainStored(rule.called_pattern, rule.called_call_type);
-    };
-    rules.erase(std::remove_if(rules.begin(), rules.end(), isMalformed), rules.end());
     std::shuffle(rules.begin(), rules.end(), std::mt19937(1));
     return rules;
 }
@@ -123,25 +141,43 @@ void Distinguish(RuleParamsList& rules) {
         rules[place].record_to = std::to_string(place);
 }
 
-void Run() {
-    fmt::print("{:<20}{:>7}{:>11}{:>8}{:>8}{:>10}{:>11}  {:<10}{:>10}\n", "list", "rules", "check",
-               "hidden", "losing", "undecided", "diff", "", "prove");
-    auto const measure = [](char const* kind, RuleParamsList rules) {
+/// *1????????? and the like: each new one doubles the ways to be in the middle of the others.
+RuleParamsList Doubling(std::size_t size) {
+    RuleParamsList rules;
+    for (std::size_t place = 0; place < size; ++place) {
+        Rule rule;
+        rule.caller_pattern = "*";
+        rule.called_pattern = '*' + std::to_string(place % 10) + "?????????";
+        rule.called_pattern += std::string(place / 10, '?');
+        rules.push_back(rule);
+    }
+    return rules;
+}
+
+void Run(std::size_t largest) {
+    fmt::print("{:<20}{:>7}{:>11}{:>8}{:>8}{:>10}{:>11}{:>6}{:>6}{:>11}  {:<10}{:>10}\n", "list",
+               "rules", "check", "hidden", "losing", "undecided", "diff", "pairs", "und.", "prove",
+               "", "clean-up");
+    auto const measure = [largest](char const* kind, RuleParamsList rules,
+                                   CallKind calls = CallKind::Typed) {
         Distinguish(rules);
-        Measure(kind, rules);
+        if (rules.size() <= largest)
+            Measure(kind, rules, calls);
     };
-    for (std::size_t const size : {250, 500, 1000, 2000})
+    for (std::size_t const size : {1000, 10000, 100000}) {
         measure("mixed", Mixed(size));
-    for (std::size_t const size : {1000, 2500, 5000, 10000})
+        measure("mixed, parties", Mixed(size), CallKind::Parties);
         measure("numbers, prefixes", NumbersAndPrefixes(size));
+    }
     measure("hostile, 4 digits", Hostile(24, 4));
     measure("hostile, 9 digits", Hostile(40, 9));
+    measure("hostile, doubling", Doubling(40));
 }
 
 } // namespace
 } // namespace bench
 
-int main() {
-    bench::Run();
+int main(int count, char** arguments) {
+    bench::Run(count > 1 ? std::stoul(arguments[1]) : 10000);
     return 0;
 }

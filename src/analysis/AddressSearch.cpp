@@ -25,9 +25,9 @@ AddressSearch::~AddressSearch() {
 }
 
 Outcome AddressSearch::Run() {
-    Begin(kNumber, Zone::NumberBegin, 0);
-    Begin(kSip, Zone::UserBegin, 0);
-    Begin(kNumber2, Zone::NumberBegin, kNumber2Cost);
+    Begin(kNumber, 0);
+    Begin(kSip, 0);
+    Begin(kNumber2, kNumber2Cost);
     while (!queue_.empty() && !isSpent_) {
         Entry const entry = queue_.top();
         queue_.pop();
@@ -46,7 +46,7 @@ Outcome AddressSearch::Run() {
     return isSpent_ ? Outcome::Undecided : Outcome::None;
 }
 
-void AddressSearch::Begin(AddressKind kind, Zone zone, Cost cost) {
+void AddressSearch::Begin(AddressKind kind, Cost cost) {
     std::size_t const first = states_.size();
     bool isAlive = true;
     for (SideId const side : must_)
@@ -55,8 +55,8 @@ void AddressSearch::Begin(AddressKind kind, Zone zone, Cost cost) {
         isAlive = isAlive && AddState(pool_.Start(side, kind), false);
     auto const self = static_cast<NodeId>(nodes_.size());
     if (isAlive && Spend(states_.size() - first))
-        Add({first, static_cast<std::uint32_t>(states_.size() - first), self, cost, 0, zone, kind,
-             false});
+        Add({first, static_cast<std::uint32_t>(states_.size() - first), self, cost, 0,
+             FirstZone(kind), kind, false});
     else
         states_.resize(first);
 }
@@ -68,58 +68,40 @@ bool AddressSearch::AddState(StateId state, bool isMust) {
     return state != 0 || !isMust;
 }
 
-bool AddressSearch::IsPossible(Zone zone, Symbol symbol) {
-    return symbol != kAt || zone < Zone::HostBegin;
-}
-
-AddressSearch::Step AddressSearch::StepTo(Zone zone, Symbol symbol) {
-    switch (zone) {
-    case Zone::NumberBegin:
-    case Zone::Number: return {Zone::Number, CostOf(symbol)};
-    case Zone::UserBegin:
-    case Zone::User:
-        if (symbol == kAt)
-            return {Zone::HostBegin, zone == Zone::UserBegin ? kEmptyCost : 0};
-        return {Zone::User, CostOf(symbol)};
-    case Zone::HostBegin:
-    case Zone::Host:
-        if (symbol == kColon)
-            return {Zone::PortBegin, zone == Zone::HostBegin ? kEmptyCost : 0};
-        return {Zone::Host, CostOf(symbol)};
-    default: break;
-    }
-    // Another ":" means that the one before was part of the host.
-    if (symbol == kColon)
-        return {Zone::PortBegin, kOddCost};
-    return {Zone::Port, symbol == kBelowDigits ? kOddCost : CostOf(symbol)};
+/// What reading symbol in zone costs.
+Cost AddressSearch::CostIn(Zone zone, Symbol symbol) const {
+    if (symbol >= kTextSymbols)
+        return zone == Zone::UserBegin || zone == Zone::HostBegin ? kEmptyCost : 0;
+    // No character of a party's user compares as this one except odd ones.
+    bool const isOdd =
+        symbol == kBelowDigits && (zone >= Zone::PortBegin || pool_.Calls() == CallKind::Parties);
+    return isOdd ? kOddCost : CostOf(symbol);
 }
 
 /// Of the symbols that all automata treat alike, the first one stands for all: it is the cheapest.
 void AddressSearch::Expand(NodeId node) {
     Zone const zone = nodes_[node].zone;
-    if (zone == Zone::NoPort)
-        return;
     SymbolSet special;
     for (std::size_t i = 0; i < nodes_[node].size; ++i)
         special |= pool_.SpecialOf(states_[nodes_[node].states + i]);
-    if (zone >= Zone::UserBegin) {
-        special.Add(kAt);
-        special.Add(kColon);
-    }
-    bool hasRest = false;
-    for (std::size_t i = 0; i < kSymbols && !isSpent_; ++i) {
-        auto const symbol = static_cast<Symbol>(i);
-        bool const isRest = !special.Has(symbol);
-        if (!IsPossible(zone, symbol) || (isRest && hasRest))
-            continue;
-        hasRest = hasRest || isRest;
-        Follow(node, symbol, StepTo(zone, symbol));
-    }
-    if (zone == Zone::PortBegin)
-        Follow(node, kBelowDigits, {Zone::NoPort, 0});
+    special.Add(kHostMark); // Impossible in most zones; where one is not, it leads to another.
+    special.Add(kPortMark);
+    auto const behind = [&](Symbol symbol) { return ZoneBehind(pool_.Calls(), zone, symbol); };
+    Symbol rest = 0;
+    while (rest < kTextSymbols && (special.Has(rest) || !behind(rest)))
+        ++rest;
+    if (rest < kTextSymbols)
+        special.Add(rest);
+    special.ForEach([&](Symbol symbol) {
+        auto const next = behind(symbol);
+        if (next && !isSpent_)
+            Follow(node, symbol, *next, CostIn(zone, symbol));
+    });
+    if (zone == Zone::PortBegin && pool_.Calls() == CallKind::Typed)
+        Follow(node, kBelowDigits, Zone::NoPort, 0);
 }
 
-void AddressSearch::Follow(NodeId from, Symbol symbol, Step step) {
+void AddressSearch::Follow(NodeId from, Symbol symbol, Zone zone, Cost cost) {
     Node const before = nodes_[from];
     if (!Spend(before.size))
         return;
@@ -128,8 +110,8 @@ void AddressSearch::Follow(NodeId from, Symbol symbol, Step step) {
     for (std::size_t i = 0; i < before.size && isAlive; ++i)
         isAlive = AddState(pool_.Next(states_[before.states + i], symbol), i < must_.size());
     if (isAlive)
-        Add({first, static_cast<std::uint32_t>(states_.size() - first), from,
-             before.cost + step.cost, symbol, step.zone, before.kind, false});
+        Add({first, static_cast<std::uint32_t>(states_.size() - first), from, before.cost + cost,
+             symbol, zone, before.kind, false});
     else
         states_.resize(first);
 }
@@ -159,10 +141,9 @@ void AddressSearch::Add(Node const& node) {
 
 void AddressSearch::AddEnd(NodeId node) {
     Node const& end = nodes_[node];
-    bool const mayEnd = end.zone < Zone::UserBegin || end.zone > Zone::PortBegin;
     auto const isAccepting = [this](StateId state) { return pool_.IsAccepting(state); };
     auto const states = states_.begin() + static_cast<std::ptrdiff_t>(end.states);
-    if (!mayEnd ||
+    if (!MayEndIn(end.zone) ||
         !std::all_of(states, states + static_cast<std::ptrdiff_t>(must_.size()), isAccepting))
         return;
     Cost const cost = end.cost + (end.zone == Zone::NumberBegin ? kEmptyCost : 0);
@@ -187,10 +168,10 @@ Outcome AddressSearch::TryEnd(NodeId node) {
     return judge_.Try(sides_, AddressOf(node));
 }
 
-FoundAddress AddressSearch::AddressOf(NodeId node) const {
-    FoundAddress address{nodes_[node].kind, {}};
+Address AddressSearch::AddressOf(NodeId node) const {
+    Address address{nodes_[node].kind, {}};
     for (; nodes_[node].parent != node; node = nodes_[node].parent)
-        address.text += ByteOf(nodes_[node].symbol);
+        address.text += nodes_[node].symbol;
     std::reverse(address.text.begin(), address.text.end());
     return address;
 }

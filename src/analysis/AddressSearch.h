@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <queue>
-#include <string>
 #include <unordered_set>
 #include <vector>
 
@@ -23,11 +22,6 @@ struct Allowance {
 
 enum class Outcome { Found, None, Undecided };
 
-struct FoundAddress {
-    AddressKind kind;
-    std::string text; // As SideAutomaton reads it.
-};
-
 /// One search. It runs all automata at once over all addresses ("subset construction" of automata
 /// side by side): a node is the set of states that they are in, and no node is met twice. It goes
 /// where the rest of an address that all of must accept is cheapest (A*), and so finds the cheapest
@@ -40,8 +34,8 @@ class AddressSearch {
       public:
         /// Whether no address is of any use that certain, and maybe further sides, accept.
         virtual bool IsHopeless(std::vector<SideId> const& certain) = 0;
-        /// Whether address, which of the others just accepted do accept, ends the search.
-        virtual Outcome Try(std::vector<SideId> const& accepted, FoundAddress const& address) = 0;
+        /// Whether address, which accepted of the others and no more accept, ends the search.
+        virtual Outcome Try(std::vector<SideId> const& accepted, Address const& address) = 0;
 
       protected:
         ~Judge() = default;
@@ -58,18 +52,6 @@ class AddressSearch {
     Outcome Run();
 
   private:
-    /// The part of the address that is being read; the first of two is one without a character.
-    enum class Zone : std::uint8_t {
-        NumberBegin,
-        Number,
-        UserBegin,
-        User,
-        HostBegin,
-        Host,
-        PortBegin,
-        Port,
-        NoPort // "*" was read in its place.
-    };
     using NodeId = std::uint32_t;
     struct Node {
         std::size_t states; // Where in states_; those of must come first.
@@ -94,10 +76,6 @@ class AddressSearch {
             return cost != other.cost ? cost < other.cost : node > other.node;
         }
     };
-    struct Step {
-        Zone zone;
-        Cost cost;
-    };
     struct Hash {
         AddressSearch const* search;
         std::size_t operator()(NodeId node) const { return search->HashOf(node); }
@@ -107,20 +85,18 @@ class AddressSearch {
         bool operator()(NodeId a, NodeId b) const { return search->AreSame(a, b); }
     };
 
-    static Step StepTo(Zone zone, Symbol symbol);
-    static bool IsPossible(Zone zone, Symbol symbol);
-
+    Cost CostIn(Zone zone, Symbol symbol) const;
     std::size_t HashOf(NodeId node) const;
     bool AreSame(NodeId a, NodeId b) const;
-    void Begin(AddressKind kind, Zone zone, Cost cost);
+    void Begin(AddressKind kind, Cost cost);
     void Expand(NodeId node);
-    void Follow(NodeId from, Symbol symbol, Step step);
+    void Follow(NodeId from, Symbol symbol, Zone zone, Cost cost);
     bool AddState(StateId state, bool isMust);
     void Add(Node const& node);
     void AddEnd(NodeId node);
     bool IsHopeless(NodeId node);
     Outcome TryEnd(NodeId node);
-    FoundAddress AddressOf(NodeId node) const;
+    Address AddressOf(NodeId node) const;
     Cost CostToEnd(Node const& node) const;
     bool Spend(std::size_t steps);
 

@@ -25,14 +25,14 @@ bool Meet(Sides const& a, Sides const& b) {
 class InnerJudge final : public AddressSearch::Judge {
   public:
     bool IsHopeless(Sides const&) override { return true; }
-    Outcome Try(Sides const& accepted, FoundAddress const& address) override {
+    Outcome Try(Sides const& accepted, Address const& address) override {
         if (!accepted.empty())
             return Outcome::None;
         found = address;
         return Outcome::Found;
     }
 
-    FoundAddress found{};
+    Address found{};
 };
 
 /// Tries the other side for every address whose accepting sides are not known to be hopeless.
@@ -44,14 +44,13 @@ class OuterJudge final : public AddressSearch::Judge {
     void Avoid(SideId outerSide, SideId innerSide) { innerOf_[outerSide].push_back(innerSide); }
 
     bool IsHopeless(Sides const& certain) override {
-        return std::any_of(
-            failed_.begin(), failed_.end(),
-            [&certain](Sides const& failed) {
-                return std::includes(certain.begin(), certain.end(), failed.begin(), failed.end());
-            });
+        allowance_.steps -= std::min<std::uint64_t>(allowance_.steps, failed_.size());
+        return std::any_of(failed_.begin(), failed_.end(), [&certain](Sides const& failed) {
+            return std::includes(certain.begin(), certain.end(), failed.begin(), failed.end());
+        });
     }
 
-    Outcome Try(Sides const& accepted, FoundAddress const& address) override {
+    Outcome Try(Sides const& accepted, Address const& address) override {
         if (IsHopeless(accepted))
             return Outcome::None;
         Sides avoid;
@@ -67,8 +66,8 @@ class OuterJudge final : public AddressSearch::Judge {
         return outcome;
     }
 
-    FoundAddress outer{};
-    FoundAddress inner{};
+    Address outer{};
+    Address inner{};
 
   private:
     Outcome Search(Sides const& avoid) {
@@ -90,28 +89,53 @@ class OuterJudge final : public AddressSearch::Judge {
 /// The cheapest call that all of must match, if none of avoid does: for long lists the usual case,
 /// and there is nothing cheaper.
 CallFinding TryCheapest(AutomatonPool const& pool, Sides const (&mustBe)[2],
-                        std::vector<SidePair> const& avoid, Allowance& allowance) {
-    FoundAddress found[2];
+                        std::vector<SidePair> const& avoid, CheapestAddresses& cheapest,
+                        Allowance& allowance) {
+    Address found[2];
     for (int side = 0; side < 2; ++side) {
-        InnerJudge judge;
-        Outcome const outcome = AddressSearch(pool, mustBe[side], {}, judge, allowance).Run();
+        Outcome const outcome = cheapest.Find(mustBe[side], allowance, found[side]);
         if (outcome != Outcome::Found)
             return {outcome, {}};
-        found[side] = judge.found;
     }
     allowance.steps -= std::min<std::uint64_t>(allowance.steps, avoid.size());
     auto const isTaken = [&](SidePair const& rule) {
-        return pool.Accepts(rule.called, found[1].kind, found[1].text) &&
-               pool.Accepts(rule.caller, found[0].kind, found[0].text);
+        return pool.Accepts(rule.called, found[1]) && pool.Accepts(rule.caller, found[0]);
     };
     bool const isFree = std::none_of(avoid.begin(), avoid.end(), isTaken);
     return {isFree ? Outcome::Found : Outcome::Undecided, {found[0], found[1]}};
 }
 
+/// Leaves out of sides, all of which must accept, those that accept everything.
+void LeaveOutEvery(AutomatonPool const& pool, Sides& sides) {
+    auto const isEvery = [&pool](SideId side) { return pool.AcceptsEverything(side); };
+    sides.erase(std::remove_if(sides.begin() + 1, sides.end(), isEvery), sides.end());
+    if (sides.size() > 1 && isEvery(sides.front()))
+        sides.erase(sides.begin());
+}
+
 } // namespace
 
+Outcome CheapestAddresses::Find(Sides const& sides, Allowance& allowance, Address& found) {
+    bool const isSingle = sides.size() == 1;
+    if (isSingle && sides[0] < known_.size() && known_[sides[0]]) {
+        found = *known_[sides[0]];
+        return Outcome::Found;
+    }
+    InnerJudge judge;
+    Outcome const outcome = AddressSearch(pool_, sides, {}, judge, allowance).Run();
+    if (outcome != Outcome::Found)
+        return outcome;
+    found = judge.found;
+    if (isSingle) {
+        known_.resize(std::max<std::size_t>(known_.size(), sides[0] + std::size_t{1}));
+        known_[sides[0]] = found;
+    }
+    return outcome;
+}
+
 CallFinding SearchCall(AutomatonPool const& pool, std::vector<SidePair> const& must,
-                       std::vector<SidePair> const& avoid, Allowance& allowance) {
+                       std::vector<SidePair> const& avoid, CheapestAddresses& cheapest,
+                       Allowance& allowance) {
     Sides mustBe[2];
     Sides others[2];
     for (SidePair const& rule : must) {
@@ -125,10 +149,11 @@ CallFinding SearchCall(AutomatonPool const& pool, std::vector<SidePair> const& m
     for (int side = 0; side < 2; ++side) {
         MakeSet(mustBe[side]);
         MakeSet(others[side]);
+        LeaveOutEvery(pool, mustBe[side]);
     }
-    CallFinding cheapest = TryCheapest(pool, mustBe, avoid, allowance);
-    if (cheapest.outcome != Outcome::Undecided)
-        return cheapest;
+    CallFinding const first = TryCheapest(pool, mustBe, avoid, cheapest, allowance);
+    if (first.outcome != Outcome::Undecided || allowance.steps == 0)
+        return first;
     int const outer = others[0].size() <= others[1].size() ? 0 : 1;
     OuterJudge judge(pool, mustBe[1 - outer], allowance);
     for (SidePair const& rule : avoid)

@@ -3,6 +3,7 @@
 #ifndef ANALYSIS_CALLSEARCH_H
 #define ANALYSIS_CALLSEARCH_H
 
+#include <optional>
 #include <vector>
 
 #include "analysis/AddressSearch.h"
@@ -16,8 +17,8 @@ struct SidePair {
 };
 
 struct FoundCall {
-    FoundAddress caller;
-    FoundAddress called;
+    Address caller;
+    Address called;
 };
 
 struct CallFinding {
@@ -25,12 +26,28 @@ struct CallFinding {
     FoundCall call; // When one is found.
 };
 
+/// The cheapest address that one side accepts, for each side: most questions begin with it.
+class CheapestAddresses {
+  public:
+    explicit CheapestAddresses(AutomatonPool const& pool) : pool_(pool) {}
+
+    /// Finds the cheapest address that all of sides accept; they are a set.
+    Outcome Find(std::vector<SideId> const& sides, Allowance& allowance, Address& found);
+
+    std::size_t Bytes() const { return known_.size() * sizeof(known_[0]); }
+
+  private:
+    AutomatonPool const& pool_;
+    std::vector<std::optional<Address>> known_; // By side.
+};
+
 /// Returns a cheap call that all of must match and none of avoid does. What one side must satisfy
 /// depends on the other: for each set of rules that an address of the one side leaves to be
 /// avoided, the other side is searched; of these sets only the least matter, and a set that is no
 /// smaller than one that failed is given up at once.
 CallFinding SearchCall(AutomatonPool const& pool, std::vector<SidePair> const& must,
-                       std::vector<SidePair> const& avoid, Allowance& allowance);
+                       std::vector<SidePair> const& avoid, CheapestAddresses& cheapest,
+                       Allowance& allowance);
 
 } // namespace CallRecordingUtils
 

@@ -3,47 +3,37 @@
 #ifndef ANALYSIS_ITEMAUTOMATON_H
 #define ANALYSIS_ITEMAUTOMATON_H
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
-#include <vector>
 
-#include "analysis/Symbols.h"
+#include "analysis/SubsetConstruction.h"
 
 namespace CallRecordingUtils {
 
 /// Accepts the candidates that AdmitsCandidate does, and is as small as can be. A list admits
-/// candidates of bounded length only, so no state is met twice on a way. State 0 is the one from
-/// which nothing is accepted.
+/// candidates of bounded length only, so no state is met twice on a way.
 struct ItemAutomaton {
-    struct State {
-        std::array<std::uint32_t, kSymbols> next;
-        bool isAccepting;
-    };
-    std::vector<State> states;
-    std::uint32_t start;
+    Dfa dfa;
+    std::uint32_t start = 0;
 };
 
 /// Why there is no automaton for a text.
 enum class Unreadable {
-    OutsideTheLanguage, // Not a form that the checks of a pattern pass.
-    TooLarge,           // It would need more states than it may have.
+    OddItems, // A group whose items have no form that the checks of a pattern pass.
+    TooLarge, // It would need more memory than it may take.
 };
 
 template <typename Automaton>
 struct Reading {
     Automaton automaton;
-    std::optional<Unreadable> problem; // Then the automaton is empty.
+    std::optional<Unreadable> problem;
 };
 
-/// A state stands for a set of places of a pattern or list. Where there are more places in all sets
-/// together than this many for each state that there may be, the automaton is too large.
-inline constexpr std::size_t kPlacesForState = 16;
-
-/// Reads list, the text between "<" and ">".
-Reading<ItemAutomaton> ReadItemList(std::string_view list, std::size_t mostStates);
+/// Reads list, the text between "<" and ">"; when there is a problem, the automaton is empty.
+/// mostBytes bounds what is held on the way.
+Reading<ItemAutomaton> ReadItemList(std::string_view list, std::size_t mostBytes);
 
 } // namespace CallRecordingUtils
 

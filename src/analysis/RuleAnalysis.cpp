@@ -1,171 +1,257 @@
-// Asks the space of rules what each question comes down to.
+// Says of each rule of a list what it does.
 
 #include "analysis/RuleAnalysis.h"
 
 #include <algorithm>
+#include <iterator>
 
-#include "matching/Decision.h"
+#include "analysis/SmallestCover.h"
 
 namespace CallRecordingUtils {
 
-namespace {
-
-bool Matches(CallRecordingRuleParams const& rule, ExampleCall const& call) {
-    return Satisfies(call.caller, SidesOf(rule).caller) &&
-           Satisfies(call.called, SidesOf(rule).called);
-}
-
-} // namespace
-
-std::optional<std::size_t> DecidingPlace(RuleParamsList const& rules, ExampleCall const& call) {
-    Call const asSeen(call.caller.params, call.caller.type, call.called.params, call.called.type);
-    auto const found =
-        std::find_if(rules.begin(), rules.end(), [&asSeen](CallRecordingRuleParams const& rule) {
-            return Takes(rule, asSeen);
-        });
-    if (found == rules.end())
-        return std::nullopt;
-    return static_cast<std::size_t>(found - rules.begin());
-}
-
-RuleAnalysis::RuleAnalysis(RuleParamsList const& rules, std::size_t memory)
-    : rules_(rules), mostBytes_(memory / 4), space_(memory), matches_(rules),
-      examples_(rules.size()) {
-    for (CallRecordingRuleParams const& rule : rules) {
-        ids_.push_back(space_.Add(SidesOf(rule)));
-        enabledBefore_.push_back(enabled_.size());
-        if (rule.recording_rule_state != RULE_ENABLED)
-            continue;
-        enabled_.push_back(ids_.back());
-        placesOfEnabled_.push_back(ids_.size() - 1);
-    }
-}
-
-bool RuleAnalysis::IsAnalysable(std::size_t place) const {
-    return space_.ProblemOf(ids_[place], WhichSide::Caller) != Unreadable::OutsideTheLanguage &&
-           space_.ProblemOf(ids_[place], WhichSide::Called) != Unreadable::OutsideTheLanguage;
-}
-
-RuleSpace::Rules RuleAnalysis::EnabledBefore(std::size_t place) const {
-    return {enabled_, enabledBefore_[place]};
-}
-
-/// A search for a call that the rule at place decides and all of those match. Where patterns stand
-/// in the way that have no automaton, the matcher can still vouch for the one call to look at.
-RuleAnalysis::Answer RuleAnalysis::Decided(std::size_t place,
-                                           std::vector<RuleSpace::RuleId> const& those) {
-    Answer answer = space_.Find(those, {EnabledBefore(place)});
-    if (answer.outcome == Outcome::Undecided && answer.call &&
-        DecidingPlace(rules_, *answer.call) == place)
-        answer.outcome = Outcome::Found;
-    return answer;
-}
-
-RuleAnalysis::Answer const& RuleAnalysis::Example(std::size_t place) {
-    if (!examples_[place])
-        examples_[place] = Decided(place, {ids_[place]});
-    return *examples_[place];
-}
+RuleAnalysis::RuleAnalysis(RuleParamsList const& rules, std::size_t memory, CallKind calls)
+    : rules_(rules, memory, calls), memory_(memory) {}
 
 RuleReport RuleAnalysis::Report(std::size_t place, std::size_t mostTakers) {
-    if (rules_[place].recording_rule_state != RULE_ENABLED)
-        return {RuleReport::kOff, {}, {}};
+    RuleReport report{RuleReport::kOff};
+    if (!rules_.IsEnabled(place))
+        return report;
     for (WhichSide const side : {WhichSide::Caller, WhichSide::Called})
-        if (space_.AcceptsNothing(ids_[place], side))
-            return {RuleReport::kMatchesNothing, {}, {}, side};
-    Answer const& answer = Example(place);
-    switch (answer.outcome) {
-    case Outcome::Found: return {RuleReport::kDecides, answer.call, TakersOf(place, mostTakers)};
-    case Outcome::None: return {RuleReport::kHidden, {}, TakersOf(place, rules_.size())};
-    case Outcome::Undecided: break;
+        if (rules_.Space().AcceptsNothing(place, side)) {
+            report.standing = RuleReport::kMatchesNothing;
+            report.side = side;
+            return report;
+        }
+    CallAnswer const& example = rules_.Example(place);
+    if (example.outcome == Outcome::Undecided) {
+        report.standing = RuleReport::kUndecided;
+        report.why = example.why;
+    } else if (example.outcome == Outcome::None) {
+        report.standing = RuleReport::kHidden;
+        report.takenBy = ReasonFor(place, report.isComplete);
+    } else {
+        report.standing = RuleReport::kDecides;
+        report.call = rules_.Shown(example.call);
+        AnalysedRules::Takers takers = rules_.TakersOf(place, mostTakers);
+        report.takenBy = std::move(takers.places);
+        report.isComplete = takers.isComplete;
     }
-    for (WhichSide const side : {WhichSide::Caller, WhichSide::Called})
-        if (space_.ProblemOf(ids_[place], side) == Unreadable::OutsideTheLanguage)
-            return {RuleReport::kNotAnalysable, {}, {}, side};
-    return {RuleReport::kUndecided, {}, {}};
+    return report;
 }
 
-std::vector<std::size_t> RuleAnalysis::TakersOf(std::size_t place, std::size_t most) {
-    std::vector<std::size_t> takers;
-    for (std::size_t i = 0; i < enabledBefore_[place] && takers.size() < most; ++i)
-        if (Takes(placesOfEnabled_[i], place))
-            takers.push_back(placesOfEnabled_[i]);
-    return takers;
-}
-
-/// Whether taker decides a call that the rule at place matches.
-bool RuleAnalysis::Takes(std::size_t taker, std::size_t place) {
-    if (!space_.MayMeet(ids_[taker], ids_[place]) || Example(taker).outcome == Outcome::None)
-        return false;
-    if (DoExamplesShow(taker, place))
-        return true;
-    Answer const answer = Decided(taker, {ids_[taker], ids_[place]});
-    // Where the rule at place has no automaton, the call may be one that it does not match.
-    return answer.outcome == Outcome::Found && Matches(rules_[place], *answer.call);
-}
-
-/// Most often the examples of both show it, or a call put together of a side of each.
-bool RuleAnalysis::DoExamplesShow(std::size_t taker, std::size_t place) {
-    Answer const& taken = Example(taker);
-    Answer const& own = Example(place);
-    if (taken.outcome != Outcome::Found || ExampleMatches::BytesFor(rules_.size()) > mostBytes_)
-        return false;
-    auto const isShownBy = [&](std::size_t from, Answer const& caller, std::size_t to,
-                               Answer const& called) {
-        auto const& callers = matches_.Of(WhichSide::Caller, from, caller.call->caller);
-        auto const& calleds = matches_.Of(WhichSide::Called, to, called.call->called);
-        return ExampleMatches::FirstOfBoth(callers, calleds) == taker &&
-               Matches(rules_[place], {caller.call->caller, called.call->called});
+/// Rules that never decide themselves are no reason.
+std::vector<std::size_t> RuleAnalysis::ReasonFor(std::size_t place, bool& isSmallest) {
+    std::vector<std::size_t> candidates = rules_.MayMeet(place, 0, place);
+    auto const isUseless = [this](std::size_t rule) {
+        return !rules_.Space().IsReadable(rule) || rules_.IsKnownToBeHidden(rule);
     };
-    if (isShownBy(taker, taken, taker, taken))
+    candidates.erase(std::remove_if(candidates.begin(), candidates.end(), isUseless),
+                     candidates.end());
+    Cover cover =
+        FindSmallestCover(rules_.Space(), {place}, {}, candidates, rules_.Example(place).takers);
+    isSmallest = cover.isSmallest;
+    return std::move(cover.rules);
+}
+
+HiddenRule RuleAnalysis::Judge(std::size_t place, std::vector<std::size_t> const& takenBy) {
+    HiddenRule hidden{true, std::nullopt, std::nullopt, false, false};
+    CallRecordingRuleParams const* const rule = rules_.Rule(place);
+    for (std::size_t const other : rules_.MayMeet(place, 0, place)) {
+        CallRecordingRuleParams const* const by = rules_.Rule(other);
+        bool const wouldBeForbidden = Records(rule) && Forbids(*by);
+        if (AreAlike(by, rule) || (hidden.call && !wouldBeForbidden))
+            continue;
+        CallAnswer const taken = rules_.FindTaken(other, place);
+        if (taken.outcome == Outcome::Undecided && !hidden.call)
+            hidden.isTakenAlike.reset();
+        if (taken.outcome != Outcome::Found)
+            continue;
+        hidden.isTakenAlike = false;
+        hidden.call = rules_.Shown(taken.call);
+        hidden.taker = other;
+        hidden.isForbidden = wouldBeForbidden;
+        if (wouldBeForbidden || !Records(rule))
+            break;
+    }
+    hidden.isBehindWider = takenBy.size() == 1 && !AreAlike(rules_.Rule(takenBy[0]), rule) &&
+                           !IsCovered(takenBy[0], place);
+    return hidden;
+}
+
+/// Whether every call that rule matches is matched by the other one, or that is undecided.
+bool RuleAnalysis::IsCovered(std::size_t rule, std::size_t by) {
+    RuleSpace& space = rules_.Space();
+    if (!space.IsReadable(rule) || !space.IsReadable(by))
         return true;
-    return own.outcome == Outcome::Found &&
-           (isShownBy(taker, taken, place, own) || isShownBy(place, own, taker, taken));
+    Allowance const begun = space.BeginQuestion();
+    Allowance left = begun;
+    Outcome const outcome = space.Search({rule}, {by}, left).outcome;
+    space.EndQuestion(begun, left);
+    return outcome != Outcome::Found;
+}
+
+/// What becomes of a call that all of must match if the rule at place, the first of these, is left
+/// out: wanted is one that it decides and that is then decided otherwise.
+Fate RuleAnalysis::FateWithout(std::size_t place, RuleSpace::RuleIds const& must,
+                               FoundCall const& found) {
+    ExampleCall const call = rules_.Shown(found);
+    auto const decider = rules_.Deciding().PlaceFor(call);
+    if (decider && *decider < place)
+        return {Fate::kTaken, *decider};
+    for (RuleSpace::RuleId const rule : must)
+        if (!rules_.Space().IsReadable(rule) && !rules_.Matches(rule, call))
+            return {Fate::kNotMatched, rule};
+    if (decider != place)
+        return {Fate::kUnclear};
+    auto const next = rules_.Deciding().PlaceWithout(place, call);
+    if (!AreAlike(rules_.Rule(next), rules_.Rule(place)))
+        return {Fate::kWanted};
+    return next ? Fate{Fate::kTaken, *next} : Fate{Fate::kUnclear};
+}
+
+/// A call that changes when the rule at place is left out. First: every call that it decides is
+/// matched by rules behind it that do the same. Then, for each of those that do not: it is never
+/// the next one.
+CallAnswer RuleAnalysis::FindChange(std::size_t place) {
+    std::size_t end = rules_.Rules().size();
+    CallAnswer result{Outcome::None};
+    auto const find = [&](RuleSpace::RuleIds const& must) {
+        CallSought sought;
+        sought.must = must;
+        sought.fateOf = [&](FoundCall const& call) { return FateWithout(place, must, call); };
+        sought.mayBeInTheWay = [] { return RuleSpace::RuleIds(); };
+        return FindCall(rules_.Space(), sought);
+    };
+    if (Records(rules_.Rule(place))) {
+        result = find({place});
+        if (result.outcome != Outcome::None)
+            return result;
+        end = result.takers.empty() ? 0 : result.takers.back();
+    }
+    for (std::size_t const other : rules_.MayMeet(place, place + 1, end)) {
+        if (!rules_.Deciding().Has(other) || AreAlike(rules_.Rule(other), rules_.Rule(place)))
+            continue;
+        CallAnswer const answer = find({place, other});
+        if (answer.outcome != Outcome::None)
+            return answer;
+        result.takers.insert(result.takers.end(), answer.takers.begin(), answer.takers.end());
+    }
+    std::sort(result.takers.begin(), result.takers.end());
+    auto const unique = std::unique(result.takers.begin(), result.takers.end());
+    result.takers.erase(unique, result.takers.end());
+    return result;
+}
+
+Removal RuleAnalysis::WithoutRule(std::size_t place) {
+    CallAnswer const change = FindChange(place);
+    Removal removal{};
+    if (change.outcome == Outcome::None) {
+        removal.changesNothing = true;
+        std::copy_if(change.takers.begin(), change.takers.end(), std::back_inserter(removal.heirs),
+                     [place](std::size_t other) { return other > place; });
+    } else if (change.outcome == Outcome::Found) {
+        removal.changesNothing = false;
+        removal.call = rules_.Shown(change.call);
+        removal.decidedBy = rules_.Deciding().PlaceWithout(place, *removal.call);
+    }
+    return removal;
+}
+
+CleanUp RuleAnalysis::FindCleanUp() {
+    CleanUp cleanUp{{}, false};
+    DropHidden(cleanUp);
+    DropNeedless(cleanUp);
+    for (CleanUp::Dropped const& dropped : cleanUp.drops)
+        rules_.Deciding().TakeIn(dropped.rule);
+    auto const isBefore = [](CleanUp::Dropped const& a, CleanUp::Dropped const& b) {
+        return a.rule < b.rule;
+    };
+    std::sort(cleanUp.drops.begin(), cleanUp.drops.end(), isBefore);
+    RuleParamsList after = rules_.Rules();
+    for (auto dropped = cleanUp.drops.rbegin(); dropped != cleanUp.drops.rend(); ++dropped)
+        after.erase(after.begin() + static_cast<std::ptrdiff_t>(dropped->rule));
+    cleanUp.isProved = Compare(rules_.Rules(), after, memory_, rules_.Space().Calls()).same == true;
+    return cleanUp;
+}
+
+/// Rules that never decide can all go at once.
+void RuleAnalysis::DropHidden(CleanUp& cleanUp) {
+    for (std::size_t place = 0; place < rules_.Rules().size(); ++place) {
+        RuleReport const report = Report(place, 0);
+        if (report.standing != RuleReport::kHidden ||
+            Judge(place, report.takenBy).isTakenAlike != true)
+            continue;
+        cleanUp.drops.push_back({place, true, report.takenBy});
+        rules_.Deciding().LeaveOut(place);
+    }
+}
+
+/// Of the others each is judged with those gone that were judged before it.
+void RuleAnalysis::DropNeedless(CleanUp& cleanUp) {
+    for (std::size_t place = 0; place < rules_.Rules().size(); ++place) {
+        if (!rules_.Deciding().Has(place) || rules_.Example(place).outcome != Outcome::Found)
+            continue;
+        Removal const removal = WithoutRule(place);
+        if (removal.changesNothing != true)
+            continue;
+        cleanUp.drops.push_back({place, false, removal.heirs});
+        rules_.Deciding().LeaveOut(place);
+    }
 }
 
 Proof RuleAnalysis::Prove(Claim const& claim) {
-    RuleSpace::RuleId const calls = space_.Add(claim.calls);
-    Proof proof{true, {}, {}};
-    std::size_t before = claim.outcome == Claim::kByRule ? enabledBefore_[claim.rule] : 0;
-    if (claim.outcome == Claim::kNotRecorded) {
-        before = enabled_.size();
-    } else {
-        // Every call must be matched by the rule, or by any.
-        std::vector<RuleSpace::RuleId> rule;
-        if (claim.outcome == Claim::kByRule &&
-            rules_[claim.rule].recording_rule_state == RULE_ENABLED)
-            rule.push_back(ids_[claim.rule]);
-        auto const& matching = claim.outcome == Claim::kRecorded ? enabled_ : rule;
-        if (Refutes(claim, space_.Find({calls}, {{matching, matching.size()}}), proof))
-            return proof;
-    }
-    // And none by those that must not have it.
-    for (std::size_t i = 0; i < before; ++i)
-        if (space_.MayMeet(calls, enabled_[i]) &&
-            Refutes(claim, space_.Find({calls, enabled_[i]}, {}), proof))
-            return proof;
-    return proof;
+    return CallRecordingUtils::Prove(rules_, claim);
 }
 
-/// Takes answer, a search for a call that makes claim false, into proof. Returns whether the claim
-/// is false for certain.
-bool RuleAnalysis::Refutes(Claim const& claim, Answer const& answer, Proof& proof) const {
-    if (answer.outcome == Outcome::None)
-        return false;
-    // Where a side of claim has no automaton, the call may be another one.
-    if (answer.call && Satisfies(answer.call->caller, claim.calls.caller) &&
-        Satisfies(answer.call->called, claim.calls.called)) {
-        auto const decider = DecidingPlace(rules_, *answer.call);
-        bool const holds = claim.outcome == Claim::kRecorded      ? decider.has_value()
-                           : claim.outcome == Claim::kNotRecorded ? !decider
-                                                                  : decider == claim.rule;
-        if (!holds) {
-            proof = {false, answer.call, decider};
-            return true;
-        }
+Gaps RuleAnalysis::FindGaps(Claim const& claim, std::size_t mostPatterns,
+                            std::size_t mostExamples) {
+    return CallRecordingUtils::FindGaps(rules_, claim, mostPatterns, mostExamples);
+}
+
+Explanation RuleAnalysis::Explain(std::size_t place, std::size_t mostPatterns,
+                                  std::size_t mostTakers) {
+    Explanation explanation{Report(place, mostTakers), {false, {}, {}}, {}, true, {}, {}};
+    if (explanation.report.standing == RuleReport::kDecides) {
+        CallSet decided{
+            place, SidesOf(rules_.Rules()[place]), rules_.MayMeet(place, 0, place), {}, true};
+        decided.areMembers.resize(decided.rules.size(), false);
+        explanation.decides = WriteCalls(rules_.Space(), decided, mostPatterns);
     }
-    proof.proved.reset();
-    return false;
+    if (rules_.IsEnabled(place))
+        AddLosses(place, mostTakers, explanation);
+    CallKind const calls = rules_.Space().Calls();
+    RuleParamsList changed = rules_.Rules();
+    changed[place].recording_rule_state = RULE_DISABLED;
+    explanation.ifGone = Compare(rules_.Rules(), changed, memory_, calls);
+    changed = rules_.Rules();
+    auto const rule = changed.begin() + static_cast<std::ptrdiff_t>(place);
+    std::rotate(changed.begin(), rule, rule + 1);
+    explanation.ifFirst = Compare(rules_.Rules(), changed, memory_, calls);
+    auto const placeNow = [place](std::optional<std::size_t> there) {
+        return !there ? there
+                      : std::optional(*there == 0 ? place : *there - (*there <= place ? 1 : 0));
+    };
+    for (Difference& difference : explanation.ifFirst.differences)
+        difference.there = placeNow(difference.there);
+    for (UndecidedPair& pair : explanation.ifFirst.undecided) {
+        pair.there = placeNow(pair.there);
+        if (pair.isWhyThere)
+            pair.why.rule = placeNow(pair.why.rule);
+    }
+    return explanation;
+}
+
+void RuleAnalysis::AddLosses(std::size_t place, std::size_t mostTakers, Explanation& explanation) {
+    AnalysedRules::Takers const takers = rules_.TakersOf(place, mostTakers);
+    explanation.areLossesComplete = takers.isComplete;
+    for (std::size_t const taker : takers.places)
+        if (auto const call = CallTaken(taker, place))
+            explanation.losses.push_back({taker, *call});
+}
+
+std::optional<ExampleCall> RuleAnalysis::CallTaken(std::size_t taker, std::size_t place) {
+    CallAnswer const taken = rules_.FindTaken(taker, place);
+    return taken.outcome == Outcome::Found ? std::optional(rules_.Shown(taken.call)) : std::nullopt;
 }
 
 } // namespace CallRecordingUtils

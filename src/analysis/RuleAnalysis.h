@@ -1,128 +1,150 @@
 // What a list of rules does, said exactly: for each rule a call that it decides or why there is
 // none, where two lists differ, and whether a claim about all calls holds.
 //
-// A call has a calling and a called side; a side is a number, a number of the second kind, or a SIP
-// address whose user and host hold no "@" and whose port holds neither "@" nor ":". Only rules that
-// are enabled decide; the first that matches both sides does. Answers are exact for all calls, of
-// any length: what is said of a rule was found by automata, not by trying calls. The method is that
-// of anomaly analysis for packet filters (Al-Shaer and Hamed, "Firewall Policy Advisor", 2003),
-// with regular languages in the place of ranges of addresses.
+// Only rules that are enabled decide; the first that matches both sides does. A rule that forbids
+// (RecordingOutcome.h) decides like any other, and its calls are not recorded. Answers are exact
+// for all calls, of any length: what is said of a rule was found by automata, not by trying calls.
+// Which calls there are says CallKind. The method is that of anomaly analysis for packet filters
+// (Al-Shaer and Hamed, "Firewall Policy Advisor", 2003), with regular languages in the place of
+// ranges of addresses.
 //
-// Where a pattern is outside of what the checks of patterns pass, or a question would need more
-// memory or time than it is given, the answer is "undecided" and never a guess.
+// Where a question would need more memory or time than it is given, or depends on a pattern that
+// cannot be analysed, the answer is "undecided" with the reason, and never a guess.
 
 #ifndef ANALYSIS_RULEANALYSIS_H
 #define ANALYSIS_RULEANALYSIS_H
 
 #include <cstddef>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <vector>
 
-#include <callrecordingutils/CallRecordingRuleParams.h>
-
-#include "analysis/ExampleMatches.h"
-#include "analysis/RuleSpace.h"
+#include "analysis/AnalysedRules.h"
+#include "analysis/Claim.h"
+#include "analysis/Comparison.h"
 
 namespace CallRecordingUtils {
-
-/// What the automata and one search may hold together, in bytes. The time that an analysis takes is
-/// bounded in proportion to it: some ten seconds with this value.
-inline constexpr std::size_t kAnalysisMemory = std::size_t{256} << 20;
-
-using RuleParamsList = std::vector<CallRecordingRuleParams>;
 
 /// Rules are named by their places in the list, from 0.
 struct RuleReport {
     enum Standing {
         kDecides,        ///< call is one that it decides.
-        kHidden,         ///< Each call that it matches is decided by one of takenBy before it.
+        kHidden,         ///< Each call that it matches is matched by one of takenBy before it.
         kMatchesNothing, ///< No address satisfies its side.
         kOff,            ///< It is not enabled.
-        kNotAnalysable,  ///< The pattern of its side is outside of the checked language.
-        kUndecided       ///< For want of memory, or because of such patterns of rules before it.
+        kUndecided       ///< why says it.
     };
     Standing standing;
+    std::optional<ExampleCall> call{};
+    WhichSide side = WhichSide::Caller; ///< kMatchesNothing.
+    std::optional<UndecidedReason> why{};
+
+    /// Ascending. kDecides: the rules before it that decide calls which it matches; all of them
+    /// when isComplete. kHidden: rules before it that hide it together; the fewest when isComplete.
+    std::vector<std::size_t> takenBy{};
+    bool isComplete = true;
+};
+
+/// Why a rule that never decides is a mistake, or is none.
+struct HiddenRule {
+    /// Whether each call that it matches is recorded as it would record it, or not recorded as
+    /// well. Empty: undecided. When it is false, call is one for which it is not, and taker decides
+    /// that.
+    std::optional<bool> isTakenAlike;
     std::optional<ExampleCall> call;
-    /// kDecides and kHidden: the rules before it that decide calls which it matches, ascending. For
-    /// a rule that is hidden it takes all of these to hide it, or some of them.
-    std::vector<std::size_t> takenBy;
-    WhichSide side = WhichSide::Caller; ///< kMatchesNothing and kNotAnalysable.
+    std::optional<std::size_t> taker;
+    /// It would record calls that a rule before it forbids, of which call is one.
+    bool isForbidden;
+    /// One rule hides it that matches more than it, and does something else: the other way round
+    /// both would decide.
+    bool isBehindWider;
 };
 
-/// Every call, or no rule, where an optional place is empty.
-struct Difference {
-    ExampleCall call;
-    std::optional<std::size_t> here;  ///< The rule that decides call in the one list,
-    std::optional<std::size_t> there; ///< and in the other.
+/// Whether a rule that decides could go without any call changing.
+struct Removal {
+    std::optional<bool> changesNothing;   ///< Empty: undecided.
+    std::vector<std::size_t> heirs;       ///< True: rules that would take its calls instead.
+    std::optional<ExampleCall> call;      ///< False: one that changes,
+    std::optional<std::size_t> decidedBy; ///< and the rule that would decide it, if any.
 };
 
-struct Comparison {
-    /// Whether both lists decide every call alike: recorded by both, with the same recording type,
-    /// destination and duration, or by neither. Empty: undecided.
-    std::optional<bool> same;
-    std::vector<Difference> differences; ///< One for each pair of rules that some call shows.
+/// Rules that can go together.
+struct CleanUp {
+    struct Dropped {
+        std::size_t rule;
+        bool isHidden;                      ///< It never decides; else it decides.
+        std::vector<std::size_t> insteadOf; ///< The rules that take its calls, or would.
+    };
+    std::vector<Dropped> drops; ///< Ascending.
+    /// Whether a comparison of the list before and after says that no call changes.
+    bool isProved;
 };
 
-/// That every call whose sides satisfy those of calls is decided so.
-struct Claim {
-    enum Outcome { kRecorded, kNotRecorded, kByRule };
-    RuleSides calls; ///< They borrow their patterns.
-    Outcome outcome;
-    std::size_t rule = 0; ///< kByRule: its place.
-};
-
-struct Proof {
-    std::optional<bool> proved; ///< Empty: undecided.
-    std::optional<ExampleCall> counterexample;
-    std::optional<std::size_t> decidedBy; ///< The rule that decides the counterexample, if any.
+/// What one rule is for. All rules are named by their places in the list as it is.
+struct Explanation {
+    RuleReport report;
+    CallPatterns
+        decides; ///< The calls that it decides; none, and not exact, where that is unknown.
+    struct Loss {
+        std::size_t taker;
+        ExampleCall call; ///< One that taker decides and the rule matches.
+    };
+    std::vector<Loss> losses; ///< Of the rules of report.takenBy; of a hidden rule all that take.
+    bool areLossesComplete;
+    /// What changes if the rule went: here it decides; and if it came first: there it does.
+    Comparison ifGone;
+    Comparison ifFirst;
 };
 
 /// Answers questions about one list. The answers of several questions share what was found out.
 class RuleAnalysis {
   public:
     /// rules must outlive the analysis.
-    explicit RuleAnalysis(RuleParamsList const& rules, std::size_t memory = kAnalysisMemory);
+    explicit RuleAnalysis(RuleParamsList const& rules, std::size_t memory = kAnalysisMemory,
+                          CallKind calls = CallKind::Typed);
 
     /// What the rule at place does. Of a rule that decides, takenBy names at most the first
     /// mostTakers; it costs a search for some of the rules before it.
     RuleReport Report(std::size_t place,
                       std::size_t mostTakers = std::numeric_limits<std::size_t>::max());
 
+    /// REQUIRES: the report of the rule says kHidden, and this is its takenBy.
+    HiddenRule Judge(std::size_t place, std::vector<std::size_t> const& takenBy);
+
+    /// REQUIRES: the report of the rule says kDecides.
+    Removal WithoutRule(std::size_t place);
+
+    /// The rules that never decide and whose calls are recorded as they say, and those that decide
+    /// but could go. Rules that quarrel with what takes their calls stay: somebody meant something
+    /// by them.
+    CleanUp FindCleanUp();
+
     Proof Prove(Claim const& claim);
 
-    /// Whether a side of the rule at place is outside of the checked language.
-    bool IsAnalysable(std::size_t place) const;
+    /// All calls for which claim is false.
+    Gaps FindGaps(Claim const& claim, std::size_t mostPatterns = 200,
+                  std::size_t mostExamples = 20);
+
+    /// Everything about the rule at place.
+    Explanation Explain(std::size_t place, std::size_t mostPatterns = 200,
+                        std::size_t mostTakers = 100);
+
+    /// A call that taker decides and the rule at place, behind it, also matches.
+    std::optional<ExampleCall> CallTaken(std::size_t taker, std::size_t place);
 
   private:
-    using Answer = RuleSpace::Answer;
+    std::vector<std::size_t> ReasonFor(std::size_t place, bool& isSmallest);
+    bool IsCovered(std::size_t rule, std::size_t by);
+    void AddLosses(std::size_t place, std::size_t mostTakers, Explanation& explanation);
+    CallAnswer FindChange(std::size_t place);
+    Fate FateWithout(std::size_t place, RuleSpace::RuleIds const& must, FoundCall const& call);
+    void DropHidden(CleanUp& cleanUp);
+    void DropNeedless(CleanUp& cleanUp);
 
-    Answer Decided(std::size_t place, std::vector<RuleSpace::RuleId> const& those);
-    Answer const& Example(std::size_t place); // A call that the rule decides.
-    std::vector<std::size_t> TakersOf(std::size_t place, std::size_t most);
-    bool Takes(std::size_t taker, std::size_t place);
-    bool DoExamplesShow(std::size_t taker, std::size_t place);
-    RuleSpace::Rules EnabledBefore(std::size_t place) const;
-    bool Refutes(Claim const& claim, Answer const& answer, Proof& proof) const;
-
-    RuleParamsList const& rules_;
-    std::size_t const mostBytes_; // For matches_.
-    RuleSpace space_;
-    ExampleMatches matches_;
-    std::vector<RuleSpace::RuleId> ids_;     // By place.
-    std::vector<RuleSpace::RuleId> enabled_; // Of those that are.
-    std::vector<std::size_t> placesOfEnabled_;
-    std::vector<std::size_t> enabledBefore_; // By place: how many.
-    std::vector<std::optional<Answer>> examples_;
+    AnalysedRules rules_;
+    std::size_t const memory_;
 };
-
-/// Compares two lists. What cannot be said of a pattern is no difference where both lists have the
-/// rule.
-Comparison Compare(RuleParamsList const& here, RuleParamsList const& there,
-                   std::size_t memory = kAnalysisMemory);
-
-/// The rule of rules that decides call; nothing when none does. Asks the matcher.
-std::optional<std::size_t> DecidingPlace(RuleParamsList const& rules, ExampleCall const& call);
 
 } // namespace CallRecordingUtils
 

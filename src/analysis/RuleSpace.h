@@ -4,6 +4,7 @@
 #ifndef ANALYSIS_RULESPACE_H
 #define ANALYSIS_RULESPACE_H
 
+#include <array>
 #include <cstddef>
 #include <map>
 #include <optional>
@@ -13,15 +14,12 @@
 
 #include "analysis/CallSearch.h"
 #include "model/RuleSides.h"
-#include "model/SipAddress.h"
 
 namespace CallRecordingUtils {
 
-/// A call to show: what a telephony process would hand over for it.
-struct ExampleCall {
-    CallParty caller;
-    CallParty called;
-};
+/// What an analysis may hold, in bytes. The time that it takes is bounded apart from it: some
+/// seconds, and more where there are many rules.
+inline constexpr std::size_t kAnalysisMemory = std::size_t{256} << 20;
 
 /// Which side of a rule is meant.
 enum class WhichSide { Caller, Called };
@@ -29,51 +27,62 @@ enum class WhichSide { Caller, Called };
 class RuleSpace {
   public:
     using RuleId = std::size_t;
+    using RuleIds = std::vector<RuleId>;
 
-    /// The rules ids[0] to ids[count - 1].
-    struct Rules {
-        std::vector<RuleId> const& ids;
-        std::size_t count;
-    };
-    struct Answer {
-        Outcome outcome;
-        std::optional<ExampleCall> call; // When one is found. When undecided: one to look at.
-    };
-
-    /// memory, in bytes, bounds what the automata and a search hold together, and in proportion to
-    /// it the time that all questions take.
-    explicit RuleSpace(std::size_t memory);
+    /// memory, in bytes, bounds what the automata and a search hold together.
+    RuleSpace(CallKind calls, std::size_t memory);
 
     RuleId Add(RuleSides const& sides);
 
+    CallKind Calls() const { return pool_.Calls(); }
+    AutomatonPool const& Pool() const { return pool_; }
+
     /// Why a side of rule has no automaton; it may then match any call of its type or none.
     std::optional<Unreadable> ProblemOf(RuleId rule, WhichSide side) const;
+    /// Whether both sides have automata of their own.
+    bool IsReadable(RuleId rule) const { return rules_[rule].isReadable; }
     bool AcceptsNothing(RuleId rule, WhichSide side) const;
     SidePair const& SidesIn(RuleId rule) const { return rules_[rule].sides; }
     bool HaveSameSides(RuleId a, RuleId b) const;
 
     /// Whether both rules may match a call; quick, and often true when there is none.
     bool MayMeet(RuleId a, RuleId b) const;
+    /// Whether rule matches call, as far as its sides have automata.
+    bool Matches(RuleId rule, FoundCall const& call) const;
 
-    /// Whether a call is matched by all of must and by none of avoid. The answer is exact also
-    /// where rules have no automaton: then it is one that holds whatever they match, or undecided.
-    Answer Find(std::vector<RuleId> const& must, std::vector<Rules> const& avoid);
+    /// Questions of each kind have steps of their own, so that those of which there may be a great
+    /// many leave the others theirs.
+    enum Importance { kMain, kFurther };
+    /// What the next question may cost. A question takes a part of the steps that are left, and the
+    /// main ones may take some more for nothing, so that no question, however hard, leaves nothing
+    /// for the easy ones after it.
+    Allowance BeginQuestion(Importance importance = kMain) const;
+    void EndQuestion(Allowance const& begun, Allowance const& left, Importance importance = kMain);
+
+    /// Whether a call is matched by all of must and by none of avoid. A side that has no automaton
+    /// counts as matching all that it may.
+    CallFinding Search(RuleIds const& must, RuleIds const& avoid, Allowance& allowance);
+
+    /// Others hold this many bytes of the memory, from now on.
+    void Reserve(std::size_t bytes) { reserved_ += bytes; }
+    std::size_t BytesLeft() const;
 
   private:
     struct Rule {
         SidePair sides;
-        bool isReadable; // Both sides have automata of their own.
+        bool isReadable;
     };
 
     SideId AddSide(RuleSide const& side);
-    bool Covers(RuleId rule, std::vector<RuleId> const& must) const;
-    Answer Search(std::vector<RuleId> const& must, std::vector<Rules> const& avoid,
-                  bool avoidUnreadable);
+    bool Covers(RuleId rule, RuleIds const& must) const;
 
     std::size_t const memory_;
-    std::uint64_t steps_; // That all questions together may still take.
+    std::size_t reserved_ = 0;
+    std::array<std::uint64_t, 2> steps_; // That all questions of a kind may still take.
+    std::size_t freeQuestions_;          // Those that may still take some steps for nothing.
     AutomatonPool pool_;
-    std::vector<std::optional<Unreadable>> problems_; // By side.
+    CheapestAddresses cheapest_{pool_};
+    std::map<SideId, Unreadable> problems_;
     std::map<std::pair<std::int32_t, std::string>, SideId> sideOf_;
     std::vector<Rule> rules_;
 };

@@ -157,8 +157,9 @@ class Checker {
             if (!rule_->rule.caller_pattern.empty() && !rule_->rule.called_pattern.empty())
                 FindReason(kMatchesNothing, report);
             break;
-        case RuleReport::kNotAnalysable: FindReason(kNotAnalysable, report); break;
-        case RuleReport::kUndecided: FindReason(kUndecided, report); break;
+        case RuleReport::kUndecided:
+            FindReason(report.why->rule == position_ - 1 ? kNotAnalysable : kUndecided, report);
+            break;
         case RuleReport::kDecides:
             if (!report.takenBy.empty())
                 Find(kLosesCalls, rule_->line,

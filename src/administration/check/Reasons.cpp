@@ -2,12 +2,9 @@
 
 #include "administration/check/Reasons.h"
 
-#include <algorithm>
-
 #include <fmt/format.h>
 
 #include "administration/inspection/RuleNames.h"
-#include "validation/SidePattern.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -29,28 +26,26 @@ std::string WhyItDecidesNothing(RuleReport const& report, RuleList const& rules)
     case RuleReport::kHidden: return WhyHidden(report.takenBy, rules);
     case RuleReport::kMatchesNothing:
         return fmt::format("can never decide: nothing satisfies its {} side", side);
-    case RuleReport::kNotAnalysable:
-        return fmt::format("not analysable, since its {} pattern is malformed", side);
     case RuleReport::kUndecided:
-        return "whether it decides calls is undecided: " + WhyUndecided(rules);
+        return "whether it decides calls is undecided: " + WhyUndecided(rules, report.why);
     case RuleReport::kDecides:
     case RuleReport::kOff: break;
     }
     return "";
 }
 
-std::string WhyUndecided(RuleList const& rules) {
-    auto const isMalformed = [](Rule const& rule) {
-        return rule.recording_rule_state == RULE_ENABLED &&
-               (ExplainStored(rule.caller_pattern, rule.caller_call_type) ||
-                ExplainStored(rule.called_pattern, rule.called_call_type));
-    };
-    auto const found = std::find_if(rules.begin(), rules.end(), isMalformed);
-    if (found == rules.end())
-        return "the rules are too entangled for the memory that the analysis may take";
-    return fmt::format("it depends on malformed patterns, such as that of rule {}; "
-                       "\"callrecordingctl check\" says where",
-                       found->callrecordingrule_id);
+std::string WhyUndecided(RuleList const& rules, std::optional<UndecidedReason> const& why) {
+    if (!why || why->reason == UndecidedReason::kLongSearch)
+        return "the search for the answer takes too much time or memory";
+    std::string const whose =
+        why->rule ? fmt::format("rule {}", rules[*why->rule].callrecordingrule_id) : "the claim";
+    char const* const side = why->side == WhichSide::Caller ? "from" : "to";
+    if (why->reason == UndecidedReason::kLargePattern)
+        return fmt::format(
+            "it depends on the {} pattern of {}, which takes too much memory to analyse", side,
+            whose);
+    return fmt::format("it depends on the {} pattern of {}, whose item list is malformed", side,
+                       whose);
 }
 
 } // namespace CallRecordingUtils

@@ -3,6 +3,7 @@
 #ifndef ADMINISTRATION_CHECK_REASONS_H
 #define ADMINISTRATION_CHECK_REASONS_H
 
+#include <optional>
 #include <string>
 
 #include "analysis/RuleAnalysis.h"
@@ -16,7 +17,7 @@ namespace CallRecordingUtils {
 std::string WhyItDecidesNothing(RuleReport const& report, RuleList const& rules);
 
 /// Returns why a question about rules could not be answered.
-std::string WhyUndecided(RuleList const& rules);
+std::string WhyUndecided(RuleList const& rules, std::optional<UndecidedReason> const& why);
 
 } // namespace CallRecordingUtils
 

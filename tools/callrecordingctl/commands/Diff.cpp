@@ -46,12 +46,11 @@ ExitCode Diff(Context const& context, Options const& options) {
         if (!context.json)
             fmt::print("{}\n  here {}\n  there {}\n", CallText(difference.call),
                        DecisionText(here, difference.here), DecisionText(there, difference.there));
-    if (comparison.same)
-        return *comparison.same ? kExitYes : kExitNo;
-    RuleList both = here;
-    both.insert(both.end(), there.begin(), there.end());
-    Say("undecided: {}", WhyUndecided(both));
-    return kExitUndecided;
+    if (!comparison.undecided.empty()) {
+        UndecidedPair const& pair = comparison.undecided.front();
+        Say("undecided: {}", WhyUndecided(pair.isWhyThere ? there : here, pair.why));
+    }
+    return !comparison.same ? kExitUndecided : *comparison.same ? kExitYes : kExitNo;
 }
 
 } // namespace

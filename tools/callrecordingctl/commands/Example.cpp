@@ -32,7 +32,7 @@ std::string SideName(WhichSide side) {
     return side == WhichSide::Caller ? "from" : "to";
 }
 
-std::string Sentence(RuleReport const& report, RuleList const& rules, std::size_t place) {
+std::string Sentence(RuleReport const& report, RuleList const& rules) {
     std::string const takers = RulesText(rules, report.takenBy);
     switch (report.standing) {
     case RuleReport::kDecides:
@@ -47,20 +47,16 @@ std::string Sentence(RuleReport const& report, RuleList const& rules, std::size_
     case RuleReport::kMatchesNothing:
         return fmt::format("never decides: nothing satisfies its {} side", SideName(report.side));
     case RuleReport::kOff: return "never decides: it is off";
-    case RuleReport::kNotAnalysable:
-        return fmt::format("undecided: its {} pattern is malformed", SideName(report.side));
     case RuleReport::kUndecided: break;
     }
-    return "undecided: " +
-           WhyUndecided({rules.begin(), rules.begin() + static_cast<std::ptrdiff_t>(place)});
+    return "undecided: " + WhyUndecided(rules, report.why);
 }
 
 ExitCode Example(Context const& context, Options const& options) {
     RuleList const rules = LoadRules(context.path);
     std::size_t const place = FindRule(rules, options.rule);
     RuleReport const report = RuleAnalysis(rules, options.memory).Report(place);
-    bool const isUndecided =
-        report.standing == RuleReport::kNotAnalysable || report.standing == RuleReport::kUndecided;
+    bool const isUndecided = report.standing == RuleReport::kUndecided;
     bool const decides = report.standing == RuleReport::kDecides;
     if (context.json)
         PrintJson(
@@ -70,8 +66,7 @@ ExitCode Example(Context const& context, Options const& options) {
              {"call", report.call ? CallToJson(*report.call) : nlohmann::ordered_json()},
              {"taken_by", IdsToJson(rules, report.takenBy)}});
     else
-        fmt::print("rule {} {}\n", rules[place].callrecordingrule_id,
-                   Sentence(report, rules, place));
+        fmt::print("rule {} {}\n", rules[place].callrecordingrule_id, Sentence(report, rules));
     return isUndecided ? kExitUndecided : decides ? kExitYes : kExitNo;
 }
 

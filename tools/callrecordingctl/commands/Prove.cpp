@@ -35,8 +35,8 @@ Example: callrecordingctl prove --from '2??' --to '00*' --recorded
 
 struct ClaimOptions {
     RuleFields calls;
-    std::optional<Claim::Outcome> outcome;
-    RuleName rule;
+    std::optional<bool> isRecorded;
+    std::optional<RuleName> rule;
 };
 
 struct Options {
@@ -57,18 +57,15 @@ void AddSide(CLI::App& command, SideFields& side, std::string const& name) {
 void AddClaim(CLI::App& command, ClaimOptions& claim) {
     AddSide(command, claim.calls.from, "from");
     AddSide(command, claim.calls.to, "to");
-    auto const add = [&](char const* name, char const* help, Claim::Outcome outcome) {
+    auto const add = [&](char const* name, char const* help, bool isRecorded) {
         return command.add_flag_callback(
-            name, [&claim, outcome] { claim.outcome = outcome; }, help);
+            name, [&claim, isRecorded] { claim.isRecorded = isRecorded; }, help);
     };
-    CLI::Option* const recorded = add("--recorded", "They are all recorded", Claim::kRecorded);
+    CLI::Option* const recorded = add("--recorded", "They are all recorded", true);
     CLI::Option* const notRecorded =
-        add("--not-recorded", "None of them is recorded", Claim::kNotRecorded)->excludes(recorded);
+        add("--not-recorded", "None of them is recorded", false)->excludes(recorded);
     AddText(command, "--by", "ID", "They are all decided by this rule",
-            [&claim](std::string const& text) {
-                claim.rule = ParseRuleName(text);
-                claim.outcome = Claim::kByRule;
-            })
+            [&claim](std::string const& text) { claim.rule = ParseRuleName(text); })
         ->excludes(recorded)
         ->excludes(notRecorded);
 }
@@ -79,14 +76,17 @@ class Prover {
     Prover(RuleList const& rules, std::size_t memory) : rules_(rules), analysis_(rules, memory) {}
 
     Proof Prove(ClaimOptions options) {
-        if (!options.outcome)
+        if (!options.isRecorded && !options.rule)
             throw Failure(kExitUsage, "one of --recorded, --not-recorded and --by is needed");
         Complete(options.calls.from);
         Complete(options.calls.to);
         Rule calls;
         Apply(options.calls, calls);
-        Claim const claim{SidesOf(calls), *options.outcome,
-                          options.outcome == Claim::kByRule ? FindRule(rules_, options.rule) : 0};
+        Claim claim{};
+        claim.calls = SidesOf(calls);
+        claim.isRecorded = options.isRecorded;
+        if (options.rule)
+            claim.rule = FindRule(rules_, *options.rule);
         return analysis_.Prove(claim);
     }
 
@@ -103,7 +103,7 @@ class Prover {
 
     std::string Sentence(Proof const& proof) const {
         if (!proof.proved)
-            return "undecided: " + WhyUndecided(rules_);
+            return "undecided: " + WhyUndecided(rules_, proof.why);
         if (*proof.proved)
             return "proved";
         return fmt::format("false: the call {} is {}", CallText(*proof.counterexample),
@@ -202,7 +202,8 @@ ExitCode ProvePolicy(Context const& context, std::string const& path, std::size_
 }
 
 ExitCode Prove(Context const& context, Options const& options) {
-    bool const hasClaim = options.claim.outcome || options.claim.calls.AreGiven();
+    bool const hasClaim =
+        options.claim.isRecorded || options.claim.rule || options.claim.calls.AreGiven();
     if (options.file && hasClaim)
         throw Failure(kExitUsage, "prove: --file has the claims; give no other one beside it");
     return options.file ? ProvePolicy(context, *options.file, options.memory)

@@ -80,11 +80,12 @@ void PrintCallChanges(RuleList const& before, RuleList const& after) {
         fmt::print("dry run: and a call for each of {} more pairs of rules\n", shown - kMost);
     if (comparison.same == true)
         fmt::print("dry run: no call is decided differently\n");
-    RuleList both = before;
-    both.insert(both.end(), after.begin(), after.end());
-    if (!comparison.same)
-        fmt::print("dry run: whether calls are decided differently is undecided: {}\n",
-                   WhyUndecided(both));
+    if (!comparison.undecided.empty()) {
+        UndecidedPair const& pair = comparison.undecided.front();
+        fmt::print("dry run: whether {}calls are decided differently is undecided: {}\n",
+                   comparison.same ? "further " : "",
+                   WhyUndecided(pair.isWhyThere ? after : before, pair.why));
+    }
 }
 
 } // namespace callrecordingctl

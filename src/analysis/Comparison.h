@@ -1,0 +1,45 @@
+// Where two lists of rules decide differently.
+
+#ifndef ANALYSIS_COMPARISON_H
+#define ANALYSIS_COMPARISON_H
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "analysis/AnalysedRules.h"
+
+namespace CallRecordingUtils {
+
+/// A place that is empty: no rule.
+struct Difference {
+    ExampleCall call;
+    std::optional<std::size_t> here;  ///< The rule that decides call in the one list,
+    std::optional<std::size_t> there; ///< and in the other.
+};
+
+/// Two rules of which it is not known whether some call is decided by the one here and by the other
+/// there. The rule of why is one of the list here, or there.
+struct UndecidedPair {
+    std::optional<std::size_t> here;
+    std::optional<std::size_t> there;
+    UndecidedReason why;
+    bool isWhyThere;
+};
+
+struct Comparison {
+    /// Whether both lists decide every call alike: recorded by both, with the same recording type,
+    /// destination and duration, or by neither. Empty: undecided; then there are no differences.
+    std::optional<bool> same;
+    std::vector<Difference> differences;  ///< One for each pair of rules that some call shows.
+    std::vector<UndecidedPair> undecided; ///< Also beside differences.
+};
+
+/// Compares two lists. What cannot be said of a pattern is no difference where both lists have the
+/// rule. memory is in bytes.
+Comparison Compare(RuleParamsList const& here, RuleParamsList const& there,
+                   std::size_t memory = kAnalysisMemory, CallKind calls = CallKind::Typed);
+
+} // namespace CallRecordingUtils
+
+#endif

@@ -1,0 +1,66 @@
+// Fills and reads the buckets.
+
+#include "analysis/MeetIndex.h"
+
+#include <algorithm>
+
+#include "common/Bits.h"
+
+namespace CallRecordingUtils {
+
+/// The buckets that addresses with this front can be in; nothing when they are too many.
+MeetIndex::Buckets MeetIndex::BucketsOf(Outline const& front) {
+    Buckets buckets{0};
+    for (std::size_t character = 1; character <= kCharacters; ++character) {
+        Word const bits = front.Get(character);
+        if (buckets.size() * CountBits(bits) > kMostBuckets)
+            return {};
+        Buckets longer;
+        for (std::size_t const bucket : buckets)
+            for (Word left = bits; left != 0; left &= left - 1)
+                longer.push_back(bucket * Outline::kBitsOfLane + LowestBit(left));
+        buckets = std::move(longer);
+    }
+    return buckets;
+}
+
+void MeetIndex::Add(std::uint32_t number, Outline const& front) {
+    Buckets const buckets = BucketsOf(front);
+    for (std::size_t const bucket : buckets)
+        buckets_[bucket].push_back(number);
+    if (buckets.empty())
+        anywhere_.push_back(number);
+    all_.push_back(number);
+    bytes_ += (buckets.size() + 2) * sizeof(number);
+}
+
+std::size_t MeetIndex::Effort(Outline const& front) const {
+    Buckets const buckets = BucketsOf(front);
+    if (buckets.empty())
+        return all_.size();
+    std::size_t effort = anywhere_.size();
+    for (std::size_t const bucket : buckets)
+        effort += buckets_[bucket].size();
+    return effort;
+}
+
+std::vector<std::uint32_t> MeetIndex::Find(Outline const& front, std::uint32_t end) const {
+    Buckets const buckets = BucketsOf(front);
+    std::vector<std::uint32_t> found;
+    auto const add = [&](std::vector<std::uint32_t> const& numbers) {
+        found.insert(found.end(), numbers.begin(),
+                     std::lower_bound(numbers.begin(), numbers.end(), end));
+    };
+    if (buckets.empty()) {
+        add(all_);
+        return found;
+    }
+    for (std::size_t const bucket : buckets)
+        add(buckets_[bucket]);
+    add(anywhere_);
+    std::sort(found.begin(), found.end());
+    found.erase(std::unique(found.begin(), found.end()), found.end());
+    return found;
+}
+
+} // namespace CallRecordingUtils

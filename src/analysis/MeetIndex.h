@@ -1,0 +1,46 @@
+// Finds the sides whose outlines may meet a given one, without comparing it with each.
+
+#ifndef ANALYSIS_MEETINDEX_H
+#define ANALYSIS_MEETINDEX_H
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "analysis/Outline.h"
+
+namespace CallRecordingUtils {
+
+/// Keeps numbers under the first characters that the addresses of a side can have. What can begin
+/// in many ways is kept apart, and returned always.
+class MeetIndex {
+  public:
+    MeetIndex() : buckets_(kBuckets) {}
+
+    /// Numbers are added ascending.
+    void Add(std::uint32_t number, Outline const& front);
+
+    /// How many numbers Find looks at.
+    std::size_t Effort(Outline const& front) const;
+    /// Returns the numbers below end of all outlines that may meet front, ascending.
+    std::vector<std::uint32_t> Find(Outline const& front, std::uint32_t end) const;
+
+    std::size_t Bytes() const { return bytes_; }
+
+  private:
+    static constexpr std::size_t kCharacters = 3;
+    static constexpr std::size_t kBuckets = 1 << 4 * kCharacters;
+    static constexpr std::size_t kMostBuckets = 64; // That one side may be in.
+
+    using Buckets = std::vector<std::size_t>;
+    static Buckets BucketsOf(Outline const& front);
+
+    std::vector<std::vector<std::uint32_t>> buckets_;
+    std::vector<std::uint32_t> anywhere_;
+    std::vector<std::uint32_t> all_;
+    std::size_t bytes_ = 0;
+};
+
+} // namespace CallRecordingUtils
+
+#endif
