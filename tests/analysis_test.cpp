@@ -417,7 +417,9 @@ void CheckComparison(Case& c) {
     for (UndecidedPair const& pair : comparison.undecided)
         found.emplace(pair.here, pair.there);
     EXPECT_TRUE(std::includes(found.begin(), found.end(), expected.begin(), expected.end()));
-    EXPECT_TRUE(!c.isComplete || c.memory < kAnalysisMemory || expected == found);
+    // Each of the differences was confirmed above; those of parties may lie outside of the world.
+    EXPECT_TRUE(!c.isComplete || c.calls == CallKind::Parties || c.memory < kAnalysisMemory ||
+                expected == found);
 }
 
 Claim RandomClaim(Choices& choices, RuleParamsList const& rules, RuleParamsList const& others) {
