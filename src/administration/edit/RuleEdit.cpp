@@ -27,16 +27,28 @@ auto Or(Error::Kind kind, Action action) {
     }
 }
 
+/// Why text is not that of a rule file; empty if it is.
+std::string FaultOf(std::string const& text, std::string const& path) {
+    try {
+        RulesOf(text, path);
+        return "";
+    } catch (Error const& error) {
+        return error.what();
+    }
+}
+
 std::ptrdiff_t Step(std::size_t place) {
     return static_cast<std::ptrdiff_t>(place);
 }
 
 } // namespace
 
-RuleEdit::RuleEdit(std::string const& path)
+RuleEdit::RuleEdit(std::string const& path, Broken broken)
     : path_(path),
       fileBefore_(Or(Error::Kind::Unreadable, [&path] { return HostPlatform::ReadFile(path); })),
-      file_(Or(Error::Kind::Unreadable, [&path] { return RuleFileEdit(path); })),
+      fault_(broken == Broken::Replaced ? FaultOf(fileBefore_.text, path) : ""),
+      file_(Or(Error::Kind::Unreadable,
+               [&] { return RuleFileEdit(fault_.empty() ? path : MemoryFile("").Path()); })),
       before_(Or(Error::Kind::Unreadable, [this] { return file_.Rules(); })) {
     for (std::size_t i = 0; i < before_.size(); ++i)
         traces_.push_back({i, 0});
@@ -93,7 +105,10 @@ std::size_t RuleEdit::PlaceOf(std::size_t origin) const {
 }
 
 void RuleEdit::Replace(RuleList const& rules) {
-    newText_ = NewText(TextBefore(), Stored(), rules, OriginsOf(before_, rules));
+    bool const isReadable = fault_.empty();
+    newText_ =
+        NewText(isReadable ? TextBefore() : "", isReadable ? Stored() : std::vector<StoredRule>(),
+                rules, OriginsOf(before_, rules));
     after_ = rules;
 }
 
