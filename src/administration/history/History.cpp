@@ -142,17 +142,19 @@ std::int64_t HistoryWriter::Insert(HistoryEntry const& entry) {
     return database_.LastKey();
 }
 
+/// The last entry of the database; nothing if there are none.
+std::vector<HistoryEntry> HistoryWriter::Last() {
+    std::string const sql =
+        fmt::format("SELECT {} FROM edits ORDER BY number DESC LIMIT 1", kColumns);
+    Statement row(database_, sql.c_str());
+    return row.Next() ? std::vector{EntryOf(row)} : std::vector<HistoryEntry>();
+}
+
 /// Settles the last entry of the database.
 void HistoryWriter::SettleLast(std::string const& current) {
-    std::vector<HistoryEntry> entries;
-    {
-        Statement row(
-            database_,
-            fmt::format("SELECT {} FROM edits ORDER BY number DESC LIMIT 1", kColumns).c_str());
-        if (!row.Next())
-            return;
-        entries.push_back(EntryOf(row));
-    }
+    std::vector<HistoryEntry> entries = Last();
+    if (entries.empty())
+        return;
     std::int64_t const number = entries.front().number;
     CallRecordingUtils::Settle(entries, DigestOf(current), ChangeTimeOf(path_));
     if (entries.empty())
@@ -187,6 +189,21 @@ void HistoryWriter::Finish() {
         .Bind(static_cast<std::int64_t>(EditState::Saved))
         .Bind(begun_)
         .Next();
+}
+
+void HistoryWriter::RecordSaved(EditNote const& note, std::string const& before,
+                                std::string const& after) {
+    std::vector<HistoryEntry> const last = Last();
+    bool const isThere = !last.empty() && last.front().state == EditState::Begun &&
+                         last.front().note.user == note.user &&
+                         last.front().note.command == note.command &&
+                         last.front().before == DigestOf(before) &&
+                         last.front().after == DigestOf(after);
+    if (isThere)
+        begun_ = last.front().number;
+    else
+        Begin(note, before, after);
+    Finish();
 }
 
 void HistoryWriter::Settle(std::string const& current) {

@@ -61,6 +61,10 @@ class HistoryWriter {
     /// The edit of Begin was saved.
     void Finish();
 
+    /// Records an edit that was saved already, although Begin had failed. (SQLite may report a
+    /// failure after it has written everything; then this finishes what Begin wrote.)
+    void RecordSaved(EditNote const& note, std::string const& before, std::string const& after);
+
     /// Tells from the text that the file has now what became of the edit of Begin.
     void Settle(std::string const& current);
 
@@ -68,6 +72,7 @@ class HistoryWriter {
     void KeepAtMost(std::int64_t mebibytes);
 
   private:
+    std::vector<HistoryEntry> Last();
     std::int64_t Insert(HistoryEntry const& entry);
     void SettleLast(std::string const& current);
     void DropOldest();

@@ -3,7 +3,7 @@
 #include "administration/history/SaveRecorded.h"
 
 #include <cstdlib>
-#include <optional>
+#include <memory>
 
 #include <pwd.h>
 #include <unistd.h>
@@ -17,13 +17,38 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// Runs what only saves work for whoever looks at the history next.
+/// What fails here is not lost: the entry is there, and whoever looks at the history next tells
+/// from the file what happened.
 template <typename Action>
-void Try(Action action) {
+bool Try(Action action) {
     try {
         action();
+        return true;
     } catch (std::exception const&) {
-        // The entry is there, and the next one to look at it tells from the file what happened.
+        return false;
+    }
+}
+
+/// Returns the history after it has begun to record the edit, or nothing if it cannot.
+std::unique_ptr<HistoryWriter> Begin(std::string const& path, EditNote const& note,
+                                     std::string const& before, std::string const& after) {
+    try {
+        auto history = std::make_unique<HistoryWriter>(path);
+        history->Begin(note, before, after);
+        return history;
+    } catch (std::exception const&) {
+        return nullptr; // There is another chance when the edit has been saved.
+    }
+}
+
+/// Returns why the edit cannot be recorded.
+std::string RecordSaved(std::string const& path, EditNote const& note, std::string const& before,
+                        std::string const& after) {
+    try {
+        HistoryWriter(path).RecordSaved(note, before, after);
+        return "";
+    } catch (std::exception const& error) {
+        return error.what();
     }
 }
 
@@ -35,15 +60,7 @@ std::string SaveRecorded(std::string const& path, EditNote const& note, std::str
         save();
         return "";
     }
-    std::optional<HistoryWriter> history;
-    std::string reason;
-    try {
-        history.emplace(path);
-        history->Begin(note, before, after);
-    } catch (std::exception const& error) {
-        reason = error.what();
-        history.reset();
-    }
+    auto history = Begin(path, note, before, after);
     try {
         save();
     } catch (...) {
@@ -53,9 +70,11 @@ std::string SaveRecorded(std::string const& path, EditNote const& note, std::str
         throw;
     }
     if (!history)
-        return reason;
-    Try([&] { history->Finish(); });
+        return RecordSaved(path, note, before, after);
+    bool const isFinished = Try([&] { history->Finish(); });
     history.reset();
+    if (!isFinished)
+        Try([&] { HistoryWriter(path).Settle(after); });
     Try([&] { PrepareHistoryFile(path); }); // The first save has just created the rule file.
     return "";
 }

@@ -22,9 +22,9 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Prints the edits, the last one first. A change outside the history (by hand, by a
-telephony process, or by an edit that could not be recorded) is shown as such, with
-the time by which it was made.
+    R"(Prints the edits, the last one first. A change outside the history (by hand, by
+a telephony process, or by an edit that could not be recorded) is shown as such,
+with the time by which it was made.
 Example: callrecordingctl log --since monday
 )";
 

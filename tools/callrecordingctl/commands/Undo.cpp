@@ -16,8 +16,8 @@ namespace {
 
 constexpr char kHelp[] =
     R"(The file becomes what it was before the last N edits, byte for byte. Another
-undo goes further back. A change outside the history (by hand, by another program,
-or by an edit that could not be recorded) stops it: see "log", and say
+undo goes further back. A change outside the history (by hand, by another
+program, or by an edit that could not be recorded) stops it: see "log", and say
 --also-outside if that is to be undone as well.
 )";
 
