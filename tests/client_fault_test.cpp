@@ -150,8 +150,7 @@ void ClientFaults::CheckUndoOfAHandEdit(bool isKilled, std::string const& record
 }
 
 /// Returns whether the command makes that call at all.
-bool ClientFaults::Check(std::vector<std::string> const& words, bool isFirst,
-                         Fault const& fault) {
+bool ClientFaults::Check(std::vector<std::string> const& words, bool isFirst, Fault const& fault) {
     Restore(isFirst ? "empty" : "three");
     Outcome const outcome = Run(words, fault);
     bool const isKilled = outcome.code == -1;
@@ -169,8 +168,7 @@ bool ClientFaults::Check(std::vector<std::string> const& words, bool isFirst,
         CheckUndo(command == "callrecordingctl undo" ? texts[0] : before, // It goes further back.
                   !outcome.Says("missing in the history"), isFirst);
     else if (hasHistory && !isFirst)
-        CheckUndoOfAHandEdit(isKilled,
-                             outcome.Says("missing in the history") ? before : Rules());
+        CheckUndoOfAHandEdit(isKilled, outcome.Says("missing in the history") ? before : Rules());
     return outcome.isHit;
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <system_error>
 
 #include <fmt/format.h>
 
@@ -27,13 +28,19 @@ auto Or(Error::Kind kind, Action action) {
     }
 }
 
-/// Why text is not that of a rule file; empty if it is.
+/// Why text is not that of a rule file; empty if it is. Throws if that cannot be found out: a file
+/// that cannot be read must not pass for a broken one, which may be replaced.
 std::string FaultOf(std::string const& text, std::string const& path) {
+    MemoryFile const memory(text);
     try {
-        RulesOf(text, path);
+        ReadRules(memory.Path());
         return "";
-    } catch (Error const& error) {
-        return error.what();
+    } catch (std::system_error const&) {
+        throw;
+    } catch (std::runtime_error const& error) {
+        std::string fault = error.what();
+        std::size_t const at = fault.find(memory.Path());
+        return at == std::string::npos ? fault : fault.replace(at, memory.Path().size(), path);
     }
 }
 
@@ -46,7 +53,8 @@ std::ptrdiff_t Step(std::size_t place) {
 RuleEdit::RuleEdit(std::string const& path, Broken broken)
     : path_(path),
       fileBefore_(Or(Error::Kind::Unreadable, [&path] { return HostPlatform::ReadFile(path); })),
-      fault_(broken == Broken::Replaced ? FaultOf(fileBefore_.text, path) : ""),
+      fault_(Or(Error::Kind::Unreadable,
+                [&] { return broken == Broken::Replaced ? FaultOf(fileBefore_.text, path) : ""; })),
       file_(Or(Error::Kind::Unreadable,
                [&] { return RuleFileEdit(fault_.empty() ? path : MemoryFile("").Path()); })),
       before_(Or(Error::Kind::Unreadable, [this] { return file_.Rules(); })) {

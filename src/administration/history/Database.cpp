@@ -144,6 +144,11 @@ bool Statement::Next() {
     return result == SQLITE_ROW;
 }
 
+void Statement::Reset() {
+    sqlite3_reset(statement_);
+    bound_ = 0;
+}
+
 std::int64_t Statement::Number(int column) {
     return sqlite3_column_int64(statement_, column);
 }

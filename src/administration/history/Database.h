@@ -77,6 +77,9 @@ class Statement {
     /// is one.
     bool Next();
 
+    /// Makes the statement as it was before values were bound, and ends its hold on the database.
+    void Reset();
+
     std::int64_t Number(int column);
     bool IsNull(int column);
 

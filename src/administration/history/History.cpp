@@ -106,7 +106,11 @@ Snapshot History::Read() {
 }
 
 std::optional<std::string> History::TextOf(std::string const& digest) {
-    return states_ ? states_->TextOf(digest) : std::nullopt;
+    return states_ ? states_->TextOf(digest, true) : std::nullopt;
+}
+
+std::optional<std::string> History::GlanceAt(std::string const& digest) {
+    return states_ ? states_->TextOf(digest, false) : std::nullopt;
 }
 
 namespace {
@@ -151,12 +155,12 @@ std::vector<HistoryEntry> HistoryWriter::Last() {
 }
 
 /// Settles the last entry of the database.
-void HistoryWriter::SettleLast(std::string const& current) {
+void HistoryWriter::SettleLast(std::string const& currentDigest) {
     std::vector<HistoryEntry> entries = Last();
     if (entries.empty())
         return;
     std::int64_t const number = entries.front().number;
-    CallRecordingUtils::Settle(entries, DigestOf(current), ChangeTimeOf(path_));
+    CallRecordingUtils::Settle(entries, currentDigest, ChangeTimeOf(path_));
     if (entries.empty())
         return (void)Statement(database_, "DELETE FROM edits WHERE number = ?").Bind(number).Next();
     Statement(database_, "UPDATE edits SET state = ? WHERE number = ?")
@@ -169,16 +173,16 @@ void HistoryWriter::SettleLast(std::string const& current) {
 
 void HistoryWriter::Begin(EditNote const& note, std::string const& before,
                           std::string const& after) {
-    Transaction transaction(database_);
-    SettleLast(before);
-    DropOldest();
-    states_.Keep(before);
-    states_.Keep(after);
     HistoryEntry entry;
-    entry.seconds = std::time(nullptr);
-    entry.note = note;
     entry.before = DigestOf(before);
     entry.after = DigestOf(after);
+    Transaction transaction(database_);
+    SettleLast(entry.before);
+    DropOldest();
+    states_.Keep(before, entry.before);
+    states_.Keep(after, entry.after);
+    entry.seconds = std::time(nullptr);
+    entry.note = note;
     entry.state = EditState::Begun;
     begun_ = Insert(entry);
     transaction.Commit();
@@ -194,11 +198,10 @@ void HistoryWriter::Finish() {
 void HistoryWriter::RecordSaved(EditNote const& note, std::string const& before,
                                 std::string const& after) {
     std::vector<HistoryEntry> const last = Last();
-    bool const isThere = !last.empty() && last.front().state == EditState::Begun &&
-                         last.front().note.user == note.user &&
-                         last.front().note.command == note.command &&
-                         last.front().before == DigestOf(before) &&
-                         last.front().after == DigestOf(after);
+    bool const isThere =
+        !last.empty() && last.front().state == EditState::Begun &&
+        last.front().note.user == note.user && last.front().note.command == note.command &&
+        last.front().before == DigestOf(before) && last.front().after == DigestOf(after);
     if (isThere)
         begun_ = last.front().number;
     else
@@ -208,7 +211,7 @@ void HistoryWriter::RecordSaved(EditNote const& note, std::string const& before,
 
 void HistoryWriter::Settle(std::string const& current) {
     Transaction transaction(database_);
-    SettleLast(current);
+    SettleLast(DigestOf(current));
     transaction.Commit();
 }
 

@@ -61,19 +61,32 @@ std::string const& States::WholeText(std::int64_t key) {
     return cachedText_;
 }
 
-std::optional<std::string> States::TextOf(std::string const& digest) {
-    Statement row(database_, "SELECT key, digest, size, base, length, data FROM states "
-                             "WHERE digest >= ?1 AND digest < ?1 || 'g' LIMIT 1");
-    row.Bind(digest);
-    if (!row.Next())
+std::optional<States::Row> States::Find(std::string const& digest) {
+    if (!find_)
+        find_.emplace(database_,
+                      "SELECT key, ifnull(base, 0), digest, data, size, length FROM states "
+                      "WHERE digest >= ?1 AND digest < ?1 || 'g' LIMIT 1");
+    find_->Bind(digest);
+    std::optional<Row> row;
+    if (find_->Next())
+        row = Row{find_->Number(0),
+                  find_->Number(1),
+                  find_->Text(2),
+                  find_->Text(3),
+                  static_cast<std::size_t>(find_->Number(4)),
+                  static_cast<std::size_t>(find_->Number(5))};
+    find_->Reset();
+    return row;
+}
+
+std::optional<std::string> States::TextOf(std::string const& digest, bool comparesDigest) {
+    std::optional<Row> const row = Find(digest);
+    if (!row)
         return std::nullopt;
-    auto const size = static_cast<std::size_t>(row.Number(2));
-    std::optional<std::string> text;
-    if (row.IsNull(3))
-        text = WholeText(row.Number(0));
-    else if (auto const delta = Uncompress(row.Text(5), static_cast<std::size_t>(row.Number(4))))
-        text = ApplyDelta(WholeText(row.Number(3)), *delta, size);
-    if (!text || DigestOf(*text) != row.Text(1))
+    std::optional<std::string> text = Uncompress(row->data, row->length);
+    if (text && row->base > 0)
+        text = ApplyDelta(WholeText(row->base), *text, row->size);
+    if (!text || text->size() != row->size || (comparesDigest && DigestOf(*text) != row->digest))
         throw Error(Error::Kind::Unreadable,
                     "the state " + StateToken(digest) + " of the rules is damaged in the history");
     return text;
@@ -84,9 +97,9 @@ std::optional<std::int64_t> States::NewestWhole() {
     return row.Next() && !row.IsNull(0) ? std::optional(row.Number(0)) : std::nullopt;
 }
 
-void States::Keep(std::string const& text) {
+void States::Keep(std::string const& text, std::string const& digest) {
     Statement known(database_, "SELECT 1 FROM states WHERE digest = ?");
-    if (known.Bind(DigestOf(text)).Next())
+    if (known.Bind(digest).Next())
         return;
     if (auto const base = NewestWhole()) {
         std::string const delta = DeltaBetween(WholeText(*base), text);
@@ -97,17 +110,17 @@ void States::Keep(std::string const& text) {
         // Once the differences together take as much room as the whole text, a new whole one makes
         // those that follow small again.
         if (room.Next() && static_cast<std::int64_t>(data.size()) < room.Number(0))
-            return Insert(text, base, delta.size(), data);
+            return Insert(digest, text.size(), base, delta.size(), data);
     }
-    Insert(text, std::nullopt, text.size(), Compress(text));
+    Insert(digest, text.size(), std::nullopt, text.size(), Compress(text));
 }
 
-void States::Insert(std::string const& text, std::optional<std::int64_t> base, std::size_t length,
-                    std::string const& data) {
+void States::Insert(std::string const& digest, std::size_t size, std::optional<std::int64_t> base,
+                    std::size_t length, std::string const& data) {
     Statement(database_, "INSERT INTO states (digest, size, base, length, data) "
                          "VALUES (?, ?, nullif(?, 0), ?, ?)")
-        .Bind(DigestOf(text))
-        .Bind(static_cast<std::int64_t>(text.size()))
+        .Bind(digest)
+        .Bind(static_cast<std::int64_t>(size))
         .Bind(base.value_or(0))
         .Bind(static_cast<std::int64_t>(length))
         .BindBytes(data)

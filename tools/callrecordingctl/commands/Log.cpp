@@ -78,7 +78,7 @@ class StateReader {
         std::string const name = "state " + StateToken(digest);
         try {
             auto const text =
-                digest == currentDigest_ ? std::optional(current_) : history_.TextOf(digest);
+                digest == currentDigest_ ? std::optional(current_) : history_.GlanceAt(digest);
             if (text)
                 return {RulesOf(*text, name), ""};
             return {std::nullopt, fmt::format("what changed is not known: the {} of the rule file "
