@@ -21,6 +21,7 @@
 #include "administration/history/SaveRecorded.h"
 #include "administration/history/TextDelta.h"
 #include "administration/inspection/Digest.h"
+#include "support/AsUser.h"
 #include "support/TempDir.h"
 
 // What outlives a loss of power is not the question here, and waiting for the disk takes long.
@@ -212,11 +213,13 @@ class Life {
         Happened const edit = Begin("killed", after);
         pid_t const child = fork();
         if (child == 0) {
-            Record(edit, [&] {
-                if (isReplaced)
-                    Write(after);
-                kill(getpid(), SIGKILL);
-            });
+            Record(
+                edit,
+                [&] {
+                    if (isReplaced)
+                        Write(after);
+                    kill(getpid(), SIGKILL);
+                });
         }
         int status = 0;
         EXPECT_EQ(waitpid(child, &status, 0), child);
@@ -230,8 +233,7 @@ class Life {
 
     void Undo() {
         std::vector<HistoryEntry> const effective = EditsInEffect(History(path_).Entries(text_));
-        for (std::size_t i = effective.size();
-             i-- > 0 && effective[i].state == EditState::Saved;) {
+        for (std::size_t i = effective.size(); i-- > 0 && effective[i].state == EditState::Saved;) {
             if (Draw(2) == 0) {
                 auto const text = History(path_).TextOf(effective[i].before);
                 ASSERT_TRUE(text);
@@ -263,6 +265,162 @@ TEST_F(HistoryTest, TellsWhatHappenedInEveryOrder) {
             life.Compare();
         }
     }
+}
+
+/// Returns what is wrong with the history, or nothing.
+std::string WhyUnreadable(std::string const& path) {
+    try {
+        History(path).Read();
+        return "";
+    } catch (std::exception const& error) {
+        return error.what();
+    }
+}
+
+TEST_F(HistoryTest, RefusesWhatIsNotItsFileAndLeavesItAlone) {
+    if (geteuid() != 0)
+        GTEST_SKIP() << "one case takes root";
+    std::string const other = dir.Path("other");
+    auto const run = [&](char const* sql) {
+        Database(historyPath, Database::Access::Write).Run(sql);
+    };
+    struct {
+        char const* reason;
+        std::function<void()> make;
+        bool isOfOurs = false; // It begins with a history.
+    } const rows[] = {
+        {"symbolic link", [&] { std::filesystem::create_symlink(other, historyPath); }},
+        {"more than one name", [&] { std::filesystem::create_hard_link(other, historyPath); }},
+        {"not a regular file", [&] { mkfifo(historyPath.c_str(), 0600); }},
+        {"not a regular file", [&] { std::filesystem::create_directory(historyPath); }},
+        {"neither the owner nor the group", [&] { Give(historyPath, 0600, 7, 8); },
+         true}, // Takes root.
+        {"not a database", [&] { dir.Write("telephony/callrecordingdb.history", "none at all"); }},
+        {"another application",
+         [&] {
+             dir.Write("telephony/callrecordingdb.history", "");
+             run("CREATE TABLE a (b)");
+         }},
+        {"another application", [&] { run("PRAGMA application_id = 5"); }, true},
+        {"a newer callrecordingctl", [&] { run("PRAGMA user_version = 2"); }, true},
+    };
+    int number = 0;
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.reason);
+        std::filesystem::remove(historyPath);
+        dir.Write("other", "");
+        Give(other, 0640, geteuid(), getegid());
+        Edit("edit", "# " + std::to_string(++number) + "\n"); // With a history of ours.
+        if (!row.isOfOurs)
+            std::filesystem::remove(historyPath);
+        row.make();
+        std::string const before = OwnerAndMode(historyPath) + OwnerAndMode(other);
+        EXPECT_NE(Edit("edit", Text() + "# more\n").find(row.reason), std::string::npos);
+        EXPECT_NE(WhyUnreadable(path).find(row.reason), std::string::npos) << WhyUnreadable(path);
+        EXPECT_EQ(OwnerAndMode(historyPath) + OwnerAndMode(other), before);
+        EXPECT_EQ(dir.Read("other"), "");
+        EXPECT_EQ(Text(), "# " + std::to_string(number) + "\n# more\n"); // It was saved.
+    }
+}
+
+TEST_F(HistoryTest, FollowsOwnerAndModeOfTheRules) {
+    Edit("first", "# 1\n");
+    EXPECT_EQ(OwnerAndMode(historyPath), OwnerAndMode(path));
+    for (mode_t const mode : {0600, 0664, 0640}) {
+        Give(path, mode, geteuid(), getegid());
+        Edit("edit", Text() + "#\n");
+        EXPECT_EQ(OwnerAndMode(historyPath), OwnerAndMode(path));
+    }
+    if (geteuid() != 0)
+        GTEST_SKIP() << "the rest takes root";
+    // Editors of one group, and somebody who only reads.
+    Give(path, 0664, 1, 7);
+    Give(historyPath, 0664, 1, 7);
+    Give(dir.Path("telephony"), 02775, 0, 7);
+    Give(dir.Path(), 0755, 0, 0);
+    for (uid_t const user : {2U, 1U, 3U}) {
+        EXPECT_EQ(AsUser(
+                      user, {user + 100, 7}, [&] { return Edit("edit", Text() + "#\n"); }),
+                  "");
+        EXPECT_EQ(AsUser(9, {9}, [&] { return WhyUnreadable(path); }), "");
+    }
+    EXPECT_EQ(History(path).Read().entries.size(), 7U);
+    EXPECT_EQ(OwnerAndMode(historyPath), "1:7 664");
+}
+
+TEST_F(HistoryTest, IsReadByThoseWhoMayNotUndoAHalfDoneChange) {
+    Edit("first", "# 1\n");
+    for (int size : {1, 100, 3000}) { // With some, a page, and very many pages.
+        std::string const wanted = Text();
+        pid_t const child = fork();
+        if (child == 0) {
+            Database database(historyPath, Database::Access::Write);
+            database.Run("PRAGMA cache_size = 5");
+            Transaction const transaction(database);
+            database.Run("UPDATE states SET data = zeroblob(5)");
+            for (int i = 0; i < size; ++i)
+                database.Run("INSERT INTO settings VALUES (hex(randomblob(500)), 1)");
+            kill(getpid(), SIGKILL);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        auto const read = [&] {
+            History history(path);
+            return history.Read().entries.front().note.command + *history.TextOf(DigestOf(wanted));
+        };
+        EXPECT_TRUE(std::filesystem::exists(historyPath + "-journal"));
+        if (geteuid() == 0) {
+            for (std::string const& file : {historyPath, historyPath + "-journal"})
+                Give(file, 0644, 0, 0);
+            Give(dir.Path(), 0755, 0, 0);
+            EXPECT_EQ(AsUser(9, {9}, read), "first" + wanted);
+            EXPECT_TRUE(std::filesystem::exists(historyPath + "-journal"));
+        }
+        EXPECT_EQ(read(), "first" + wanted);
+        EXPECT_FALSE(std::filesystem::exists(historyPath + "-journal"));
+    }
+}
+
+TEST_F(HistoryTest, LosesNothingButADamagedState) {
+    std::vector<std::string> texts;
+    for (int i = 0; i < 20; ++i) {
+        texts.push_back("# " + std::to_string(random()) + "\n");
+        Edit("edit " + std::to_string(i), texts.back());
+    }
+    Database(historyPath, Database::Access::Write)
+        .Run("UPDATE states SET data = zeroblob(length(data)) WHERE digest = '" +
+             DigestOf(texts[9]) + "'");
+    History history(path);
+    EXPECT_EQ(history.Read().entries.size(), 20U);
+    int damaged = 0;
+    for (std::string const& text : texts)
+        try {
+            EXPECT_EQ(history.TextOf(DigestOf(text)), text);
+        } catch (std::exception const&) {
+            ++damaged;
+        }
+    EXPECT_EQ(damaged, 1);
+}
+
+TEST_F(HistoryTest, KeepsWhoAndWhatLongerThanTheStates) {
+    Edit("edit 0", "#\n");
+    HistoryWriter(path).KeepAtMost(1);
+    std::string text;
+    for (int i = 1; i < 60; ++i) {
+        text.clear();
+        for (int k = 0; k < 30000; ++k)
+            text += static_cast<char>(random() % 90 + 32);
+        Edit("edit " + std::to_string(i), text);
+    }
+    EXPECT_LE(std::filesystem::file_size(historyPath), (1 << 20) + 65536); // And the last edit.
+    History history(path);
+    std::vector<HistoryEntry> const entries = history.Read().entries;
+    ASSERT_EQ(entries.size(), 60U);
+    EXPECT_EQ(entries[0].note.command, "edit 0");
+    EXPECT_EQ(entries[0].note.message, "why");
+    EXPECT_FALSE(history.TextOf(entries[1].after));
+    EXPECT_TRUE(history.TextOf(entries[59].after) == text);
+    EXPECT_TRUE(history.TextOf(entries[59].before));
 }
 
 } // namespace

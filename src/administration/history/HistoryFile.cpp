@@ -24,8 +24,8 @@ struct stat StatusOf(int file, std::string const& path) {
 }
 
 /// Opens the file at path as it is; -1 if there is none.
-int OpenAsItIs(std::string const& path, int access) {
-    int const file = open(path.c_str(), access | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+int OpenAsItIs(std::string const& path) {
+    int const file = open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     if (file < 0 && errno == ELOOP)
         HostPlatform::Refuse(path, "is a symbolic link");
     if (file < 0 && errno != ENOENT)
@@ -89,7 +89,7 @@ std::string HistoryPath(std::string const& ruleFile) {
 
 bool HasHistoryFile(std::string const& ruleFile) {
     std::string const path = HistoryPath(ruleFile);
-    Descriptor const file(OpenAsItIs(path, O_RDONLY));
+    Descriptor const file(OpenAsItIs(path));
     if (file.Number() < 0)
         return false;
     RequireOurs(StatusOf(file.Number(), path), path, ruleFile);
@@ -98,7 +98,7 @@ bool HasHistoryFile(std::string const& ruleFile) {
 
 void PrepareHistoryFile(std::string const& ruleFile) {
     std::string const path = HistoryPath(ruleFile);
-    Descriptor const file(OpenAsItIs(path, O_RDWR));
+    Descriptor const file(OpenAsItIs(path));
     if (file.Number() < 0)
         return Create(path, ruleFile);
     struct stat const own = StatusOf(file.Number(), path);
