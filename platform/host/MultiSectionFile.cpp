@@ -41,7 +41,9 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
     void Save();
     std::size_t GetSectionLine();
     std::vector<std::pair<std::string, std::size_t>> GetEntryLines();
-    std::string GetText() { return text_.Text(); }
+    std::string GetText() {
+        return text_.Text();
+    }
 
   private:
     Impl(std::string const& path, SectionSyntax syntax, FileText file)
