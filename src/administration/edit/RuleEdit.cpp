@@ -13,6 +13,7 @@
 #include "administration/edit/NewText.h"
 #include "administration/inspection/ReadRules.h"
 #include "common/Error.h"
+#include "common/MemoryFile.h"
 #include "model/RuleSides.h"
 
 namespace CallRecordingUtils {

@@ -2,6 +2,7 @@
 
 #include "administration/history/HistoryFile.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 
@@ -108,7 +109,10 @@ void PrepareHistoryFile(std::string const& ruleFile) {
 
 std::int64_t ChangeTimeOf(std::string const& ruleFile) {
     struct stat status {};
-    return stat(ruleFile.c_str(), &status) == 0 ? status.st_ctime : std::time(nullptr);
+    std::int64_t const now = std::time(nullptr);
+    // The file system's clock may be a little ahead, and the next edit must not come before this.
+    return stat(ruleFile.c_str(), &status) == 0 ? std::min<std::int64_t>(status.st_ctime, now)
+                                                : now;
 }
 
 } // namespace CallRecordingUtils
