@@ -82,7 +82,7 @@ callrecordingutils_room(administration/check
 callrecordingutils_room(administration/edit
   USES model database validation text administration/inspection LIBRARIES fmt::fmt)
 callrecordingutils_room(administration/history
-  USES administration/inspection LIBRARIES fmt::fmt SQLite::SQLite3)
+  USES administration/inspection LIBRARIES fmt::fmt SQLite::SQLite3 ZLIB::ZLIB)
 callrecordingutils_room(administration/exchange
   USES model validation text json administration/inspection administration/edit LIBRARIES fmt::fmt)
 add_library(callrecordingutils_administration STATIC EXCLUDE_FROM_ALL)

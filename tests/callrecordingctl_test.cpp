@@ -431,8 +431,8 @@ TEST_F(Client, RecordsEditsAndTakesThemBack) {
         Expect(row);
     EXPECT_EQ(dir.ReadRules(), one);
     dir.WriteRules(one + "# by hand\n");
-    Expect({"log", 0, "edited around callrecordingctl\n     no rule changed", ""});
-    Expect({"undo", 1, "", "edited around callrecordingctl"});
+    Expect({"log", 0, "changed outside the history by then\n     no rule changed", ""});
+    Expect({"undo", 1, "", "changed outside the history"});
     EXPECT_EQ(Run("undo --also-outside").code, 0);
     EXPECT_EQ(dir.ReadRules(), one);
 }

@@ -41,6 +41,9 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
     void Save();
     std::size_t GetSectionLine();
     std::vector<std::pair<std::string, std::size_t>> GetEntryLines();
+    std::string GetText() {
+        return text_.Text();
+    }
 
   private:
     Impl(std::string const& path, SectionSyntax syntax, FileText file)
@@ -230,6 +233,10 @@ std::size_t MultiSectionFile::GetSectionLine() {
 
 std::vector<std::pair<std::string, std::size_t>> MultiSectionFile::GetEntryLines() {
     return mImpl->GetEntryLines();
+}
+
+std::string MultiSectionFile::GetText() {
+    return mImpl->GetText();
 }
 
 } // namespace Configuration

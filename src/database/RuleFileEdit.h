@@ -80,6 +80,8 @@ class RuleFileEdit {
     /// here.
     void Save();
 
+    Configuration::MultiSectionFile& File() { return file_.File(); }
+
   private:
     bool GoTo(std::size_t place);
     CallRecordingRuleParams RuleAt(std::size_t place);

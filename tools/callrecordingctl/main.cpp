@@ -16,6 +16,9 @@ int main(int argc, char** argv) {
         file = open("/dev/null", O_RDWR);
     // A reader that has seen enough, as head has, ends this process without a word.
     std::signal(SIGPIPE, SIG_DFL);
+    // At a limit on the size of files a write fails, which is reported; the signal would end this
+    // process without a word.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         callrecordingctl::CommandLine line;
         callrecordingctl::AddCommands(line);

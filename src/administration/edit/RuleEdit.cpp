@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <system_error>
 
 #include <fmt/format.h>
 
@@ -12,6 +13,7 @@
 #include "administration/edit/NewText.h"
 #include "administration/inspection/ReadRules.h"
 #include "common/Error.h"
+#include "common/MemoryFile.h"
 #include "model/RuleSides.h"
 
 namespace CallRecordingUtils {
@@ -27,16 +29,35 @@ auto Or(Error::Kind kind, Action action) {
     }
 }
 
+/// Why text is not that of a rule file; empty if it is. Throws if that cannot be found out: a file
+/// that cannot be read must not pass for a broken one, which may be replaced.
+std::string FaultOf(std::string const& text, std::string const& path) {
+    MemoryFile const memory(text);
+    try {
+        ReadRules(memory.Path());
+        return "";
+    } catch (std::system_error const&) {
+        throw;
+    } catch (std::runtime_error const& error) {
+        std::string fault = error.what();
+        std::size_t const at = fault.find(memory.Path());
+        return at == std::string::npos ? fault : fault.replace(at, memory.Path().size(), path);
+    }
+}
+
 std::ptrdiff_t Step(std::size_t place) {
     return static_cast<std::ptrdiff_t>(place);
 }
 
 } // namespace
 
-RuleEdit::RuleEdit(std::string const& path)
+RuleEdit::RuleEdit(std::string const& path, Broken broken)
     : path_(path),
       fileBefore_(Or(Error::Kind::Unreadable, [&path] { return HostPlatform::ReadFile(path); })),
-      file_(Or(Error::Kind::Unreadable, [&path] { return RuleFileEdit(path); })),
+      fault_(Or(Error::Kind::Unreadable,
+                [&] { return broken == Broken::Replaced ? FaultOf(fileBefore_.text, path) : ""; })),
+      file_(Or(Error::Kind::Unreadable,
+               [&] { return RuleFileEdit(fault_.empty() ? path : MemoryFile("").Path()); })),
       before_(Or(Error::Kind::Unreadable, [this] { return file_.Rules(); })) {
     for (std::size_t i = 0; i < before_.size(); ++i)
         traces_.push_back({i, 0});
@@ -93,7 +114,10 @@ std::size_t RuleEdit::PlaceOf(std::size_t origin) const {
 }
 
 void RuleEdit::Replace(RuleList const& rules) {
-    newText_ = NewText(TextBefore(), Stored(), rules, OriginsOf(before_, rules));
+    bool const isReadable = fault_.empty();
+    newText_ =
+        NewText(isReadable ? TextBefore() : "", isReadable ? Stored() : std::vector<StoredRule>(),
+                rules, OriginsOf(before_, rules));
     after_ = rules;
 }
 

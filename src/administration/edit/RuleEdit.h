@@ -22,7 +22,11 @@ namespace CallRecordingUtils {
 /// cannot be read, changed or saved.
 class RuleEdit {
   public:
-    explicit RuleEdit(std::string const& path);
+    /// Whether a file that is no rule file may be edited: only Replace and ReplaceText make sense
+    /// then, and the rules before count as none.
+    enum class Broken { Refused, Replaced };
+
+    explicit RuleEdit(std::string const& path, Broken broken = Broken::Refused);
 
     std::string const& Path() const { return path_; }
 
@@ -78,11 +82,17 @@ class RuleEdit {
     /// Whether the file would become another one.
     bool IsChanged();
 
+    /// The bytes that Save writes.
+    std::string TextAfter() { return newText_ ? *newText_ : file_.File().GetText(); }
+
     void Save();
 
     /// What the changes come to: first the rules that the edit is about, in the order in which it
     /// came to them, then the others that it changed. Valid until the next change.
     std::vector<Change> Changes();
+
+    /// Why the file could not be read as rules; empty if it could.
+    std::string const& Fault() const { return fault_; }
 
   private:
     struct Trace {
@@ -92,7 +102,8 @@ class RuleEdit {
 
     std::string path_;
     HostPlatform::FileText fileBefore_;
-    RuleFileEdit file_;
+    std::string fault_;
+    RuleFileEdit file_; // Of no file if that is broken.
     RuleList before_;
     RuleList after_;
     std::optional<std::string> newText_; // After Replace.

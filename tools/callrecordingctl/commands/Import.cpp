@@ -196,8 +196,10 @@ ExitCode Import(RuleEdit& edit, Options const& options) {
 
 void AddImport(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& import = AddEdit(line, "import", "Take rules from a table or another machine", kHelp,
-                               [options](RuleEdit& edit) { return Import(edit, *options); });
+    CLI::App& import = AddEdit(
+        line, "import", "Take rules from a table or another machine", kHelp,
+        [options](RuleEdit& edit) { return Import(edit, *options); },
+        [options] { return options->replace; });
     import.add_option("FILE", options->file, "JSON, or comma-separated values")
         ->type_name("")
         ->required();

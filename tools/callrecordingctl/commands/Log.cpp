@@ -12,6 +12,7 @@
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
 #include "commands/Registry.h"
+#include "database/RuleFileLock.h"
 #include "output/EditReport.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
@@ -21,8 +22,9 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Prints the edits, the last one first. An edit made around callrecordingctl, by
-hand or by a telephony process, shows as such.
+    R"(Prints the edits, the last one first. A change outside the history (by hand, by
+a telephony process, or by an edit that could not be recorded) is shown as such,
+with the time by which it was made.
 Example: callrecordingctl log --since monday
 )";
 
@@ -33,43 +35,64 @@ struct Options {
     bool verbose = false;
 };
 
-/// An entry with the rules before and after it; none where the history no longer has them.
-struct Step {
-    HistoryEntry entry;
-    std::optional<RuleList> before;
-    std::optional<RuleList> after;
-    std::vector<Change> changes;
+/// The rules in one state of the file, or why they are not known.
+struct State {
+    std::optional<RuleList> rules;
+    std::string problem;
 };
 
-class LogReader {
+/// An edit with what it changed.
+struct Step {
+    HistoryEntry const& entry;
+    std::int64_t uncertain; // The number of the edit before whose changes are in these, too; or 0.
+    std::string const& problem;
+    std::vector<Change> const& changes;
+    std::size_t count; // How many rules there were afterwards.
+};
+
+/// Reads the states of the file, each once if they are asked for in their order.
+class StateReader {
   public:
-    explicit LogReader(std::string const& path)
-        : current_(HasRuleFile(path) ? ReadInput(path) : ""), history_(path, false) {}
+    StateReader(History& history, std::string const& current)
+        : history_(history), current_(current), currentDigest_(DigestOf(current)) {}
 
-    std::vector<HistoryEntry> Entries() { return history_.Entries(current_); }
-
-    Step Read(HistoryEntry const& entry) {
-        Step step{entry, RulesAt(entry.before), RulesAt(entry.after), {}};
-        if (step.before && step.after)
-            step.changes = ChangesBetween(*step.before, *step.after);
-        return step;
+    /// The changes between two states, or why they are not known. Good until the next call.
+    std::vector<Change> Changes(HistoryEntry const& entry) {
+        if (entry.before != after_.first)
+            after_ = {entry.before, Read(entry.before)};
+        before_ = std::move(after_);
+        after_ = {entry.after, Read(entry.after)};
+        if (!before_.second.rules || !after_.second.rules)
+            return {};
+        return ChangesBetween(*before_.second.rules, *after_.second.rules);
     }
 
+    std::string const& Problem() const {
+        return before_.second.rules ? after_.second.problem : before_.second.problem;
+    }
+
+    std::size_t Count() const { return after_.second.rules ? after_.second.rules->size() : 0; }
+
   private:
-    /// A state that cannot be read as rules is as good as one that is not kept.
-    std::optional<RuleList> RulesAt(std::string const& digest) {
-        std::optional<std::string> text = history_.TextOf(digest);
-        if (!text && DigestOf(current_) == digest)
-            text = current_;
+    State Read(std::string const& digest) {
+        std::string const name = "state " + StateToken(digest);
         try {
-            return text ? std::optional(RulesOf(*text, digest)) : std::nullopt;
-        } catch (Failure const&) {
-            return std::nullopt;
+            auto const text =
+                digest == currentDigest_ ? std::optional(current_) : history_.GlanceAt(digest);
+            if (text)
+                return {RulesOf(*text, name), ""};
+            return {std::nullopt, fmt::format("what changed is not known: the {} of the rule file "
+                                              "is not kept",
+                                              name)};
+        } catch (std::exception const& error) {
+            return {std::nullopt, fmt::format("what changed is not known: {}", error.what())};
         }
     }
 
-    std::string current_;
-    History history_;
+    History& history_;
+    std::string const& current_;
+    std::string const currentDigest_;
+    std::pair<std::string, State> before_, after_; // With their digests.
 };
 
 bool IsAbout(Change const& change, std::int32_t id) {
@@ -79,74 +102,126 @@ bool IsAbout(Change const& change, std::int32_t id) {
     return change.isMeant && (hasId(change.before) || hasId(change.after));
 }
 
-void Print(Step const& step, bool verbose) {
-    HistoryEntry const& entry = step.entry;
+std::string Heading(HistoryEntry const& entry) {
     std::string const number = entry.number > 0 ? std::to_string(entry.number) : "-";
-    fmt::print("{:<4} {}  {}\n", number, WhenText(entry.seconds),
-               Printable(entry.IsOutside() ? "edited around callrecordingctl"
-                                           : entry.user + ": " + entry.command));
-    if (!step.before || !step.after)
-        fmt::print("     the rules are not kept any more, or cannot be read\n");
-    else if (step.changes.empty())
-        fmt::print("     no rule changed; comments or other entries did\n");
+    return fmt::format("{:<4} {}  {}\n", number, WhenText(entry.seconds),
+                       Printable(entry.IsOutside() ? "changed outside the history by then"
+                                                   : entry.note.user + ": " + entry.note.command));
+}
+
+std::string Sentences(Step const& step, bool verbose) {
     constexpr std::size_t kMost = 5;
-    std::size_t told = 0;
+    std::string text;
+    std::size_t shown = 0;
     std::size_t others = 0;
     for (Change const& change : step.changes) {
-        if (!verbose && (!change.isMeant || told == kMost)) {
+        if (!verbose && (!change.isMeant || shown == kMost)) {
             ++others;
             continue;
         }
-        ++told;
-        fmt::print("     {}\n", Printable(Sentence(change, step.after->size())));
+        ++shown;
+        text += fmt::format("     {}\n", Printable(Sentence(change, step.count)));
     }
     if (others > 0)
-        fmt::print("     and {} more {}; -v tells each\n", others, others == 1 ? "rule" : "rules");
+        text += fmt::format("     and {} more {}; -v shows each\n", others,
+                            others == 1 ? "rule" : "rules");
+    return text;
+}
+
+std::string ToText(Step const& step, bool verbose) {
+    std::string text = Heading(step.entry);
+    if (step.entry.state == EditState::Unknown)
+        text += "     it is not known whether this was saved; it was to do this:\n";
+    if (step.uncertain > 0)
+        text += fmt::format("     together with edit {}, if that was saved:\n", step.uncertain);
+    if (!step.problem.empty())
+        return text + fmt::format("     {}\n", Printable(step.problem));
+    if (step.changes.empty())
+        return text + "     no rule changed; comments or other entries did\n";
+    return text + Sentences(step, verbose);
+}
+
+char const* StateName(EditState state) {
+    switch (state) {
+    case EditState::Unknown: return "unknown";
+    case EditState::Outside: return "outside";
+    default: return "saved";
+    }
 }
 
 nlohmann::ordered_json ToJson(Step const& step) {
     HistoryEntry const& entry = step.entry;
     return {{"number", entry.number},
             {"time", WhenText(entry.seconds)},
-            {"user", entry.user},
-            {"command", entry.command},
+            {"user", entry.note.user},
+            {"command", entry.note.command},
             {"outside", entry.IsOutside()},
-            {"undone", entry.undone},
+            {"state", StateName(entry.state)},
+            {"undone", entry.note.undone},
             {"digest_before", entry.before},
             {"digest_after", entry.after},
+            {"problem", step.problem},
             {"changes", ChangesToJson(step.changes)}};
 }
 
-ExitCode Log(Context const& context, Options const& options) {
-    if (options.keep) {
-        RequireDirectory(context.path);
-        History(context.path, true).KeepAtMost(*options.keep);
-        return kExitYes;
-    }
-    LogReader reader(context.path);
-    std::vector<HistoryEntry> entries = reader.Entries();
-    std::reverse(entries.begin(), entries.end());
-    auto document = nlohmann::ordered_json::array();
-    bool isEmpty = true;
-    for (HistoryEntry const& entry : entries) {
+/// Calls show with the steps that options ask for, in their order.
+template <typename Show>
+void ForEachStep(std::string const& path, Options const& options, Show show) {
+    RequireDirectory(path);
+    History history(path);
+    Snapshot const now = history.Read();
+    StateReader states(history, now.text);
+    std::int64_t uncertain = 0;
+    for (HistoryEntry const& entry : now.entries) {
+        std::int64_t const withEdit = entry.IsOutside() ? uncertain : 0;
+        uncertain = entry.state == EditState::Unknown ? entry.number : 0;
         if (options.since && entry.seconds < *options.since)
             continue;
-        Step const step = reader.Read(entry);
-        if (options.id &&
-            std::none_of(step.changes.begin(), step.changes.end(),
-                         [&](Change const& change) { return IsAbout(change, *options.id); }))
-            continue;
-        isEmpty = false;
-        if (context.json)
-            document.push_back(ToJson(step));
-        else
-            Print(step, options.verbose);
+        std::vector<Change> const changes = states.Changes(entry);
+        if (!options.id || std::any_of(changes.begin(), changes.end(), [&](Change const& change) {
+                return IsAbout(change, *options.id);
+            }))
+            show(Step{entry, withEdit, states.Problem(), changes, states.Count()});
     }
-    if (context.json)
-        PrintJson(document);
-    else if (isEmpty)
+}
+
+void PrintAsText(std::string const& path, Options const& options) {
+    std::vector<std::string> steps;
+    ForEachStep(path, options,
+                [&](Step const& step) { steps.push_back(ToText(step, options.verbose)); });
+    for (auto step = steps.rbegin(); step != steps.rend(); ++step)
+        fmt::print("{}", *step);
+    if (steps.empty())
         Say("no edit is recorded{}", options.since || options.id ? " that fits" : "");
-    return kExitYes;
+}
+
+void PrintAsJson(std::string const& path, Options const& options) {
+    std::vector<nlohmann::ordered_json> steps;
+    ForEachStep(path, options, [&](Step const& step) { steps.push_back(ToJson(step)); });
+    std::reverse(steps.begin(), steps.end());
+    PrintJson(nlohmann::ordered_json(steps));
+}
+
+ExitCode Keep(std::string const& path, std::int64_t mebibytes) {
+    RequireDirectory(path);
+    try {
+        RuleFileLock const lock(path, std::chrono::seconds(5));
+        HistoryWriter(path).KeepAtMost(mebibytes);
+        return kExitYes;
+    } catch (std::exception const& error) {
+        throw Failure(kExitUnsaved, fmt::format("{}; nothing was changed", error.what()));
+    }
+}
+
+ExitCode Log(Context const& context, Options const& options) {
+    if (options.keep)
+        return Keep(context.path, *options.keep);
+    try {
+        context.json ? PrintAsJson(context.path, options) : PrintAsText(context.path, options);
+        return kExitYes;
+    } catch (std::runtime_error const& error) {
+        throw Failure(kExitUnreadable, error.what());
+    }
 }
 
 } // namespace
@@ -155,13 +230,7 @@ void AddLog(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& log = line.AddCommand(
         "log", "Show who changed which rules, and when", kHelp,
-        [options](Context const& context) {
-            try {
-                return Log(context, *options);
-            } catch (HistoryError const& error) {
-                throw Failure(kExitUnreadable, error.what());
-            }
-        });
+        [options](Context const& context) { return Log(context, *options); });
     AddText(
         log, "--since", "WHEN", kWhenHelp,
         [options](std::string const& text) { options->since = ParseTime("--since", text); });
@@ -170,9 +239,10 @@ void AddLog(CommandLine& line) {
         [options](std::uint32_t id) { options->id = static_cast<std::int32_t>(id); });
     AddNumber(
         log, "--keep", "MIB",
-        "Print nothing; from the next edit on, drop the\noldest edits beyond so much (default: 16)",
+        "Print nothing, but limit the size of the history,\nfrom the next edit on (default: 16); "
+        "the oldest states\nof the rules go first",
         1, [options](std::uint32_t mebibytes) { options->keep = mebibytes; });
-    log.add_flag("-v,--verbose", options->verbose, "Tell every rule that changed");
+    log.add_flag("-v,--verbose", options->verbose, "Show every rule that changed");
 }
 
 } // namespace callrecordingctl

@@ -1,30 +1,16 @@
-// The record of the edit that this process makes.
+// Saving an edit, and recording it in the history.
 
 #ifndef CALLRECORDINGCTL_COMMANDS_RECORDEDIT_H
 #define CALLRECORDINGCTL_COMMANDS_RECORDEDIT_H
 
-#include <memory>
-#include <string>
-
 #include "CommandLine.h"
-#include "administration/history/History.h"
+#include "administration/edit/RuleEdit.h"
 
 namespace callrecordingctl {
 
-/// Records an edit around its save. That it cannot is said, and stops no edit.
-class EditRecord {
-  public:
-    /// Before the save of an edit that takes back so many ones.
-    EditRecord(Context const& context, std::string const& before, std::size_t undone);
-
-    /// After the save.
-    void Finish(std::string const& after);
-
-  private:
-    void Say(std::exception const& error);
-
-    std::unique_ptr<History> history_; // None once it has failed.
-};
+/// Saves the edit. If the history cannot be written, a message says so, and the edit is saved all
+/// the same.
+void SaveAndRecord(RuleEdit& edit, Context const& context);
 
 } // namespace callrecordingctl
 

@@ -14,6 +14,7 @@
 
 #include <fmt/format.h>
 
+#include "administration/history/History.h"
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
 #include "commands/RecordEdit.h"
@@ -58,7 +59,7 @@ void MakeDirectory(fs::path const& directory) {
 /// What became of the rules since the state with this token, where the history still has it.
 std::string WhatChanged(RuleEdit const& edit, std::string const& token) {
     try {
-        auto const text = History(edit.Path(), false).TextOf(token);
+        auto const text = History(edit.Path()).TextOf(token);
         if (!text)
             return "";
         RuleList const then = RulesOf(*text, token);
@@ -81,12 +82,6 @@ void RequireState(RuleEdit const& edit, std::string const& token) {
                                   "nothing was changed{}",
                                   StateToken(digest), token,
                                   isToken ? WhatChanged(edit, token) : ""));
-}
-
-void Save(RuleEdit& edit, Context const& context) {
-    EditRecord record(context, edit.TextBefore(), edit.Undone());
-    edit.Save();
-    record.Finish(HostPlatform::ReadFile(edit.Path()).text);
 }
 
 /// Prints the report. For an edit that was saved it only says what went wrong with that.
@@ -147,25 +142,28 @@ ExitCode RunEdit(Context const& context, EditOptions const& options, Changer con
         lock = Lock(context.path, options.patience);
     }
     // Where a dry run misses the directory, a file in its place would be missing, too: no rules.
-    RuleEdit edit(fs::exists(directory) ? context.path : directory.string());
+    RuleEdit edit(fs::exists(directory) ? context.path : directory.string(),
+                  options.replacesAll ? RuleEdit::Broken::Replaced : RuleEdit::Broken::Refused);
     if (options.ifState)
         RequireState(edit, *options.ifState);
     ExitCode const code = change(edit);
+    if (!edit.Fault().empty())
+        Say("{}; so its rules count as none here", edit.Fault());
     bool const isSaved = lock && edit.IsChanged();
     if (isSaved)
-        Save(edit, context);
+        SaveAndRecord(edit, context);
     lock.reset();
     Report(edit, options, context, isSaved);
     return code;
 }
 
 CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
-                  Changer const& change) {
+                  Changer const& change, std::function<bool()> const& replacesAll) {
     auto const options = std::make_shared<EditOptions>();
-    CLI::App& edit =
-        line.AddCommand(name, summary, help, [options, change](Context const& context) {
-            return RunEdit(context, *options, change);
-        });
+    CLI::App& edit = line.AddCommand(name, summary, help, [=](Context const& context) {
+        options->replacesAll = replacesAll && replacesAll();
+        return RunEdit(context, *options, change);
+    });
     CLI::Option* const dryRun = edit.add_flag(
         "--dry-run", options->dryRun,
         "Show the rule before and after, and calls that\nare decided differently; write nothing");

@@ -46,27 +46,32 @@ struct Options {
     std::optional<std::int64_t> at;
 };
 
+/// The digest of the rule file as it was then. What an edit was to make counts only if it is known
+/// to have been saved.
+std::string DigestAt(Snapshot const& now, std::int64_t seconds) {
+    if (now.entries.empty())
+        return DigestOf(now.text);
+    if (now.entries.front().seconds > seconds)
+        Say("nothing is recorded of {}; these are the rules before the first recorded edit, of {}",
+            WhenText(seconds), WhenText(now.entries.front().seconds));
+    std::string digest = now.entries.front().before;
+    for (HistoryEntry const& entry : now.entries)
+        if (entry.seconds <= seconds && entry.state != EditState::Unknown)
+            digest = entry.after;
+    return digest;
+}
+
 /// The text of the rule file as it was then.
 std::string TextAt(std::string const& path, std::int64_t seconds) {
-    try {
-        History history(path, false);
-        std::string current = HasRuleFile(path) ? ReadInput(path) : "";
-        std::string digest;
-        for (HistoryEntry const& entry : history.Entries(current)) {
-            if (digest.empty())
-                digest = entry.before; // Before the first edit.
-            if (entry.seconds <= seconds)
-                digest = entry.after;
-        }
-        auto const text = digest.empty() ? current : history.TextOf(digest);
-        if (text)
-            return *text;
-        if (digest == DigestOf(current))
-            return current;
-    } catch (HistoryError const& error) {
-        throw Failure(kExitUnreadable, error.what());
-    }
-    throw Failure(kExitNo, "the rules of " + WhenText(seconds) + " are not kept any more");
+    RequireDirectory(path);
+    History history(path);
+    Snapshot const now = history.Read();
+    std::string const digest = DigestAt(now, seconds);
+    if (digest == DigestOf(now.text))
+        return now.text;
+    if (auto const text = history.TextOf(digest))
+        return *text;
+    throw Failure(kExitNo, fmt::format("the rules of {} are not kept any more", WhenText(seconds)));
 }
 
 ExitCode Show(Context const& context, Options const& options) {
@@ -75,7 +80,7 @@ ExitCode Show(Context const& context, Options const& options) {
     if (options.at) {
         std::string const text = TextAt(context.path, *options.at);
         digest = DigestOf(text);
-        rules = RulesOf(text, context.path);
+        rules = RulesOf(text, "state " + StateToken(digest));
     } else {
         rules = LoadRules(context.path, digest);
     }

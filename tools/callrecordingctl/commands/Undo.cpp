@@ -1,4 +1,4 @@
-// undo: takes the last edits back.
+// undo: goes back to the rules before the last edits.
 
 #include <memory>
 
@@ -6,6 +6,8 @@
 
 #include "administration/history/History.h"
 #include "administration/history/When.h"
+#include "administration/inspection/Digest.h"
+#include "administration/inspection/ReadRules.h"
 #include "commands/Registry.h"
 #include "commands/RunEdit.h"
 
@@ -14,8 +16,9 @@ namespace {
 
 constexpr char kHelp[] =
     R"(The file becomes what it was before the last N edits, byte for byte. Another
-undo goes further back. An edit made around callrecordingctl stops it: see
-"log", and say --also-outside if it is to be taken back as well.
+undo goes further back. A change outside the history (by hand, by another
+program, or by an edit that could not be recorded) stops it: see "log", and say
+--also-outside if that is to be undone as well.
 )";
 
 struct Options {
@@ -24,64 +27,73 @@ struct Options {
     bool alsoOutside = false;
 };
 
-/// The edits that are in effect: without those that were taken back, and without the undoing.
-std::vector<HistoryEntry> InEffect(std::vector<HistoryEntry> const& entries) {
-    std::vector<HistoryEntry> effective;
-    for (HistoryEntry const& entry : entries) {
-        if (entry.undone == 0)
-            effective.push_back(entry);
-        for (std::int64_t i = 0; i < entry.undone && !effective.empty(); ++i)
-            effective.pop_back();
-    }
-    return effective;
-}
-
-void RequireInside(HistoryEntry const& entry, Options const& options) {
-    if (entry.IsOutside() && !options.alsoOutside)
+void RequireInside(HistoryEntry const& entry) {
+    if (entry.IsOutside())
         throw Failure(kExitNo,
-                      fmt::format("the rule file was edited around callrecordingctl ({}); \"log\" "
-                                  "shows what changed, and --also-outside takes it back, too; "
+                      fmt::format("the rule file was changed outside the history by {}; \"log\" "
+                                  "shows what changed, and --also-outside undoes that, too; "
                                   "nothing was changed",
                                   WhenText(entry.seconds)));
 }
 
-/// The digest of the state to go back to.
-std::string Target(std::vector<HistoryEntry> const& entries, Options const& options,
-                   std::size_t& undone) {
-    if (options.to) {
-        for (HistoryEntry const& entry : entries)
-            if (entry.number == static_cast<std::int64_t>(*options.to))
-                return entry.after;
+/// What is before an outside change is not known if it is not known whether the edit before it was
+/// saved.
+void RequireKnown(HistoryEntry const& entry) {
+    if (entry.state == EditState::Unknown)
         throw Failure(
-            kExitNoSuchRule,
-            fmt::format("no edit {} is recorded; see \"callrecordingctl log\"", *options.to));
-    }
-    std::vector<HistoryEntry> const effective = InEffect(entries);
-    if (effective.size() < options.count)
-        throw Failure(kExitNo, fmt::format("only {} {} recorded that could be taken back; nothing "
-                                           "was changed",
-                                           effective.size(),
-                                           effective.size() == 1 ? "edit is" : "edits are"));
-    for (std::size_t i = 1; i <= options.count; ++i)
-        RequireInside(effective[effective.size() - i], options);
-    undone = options.count;
-    return effective[effective.size() - options.count].before;
+            kExitNo,
+            fmt::format(
+                "it is not known whether edit {} was saved before the rule file was changed "
+                "outside the history; \"undo --to {}\" goes to the rules before it, "
+                "\"undo --to {}\" to those that it was to make; nothing was changed",
+                entry.number, entry.number - 1, entry.number));
 }
 
-ExitCode Undo(RuleEdit& edit, std::string const& path, Options const& options) {
-    try {
-        History history(path, false);
-        std::size_t undone = 0;
-        std::string const target = Target(history.Entries(edit.TextBefore()), options, undone);
-        auto const text = history.TextOf(target);
-        if (!text)
-            throw Failure(kExitNo, "that state of the file is not kept any more");
-        edit.ReplaceText(*text);
-        edit.TakeBack(undone);
-        return kExitYes;
-    } catch (HistoryError const& error) {
-        throw Failure(kExitUnreadable, error.what());
+/// The digest of the state after the edit with this number.
+std::string StateAfter(std::vector<HistoryEntry> const& entries, std::int64_t number) {
+    for (HistoryEntry const& entry : entries) {
+        if (entry.number > 0 && entry.number == number)
+            return entry.after;
+        if (entry.number > 0 && entry.number == number + 1)
+            return entry.before; // Edit 0, or one that is not kept any more.
     }
+    throw Failure(kExitNoSuchRule,
+                  fmt::format("no edit {} is recorded; see \"callrecordingctl log\"", number));
+}
+
+/// The digest of the state before the last edits in effect.
+std::string StateBefore(std::vector<HistoryEntry> const& entries, Options const& options) {
+    std::vector<HistoryEntry> const effective = EditsInEffect(entries);
+    if (effective.size() < options.count)
+        throw Failure(kExitNo, fmt::format("only {} {} recorded that could be undone; nothing was "
+                                           "changed",
+                                           effective.size(),
+                                           effective.size() == 1 ? "edit is" : "edits are"));
+    std::size_t const first = effective.size() - options.count;
+    for (std::size_t i = effective.size(); i-- > first;) {
+        if (!options.alsoOutside)
+            RequireInside(effective[i]);
+        if (effective[i].IsOutside() && i > 0)
+            RequireKnown(effective[i - 1]);
+    }
+    return effective[first].before;
+}
+
+ExitCode Undo(RuleEdit& edit, Options const& options) {
+    History history(edit.Path());
+    std::vector<HistoryEntry> const entries = history.Entries(edit.TextBefore());
+    std::string const target = options.to
+                                   ? StateAfter(entries, static_cast<std::int64_t>(*options.to))
+                                   : StateBefore(entries, options);
+    auto const text = history.TextOf(target);
+    if (!text)
+        throw Failure(kExitNo, fmt::format("the state {} of the rule file is not kept any more; "
+                                           "nothing was changed",
+                                           StateToken(target)));
+    RulesOf(*text, "state " + StateToken(target)); // Throws if it was broken then.
+    edit.ReplaceText(*text);
+    edit.TakeBack(options.to ? 0 : options.count);
+    return kExitYes;
 }
 
 } // namespace
@@ -89,16 +101,17 @@ ExitCode Undo(RuleEdit& edit, std::string const& path, Options const& options) {
 void AddUndo(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& undo = AddEdit(
-        line, "undo", "Take the last edits back", kHelp,
-        [options](RuleEdit& edit) { return Undo(edit, edit.Path(), *options); });
+        line, "undo", "Undo the last edits", kHelp,
+        [options](RuleEdit& edit) { return Undo(edit, *options); }, [] { return true; });
     AddNumber(
         undo, "N", "", "How many edits (default: 1)", 1,
         [options](std::uint32_t count) { options->count = count; });
     AddNumber(undo, "--to", "NUMBER",
-              "Back, or forth, to the state behind the edit with\nthis number in log", 1,
-              [options](std::uint32_t number) { options->to = number; });
+              "Go to the rules after the edit with this number\nin log, back or forth; 0: before "
+              "the first",
+              0, [options](std::uint32_t number) { options->to = number; });
     undo.add_flag("--also-outside", options->alsoOutside,
-                  "Take back edits made around callrecordingctl");
+                  "Undo changes outside the history as well");
 }
 
 } // namespace callrecordingctl
