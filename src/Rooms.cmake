@@ -36,16 +36,18 @@ callrecordingutils_room(matching USES model language)
 callrecordingutils_room(validation USES model language matching)
 callrecordingutils_room(calls USES model language matching validation)
 callrecordingutils_room(database USES model)
+callrecordingutils_room(loading USES model database calls)
 set(core_rooms
   callrecordingutils_model
   callrecordingutils_language
   callrecordingutils_matching
   callrecordingutils_validation
   callrecordingutils_calls
-  callrecordingutils_database)
+  callrecordingutils_database
+  callrecordingutils_loading)
 # On 32-bit systems a file may have any inode and time. Only here: a device's headers may have types that
 # change with these.
-set_property(SOURCE database/RuleFileLock.cpp c/LoadedRules.cpp
+set_property(SOURCE database/RuleFileLock.cpp loading/LoadedRules.cpp
   PROPERTY COMPILE_DEFINITIONS _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
 # Addresses of typed questions as people write them.

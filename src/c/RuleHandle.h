@@ -11,8 +11,8 @@
 
 #include <ThreadMutex.h>
 
-#include "LoadedRules.h"
 #include "Published.h"
+#include "loading/LoadedRules.h"
 
 namespace CallRecordingUtils {
 

@@ -1,7 +1,7 @@
-// Reads rules for the C interface, together with what tells one state of the file from another.
+// Reads rules together with what tells one state of their file from another.
 
-#ifndef C_LOADEDRULES_H
-#define C_LOADEDRULES_H
+#ifndef LOADING_LOADEDRULES_H
+#define LOADING_LOADEDRULES_H
 
 #include <cstdint>
 #include <ctime>

@@ -1,6 +1,6 @@
 // Reads the file through the platform's class, and looks at its metadata and bytes itself.
 
-#include "LoadedRules.h"
+#include "loading/LoadedRules.h"
 
 #include <cerrno>
 #include <memory>

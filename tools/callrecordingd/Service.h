@@ -1,0 +1,56 @@
+// What the service answers to each request, whatever carries the requests.
+
+#ifndef CALLRECORDINGD_SERVICE_H
+#define CALLRECORDINGD_SERVICE_H
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "Answers.h"
+#include "LiveRules.h"
+#include "StatusPage.h"
+
+namespace callrecordingd {
+
+class AnswerFile;
+
+struct Request {
+    std::string method;
+    std::string path;
+    std::vector<std::pair<std::string, std::string>> arguments; ///< Decoded, in their order.
+};
+
+struct Response {
+    unsigned status;
+    char const* type;
+    std::string body;
+};
+
+/// Any number of threads may ask at once.
+class Service {
+  public:
+    /// answers, unless null, gets a line for each answer.
+    Service(LiveRules const& rules, AnswerFile* answers);
+
+    Response Respond(Request const& request);
+
+    /// Whether Respond may take longer than an answer about a call may be held up.
+    static bool IsSlow(std::string_view path) { return path == "/" || path == "/rules"; }
+
+  private:
+    Response RespondToDecide(Request const& request);
+    Response Rules() const;
+    Response Page(Request const& request);
+
+    LiveRules const& rules_;
+    AnswerFile* answers_;
+    AnswerCounts counts_;
+    StatusPage page_;
+};
+
+} // namespace callrecordingd
+
+#endif
