@@ -65,12 +65,12 @@ Rule InEntryForm(Rule rule) {
 void TakeOver(RuleList const& before, std::vector<ImportedRule>& imported) {
     std::unordered_map<std::string, Rule const*> printed;
     for (Rule const& rule : before) {
-        printed.emplace(AllOf(AsPrinted(rule)), &rule);
+        printed.emplace(AllFields(AsPrinted(rule)), &rule);
         // A malformed pattern in a table stands there in the entry form, and cannot be converted.
-        printed.emplace("entry " + AllOf(InEntryForm(AsPrinted(rule))), &rule);
+        printed.emplace("entry " + AllFields(InEntryForm(AsPrinted(rule))), &rule);
     }
     for (ImportedRule& wanted : imported) {
-        std::string const all = AllOf(AsPrinted(wanted.rule));
+        std::string const all = AllFields(AsPrinted(wanted.rule));
         auto found = printed.find(all);
         if (found == printed.end() && !wanted.faults.empty())
             found = printed.find("entry " + all);
@@ -99,13 +99,13 @@ void GiveIds(RuleList const& before, std::vector<ImportedRule>& imported, bool r
     for (Rule const& rule : before) {
         next = std::max(next, std::int64_t{rule.callrecordingrule_id} + 1);
         if (replace && taken.count(rule.callrecordingrule_id) == 0)
-            same.emplace(AllOf(WithoutId(rule)), rule.callrecordingrule_id);
+            same.emplace(AllFields(WithoutId(rule)), rule.callrecordingrule_id);
     }
     for (ImportedRule& wanted : imported) {
         std::int32_t& id = wanted.rule.callrecordingrule_id;
         if (id >= 0)
             continue;
-        auto const found = same.find(AllOf(wanted.rule));
+        auto const found = same.find(AllFields(wanted.rule));
         if (found == same.end() && next > std::numeric_limits<std::int32_t>::max())
             throw Failure(kExitUnsaved,
                           "no identifier is left behind 2147483647; \"callrecordingctl "
@@ -123,7 +123,7 @@ std::string NameOf(std::string const& file) {
 void CheckRules(std::vector<ImportedRule>& imported, RuleSet const& before, bool everyone) {
     std::set<std::int32_t> ids;
     for (auto& [rule, line, faults] : imported) {
-        bool const isThere = before.count(AllOf(rule)) > 0;
+        bool const isThere = before.count(AllFields(rule)) > 0;
         if (rule.callrecordingrule_id >= 0 && !ids.insert(rule.callrecordingrule_id).second &&
             !isThere)
             faults.push_back(
@@ -138,7 +138,7 @@ void CheckRules(std::vector<ImportedRule>& imported, RuleSet const& before, bool
 void NoteSuspicions(std::string const& file, std::vector<ImportedRule> const& imported,
                     RuleSet const& before) {
     for (auto const& [rule, line, faults] : imported) {
-        if (before.count(AllOf(rule)) > 0)
+        if (before.count(AllFields(rule)) > 0)
             continue;
         for (auto const& [side, pattern, type] :
              {std::tuple("from", rule.caller_pattern, rule.caller_call_type),
@@ -174,7 +174,7 @@ ExitCode Import(RuleEdit& edit, Options const& options) {
     RuleSet stay;
     for (Rule const& rule : before)
         if (options.replace)
-            stay.insert(AllOf(rule));
+            stay.insert(AllFields(rule));
     CheckRules(imported, stay, options.everyone);
     RequireFaultless(options.file, imported, faults);
     NoteSuspicions(options.file, imported, stay);

@@ -30,7 +30,7 @@ ExitCode Move(RuleEdit& edit, Options const& options, bool up) {
     if (room == 0) {
         Say("{} is the {} already; nothing was changed", NameOf(edit.Before()[index]),
             up ? "first" : "last");
-        edit.Mean(index);
+        edit.Mention(index);
         return kExitNo;
     }
     std::size_t const distance = std::min(options.places, room);
