@@ -30,7 +30,7 @@ std::string CallText(ExampleCall const& call) {
 }
 
 nlohmann::ordered_json CallToJson(ExampleCall const& call) {
-    return {{"from", ToJson(call.caller)}, {"to", ToJson(call.called)}};
+    return CallRecordingUtils::CallToJson(call.caller, call.called);
 }
 
 nlohmann::ordered_json IdsToJson(RuleList const& rules, std::vector<std::size_t> const& places) {
