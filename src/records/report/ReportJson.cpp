@@ -79,13 +79,6 @@ ordered_json ProblemToJson(ReplayReport::Problem const& problem) {
     return {{"file", problem.file}, {"line", problem.line}, {"reason", problem.reason}};
 }
 
-ordered_json UnreadableToJson(ReplayReport const& report) {
-    auto list = ordered_json::array();
-    for (ReplayReport::Problem const& problem : report.problems)
-        list.push_back(ProblemToJson(problem));
-    return {{"lines", report.unreadable}, {"first", list}};
-}
-
 ordered_json FilesToJson(ReplayReport const& report) {
     auto list = ordered_json::array();
     for (ReplayReport::File const& file : report.files)
@@ -102,6 +95,13 @@ ordered_json RuleFileToJson(RuleFileFacts const& file) {
 }
 
 } // namespace
+
+ordered_json UnreadableToJson(ReplayReport const& report) {
+    auto list = ordered_json::array();
+    for (ReplayReport::Problem const& problem : report.problems)
+        list.push_back(ProblemToJson(problem));
+    return {{"lines", report.unreadable}, {"first", list}};
+}
 
 double Share(std::uint64_t calls, std::uint64_t all) {
     return all > 0 ? static_cast<double>(calls) / static_cast<double>(all) : 0;
@@ -155,13 +155,14 @@ ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts) {
 
 ordered_json ToJson(DecidedCall const& call, RuleList const& rules) {
     CallRecord const& record = call.record;
-    return {{"file", call.file},
-            {"line", record.line},
-            {"time", record.values[kColumnTime]},
-            {"read", {{kCallFrom, record.values[kColumnFrom]}, {kCallTo, record.values[kColumnTo]}}},
-            {kCallFrom, ToJson(call.from)},
-            {kCallTo, ToJson(call.to)},
-            {"rule", OutcomeToJson(rules, call.decision)}};
+    return {
+        {"file", call.file},
+        {"line", record.line},
+        {"time", record.values[kColumnTime]},
+        {"read", {{kCallFrom, record.values[kColumnFrom]}, {kCallTo, record.values[kColumnTo]}}},
+        {kCallFrom, ToJson(call.from)},
+        {kCallTo, ToJson(call.to)},
+        {"rule", OutcomeToJson(rules, call.decision)}};
 }
 
 } // namespace CallRecordingUtils

@@ -50,8 +50,9 @@ void CheckRules(ImportFile& file, Options const& options) {
                 {imported.line, fmt::format("the identifier {} is given twice", id)});
         if (IsForEveryone(imported.rule) && !options.everyone && !imported.isPresent &&
             imported.faults.empty())
-            imported.faults.push_back({imported.line, "this rule would record every call; give "
-                                                      "from or to, or --everyone if you want that"});
+            imported.faults.push_back({imported.line,
+                                       "this rule would record every call; give "
+                                       "from or to, or --everyone if you want that"});
     }
 }
 

@@ -11,6 +11,7 @@
 
 #include "CommandLine.h"
 #include "administration/edit/RuleEdit.h"
+#include "commands/EditReplay.h"
 
 namespace callrecordingctl {
 
@@ -18,9 +19,9 @@ namespace callrecordingctl {
 struct EditOptions {
     bool dryRun = false;
     bool verbose = false;
-    std::optional<std::string> ifState; ///< The token of the state that the edit is meant for.
-    std::chrono::seconds patience{5};
-    std::vector<std::string> replay; ///< Call files; of a dry run only.
+    std::optional<std::string> ifState; ///< The token of the state that the file has to be in.
+    std::chrono::seconds patience{5};   ///< How long to wait for the lock.
+    CallFiles replay;                   ///< Of a dry run only.
 };
 
 /// Makes the changes. Returns the exit code: no when there is nothing to do. Throws a Failure when
