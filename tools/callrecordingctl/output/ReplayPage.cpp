@@ -66,7 +66,8 @@ void Write(std::string const& path, std::string const& page) {
         try {
             return HostPlatform::ReplaceFile(path, page, stamp);
         } catch (std::exception const& error) {
-            throw Failure(kExitUnsaved, error.what());
+            throw Failure(kExitUnsaved,
+                          fmt::format("{}: cannot be written: {}", path, error.what()));
         }
     }
     std::ofstream file(path, std::ios::binary);
