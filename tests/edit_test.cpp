@@ -348,7 +348,24 @@ TEST(RuleEdit, RefusesWhatCannotBeStoredAndForeignSaves) {
     EXPECT_EQ(dir.ReadRules(), "# whole\n");
 }
 
+TEST(RuleEdit, ReportsDeletionsInOrderAndEndsALineThatLacksItsLineFeed) {
+    TempDir const dir;
+    dir.WriteRules("{\r\ncallrecordingrule_id=1\r\n}\r\n{\r\ncallrecordingrule_id=2\r\n}\r");
+    RuleEdit edit(dir.Path(TempDir::RULE_FILE));
+    edit.Append({});
+    EXPECT_EQ(edit.TextAfter().find("=2\r\n}\r\n{\r\ncallrecordingrule_id=3\r\n"), 53U);
+    RuleEdit deleting(dir.Path(TempDir::RULE_FILE));
+    deleting.Delete(1);
+    deleting.Delete(0);
+    EXPECT_EQ(deleting.Changes().at(0).before->callrecordingrule_id, 1);
+}
+
 // --- Exchange ---
+
+Rule Disabled(Rule rule) {
+    rule.recording_rule_state = RULE_DISABLED;
+    return rule;
+}
 
 std::string ExportText(RuleList const& rules, ImportFormat format) {
     std::string csv = CsvHeader();
@@ -403,6 +420,20 @@ TEST(Exchange, CarriesWellFormedRulesToAnEmptyFile) {
             EXPECT_EQ(RulesAfter({rule}, file.rules, false).at(1).callrecordingrule_id, 8);
         }
     }
+}
+
+TEST(Exchange, GivesEachRuleItsOwnIdentifierAndSection) {
+    Rule one, other;
+    one.callrecordingrule_id = other.callrecordingrule_id = 1;
+    one.called_pattern = other.called_pattern = "5";
+    one.caller_pattern = "{1-5}"; // Malformed, and shown as the well-formed one is.
+    other.caller_pattern = "<1-5>";
+    ImportFile file = ReadImport(ExportText({one, other}, ImportFormat::Csv), "file");
+    KeepPresent({one, other}, file);
+    EXPECT_TRUE(AreEqual(file.rules[0].rule, one) && AreEqual(file.rules[1].rule, other));
+    ImportedRule const named{Disabled(other), true}, unnamed{other};
+    EXPECT_EQ(RulesAfter({other}, {named, unnamed}, true)[1].callrecordingrule_id, 2);
+    EXPECT_EQ(RulesAfter({other}, {unnamed}, true)[0].callrecordingrule_id, 1);
 }
 
 TEST(Exchange, TellsItsFormatsApart) {
