@@ -141,9 +141,6 @@ class PLATFORM_EXPORT MultiSectionFile {
     /// cursor is on no section.
     [[gnu::visibility("hidden")]] std::vector<std::pair<std::string, std::size_t>> GetEntryLines();
 
-    /// Returns the text that Save would write.
-    [[gnu::visibility("hidden")]] std::string GetText();
-
   private:
     class Impl;
     std::unique_ptr<Impl> mImpl;

@@ -77,7 +77,7 @@ find_library(UNISTRING_LIBRARY unistring REQUIRED)
 # What people and services do with rule files and call records: on the platform of the host, and never
 # part of the shared library.
 callrecordingutils_room(text LIBRARIES fmt::fmt ZLIB::ZLIB ${CSV_LIBRARY} ${UNISTRING_LIBRARY})
-callrecordingutils_room(json USES model validation LIBRARIES nlohmann_json::nlohmann_json)
+callrecordingutils_room(json USES model validation text LIBRARIES nlohmann_json::nlohmann_json)
 callrecordingutils_room(administration/inspection USES model database LIBRARIES fmt::fmt ${MD_LIBRARY})
 callrecordingutils_room(administration/check
   USES model database validation analysis text administration/inspection LIBRARIES fmt::fmt)

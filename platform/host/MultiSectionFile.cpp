@@ -41,9 +41,6 @@ class [[gnu::visibility("hidden")]] MultiSectionFile::Impl {
     void Save();
     std::size_t GetSectionLine();
     std::vector<std::pair<std::string, std::size_t>> GetEntryLines();
-    std::string GetText() {
-        return text_.Text();
-    }
 
   private:
     Impl(std::string const& path, SectionSyntax syntax, FileText file)
@@ -233,10 +230,6 @@ std::size_t MultiSectionFile::GetSectionLine() {
 
 std::vector<std::pair<std::string, std::size_t>> MultiSectionFile::GetEntryLines() {
     return mImpl->GetEntryLines();
-}
-
-std::string MultiSectionFile::GetText() {
-    return mImpl->GetText();
 }
 
 } // namespace Configuration

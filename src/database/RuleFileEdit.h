@@ -80,8 +80,6 @@ class RuleFileEdit {
     /// here.
     void Save();
 
-    Configuration::MultiSectionFile& File() { return file_.File(); }
-
   private:
     bool GoTo(std::size_t place);
     CallRecordingRuleParams RuleAt(std::size_t place);

@@ -1,11 +1,17 @@
-// Writes the sides of calls as JSON.
+// Writes calls as JSON.
 
 #include "json/CallJson.h"
+
+#include "json/Names.h"
 
 namespace CallRecordingUtils {
 
 nlohmann::ordered_json ToJson(CallParty const& party) {
-    return {{"call_type", static_cast<int>(party.type)}, {"address", AddressText(party)}};
+    return {{kCallType, static_cast<int>(party.type)}, {kCallAddress, AddressText(party)}};
+}
+
+nlohmann::ordered_json CallToJson(CallParty const& from, CallParty const& to) {
+    return {{kCallFrom, ToJson(from)}, {kCallTo, ToJson(to)}};
 }
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// One side of a call as JSON.
+// Calls as JSON, under the names of Names.h.
 
 #ifndef JSON_CALLJSON_H
 #define JSON_CALLJSON_H
@@ -9,7 +9,11 @@
 
 namespace CallRecordingUtils {
 
+/// One side of a call.
 nlohmann::ordered_json ToJson(CallParty const& party);
+
+/// Both sides of a call.
+nlohmann::ordered_json CallToJson(CallParty const& from, CallParty const& to);
 
 } // namespace CallRecordingUtils
 

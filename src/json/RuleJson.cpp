@@ -4,38 +4,52 @@
 
 #include "model/CallTypeNames.h"
 #include "validation/SidePattern.h"
+#include "json/Bytes.h"
+#include "json/Names.h"
 
 namespace CallRecordingUtils {
 namespace {
 
 constexpr char const* kStateNames[] = {"enabled", "disabled", "not_showable"};
 
-void AddSide(nlohmann::ordered_json& json, std::string const& side, std::string const& pattern,
+void AddSide(nlohmann::ordered_json& json, SideMembers const& side, std::string const& pattern,
              CallType type) {
-    json[side + "_pattern"] = pattern;
-    json[side + "_pattern_entry"] = ToEntry(pattern, type);
-    json[side + "_pattern_malformed"] = ExplainStored(pattern, type).has_value();
-    json[side + "_call_type"] = static_cast<int>(type);
-    json[side + "_call_type_name"] = CallTypeName(type);
+    json[NameOf(side.pattern)] = ToUtf8(pattern);
+    json[NameOf(side.entry)] = ToUtf8(ToEntry(pattern, type));
+    json[NameOf(side.malformed)] = ExplainStored(pattern, type).has_value();
+    json[NameOf(side.type)] = static_cast<int>(type);
+    json[NameOf(side.typeName)] = CallTypeName(type);
+}
+
+void AddSettings(nlohmann::ordered_json& json, Rule const& rule) {
+    json[NameOf(RuleMember::RecordingType)] = static_cast<int>(rule.call_recording_type);
+    json[NameOf(RuleMember::RecordTo)] = ToUtf8(rule.record_to);
+    json[NameOf(RuleMember::Duration)] = ToUtf8(rule.recording_duration);
+    json[NameOf(RuleMember::Description)] = ToUtf8(rule.description);
 }
 
 } // namespace
 
 nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position, std::string const& state) {
     nlohmann::ordered_json json;
-    json["position"] = position;
-    json["callrecordingrule_id"] = rule.callrecordingrule_id;
-    AddSide(json, "caller", rule.caller_pattern, rule.caller_call_type);
-    AddSide(json, "called", rule.called_pattern, rule.called_call_type);
-    json["call_recording_type"] = static_cast<int>(rule.call_recording_type);
-    json["record_to"] = rule.record_to;
-    json["recording_duration"] = rule.recording_duration;
-    json["description"] = rule.description;
-    json["recording_rule_state"] = rule.recording_rule_state;
-    json["recording_rule_state_name"] = kStateNames[rule.recording_rule_state];
-    json["enabled"] = rule.recording_rule_state == RULE_ENABLED;
+    json[NameOf(RuleMember::Position)] = position;
+    json[NameOf(RuleMember::Id)] = rule.callrecordingrule_id;
+    AddSide(json, kCallerMembers, rule.caller_pattern, rule.caller_call_type);
+    AddSide(json, kCalledMembers, rule.called_pattern, rule.called_call_type);
+    AddSettings(json, rule);
+    json[NameOf(RuleMember::State)] = rule.recording_rule_state;
+    json[NameOf(RuleMember::StateName)] = kStateNames[rule.recording_rule_state];
+    json[NameOf(RuleMember::Enabled)] = rule.recording_rule_state == RULE_ENABLED;
     if (!state.empty())
-        json["file_state"] = state;
+        json[NameOf(RuleMember::FileState)] = state;
+    return json;
+}
+
+nlohmann::ordered_json OutcomeToJson(Rule const& rule, std::size_t position) {
+    nlohmann::ordered_json json;
+    json[NameOf(RuleMember::Position)] = position;
+    json[NameOf(RuleMember::Id)] = rule.callrecordingrule_id;
+    AddSettings(json, rule);
     return json;
 }
 

@@ -1,4 +1,4 @@
-// A rule as JSON, under the names that "list --json" prints and import reads.
+// Rules as JSON, under the names of Names.h.
 
 #ifndef JSON_RULEJSON_H
 #define JSON_RULEJSON_H
@@ -13,12 +13,15 @@
 
 namespace CallRecordingUtils {
 
-/// The record under its field names, its position, and what its numbers mean; the man page lists
-/// them. state is the token of the file that holds the rule, or empty to leave it out.
+/// All fields of rule, its position, and what its numbers mean. state is the token of the file that
+/// holds the rule, or empty to leave it out. Bytes that are no UTF-8 are written as ToUtf8 does.
 nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position,
                               std::string const& state = "");
 
-/// An array of rules at these positions.
+/// What the rule does with a call that it decides, without its sides and state.
+nlohmann::ordered_json OutcomeToJson(Rule const& rule, std::size_t position);
+
+/// An array of rules that have these positions.
 nlohmann::ordered_json ToJson(RuleList const& rules, std::vector<std::size_t> const& positions,
                               std::string const& state);
 

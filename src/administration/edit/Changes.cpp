@@ -8,14 +8,19 @@
 
 namespace CallRecordingUtils {
 
+namespace {
+
+/// Whether the identifier is all that changed, as it is where other rules moved.
 bool OnlyMadeRoom(Rule const& before, Rule const& after) {
     Rule renamed = before;
     renamed.callrecordingrule_id = after.callrecordingrule_id;
     return before.callrecordingrule_id != after.callrecordingrule_id && AreEqual(renamed, after);
 }
 
+} // namespace
+
 std::vector<Change> ChangesBetween(RuleList const& before, RuleList const& after) {
-    Origins const origins = OriginsOf(before, after);
+    RuleOrigins const origins = OriginsOf(before, after);
     std::vector<bool> const kept = KeptOrder(origins);
     std::vector<bool> isGone(before.size(), true);
     std::vector<Change> changes;
@@ -34,7 +39,7 @@ std::vector<Change> ChangesBetween(RuleList const& before, RuleList const& after
     for (std::size_t i = 0; i < before.size(); ++i)
         if (isGone[i])
             changes.push_back({&before[i], i + 1, nullptr, 0, true});
-    // Where nothing else happened, the new identifiers are what did.
+    // If nothing but identifiers changed, the edit is about these.
     if (std::none_of(changes.begin(), changes.end(), [](Change const& c) { return c.isMeant; }))
         for (Change& change : changes)
             change.isMeant = true;

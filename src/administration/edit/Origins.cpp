@@ -10,30 +10,32 @@
 
 namespace CallRecordingUtils {
 
-std::string AllOf(Rule const& rule) {
-    // No text of a rule has a line break in it.
+std::string AllFields(Rule const& rule) {
+    // The text of a field has no line break.
     return fmt::format("{}\n{}\n{}\n{}\n{}\n{}\n{}\n{}\n{}\n{}", rule.callrecordingrule_id,
                        rule.caller_pattern, static_cast<int>(rule.caller_call_type),
                        rule.called_pattern, static_cast<int>(rule.called_call_type),
                        static_cast<int>(rule.call_recording_type), rule.record_to,
                        rule.recording_duration, rule.description, rule.recording_rule_state);
 }
+
 namespace {
 
-std::string AllButIdOf(Rule const& rule) {
-    std::string const all = AllOf(rule);
+std::string AllButId(Rule const& rule) {
+    std::string const all = AllFields(rule);
     return all.substr(all.find('\n'));
 }
 
-std::string IdOf(Rule const& rule) {
+std::string IdText(Rule const& rule) {
     return std::to_string(rule.callrecordingrule_id);
 }
 
-/// Gives the rules of after that have none yet the free ones of before with the same key.
+/// Pairs the rules of after that have no origin yet with rules of before that are not taken and
+/// have the same key.
 template <typename Key>
 void Match(RuleList const& before, RuleList const& after, Key key, std::vector<bool>& isTaken,
-           Origins& origins) {
-    std::multimap<std::string, std::size_t> free; // Keeps the order of those with the same key.
+           RuleOrigins& origins) {
+    std::multimap<std::string, std::size_t> free; // In order among equal keys.
     for (std::size_t i = 0; i < before.size(); ++i)
         if (!isTaken[i])
             free.emplace(key(before[i]), i);
@@ -51,18 +53,18 @@ void Match(RuleList const& before, RuleList const& after, Key key, std::vector<b
 
 } // namespace
 
-Origins OriginsOf(RuleList const& before, RuleList const& after) {
-    Origins origins(after.size());
+RuleOrigins OriginsOf(RuleList const& before, RuleList const& after) {
+    RuleOrigins origins(after.size());
     std::vector<bool> isTaken(before.size(), false);
-    Match(before, after, AllOf, isTaken, origins);
-    Match(before, after, AllButIdOf, isTaken, origins);
-    Match(before, after, IdOf, isTaken, origins);
+    Match(before, after, AllFields, isTaken, origins);
+    Match(before, after, AllButId, isTaken, origins);
+    Match(before, after, IdText, isTaken, origins);
     return origins;
 }
 
-// The longest increasing run of origins. ends[n] is the place of the least origin with which a run
-// of n + 1 ends, and previous leads back from it.
-std::vector<bool> KeptOrder(Origins const& origins) {
+// Finds a longest increasing subsequence of the origins. ends[n] is the place of the least origin
+// that ends one of n + 1 rules, and previous leads back from there.
+std::vector<bool> KeptOrder(RuleOrigins const& origins) {
     std::vector<std::size_t> ends;
     std::vector<std::optional<std::size_t>> previous(origins.size());
     for (std::size_t i = 0; i < origins.size(); ++i) {

@@ -1,4 +1,4 @@
-// Which rule of one list is which of another.
+// Which rules of one list are rules of another list, possibly changed.
 
 #ifndef ADMINISTRATION_EDIT_ORIGINS_H
 #define ADMINISTRATION_EDIT_ORIGINS_H
@@ -12,18 +12,20 @@
 
 namespace CallRecordingUtils {
 
-/// A text that two rules share only when all their fields are equal.
-std::string AllOf(Rule const& rule);
+/// All fields of rule in one text: two rules have the same text only if they are equal.
+std::string AllFields(Rule const& rule);
 
-/// By the place of a rule after, its place before.
-using Origins = std::vector<std::optional<std::size_t>>;
+/// For each rule of a list its place in the list before; nothing for a new rule.
+using RuleOrigins = std::vector<std::optional<std::size_t>>;
 
-/// Rules that are equal belong together, of several the first to the first; then those that only
-/// have other identifiers, as after a move; then those with the same one, which were changed.
-Origins OriginsOf(RuleList const& before, RuleList const& after);
+/// Pairs rules that are equal, then those that differ in the identifier only, as after a move, then
+/// those with the same identifier, which were changed. Among several candidates the first of one
+/// list is paired with the first of the other.
+RuleOrigins OriginsOf(RuleList const& before, RuleList const& after);
 
-/// By place: whether the rule kept its order among the others. As many as can be did.
-std::vector<bool> KeptOrder(Origins const& origins);
+/// Says for each place whether the rule there kept its order: a largest set of rules whose order
+/// among themselves is the one before.
+std::vector<bool> KeptOrder(RuleOrigins const& origins);
 
 } // namespace CallRecordingUtils
 

@@ -1,4 +1,4 @@
-// Changes the file, and keeps track of its rules.
+// Changes the list of rules, and has text and report made from it.
 
 #include "administration/edit/RuleEdit.h"
 
@@ -6,42 +6,19 @@
 #include <limits>
 #include <system_error>
 
-#include <fmt/format.h>
-
-#include <host/AtomicFile.h>
-
-#include "administration/edit/NewText.h"
 #include "administration/inspection/ReadRules.h"
-#include "common/Error.h"
-#include "common/MemoryFile.h"
 #include "model/RuleSides.h"
 
 namespace CallRecordingUtils {
 namespace {
 
-/// Returns what action does; what it throws becomes an Error of this kind.
+/// Returns what action returns; what it throws becomes an Error of this kind.
 template <typename Action>
-auto Or(Error::Kind kind, Action action) {
+auto WithKind(Error::Kind kind, Action action) {
     try {
         return action();
     } catch (std::exception const& error) {
         throw Error(kind, error.what());
-    }
-}
-
-/// Why text is not that of a rule file; empty if it is. Throws if that cannot be found out: a file
-/// that cannot be read must not pass for a broken one, which may be replaced.
-std::string FaultOf(std::string const& text, std::string const& path) {
-    MemoryFile const memory(text);
-    try {
-        ReadRules(memory.Path());
-        return "";
-    } catch (std::system_error const&) {
-        throw;
-    } catch (std::runtime_error const& error) {
-        std::string fault = error.what();
-        std::size_t const at = fault.find(memory.Path());
-        return at == std::string::npos ? fault : fault.replace(at, memory.Path().size(), path);
     }
 }
 
@@ -51,143 +28,196 @@ std::ptrdiff_t Step(std::size_t place) {
 
 } // namespace
 
-RuleEdit::RuleEdit(std::string const& path, Broken broken)
-    : path_(path),
-      fileBefore_(Or(Error::Kind::Unreadable, [&path] { return HostPlatform::ReadFile(path); })),
-      fault_(Or(Error::Kind::Unreadable,
-                [&] { return broken == Broken::Replaced ? FaultOf(fileBefore_.text, path) : ""; })),
-      file_(Or(Error::Kind::Unreadable,
-               [&] { return RuleFileEdit(fault_.empty() ? path : MemoryFile("").Path()); })),
-      before_(Or(Error::Kind::Unreadable, [this] { return file_.Rules(); })) {
+RuleEdit::RuleEdit(std::string const& path)
+    : path_(path), fileBefore_(WithKind(Error::Kind::Unreadable,
+                                        [&path] { return HostPlatform::ReadFile(path); })) {
+    try {
+        before_ = RulesOf(TextBefore(), path_);
+    } catch (Error const& error) {
+        malformation_ = error;
+    } catch (std::system_error const& error) {
+        // What cannot be read must not pass for malformed, which may be replaced.
+        throw Error(Error::Kind::Unreadable, error.what());
+    }
     for (std::size_t i = 0; i < before_.size(); ++i)
-        traces_.push_back({i, 0});
-    if (Or(Error::Kind::Unreadable, [&path] { return HostPlatform::ReadFile(path); }).stamp !=
-        fileBefore_.stamp)
-        throw Error(Error::Kind::Unsaved,
-                    path + ": was saved by another process just now; nothing was "
-                           "changed, so try again");
+        slots_.push_back({{i, before_[i]}});
 }
 
-void RuleEdit::Set(std::size_t place, Rule const& rule) {
-    Or(Error::Kind::Unsaved, [&] { file_.Set(place, rule); });
-    Mean(place);
+void RuleEdit::RequireRules() const {
+    if (malformation_)
+        throw *malformation_;
+}
+
+RuleList const& RuleEdit::Before() const {
+    RequireRules();
+    return before_;
+}
+
+std::optional<std::string> RuleEdit::Malformation() const {
+    return malformation_ ? std::optional<std::string>(malformation_->what()) : std::nullopt;
+}
+
+std::size_t RuleEdit::Count() const {
+    if (!wholeText_)
+        RequireRules();
+    return slots_.size();
 }
 
 std::vector<StoredRule> RuleEdit::Stored() const {
-    return Or(
-        Error::Kind::Unreadable, [this] { return ReadStoredRules(path_); });
+    return StoredRulesOf(TextBefore(), path_);
+}
+
+// --- Changes ---
+
+RuleEdit::Slot& RuleEdit::At(std::size_t place) {
+    Mention(place);
+    return slots_[place];
+}
+
+void RuleEdit::Mention(std::size_t place) {
+    RequireRules();
+    textAfter_.reset();
+    after_.reset();
+    if (slots_[place].turn == 0)
+        slots_[place].turn = ++turn_;
+}
+
+void RuleEdit::Set(std::size_t place, Rule const& rule) {
+    At(place).edited.rule = rule;
 }
 
 void RuleEdit::SetState(std::size_t place, bool enabled) {
-    Or(Error::Kind::Unsaved, [&] { file_.Set(place, {StateEntry(enabled)}); });
-    Mean(place);
+    At(place).edited.rule.recording_rule_state = enabled ? RULE_ENABLED : RULE_DISABLED;
 }
 
 void RuleEdit::SetId(std::size_t place, std::int32_t id) {
-    Or(Error::Kind::Unsaved, [&] {
-        file_.Set(place, {{KEY_CALLRECORDINGRULE_ID, std::to_string(id)}});
-    });
-    Mean(place);
-    isForced_ = true;
+    EditedRule& edited = At(place).edited;
+    edited.rule.callrecordingrule_id = id;
+    edited.writesId = true;
+}
+
+std::int32_t RuleEdit::NextId() const {
+    std::int32_t greatest = -1;
+    for (Slot const& slot : slots_)
+        greatest = std::max(greatest, slot.edited.rule.callrecordingrule_id);
+    if (greatest == std::numeric_limits<std::int32_t>::max())
+        throw Error(Error::Kind::Unsaved,
+                    "no identifier is left after 2147483647; \"callrecordingctl renumber --all\" "
+                    "makes room");
+    return greatest + 1;
 }
 
 std::size_t RuleEdit::Append(Rule rule) {
-    rule.callrecordingrule_id = Or(
-        Error::Kind::Unsaved, [this] { return file_.NextId(); });
-    Or(Error::Kind::Unsaved, [&] { file_.Append(rule); });
-    traces_.push_back({std::nullopt, ++turn_});
-    return traces_.size() - 1;
+    RequireRules();
+    rule.callrecordingrule_id = NextId();
+    slots_.push_back({{std::nullopt, std::move(rule)}});
+    Mention(slots_.size() - 1);
+    return slots_.size() - 1;
 }
 
 void RuleEdit::Delete(std::size_t place) {
-    Or(Error::Kind::Unsaved, [&] { file_.Delete(place); });
-    if (traces_[place].origin)
-        deleted_.push_back(*traces_[place].origin);
-    traces_.erase(traces_.begin() + Step(place));
-}
-
-std::size_t RuleEdit::PlaceOf(std::size_t origin) const {
-    auto const found = std::find_if(traces_.begin(), traces_.end(), [origin](Trace const& trace) {
-        return trace.origin == origin;
-    });
-    return static_cast<std::size_t>(found - traces_.begin());
-}
-
-void RuleEdit::Replace(RuleList const& rules) {
-    bool const isReadable = fault_.empty();
-    newText_ =
-        NewText(isReadable ? TextBefore() : "", isReadable ? Stored() : std::vector<StoredRule>(),
-                rules, OriginsOf(before_, rules));
-    after_ = rules;
-}
-
-void RuleEdit::ReplaceText(std::string const& text) {
-    newText_ = text;
-    after_ = RulesOf(text, path_);
+    if (auto const origin = At(place).edited.origin)
+        deleted_.push_back(*origin);
+    slots_.erase(slots_.begin() + Step(place));
 }
 
 void RuleEdit::Move(std::size_t from, std::size_t to) {
-    if (from != to)
-        Or(Error::Kind::Unsaved, [&] { file_.Move(from, to); });
-    auto const first = traces_.begin();
-    if (from < to)
-        std::rotate(first + Step(from), first + Step(from) + 1, first + Step(to) + 1);
-    else
-        std::rotate(first + Step(to), first + Step(from), first + Step(from) + 1);
-    Mean(to);
+    Mention(from);
+    auto const [begin, end] = std::minmax(from, to);
+    std::vector<std::int32_t> ids;
+    for (std::size_t place = begin; place <= end; ++place)
+        ids.push_back(slots_[place].edited.rule.callrecordingrule_id);
+    auto const first = slots_.begin() + Step(begin);
+    auto const last = slots_.begin() + Step(end) + 1;
+    std::rotate(first, from < to ? first + 1 : last - 1, last);
+    for (std::size_t place = begin; place <= end; ++place)
+        slots_[place].edited.rule.callrecordingrule_id = ids[place - begin];
 }
 
-void RuleEdit::Mean(std::size_t place) {
-    if (traces_[place].turn == 0)
-        traces_[place].turn = ++turn_;
+std::size_t RuleEdit::PlaceOf(std::size_t origin) const {
+    auto const found = std::find_if(slots_.begin(), slots_.end(), [origin](Slot const& slot) {
+        return slot.edited.origin == origin;
+    });
+    return static_cast<std::size_t>(found - slots_.begin());
 }
 
-bool RuleEdit::IsChanged() {
-    if (newText_)
-        return *newText_ != TextBefore();
-    std::vector<Change> const changes = Changes();
-    return isForced_ || std::any_of(changes.begin(), changes.end(), [](Change const& change) {
-               return change.before == nullptr || change.after == nullptr ||
-                      !AreEqual(*change.before, *change.after);
-           });
+void RuleEdit::Replace(RuleList const& rules) {
+    SetSlots(rules);
+    if (malformation_) // It has no sections that could be kept.
+        wholeText_ = Compose("");
+}
+
+void RuleEdit::ReplaceText(std::string const& text) {
+    SetSlots(RulesOf(text, path_ + " after the edit"));
+    wholeText_ = text;
+}
+
+void RuleEdit::SetSlots(RuleList const& rules) {
+    RuleOrigins const origins = OriginsOf(before_, rules);
+    slots_.clear();
+    for (std::size_t i = 0; i < rules.size(); ++i)
+        slots_.push_back({{origins[i], rules[i]}});
+}
+
+// --- The file after the edit ---
+
+std::string RuleEdit::Compose(std::string const& before) const {
+    std::vector<EditedRule> rules;
+    for (Slot const& slot : slots_)
+        rules.push_back(slot.edited);
+    return WithKind(Error::Kind::Unsaved,
+                    [&] { return EditedText(path_, before, before_, rules); });
+}
+
+std::string const& RuleEdit::TextAfter() {
+    if (wholeText_)
+        return *wholeText_;
+    RequireRules();
+    if (!textAfter_)
+        textAfter_ = Compose(TextBefore());
+    return *textAfter_;
+}
+
+RuleList const& RuleEdit::After() {
+    if (!after_)
+        after_ = RulesOf(TextAfter(), path_);
+    return *after_;
 }
 
 void RuleEdit::Save() {
-    Or(
+    WithKind(
         Error::Kind::Unsaved,
-        [this] {
-            if (!newText_)
-                return file_.Save();
-            HostPlatform::ReplaceFile(path_, *newText_, fileBefore_.stamp);
-        });
+        [this] { HostPlatform::ReplaceFile(path_, TextAfter(), fileBefore_.stamp); });
 }
 
 std::vector<Change> RuleEdit::Changes() {
-    if (newText_)
-        return ChangesBetween(before_, after_);
-    after_ = file_.Rules();
-    std::vector<Change> meant(turn_);
+    return turn_ > 0 ? NamedChanges() : ChangesBetween(before_, After());
+}
+
+std::vector<Change> RuleEdit::NamedChanges() {
+    RuleList const& after = After();
+    std::vector<Change> named(turn_);
     std::vector<Change> others;
-    for (std::size_t i = 0; i < after_.size(); ++i) {
-        auto const& [origin, turn] = traces_[i];
-        Change change{nullptr, 0, &after_[i], i + 1, turn > 0};
-        if (origin) {
-            change.before = &before_[*origin];
-            change.beforePosition = *origin + 1;
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        auto const& [edited, turn] = slots_[i];
+        Change change{nullptr, 0, &after[i], i + 1, turn > 0};
+        if (edited.origin) {
+            change.before = &before_[*edited.origin];
+            change.beforePosition = *edited.origin + 1;
         }
         if (turn > 0)
-            meant[turn - 1] = change;
-        else if (change.before == nullptr || !AreEqual(*change.before, after_[i]))
+            named[turn - 1] = change;
+        else if (change.before == nullptr || !AreEqual(*change.before, after[i]))
             others.push_back(change);
     }
-    // A rule that was changed and then deleted has left its turn empty.
+    // The turn of a deleted rule is empty.
     auto const isEmpty = [](Change const& change) { return change.after == nullptr; };
-    meant.erase(std::remove_if(meant.begin(), meant.end(), isEmpty), meant.end());
+    named.erase(std::remove_if(named.begin(), named.end(), isEmpty), named.end());
     std::sort(deleted_.begin(), deleted_.end());
     for (std::size_t const place : deleted_)
-        meant.push_back({&before_[place], place + 1, nullptr, 0, true});
-    meant.insert(meant.end(), others.begin(), others.end());
-    return meant;
+        named.push_back({&before_[place], place + 1, nullptr, 0, true});
+    named.insert(named.end(), others.begin(), others.end());
+    return named;
 }
 
 } // namespace CallRecordingUtils

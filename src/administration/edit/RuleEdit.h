@@ -1,4 +1,4 @@
-// An edit of the rule file that remembers where each rule came from, for the report on it.
+// An edit of the rule file: it is read once, its rules are changed in memory, and it is saved once.
 
 #ifndef ADMINISTRATION_EDIT_RULEEDIT_H
 #define ADMINISTRATION_EDIT_RULEEDIT_H
@@ -11,107 +11,117 @@
 #include <host/AtomicFile.h>
 
 #include "administration/edit/Changes.h"
+#include "administration/edit/EditedText.h"
 #include "administration/inspection/StoredRules.h"
-#include "database/RuleFileEdit.h"
+#include "common/Error.h"
 #include "model/RuleList.h"
 
 namespace CallRecordingUtils {
 
-/// Reads the file once; then any number of changes, then one save. A place is the index of a rule
-/// in the list as the changes so far have left it. Throws an Error with the reason when the file
-/// cannot be read, changed or saved.
+/// Holds the rules and where each of them came from. Whatever the changes are, the text of the file
+/// after the edit is composed from these in one place (EditedText), and After() is read from that
+/// text: so a report on an edit and its dry run speak of the file that a save writes.
+///
+/// A place is the index of a rule in the list as the changes so far have left it. Operations throw
+/// an Error with the reason if the file cannot be read, changed or saved. A file that can be read
+/// but is malformed has no rules to change: then all operations throw but those that replace the
+/// whole file.
 class RuleEdit {
   public:
-    /// Whether a file that is no rule file may be edited: only Replace and ReplaceText make sense
-    /// then, and the rules before count as none.
-    enum class Broken { Refused, Replaced };
-
-    explicit RuleEdit(std::string const& path, Broken broken = Broken::Refused);
+    explicit RuleEdit(std::string const& path);
 
     std::string const& Path() const { return path_; }
 
-    /// The bytes of the file as it was read.
+    /// The bytes of the file before the edit, and after it.
     std::string const& TextBefore() const { return fileBefore_.text; }
+    std::string const& TextAfter();
 
-    /// The rules as the file has them.
-    RuleList const& Before() const { return before_; }
+    /// The rules before the edit, and after it.
+    RuleList const& Before() const;
+    RuleList const& After();
 
-    /// The rules as the changes have left them.
-    RuleList After() { return file_.Rules(); }
+    /// Why the file is malformed; nothing if it is not.
+    std::optional<std::string> Malformation() const;
 
-    /// How many rules there are by now.
-    std::size_t Count() const { return newText_ ? after_.size() : traces_.size(); }
+    /// How many rules there are after the changes so far.
+    std::size_t Count() const;
 
-    /// The rules with their lines and texts, as the file has them.
+    /// The rules before the edit with their lines and the texts of their fields.
     std::vector<StoredRule> Stored() const;
 
     void Set(std::size_t place, Rule const& rule);
 
-    /// Switches the rule on or off; nothing else of its section changes.
+    /// Switches the rule on or off.
     void SetState(std::size_t place, bool enabled);
 
-    /// Gives the rule another identifier, and writes it also where it only reads as that.
+    /// Gives the rule this identifier, and writes it even if the text there reads as the same one.
     void SetId(std::size_t place, std::int32_t id);
 
-    /// Adds rule behind the others, under the next free identifier. Returns its place.
+    /// Adds rule after all others under the next free identifier. Returns its place.
     std::size_t Append(Rule rule);
 
     void Delete(std::size_t place);
 
-    /// Moves a rule; those between make room. Identifiers stay with the places.
+    /// Moves a rule; the rules in between make room. Identifiers belong to places: each of these
+    /// rules gets the one of its new place.
     void Move(std::size_t from, std::size_t to);
 
-    /// Where the rule is by now that was at the place origin before. REQUIRES: it is still there.
+    /// The place of the rule that was at the place origin before the edit. REQUIRES: it is not
+    /// deleted.
     std::size_t PlaceOf(std::size_t origin) const;
 
-    /// Has these rules in the place of all others, with their identifiers. Rules that are equal to
-    /// ones of before keep their sections as they are; see NewText. REQUIRES: no change before this
-    /// one, and none follows.
+    /// Replaces all rules by these, with their identifiers. OriginsOf says which of them the file
+    /// has already. REQUIRES: this is the only change.
     void Replace(RuleList const& rules);
 
-    /// Has text in the place of the whole file. The same is required.
+    /// Replaces the whole file by text. REQUIRES: this is the only change.
     void ReplaceText(std::string const& text);
 
-    /// Says that the edit takes back so many earlier ones.
+    /// Says how many earlier edits this one undoes.
     void TakeBack(std::size_t edits) { undone_ = edits; }
     std::size_t Undone() const { return undone_; }
 
-    /// Says that the edit is about the rule at place although it needs no change.
-    void Mean(std::size_t place);
+    /// Has the report name the rule at place even if the edit does not change it.
+    void Mention(std::size_t place);
 
-    /// Whether the file would become another one.
-    bool IsChanged();
+    /// Whether the text of the file changes.
+    bool IsChanged() { return TextAfter() != TextBefore(); }
 
-    /// The bytes that Save writes.
-    std::string TextAfter() { return newText_ ? *newText_ : file_.File().GetText(); }
-
+    /// Saves the file atomically. Throws an Error if it is not the one any more that was read.
     void Save();
 
-    /// What the changes come to: first the rules that the edit is about, in the order in which it
-    /// came to them, then the others that it changed. Valid until the next change.
+    /// What the edit changes: first the rules that it was asked to change, in that order, then the
+    /// others. They borrow the rules of Before() and After(), so they are valid until the next
+    /// change.
     std::vector<Change> Changes();
 
-    /// Why the file could not be read as rules; empty if it could.
-    std::string const& Fault() const { return fault_; }
-
   private:
-    struct Trace {
-        std::optional<std::size_t> origin; // Its place before; none for a new rule.
-        std::size_t turn;                  // When the edit came to it; 0 for never.
+    struct Slot {
+        EditedRule edited;
+        std::size_t turn = 0; // The edit came to this rule first, second, ...; 0 if it did not.
     };
+
+    void RequireRules() const;
+    Slot& At(std::size_t place); // The slot that is about to be changed.
+    std::int32_t NextId() const;
+    void SetSlots(RuleList const& rules);
+    std::string Compose(std::string const& before) const;
+    std::vector<Change> NamedChanges();
 
     std::string path_;
     HostPlatform::FileText fileBefore_;
-    std::string fault_;
-    RuleFileEdit file_; // Of no file if that is broken.
+    std::optional<Error> malformation_;
     RuleList before_;
-    RuleList after_;
-    std::optional<std::string> newText_; // After Replace.
-    std::vector<Trace> traces_;          // By place.
-    std::vector<std::size_t> deleted_;
+
+    std::vector<Slot> slots_;          // By place.
+    std::vector<std::size_t> deleted_; // Places before the edit.
     std::size_t turn_ = 0;
+    std::optional<std::string> wholeText_; // If the edit replaces the whole file.
     std::size_t undone_ = 0;
-    bool isForced_ = false; // The text changes, also where the rules read the same.
+
+    // Made from the above when they are asked for.
+    std::optional<std::string> textAfter_;
+    std::optional<RuleList> after_;
 };
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// Checks the sides of rules, and converts them to the stored form.
+// Checks the sides of rules and converts them to the stored form.
 
 #include "administration/edit/SideFields.h"
 

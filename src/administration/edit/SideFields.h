@@ -15,12 +15,13 @@ struct SideFields {
     std::optional<CallType> type;
 };
 
-/// Fills in what a new side leaves out: every address, and the type that the pattern looks like.
+/// Fills in what is left out of the side of a new rule: a pattern that every address matches, and
+/// the type that the pattern looks like.
 void Complete(SideFields& side);
 
-/// Sets pattern, in the stored form, and type to those of fields; what fields leave out stays.
-/// Returns what is wrong when the pattern cannot be one of the type, as a sentence, with a caret
-/// under the place on the lines after it; pattern is unchanged then.
+/// Sets pattern, to its stored form, and type from fields; what is left out there stays. If the
+/// pattern is malformed for the type, pattern is unchanged and the return value says what is wrong:
+/// a sentence, and on the lines after it the pattern with a caret under the place.
 std::optional<std::string> SetSide(SideFields const& fields, std::string& pattern, CallType& type);
 
 } // namespace CallRecordingUtils

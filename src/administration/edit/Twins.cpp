@@ -1,4 +1,4 @@
-// Finds twins.
+// Finds the twin of a rule.
 
 #include "administration/edit/Twins.h"
 

@@ -1,4 +1,4 @@
-// The twin of a rule in a list.
+// The twin of a rule: the rule with the same sides exchanged.
 
 #ifndef ADMINISTRATION_EDIT_TWINS_H
 #define ADMINISTRATION_EDIT_TWINS_H
@@ -9,7 +9,8 @@
 
 namespace CallRecordingUtils {
 
-/// The index of the first rule that mirrors the one at index. Throws an Error when there is none.
+/// Returns the index of the first rule that mirrors the one at index. Throws an Error if there is
+/// none.
 std::size_t FindTwin(RuleList const& rules, std::size_t index);
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// Rules as comma-separated values, as import reads them.
+// Rules as comma-separated values, which ReadCsvRules reads again.
 
 #ifndef ADMINISTRATION_EXCHANGE_CSVRULES_H
 #define ADMINISTRATION_EXCHANGE_CSVRULES_H

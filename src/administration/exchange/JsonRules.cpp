@@ -1,4 +1,4 @@
-// Reads rules from JSON, with the line of every member.
+// Reads rules from JSON and keeps the line of every member.
 
 #include <optional>
 
@@ -6,38 +6,25 @@
 #include <nlohmann/json.hpp>
 
 #include "administration/exchange/RuleRecord.h"
+#include "json/Bytes.h"
+#include "json/RuleJson.h"
 
 namespace CallRecordingUtils {
 namespace {
 
 using nlohmann::json;
 
-/// The members of a rule and the values that they are; those of an empty name follow from others.
-std::map<std::string, std::string> const kMembers{{"callrecordingrule_id", "id"},
-                                                  {"caller_pattern", "from_stored"},
-                                                  {"caller_pattern_entry", "from"},
-                                                  {"caller_call_type", "from_type"},
-                                                  {"caller_call_type_name", "from_type_name"},
-                                                  {"called_pattern", "to_stored"},
-                                                  {"called_pattern_entry", "to"},
-                                                  {"called_call_type", "to_type"},
-                                                  {"called_call_type_name", "to_type_name"},
-                                                  {"call_recording_type", "recording_type"},
-                                                  {"record_to", "record_to"},
-                                                  {"recording_duration", "duration"},
-                                                  {"description", "description"},
-                                                  {"recording_rule_state", "state"},
-                                                  {"recording_rule_state_name", "state_name"},
-                                                  {"enabled", "enabled"},
-                                                  {"position", ""},
-                                                  {"caller_pattern_malformed", ""},
-                                                  {"called_pattern_malformed", ""},
-                                                  {"file_state", ""}};
+/// Whether member says something about a rule itself. The others follow from these, or are about
+/// the file that the rule was in.
+bool IsGiven(RuleMember member) {
+    return member != RuleMember::Position && member != RuleMember::FileState &&
+           member != RuleMember::CallerMalformed && member != RuleMember::CalledMalformed;
+}
 
-/// Walks over text and counts the lines that it has come to.
+/// Iterates over text and counts lines.
 class CountingIterator {
   public:
-    // NOLINTBEGIN(readability-identifier-naming): the names that an iterator has.
+    // NOLINTBEGIN(readability-identifier-naming): iterators have these names.
     using iterator_category = std::input_iterator_tag;
     using value_type = char;
     using difference_type = std::ptrdiff_t;
@@ -60,16 +47,18 @@ class CountingIterator {
     std::size_t* line_;
 };
 
-/// Takes an array of objects, or one object, of plain values.
+/// Accepts an array of objects, or one object, whose members are plain values.
 class RuleSax : public nlohmann::json_sax<json> {
   public:
     RuleSax(RuleRecords& result, std::size_t const& line) : result_(result), line_(line) {}
 
-    bool start_array(std::size_t) override { return ++arrays_ == 1 && !isInRule_ ? true : Stray(); }
+    bool start_array(std::size_t) override {
+        return ++arrays_ == 1 && !isInRule_ ? true : Unexpected();
+    }
     bool end_array() override { return true; }
     bool start_object(std::size_t) override {
         if (isInRule_)
-            return Stray();
+            return Unexpected();
         isInRule_ = true;
         result_.records.emplace_back().line = line_;
         return true;
@@ -81,37 +70,37 @@ class RuleSax : public nlohmann::json_sax<json> {
     bool key(string_t& name) override {
         key_ = name;
         keyLine_ = line_;
-        if (kMembers.count(name) == 0)
+        member_ = RuleMemberOf(name);
+        if (!member_)
             result_.faults.push_back({line_, fmt::format("\"{}\" is no member of a rule", name)});
         return true;
     }
-    bool null() override { return isInRule_ ? true : Stray(); }
+    bool null() override { return isInRule_ ? true : Unexpected(); }
     bool boolean(bool value) override { return Take(value ? "true" : "false"); }
     bool number_integer(number_integer_t value) override { return Take(std::to_string(value)); }
     bool number_unsigned(number_unsigned_t value) override { return Take(std::to_string(value)); }
     bool number_float(number_float_t, string_t const& text) override { return Take(text); }
     bool string(string_t& value) override { return Take(value); }
-    bool binary(binary_t&) override { return Stray(); }
+    bool binary(binary_t&) override { return Unexpected(); }
 
     bool parse_error(std::size_t, std::string const&, json::exception const& error) override {
         std::string const reason = error.what();
         std::size_t const at = reason.find("column ");
         result_.faults.push_back(
-            {line_, "no JSON: " + (at != std::string::npos ? reason.substr(at) : reason)});
+            {line_, "is not JSON: " + (at != std::string::npos ? reason.substr(at) : reason)});
         return false;
     }
 
   private:
     bool Take(std::string const& text) {
         if (!isInRule_)
-            return Stray();
-        auto const member = kMembers.find(key_);
-        if (member != kMembers.end() && !member->second.empty())
-            result_.records.back().values[member->second] = {text, keyLine_, key_};
+            return Unexpected();
+        if (member_ && IsGiven(*member_))
+            result_.records.back().values[*member_] = {BytesOf(text), keyLine_, key_};
         return true;
     }
 
-    bool Stray() {
+    bool Unexpected() {
         result_.faults.push_back(
             {line_, "expected an array of rules as \"list --json\" prints it: objects whose "
                     "members are texts, numbers, true or false"});
@@ -121,6 +110,7 @@ class RuleSax : public nlohmann::json_sax<json> {
     RuleRecords& result_;
     std::size_t const& line_;
     std::string key_;
+    std::optional<RuleMember> member_; // With that name.
     std::size_t keyLine_ = 0;
     int arrays_ = 0;
     bool isInRule_ = false;
@@ -135,6 +125,18 @@ RuleRecords ReadJsonRules(std::string const& text) {
     json::sax_parse(CountingIterator(text.data(), line),
                     CountingIterator(text.data() + text.size(), line), &sax);
     return result;
+}
+
+RuleRecord JsonRecordOf(Rule const& rule) {
+    RuleRecord record;
+    nlohmann::ordered_json const written = ToJson(rule, 0);
+    for (auto const& [name, value] : written.items()) {
+        RuleMember const member = *RuleMemberOf(name);
+        if (IsGiven(member))
+            record.values[member] = {value.is_string() ? BytesOf(value.get<std::string>())
+                                                       : value.dump()};
+    }
+    return record;
 }
 
 } // namespace CallRecordingUtils

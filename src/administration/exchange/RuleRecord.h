@@ -1,4 +1,4 @@
-// A rule as a file of rules for import tells it, before anything of it is checked.
+// A rule as a file for import gives it, before anything in it is checked.
 
 #ifndef ADMINISTRATION_EXCHANGE_RULERECORD_H
 #define ADMINISTRATION_EXCHANGE_RULERECORD_H
@@ -8,37 +8,48 @@
 #include <string>
 #include <vector>
 
+#include "model/RuleList.h"
+#include "json/Names.h"
+
 namespace CallRecordingUtils {
 
-/// Something wrong with a file for import.
+/// Something wrong in a file for import.
 struct ImportFault {
     std::size_t line;
     std::string message;
 };
 
-/// The names of the values are those of the options of add, with "_" for "-", and id and enabled.
-/// Where JSON says a thing twice there are also from_stored, to_stored, from_type_name,
-/// to_type_name, state and state_name.
+/// The fields of a rule as texts. Fields that the file leaves out are missing.
 struct RuleRecord {
     struct Value {
         std::string text;
-        std::size_t line;
-        std::string name; // As the file calls it.
+        std::size_t line = 0;
+        std::string name{}; ///< As the file calls the field.
     };
     std::size_t line = 0;
-    std::map<std::string, Value> values;
+    std::map<RuleMember, Value> values{};
+
+    /// All fields in one text: two records have the same text only if their fields are equal.
+    std::string AllFields() const;
 };
 
 struct RuleRecords {
     std::vector<RuleRecord> records;
-    std::vector<ImportFault> faults; // What could not be read at all.
+    std::vector<ImportFault> faults; ///< What could not be read at all.
 };
 
-/// Reads what list --json or show --json prints.
+/// Reads what "list --json" or "show --json" prints.
 RuleRecords ReadJsonRules(std::string const& text);
 
-/// Reads comma- or semicolon-separated values under a row of names. source names them in faults.
-RuleRecords ReadCsvRules(std::string const& path);
+/// Reads values separated by commas, semicolons or tabs below a row of column names.
+RuleRecords ReadCsvRules(std::string const& text);
+
+/// Reads a rule file. Throws an Error with name, line and reason if it is malformed.
+RuleRecords ReadRuleFileRules(std::string const& text, std::string const& name);
+
+/// The record that is read from what export prints for rule.
+RuleRecord JsonRecordOf(Rule const& rule);
+RuleRecord CsvRecordOf(Rule const& rule);
 
 } // namespace CallRecordingUtils
 

@@ -1,4 +1,4 @@
-// The digest of a file, and the short token that stands for it.
+// The digest of a file, and its first digits as a short name for the state of the file.
 
 #ifndef ADMINISTRATION_INSPECTION_DIGEST_H
 #define ADMINISTRATION_INSPECTION_DIGEST_H

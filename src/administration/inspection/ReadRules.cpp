@@ -11,8 +11,8 @@
 
 #include <host/AtomicFile.h>
 
+#include "administration/inspection/ReadFromText.h"
 #include "common/Error.h"
-#include "common/MemoryFile.h"
 #include "database/RuleFile.h"
 
 namespace CallRecordingUtils {
@@ -58,16 +58,7 @@ std::string ReadInput(std::string const& path) {
 }
 
 RuleList RulesOf(std::string const& text, std::string const& name) {
-    MemoryFile const memory(text);
-    try {
-        return ReadRules(memory.Path());
-    } catch (std::exception const& error) {
-        std::string message = error.what();
-        std::size_t const at = message.find(memory.Path());
-        if (at != std::string::npos)
-            message.replace(at, memory.Path().size(), name);
-        throw Error(Error::Kind::Unreadable, message);
-    }
+    return ReadFromText(text, name, ReadRules);
 }
 
 } // namespace CallRecordingUtils

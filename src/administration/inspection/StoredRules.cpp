@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "administration/inspection/ReadFromText.h"
 #include "database/RuleFile.h"
 
 namespace CallRecordingUtils {
@@ -30,6 +31,10 @@ std::vector<StoredRule> ReadStoredRules(std::string const& path) {
         rules.push_back(std::move(stored));
     }
     return rules;
+}
+
+std::vector<StoredRule> StoredRulesOf(std::string const& text, std::string const& name) {
+    return ReadFromText(text, name, ReadStoredRules);
 }
 
 } // namespace CallRecordingUtils

@@ -1,4 +1,4 @@
-// The rules of a file with the lines on which they stand, for whoever reports on the file itself.
+// The rules of a file with their lines, for reports on the file itself.
 
 #ifndef ADMINISTRATION_INSPECTION_STOREDRULES_H
 #define ADMINISTRATION_INSPECTION_STOREDRULES_H
@@ -23,17 +23,20 @@ struct StoredRule {
     };
 
     CallRecordingRuleParams rule;                        ///< As the library reads it.
-    std::array<std::string, RULE_FILE_KEY_COUNT> values; ///< By RuleFileKeys, as they stand there.
+    std::array<std::string, RULE_FILE_KEY_COUNT> values; ///< By RuleFileKeys, as the file has them.
     std::size_t line;                                    ///< Of the line that opens the section.
-    std::vector<Entry> entries; ///< All of them in their order, unknown and repeated keys too.
+    std::vector<Entry> entries; ///< In the order of the file, unknown and repeated keys too.
 
-    /// The line of the first entry of key; that of the section when it lacks the key.
+    /// The line of the first entry of key; that of the section if it lacks the key.
     std::size_t LineOf(RuleFileKeys key) const;
 };
 
-/// Returns the rules of the file at path, in their order; none when there is no file. Throws an
-/// exception derived from std::exception whose text says path, line and reason.
+/// Returns the rules of the file at path in their order; none if there is no file. Throws a
+/// std::exception with path, line and reason.
 std::vector<StoredRule> ReadStoredRules(std::string const& path);
+
+/// Returns the rules of a rule file with this text. Throws an Error with name, line and reason.
+std::vector<StoredRule> StoredRulesOf(std::string const& text, std::string const& name);
 
 } // namespace CallRecordingUtils
 

@@ -5,6 +5,8 @@
 #include <fmt/format.h>
 
 #include "json/CallJson.h"
+#include "json/Names.h"
+#include "json/RuleJson.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -18,8 +20,8 @@ ordered_json TimeToJson(std::optional<CallTime> time) {
 ordered_json ExampleToJson(std::optional<Example> const& example) {
     if (!example)
         return nullptr;
-    return {{"from", example->from},
-            {"to", example->to},
+    return {{kCallFrom, example->from},
+            {kCallTo, example->to},
             {"time", TimeToJson(example->time)},
             {"file", example->file},
             {"line", example->line}};
@@ -37,20 +39,14 @@ void AddTally(ordered_json& json, Tally const& tally, std::uint64_t all) {
 ordered_json OutcomeToJson(RuleList const& rules, Decision decision) {
     if (decision == kNotRecorded)
         return nullptr;
-    Rule const& rule = rules[decision];
-    return {{"position", decision + 1},
-            {"callrecordingrule_id", rule.callrecordingrule_id},
-            {"call_recording_type", static_cast<int>(rule.call_recording_type)},
-            {"record_to", rule.record_to},
-            {"recording_duration", rule.recording_duration},
-            {"description", rule.description}};
+    return OutcomeToJson(rules[decision], decision + 1);
 }
 
 ordered_json RulesToJson(ReplayReport const& report, RuleList const& rules) {
     auto list = ordered_json::array();
     for (std::size_t i = 0; i < rules.size(); ++i) {
         ordered_json rule = OutcomeToJson(rules, i);
-        rule["enabled"] = rules[i].recording_rule_state == RULE_ENABLED;
+        rule[NameOf(RuleMember::Enabled)] = rules[i].recording_rule_state == RULE_ENABLED;
         AddTally(rule, report.byRule[i], report.all.calls);
         list.push_back(rule);
     }
@@ -83,13 +79,6 @@ ordered_json ProblemToJson(ReplayReport::Problem const& problem) {
     return {{"file", problem.file}, {"line", problem.line}, {"reason", problem.reason}};
 }
 
-ordered_json UnreadableToJson(ReplayReport const& report) {
-    auto list = ordered_json::array();
-    for (ReplayReport::Problem const& problem : report.problems)
-        list.push_back(ProblemToJson(problem));
-    return {{"lines", report.unreadable}, {"first", list}};
-}
-
 ordered_json FilesToJson(ReplayReport const& report) {
     auto list = ordered_json::array();
     for (ReplayReport::File const& file : report.files)
@@ -106,6 +95,13 @@ ordered_json RuleFileToJson(RuleFileFacts const& file) {
 }
 
 } // namespace
+
+ordered_json UnreadableToJson(ReplayReport const& report) {
+    auto list = ordered_json::array();
+    for (ReplayReport::Problem const& problem : report.problems)
+        list.push_back(ProblemToJson(problem));
+    return {{"lines", report.unreadable}, {"first", list}};
+}
 
 double Share(std::uint64_t calls, std::uint64_t all) {
     return all > 0 ? static_cast<double>(calls) / static_cast<double>(all) : 0;
@@ -159,13 +155,14 @@ ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts) {
 
 ordered_json ToJson(DecidedCall const& call, RuleList const& rules) {
     CallRecord const& record = call.record;
-    return {{"file", call.file},
-            {"line", record.line},
-            {"time", record.values[kColumnTime]},
-            {"read", {{"from", record.values[kColumnFrom]}, {"to", record.values[kColumnTo]}}},
-            {"from", ToJson(call.from)},
-            {"to", ToJson(call.to)},
-            {"rule", OutcomeToJson(rules, call.decision)}};
+    return {
+        {"file", call.file},
+        {"line", record.line},
+        {"time", record.values[kColumnTime]},
+        {"read", {{kCallFrom, record.values[kColumnFrom]}, {kCallTo, record.values[kColumnTo]}}},
+        {kCallFrom, ToJson(call.from)},
+        {kCallTo, ToJson(call.to)},
+        {"rule", OutcomeToJson(rules, call.decision)}};
 }
 
 } // namespace CallRecordingUtils

@@ -34,6 +34,9 @@ nlohmann::ordered_json ToJson(DecidedCall const& call, RuleList const& rules);
 nlohmann::ordered_json DifferencesToJson(ReplayReport const& report, RuleList const& here,
                                          RuleList const& there);
 
+/// The part of ToJson about lines that could not be read.
+nlohmann::ordered_json UnreadableToJson(ReplayReport const& report);
+
 /// The share of calls of all, from 0 to 1.
 double Share(std::uint64_t calls, std::uint64_t all);
 

@@ -1,4 +1,4 @@
-// add: a new rule, as the last one or at a place.
+// add: adds a rule, as the last one or at a position.
 
 #include <memory>
 
@@ -58,7 +58,7 @@ void AddAdd(CommandLine& line) {
     AddRuleFields(add, options->fields, true);
     AddNumber(add, "--at", "POSITION", "Position to put the rule at; 1 is evaluated first", 1,
               [options](std::uint32_t position) { options->position = position; });
-    add.add_flag("--twin", options->twin, "Add the mirrored rule too, right behind it");
+    add.add_flag("--twin", options->twin, "Add the mirrored rule too, directly after it");
     AddEveryone(add, options->everyone);
 }
 

@@ -1,4 +1,4 @@
-// delete: a rule, and with --twin what mirrors it.
+// delete: deletes rules, and with --twin the rules that mirror them.
 
 #include <algorithm>
 #include <memory>
@@ -12,9 +12,10 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(With --twin, all rules before this one that mirror it go too, or if there is
-none the first behind it. Without such a rule nothing is deleted. The output has
-the commands that bring the rules back; "undo" does so, too.
+    R"(With --twin, all rules before this one that mirror it are deleted too, or if
+there are none, the first one after it. If no rule mirrors it, nothing is
+deleted. The output has the commands that bring the rules back; "undo" does so
+too.
 )";
 
 struct Options {
@@ -22,8 +23,8 @@ struct Options {
     bool twin = false;
 };
 
-/// The twins that go with the rule at index, as when the library deletes a rule with its twins:
-/// every one before it, and if there is none the first behind it.
+/// The twins that are deleted with the rule at index, the same as by the library: all of them
+/// before it, or if there are none, the first one after it.
 std::vector<std::size_t> TwinsToDelete(RuleList const& rules, std::size_t index) {
     std::vector<std::size_t> twins;
     FindTwin(rules, index);

@@ -1,4 +1,4 @@
-// diff: whether two rule files decide every call alike.
+// diff: says whether two rule files decide every call alike.
 
 #include <filesystem>
 #include <memory>
@@ -7,21 +7,22 @@
 
 #include "CommandLine.h"
 #include "Rules.h"
-#include "administration/check/Reasons.h"
 #include "commands/AnalysisOptions.h"
 #include "commands/Registry.h"
 #include "output/CallText.h"
+#include "output/ComparisonText.h"
 #include "output/RuleText.h"
 
 namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Alike: recorded by both with the same recording type, destination and duration,
-or by neither. Identifiers, descriptions and order do not count by themselves.
-Looks at all calls there can be, and shows one for each pair of rules of which
-the one decides it here, the other in FILE, and they say different things.
-Exit status: 0 alike, 1 they differ, 6 undecided.
+    R"(Two files decide a call alike if both record it with the same recording type,
+destination and duration, or neither records it. Identifiers, descriptions and
+the order alone make no difference. All calls that there can be are examined;
+one call is shown for each pair of rules that decide it differently, one here
+and the other in FILE.
+Exit status: 0 alike, 1 different, 6 undecided.
 Example: callrecordingctl diff callrecordingdb.old
 )";
 
@@ -30,6 +31,14 @@ struct Options {
     std::size_t memory = kAnalysisMemory;
 };
 
+void Print(Comparison const& comparison, RuleList const& here, RuleList const& there) {
+    if (comparison.same == true)
+        fmt::print("both decide every call alike\n");
+    for (Difference const& difference : comparison.differences)
+        fmt::print("{}\n  here {}\n  there {}\n", CallText(difference.call),
+                   DecisionText(here, difference.here), DecisionText(there, difference.there));
+}
+
 ExitCode Diff(Context const& context, Options const& options) {
     if (!std::filesystem::exists(options.file))
         throw Failure(kExitUnreadable, options.file + ": there is no such file");
@@ -37,20 +46,16 @@ ExitCode Diff(Context const& context, Options const& options) {
     RuleList const there = LoadRules(options.file);
     Comparison const comparison = Compare(here, there, options.memory);
     if (context.json)
-        PrintJson({{"same", comparison.same ? nlohmann::ordered_json(*comparison.same)
-                                            : nlohmann::ordered_json()},
-                   {"differences", DifferencesToJson(comparison.differences, here, there)}});
-    else if (comparison.same == true)
-        fmt::print("both decide every call alike\n");
-    for (Difference const& difference : comparison.differences)
-        if (!context.json)
-            fmt::print("{}\n  here {}\n  there {}\n", CallText(difference.call),
-                       DecisionText(here, difference.here), DecisionText(there, difference.there));
-    if (!comparison.undecided.empty()) {
-        UndecidedPair const& pair = comparison.undecided.front();
-        Say("undecided: {}", WhyUndecided(pair.isWhyThere ? there : here, pair.why));
-    }
-    return !comparison.same ? kExitUndecided : *comparison.same ? kExitYes : kExitNo;
+        PrintJson(ComparisonToJson(comparison, here, there));
+    else
+        Print(comparison, here, there);
+    if (IsIncomplete(comparison))
+        Say("undecided{}: {}",
+            comparison.differences.empty() ? "" : ", for pairs of rules other than these",
+            WhyIncomplete(comparison, here, there));
+    if (!comparison.same)
+        return kExitUndecided;
+    return *comparison.same ? kExitYes : kExitNo;
 }
 
 } // namespace

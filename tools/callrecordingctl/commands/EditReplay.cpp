@@ -1,19 +1,17 @@
-// Decides calls by the rules before and after an edit.
+// Replays call records with the rules before and after an edit.
 
 #include "commands/EditReplay.h"
 
 #include "commands/RunReplay.h"
 #include "model/CallTypeNames.h"
-#include "output/RuleText.h"
 
 namespace callrecordingctl {
 
-EditReplay ReplayEdit(std::vector<std::string> const& calls, RuleEdit& edit) {
-    EditReplay replay{edit.Before(), edit.After(), {}};
+ReplayReport ReplayEdit(CallFiles const& calls, RuleEdit& edit) {
     Replay::Options options;
+    options.format = calls.format;
     options.parseCallType = ParseCallType;
-    replay.report = RunReplay(calls, replay.before, &replay.after, options);
-    return replay;
+    return RunReplay(calls.paths, edit.Before(), &edit.After(), options);
 }
 
 } // namespace callrecordingctl

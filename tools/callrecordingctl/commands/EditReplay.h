@@ -1,4 +1,4 @@
-// What an edit would do to the calls of call records.
+// How an edit would change the decisions on the calls of call records.
 
 #ifndef CALLRECORDINGCTL_COMMANDS_EDITREPLAY_H
 #define CALLRECORDINGCTL_COMMANDS_EDITREPLAY_H
@@ -12,14 +12,15 @@
 
 namespace callrecordingctl {
 
-struct EditReplay {
-    RuleList before;
-    RuleList after;
-    ReplayReport report; ///< Of the rules before, compared with those after.
+/// Call records, and how they are read.
+struct CallFiles {
+    std::vector<std::string> paths;
+    CallFormat format;
 };
 
-/// Replays the call files. Throws a Failure when one of them cannot be used.
-EditReplay ReplayEdit(std::vector<std::string> const& calls, RuleEdit& edit);
+/// Decides the calls by the rules before the edit, and compares with the rules after it. Throws a
+/// Failure if a file cannot be used.
+ReplayReport ReplayEdit(CallFiles const& calls, RuleEdit& edit);
 
 } // namespace callrecordingctl
 

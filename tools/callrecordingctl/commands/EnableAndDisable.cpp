@@ -1,4 +1,4 @@
-// enable, disable: the state of a rule.
+// enable, disable: switches rules on or off.
 
 #include <memory>
 

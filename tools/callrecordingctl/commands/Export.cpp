@@ -1,4 +1,4 @@
-// export: the rules as import takes them.
+// export: prints the rules in a form that import reads.
 
 #include <memory>
 

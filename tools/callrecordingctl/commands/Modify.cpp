@@ -1,4 +1,4 @@
-// modify: the given fields of a rule, and those of its twin.
+// modify: changes the given fields of a rule, and with --twin of the rule that mirrors it.
 
 #include <memory>
 
@@ -13,7 +13,7 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(What is not given stays as it is, the call types too.
+    R"(Fields that are not given keep their values, the call types too.
 With --twin, the first rule that mirrors this one gets its recording type,
 destination, duration and state, and mirrors its new sides if they change; the
 twin keeps its description. Without such a rule nothing is changed.

@@ -1,4 +1,4 @@
-// move: rules to a place of the list, in the order in which they stand.
+// move: moves rules to a position; they keep their order.
 
 #include <algorithm>
 #include <memory>
@@ -12,9 +12,10 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Several rules keep their order and then stand one behind the other, the first of
-them at PLACE. Identifiers belong to places: rules that change places exchange
-them too, and the output says which rule has which identifier now.
+    R"(Several rules keep their order and follow one another, the first of them at
+PLACE. Identifiers belong to places: rules that change places exchange them too,
+and the output says which rule has which identifier now. The comments directly
+above a rule move with it.
 Example: callrecordingctl move 17 18 --before 3
 )";
 
@@ -25,7 +26,7 @@ struct Options {
     std::optional<RuleName> after;
 };
 
-/// How many of the rules that stay where they are come before the ones that move.
+/// How many of the rules that do not move come before those that do.
 std::size_t Ahead(RuleList const& rules, Options const& options,
                   std::vector<std::size_t> const& moved) {
     std::size_t const others = rules.size() - moved.size();
@@ -33,7 +34,7 @@ std::size_t Ahead(RuleList const& rules, Options const& options,
         return std::min(*options.to - 1, others);
     std::size_t const anchor = FindRule(rules, options.before ? *options.before : *options.after);
     if (std::find(moved.begin(), moved.end(), anchor) != moved.end())
-        throw Failure(kExitUsage, "a rule cannot move before or behind itself");
+        throw Failure(kExitUsage, "a rule cannot move before or after itself");
     auto const passed = static_cast<std::size_t>(
         std::lower_bound(moved.begin(), moved.end(), anchor) - moved.begin());
     return anchor - passed + (options.before ? 0 : 1);
@@ -47,7 +48,7 @@ ExitCode Move(RuleEdit& edit, Options const& options) {
     std::sort(moved.begin(), moved.end());
     moved.erase(std::unique(moved.begin(), moved.end()), moved.end());
     std::size_t const place = Ahead(rules, options, moved);
-    // Those that come from the front go first, the last of them ahead: so none passes another.
+    // Rules that move toward the end go first, beginning with the last: so none passes another.
     auto const fromFront = [&](std::size_t i) { return moved[i] - i < place; };
     std::size_t down = 0;
     while (down < moved.size() && fromFront(down))
@@ -63,7 +64,7 @@ ExitCode Move(RuleEdit& edit, Options const& options) {
     for (std::size_t i = down; i < moved.size(); ++i)
         moveOne(i);
     if (!isMoved)
-        Say("the rules stand there already; nothing was changed");
+        Say("the rules are there already; nothing was changed");
     return isMoved ? kExitYes : kExitNo;
 }
 
@@ -71,7 +72,7 @@ ExitCode Move(RuleEdit& edit, Options const& options) {
 
 void AddMove(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& move = AddEdit(line, "move", "Move rules to a place of the list", kHelp,
+    CLI::App& move = AddEdit(line, "move", "Move rules to another position", kHelp,
                              [options](RuleEdit& edit) { return Move(edit, *options); });
     AddRuleNames(move, options->rules);
     CLI::Option_group* const target = move.add_option_group("Place", "One of these is required");
@@ -84,7 +85,7 @@ void AddMove(CommandLine& line) {
                 [&rule](std::string const& text) { rule = ParseRuleName(text); });
     };
     addAnchor("--before", "The rule before which they go", options->before);
-    addAnchor("--after", "The rule behind which they go", options->after);
+    addAnchor("--after", "The rule after which they go", options->after);
     target->require_option(1);
 }
 

@@ -1,4 +1,4 @@
-// renumber: identifiers of their own for all rules.
+// renumber: gives every rule an identifier that no other rule has.
 
 #include <limits>
 #include <memory>
@@ -12,15 +12,16 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Gives rules whose identifier is another one's already, negative, or no plain
-number the next free ones; the others keep theirs. The order stays.
+    R"(Gives the next free identifiers to rules whose identifier an earlier rule has
+already, or is negative or no plain number. The other rules keep theirs, and
+the order does not change.
 )";
 
 struct Options {
     bool all = false;
 };
 
-/// By place: the identifiers that rules keep.
+/// Says for each place whether the rule there keeps its identifier. taken gets those identifiers.
 std::vector<bool> Kept(std::vector<StoredRule> const& rules, std::set<std::int32_t>& taken) {
     std::vector<bool> kept;
     kept.reserve(rules.size());
@@ -29,7 +30,7 @@ std::vector<bool> Kept(std::vector<StoredRule> const& rules, std::set<std::int32
     return kept;
 }
 
-/// Behind the greatest identifier while there is room, as for a new rule, then in the gaps.
+/// The identifier after the greatest one, as for a new rule; if there is none, the first gap.
 std::int32_t FreeId(std::set<std::int32_t>& taken) {
     std::int32_t id = taken.empty() ? 0 : *taken.rbegin();
     if (!taken.empty() && id < std::numeric_limits<std::int32_t>::max())
@@ -63,7 +64,7 @@ void AddRenumber(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& renumber = AddEdit(line, "renumber", "Give rules identifiers of their own", kHelp,
                                  [options](RuleEdit& edit) { return Renumber(edit, *options); });
-    renumber.add_flag("--all", options->all, "New ones for all rules: 0, 1, 2, ... in their order");
+    renumber.add_flag("--all", options->all, "Number all rules 0, 1, 2, ... in their order");
 }
 
 } // namespace callrecordingctl

@@ -7,6 +7,7 @@
 
 #include "CommandLine.h"
 #include "Rules.h"
+#include "commands/ColumnOptions.h"
 #include "commands/Registry.h"
 #include "commands/RunReplay.h"
 #include "model/CallTypeNames.h"
@@ -68,6 +69,12 @@ void PrintEach(DecidedCall const& call, RuleList const& rules, bool json) {
 }
 
 ExitCode ReplayCalls(Context const& context, Options const& options) {
+    if (!options.page.empty()) {
+        std::vector<std::string> used = options.calls;
+        used.insert(used.end(), {context.path, context.path + ".history", context.path + ".lock",
+                                 options.against});
+        RequireSparePage(options.page, used);
+    }
     ReplayFacts const facts = ReadFacts(context.path, options.against);
     Replay::Options how;
     how.format = options.format;
@@ -87,21 +94,6 @@ ExitCode ReplayCalls(Context const& context, Options const& options) {
     if (report.isInterrupted)
         return kExitStopped;
     return options.strict && report.unreadable > 0 ? kExitNo : kExitYes;
-}
-
-void AddColumns(CLI::App& replay, CallFormat& format) {
-    constexpr char const* kWhat[kColumnCount] = {"the calling side", "the called side",
-                                                 "the call type of the calling side",
-                                                 "the call type of the called side", "the time"};
-    for (std::size_t i = 0; i < kColumnCount; ++i) {
-        auto const column = static_cast<Column>(i);
-        AddText(replay, ColumnNames::Option(column), "NAME",
-                fmt::format("Column with {}, by name or number", kWhat[i]),
-                [&format, column](std::string const& name) { format.names.Name(column, name); });
-    }
-    replay.add_flag_callback(
-        "--no-header", [&format] { format.hasHeader = false; },
-        "There is no row of names; columns are numbers");
 }
 
 } // namespace

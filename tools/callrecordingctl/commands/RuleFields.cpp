@@ -1,4 +1,4 @@
-// The options for the fields of a rule, and their way into it.
+// Adds the options for the fields of a rule and sets the fields from them.
 
 #include "commands/RuleFields.h"
 
@@ -79,14 +79,14 @@ void AddRuleFields(CLI::App& command, RuleFields& fields, bool isNew) {
 
 namespace {
 
-/// Throws a Failure that names culprit when the pattern cannot be one of that type.
+/// Throws a Failure that names culprit if the pattern is malformed for its type.
 void ApplySide(SideFields const& fields, std::string const& culprit, std::string& pattern,
                CallType& type) {
     if (auto const fault = SetSide(fields, pattern, type))
         throw Failure(kExitNo, fmt::format("{}: {}", culprit, *fault));
 }
 
-/// Says what is well formed and yet often not meant.
+/// Notes escapes and suspicious patterns, which are well formed but often mistakes.
 void NoteOn(SideFields const& fields, std::string const& culprit, std::string const& pattern,
             CallType type) {
     if (!fields.pattern)
@@ -115,13 +115,13 @@ void Apply(RuleFields const& fields, Rule& rule) {
 }
 
 void AddEveryone(CLI::App& command, bool& everyone) {
-    command.add_flag("--everyone", everyone, "Yes, the rule is to record every call");
+    command.add_flag("--everyone", everyone, "Confirm that the rule records every call");
 }
 
 void RequireEveryone(Rule const& rule, bool everyone) {
     if (IsForEveryone(rule) && !everyone)
         throw Failure(kExitUsage, "this rule would record every call; give --from or --to, or "
-                                  "--everyone if that is meant");
+                                  "--everyone if you want that");
 }
 
 } // namespace callrecordingctl

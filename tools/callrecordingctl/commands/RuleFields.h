@@ -1,4 +1,4 @@
-// The fields of a rule that the command line gives, and a rule made of them.
+// The options of add and modify for the fields of a rule.
 
 #ifndef CALLRECORDINGCTL_COMMANDS_RULEFIELDS_H
 #define CALLRECORDINGCTL_COMMANDS_RULEFIELDS_H
@@ -25,15 +25,17 @@ struct RuleFields {
     bool AreGiven() const;
 };
 
-/// Adds an option for each field; those of a new rule say what is taken for what is left out.
+/// Adds an option for each field. For a new rule their help names the defaults.
 void AddRuleFields(CLI::App& command, RuleFields& fields, bool isNew);
 
-/// Checks the fields that are given and sets them in rule. Throws a Failure that names the option
-/// of the one that cannot be.
+/// Checks the given fields and sets them in rule. Throws a Failure that names the option if the
+/// value of one is malformed.
 void Apply(RuleFields const& fields, Rule& rule);
 
-/// The flag without which no rule comes to be that records every call.
+/// Adds --everyone, without which no rule is made that records every call.
 void AddEveryone(CLI::App& command, bool& everyone);
+
+/// Throws a Failure if rule records every call and --everyone was not given.
 void RequireEveryone(Rule const& rule, bool everyone);
 
 } // namespace callrecordingctl

@@ -17,9 +17,9 @@
 #include "administration/history/History.h"
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
+#include "commands/ColumnOptions.h"
 #include "commands/RecordEdit.h"
 #include "database/RuleFileLock.h"
-#include "output/CallText.h"
 #include "output/EditReport.h"
 
 namespace callrecordingctl {
@@ -84,21 +84,40 @@ void RequireState(RuleEdit const& edit, std::string const& token) {
                                   isToken ? WhatChanged(edit, token) : ""));
 }
 
-/// Prints the report. For an edit that was saved it only says what went wrong with that.
-void Report(RuleEdit& edit, EditOptions const& options, Context const& context, bool isSaved) {
+DryRun FindEffects(RuleEdit& edit, EditOptions const& options) {
+    static RuleList const none;
+    bool const isMalformed = edit.Malformation().has_value();
+    DryRun dryRun{isMalformed ? none : edit.Before(), edit.After(), {}, {}};
+    if (!options.replay.paths.empty())
+        dryRun.replay = ReplayEdit(options.replay, edit);
+    if (!isMalformed)
+        dryRun.calls = Compare(dryRun.before, dryRun.after);
+    return dryRun;
+}
+
+/// The exit code of a dry run: no if the call records hold nothing that can be read.
+ExitCode CodeOf(DryRun const& dryRun) {
+    if (!dryRun.replay)
+        return kExitYes;
+    if (dryRun.replay->isInterrupted)
+        return kExitStopped;
+    bool const isAllUnreadable = dryRun.replay->all.calls == 0 && dryRun.replay->unreadable > 0;
+    return isAllUnreadable ? kExitNo : kExitYes;
+}
+
+/// Prints the report. An edit that was saved is done: that the report of it cannot be printed is
+/// said, and is no failure.
+void Report(RuleEdit& edit, EditOptions const& options, DryRun const* dryRun,
+            Context const& context, bool isSaved) {
     // A reader that has gone must not end this process: the edit has been made.
     if (isSaved)
         std::signal(SIGPIPE, SIG_IGN);
-    std::optional<EditReplay> replay;
-    if (!options.replay.empty()) // Of a dry run.
-        replay = ReplayEdit(options.replay, edit);
+    if (auto const malformation = edit.Malformation())
+        Say("the file before could not be read as rules, so all rules count as added: {}",
+            *malformation);
     std::string reason;
     try {
-        ReportEdit(edit.Changes(),
-                   {edit.Count(), options.dryRun, options.verbose, replay ? &*replay : nullptr},
-                   context);
-        if (options.dryRun && !context.json)
-            PrintCallChanges(edit.Before(), edit.After());
+        ReportEdit(edit.Changes(), {edit.Count(), options.verbose, dryRun}, context);
         if (std::fflush(stdout) != 0)
             reason = std::strerror(errno);
     } catch (std::exception const& error) {
@@ -142,43 +161,46 @@ ExitCode RunEdit(Context const& context, EditOptions const& options, Changer con
         lock = Lock(context.path, options.patience);
     }
     // Where a dry run misses the directory, a file in its place would be missing, too: no rules.
-    RuleEdit edit(fs::exists(directory) ? context.path : directory.string(),
-                  options.replacesAll ? RuleEdit::Broken::Replaced : RuleEdit::Broken::Refused);
+    RuleEdit edit(fs::exists(directory) ? context.path : directory.string());
     if (options.ifState)
         RequireState(edit, *options.ifState);
     ExitCode const code = change(edit);
-    if (!edit.Fault().empty())
-        Say("{}; so its rules count as none here", edit.Fault());
     bool const isSaved = lock && edit.IsChanged();
     if (isSaved)
         SaveAndRecord(edit, context);
     lock.reset();
-    Report(edit, options, context, isSaved);
-    return code;
+    if (!options.dryRun) {
+        Report(edit, options, nullptr, context, isSaved);
+        return code;
+    }
+    DryRun const dryRun = FindEffects(edit, options);
+    Report(edit, options, &dryRun, context, false);
+    return code == kExitYes ? CodeOf(dryRun) : code;
 }
 
 CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
-                  Changer const& change, std::function<bool()> const& replacesAll) {
+                  Changer const& change) {
     auto const options = std::make_shared<EditOptions>();
-    CLI::App& edit = line.AddCommand(name, summary, help, [=](Context const& context) {
-        options->replacesAll = replacesAll && replacesAll();
-        return RunEdit(context, *options, change);
-    });
+    CLI::App& edit =
+        line.AddCommand(name, summary, help, [options, change](Context const& context) {
+            return RunEdit(context, *options, change);
+        });
     CLI::Option* const dryRun = edit.add_flag(
         "--dry-run", options->dryRun,
         "Show the rule before and after, and calls that\nare decided differently; write nothing");
-    edit.add_option("--replay", options->replay,
-                    "With --dry-run: tell which calls of these call\n"
-                    "records would be decided differently")
-        ->type_name("CALLS")
-        ->needs(dryRun);
-    edit.add_flag("-v,--verbose", options->verbose, "Tell every rule that changes");
+    CLI::Option* const replay = edit.add_option("--replay", options->replay.paths,
+                                                "With --dry-run: show which calls of these call\n"
+                                                "records would be decided differently")
+                                    ->type_name("CALLS")
+                                    ->needs(dryRun);
+    AddColumns(edit, options->replay.format, replay);
+    edit.add_flag("-v,--verbose", options->verbose, "Show every rule that changes");
     AddText(
         edit, "--if-state", "TOKEN",
         "Change nothing, with exit status 7, unless the\nfile is in this state, as list shows it",
         [options](std::string const& token) { options->ifState = token; });
     AddNumber(
-        edit, "--wait", "SECONDS", "Wait so long for another client's edit\n(default: 5)", 0,
+        edit, "--wait", "SECONDS", "How long to wait for another client's edit\n(default: 5)", 0,
         [options](std::uint32_t seconds) { options->patience = std::chrono::seconds(seconds); });
     return edit;
 }

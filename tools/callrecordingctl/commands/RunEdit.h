@@ -11,6 +11,7 @@
 
 #include "CommandLine.h"
 #include "administration/edit/RuleEdit.h"
+#include "commands/EditReplay.h"
 
 namespace callrecordingctl {
 
@@ -18,10 +19,9 @@ namespace callrecordingctl {
 struct EditOptions {
     bool dryRun = false;
     bool verbose = false;
-    std::optional<std::string> ifState; ///< The token of the state that the edit is meant for.
-    std::chrono::seconds patience{5};
-    std::vector<std::string> replay; ///< Call files; of a dry run only.
-    bool replacesAll = false;        ///< It does not need the rules of before.
+    std::optional<std::string> ifState; ///< The token of the state that the file has to be in.
+    std::chrono::seconds patience{5};   ///< How long to wait for the lock.
+    CallFiles replay;                   ///< Of a dry run only.
 };
 
 /// Makes the changes. Returns the exit code: no when there is nothing to do. Throws a Failure when
@@ -34,9 +34,8 @@ using Changer = std::function<ExitCode(RuleEdit&)>;
 ExitCode RunEdit(Context const& context, EditOptions const& options, Changer const& change);
 
 /// Adds a command that edits, with the options that all edits have; change runs as in RunEdit.
-/// replacesAll is asked once the command line has been read; without it the answer is no.
 CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
-                  Changer const& change, std::function<bool()> const& replacesAll = {});
+                  Changer const& change);
 
 } // namespace callrecordingctl
 

@@ -102,7 +102,7 @@ void AddUndo(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& undo = AddEdit(
         line, "undo", "Undo the last edits", kHelp,
-        [options](RuleEdit& edit) { return Undo(edit, *options); }, [] { return true; });
+        [options](RuleEdit& edit) { return Undo(edit, *options); });
     AddNumber(
         undo, "N", "", "How many edits (default: 1)", 1,
         [options](std::uint32_t count) { options->count = count; });

@@ -1,4 +1,4 @@
-// up, down: a rule moves any number of places.
+// up, down: moves a rule by a number of places.
 
 #include <algorithm>
 #include <memory>
@@ -30,7 +30,7 @@ ExitCode Move(RuleEdit& edit, Options const& options, bool up) {
     if (room == 0) {
         Say("{} is the {} already; nothing was changed", NameOf(edit.Before()[index]),
             up ? "first" : "last");
-        edit.Mean(index);
+        edit.Mention(index);
         return kExitNo;
     }
     std::size_t const distance = std::min(options.places, room);
@@ -43,9 +43,8 @@ void AddMove(CommandLine& line, char const* name, char const* summary, bool up) 
     CLI::App& move = AddEdit(line, name, summary, kHelp,
                              [options, up](RuleEdit& edit) { return Move(edit, *options, up); });
     AddRuleName(move, options->rule);
-    AddNumber(move, "PLACES", "",
-              "How many places (default: 1); with more than there\nare, all the way", 1,
-              [options](std::uint32_t places) { options->places = places; });
+    AddNumber(move, "PLACES", "", "How many places (default: 1), at most to the end\nof the list",
+              1, [options](std::uint32_t places) { options->places = places; });
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 
 #include <fmt/format.h>
 
-#include "administration/check/Reasons.h"
 #include "model/CallTypeNames.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
@@ -30,7 +29,7 @@ std::string CallText(ExampleCall const& call) {
 }
 
 nlohmann::ordered_json CallToJson(ExampleCall const& call) {
-    return {{"from", ToJson(call.caller)}, {"to", ToJson(call.called)}};
+    return CallRecordingUtils::CallToJson(call.caller, call.called);
 }
 
 nlohmann::ordered_json IdsToJson(RuleList const& rules, std::vector<std::size_t> const& places) {
@@ -66,26 +65,6 @@ std::string DecisionText(RuleList const& list, std::optional<std::size_t> place)
                                  static_cast<int>(rule.call_recording_type),
                                  part("to ", rule.record_to),
                                  part("duration ", rule.recording_duration)));
-}
-
-void PrintCallChanges(RuleList const& before, RuleList const& after) {
-    constexpr std::size_t kMost = 20;
-    Comparison const comparison = Compare(before, after);
-    std::size_t shown = 0;
-    for (auto const& [call, here, there] : comparison.differences)
-        if (++shown <= kMost)
-            fmt::print("dry run: the call {}\n  is now {}\n  would be {}\n", CallText(call),
-                       DecisionText(before, here), DecisionText(after, there));
-    if (shown > kMost)
-        fmt::print("dry run: and a call for each of {} more pairs of rules\n", shown - kMost);
-    if (comparison.same == true)
-        fmt::print("dry run: no call is decided differently\n");
-    if (!comparison.undecided.empty()) {
-        UndecidedPair const& pair = comparison.undecided.front();
-        fmt::print("dry run: whether {}calls are decided differently is undecided: {}\n",
-                   comparison.same ? "further " : "",
-                   WhyUndecided(pair.isWhyThere ? after : before, pair.why));
-    }
 }
 
 } // namespace callrecordingctl

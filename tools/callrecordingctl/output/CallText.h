@@ -32,9 +32,6 @@ nlohmann::ordered_json DifferencesToJson(std::vector<Difference> const& differen
 /// How list decides: recorded by which rule and how, or not recorded.
 std::string DecisionText(RuleList const& list, std::optional<std::size_t> place);
 
-/// Prints what an edit changes for callers: nothing, or a call for each pair of rules.
-void PrintCallChanges(RuleList const& before, RuleList const& after);
-
 } // namespace callrecordingctl
 
 #endif

@@ -1,4 +1,4 @@
-// The sentences and the JSON that report on an edit.
+// Prints reports on edits.
 
 #include "output/EditReport.h"
 
@@ -6,6 +6,7 @@
 
 #include "administration/inspection/RuleNames.h"
 #include "model/RuleSides.h"
+#include "output/ComparisonText.h"
 #include "output/ReplayText.h"
 #include "output/RuleText.h"
 #include "output/ShellText.h"
@@ -20,10 +21,10 @@ bool DifferInStateOnly(Rule before, Rule const& after) {
     return AreEqual(before, after);
 }
 
-/// More than these are a list, and nobody reads it unless asked to.
+/// Nobody reads more of them, unless with -v.
 constexpr std::size_t kMostSentences = 20;
 
-/// So and so many rules were added, changed and so on.
+/// How many rules were added, changed, moved and deleted.
 std::string Summary(std::vector<Change> const& changes) {
     std::size_t added = 0, deleted = 0, moved = 0, changed = 0;
     for (Change const& change : changes) {
@@ -44,7 +45,7 @@ std::string Summary(std::vector<Change> const& changes) {
 
 void PrintSentences(std::vector<Change> const& changes, ReportOptions const& options,
                     Context const& context) {
-    char const* const prefix = options.dryRun ? "dry run: " : "";
+    char const* const prefix = options.dryRun != nullptr ? "dry run: " : "";
     std::size_t meant = 0;
     std::size_t others = 0;
     for (Change const& change : changes) {
@@ -52,20 +53,20 @@ void PrintSentences(std::vector<Change> const& changes, ReportOptions const& opt
         if (!options.verbose && (!change.isMeant || meant > kMostSentences))
             continue;
         fmt::print("{}{}\n", prefix, Printable(Sentence(change, options.count)));
-        if (change.after != nullptr || options.dryRun)
+        if (change.after != nullptr || options.dryRun != nullptr)
             continue;
         if (auto const line = AddCommandFor(*change.before, change.beforePosition, context))
-            fmt::print("  to have it back: {}\n", Printable(*line));
+            fmt::print("  to bring it back: {}\n", Printable(*line));
         else
-            fmt::print("  to have it back: callrecordingctl undo\n"); // No options say it.
+            fmt::print("  to bring it back: callrecordingctl undo\n"); // No options describe it.
     }
     if (options.verbose)
         return;
     if (meant > kMostSentences)
-        fmt::print("{}and {} more; -v tells each\n{}{}\n", prefix, meant - kMostSentences, prefix,
+        fmt::print("{}and {} more; -v shows each\n{}{}\n", prefix, meant - kMostSentences, prefix,
                    Summary(changes));
     if (others > 0)
-        fmt::print("{}{} {} made room and changed identifiers; -v tells each\n", prefix, others,
+        fmt::print("{}{} {} made room and changed identifiers; -v shows each\n", prefix, others,
                    others == 1 ? "rule" : "rules");
 }
 
@@ -128,23 +129,47 @@ nlohmann::ordered_json ChangesToJson(std::vector<Change> const& changes) {
     return document;
 }
 
+namespace {
+
+nlohmann::ordered_json ToJson(std::vector<Change> const& changes, DryRun const& dryRun) {
+    nlohmann::ordered_json json{{"changes", ChangesToJson(changes)}, {"calls", nullptr}};
+    if (dryRun.calls)
+        json["calls"] = ComparisonToJson(*dryRun.calls, dryRun.before, dryRun.after);
+    if (dryRun.replay) {
+        json["replay"] = DifferencesToJson(*dryRun.replay, dryRun.before, dryRun.after);
+        json["replay"]["unreadable"] = UnreadableToJson(*dryRun.replay);
+        json["replay"]["interrupted"] = dryRun.replay->isInterrupted;
+    }
+    return json;
+}
+
+void PrintCalls(DryRun const& dryRun) {
+    if (dryRun.replay) {
+        PrintDifferences(*dryRun.replay, dryRun.before, dryRun.after,
+                         {"BEFORE", "AFTER", "the rules after the edit"});
+        PrintProblems(*dryRun.replay);
+    }
+    if (dryRun.calls)
+        PrintCallChanges(*dryRun.calls, dryRun.before, dryRun.after);
+    else
+        fmt::print("dry run: which calls are decided differently is unknown, since the file as it "
+                   "is cannot be read\n");
+}
+
+} // namespace
+
 void ReportEdit(std::vector<Change> const& changes, ReportOptions const& options,
                 Context const& context) {
+    DryRun const* const dryRun = options.dryRun;
     if (context.json)
-        return options.replay == nullptr
-                   ? PrintJson(ChangesToJson(changes))
-                   : PrintJson({{"changes", ChangesToJson(changes)},
-                                {"replay",
-                                 DifferencesToJson(options.replay->report, options.replay->before,
-                                                   options.replay->after)}});
+        return PrintJson(dryRun != nullptr ? ToJson(changes, *dryRun) : ChangesToJson(changes));
     PrintSentences(changes, options, context);
     if (changes.empty())
         fmt::print("no rule changes\n");
-    else if (options.dryRun)
+    else if (dryRun != nullptr)
         PrintTable(changes, options.verbose);
-    if (options.replay != nullptr)
-        PrintDifferences(options.replay->report, options.replay->before, options.replay->after,
-                         {"BEFORE", "AFTER", "the rules after the edit"});
+    if (dryRun != nullptr)
+        PrintCalls(*dryRun);
 }
 
 } // namespace callrecordingctl

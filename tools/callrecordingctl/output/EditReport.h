@@ -1,33 +1,42 @@
-// What an edit changed, in words or in JSON.
+// What an edit changes, in words and in JSON.
 
 #ifndef CALLRECORDINGCTL_OUTPUT_EDITREPORT_H
 #define CALLRECORDINGCTL_OUTPUT_EDITREPORT_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
 #include "CommandLine.h"
-#include "administration/edit/RuleEdit.h"
-#include "commands/EditReplay.h"
+#include "administration/edit/Changes.h"
+#include "analysis/RuleAnalysis.h"
+#include "records/counting/Replay.h"
 
 namespace callrecordingctl {
 
-/// The change in a sentence; count is the number of the rules after it.
+/// The change in a sentence; count is the number of rules after it.
 std::string Sentence(Change const& change, std::size_t count);
 
 nlohmann::ordered_json ChangesToJson(std::vector<Change> const& changes);
 
-struct ReportOptions {
-    std::size_t count; ///< Of the rules after the edit.
-    bool dryRun;
-    bool verbose;             ///< Every rule, also those that only moved along.
-    EditReplay const* replay; ///< What the edit does to calls of call records, or null.
+/// What a dry run finds out about calls.
+struct DryRun {
+    RuleList const& before;
+    RuleList const& after;
+    std::optional<Comparison> calls;    ///< Nothing if the file before is malformed.
+    std::optional<ReplayReport> replay; ///< Of call records; nothing if none were given.
 };
 
-/// Prints the changes.
+struct ReportOptions {
+    std::size_t count;    ///< Of the rules after the edit.
+    bool verbose;         ///< Report each rule, also those that only made room.
+    DryRun const* dryRun; ///< Null for an edit that is made.
+};
+
+/// Prints the changes, of a dry run also what they mean for calls.
 void ReportEdit(std::vector<Change> const& changes, ReportOptions const& options,
                 Context const& context);
 

@@ -5,9 +5,15 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <fstream>
+#include <optional>
+
+#include <sys/stat.h>
 
 #include <fmt/format.h>
+
+#include <host/AtomicFile.h>
 
 #include "Failure.h"
 #include "administration/check/Reasons.h"
@@ -48,7 +54,41 @@ std::string Now() {
     return text;
 }
 
+/// Replaces the file at path as a whole, so that a full disk leaves the page that was there. What
+/// is no regular file, such as a pipe, is written to.
+void Write(std::string const& path, std::string const& page) {
+    struct stat status {};
+    bool const isThere = stat(path.c_str(), &status) == 0;
+    std::optional<HostPlatform::FileStamp> stamp;
+    if (isThere && S_ISREG(status.st_mode))
+        stamp = HostPlatform::FileStamp::Of(status);
+    if (!isThere || stamp) {
+        try {
+            return HostPlatform::ReplaceFile(path, page, stamp);
+        } catch (std::exception const& error) {
+            throw Failure(kExitUnsaved,
+                          fmt::format("{}: cannot be written: {}", path, error.what()));
+        }
+    }
+    std::ofstream file(path, std::ios::binary);
+    file << page;
+    file.close();
+    if (!file)
+        throw Failure(kExitUnsaved,
+                      fmt::format("{}: cannot be written: {}", path, std::strerror(errno)));
+}
+
 } // namespace
+
+void RequireSparePage(std::string const& page, std::vector<std::string> const& used) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    for (std::string const& path : used)
+        if (fs::equivalent(page, path == "-" ? "/dev/stdin" : path, error) &&
+            fs::is_regular_file(page, error))
+            throw Failure(kExitUsage, fmt::format("--html {}: would overwrite {}", page,
+                                                  path == "-" ? "standard input" : path));
+}
 
 void WriteReplayPage(std::string const& path, ReplayReport const& report,
                      ReplayFacts const& facts) {
@@ -59,12 +99,7 @@ void WriteReplayPage(std::string const& path, ReplayReport const& report,
     page.whyNever = WhyNever(report, facts.here.rules);
     page.made = Now();
     page.by = "callrecordingctl " CALLRECORDINGCTL_VERSION;
-    std::ofstream file(path, std::ios::binary);
-    file << PageOf(report, facts, page);
-    file.close();
-    if (!file)
-        throw Failure(kExitUnsaved,
-                      fmt::format("{}: cannot be written: {}", path, std::strerror(errno)));
+    Write(path, PageOf(report, facts, page));
 }
 
 } // namespace callrecordingctl

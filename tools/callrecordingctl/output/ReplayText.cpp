@@ -94,6 +94,8 @@ void PrintCleanings(ReplayReport const& report) {
             text);
 }
 
+} // namespace
+
 void PrintProblems(ReplayReport const& report) {
     if (report.unreadable > 0)
         fmt::print("{} could not be read{}\n", Plural(report.unreadable, "line"),
@@ -107,8 +109,6 @@ void PrintProblems(ReplayReport const& report) {
             Printable(fmt::format("{}:{}: \"{}\"", report.firstWithoutTime->file,
                                   report.firstWithoutTime->line, report.firstWithoutTime->reason)));
 }
-
-} // namespace
 
 std::string OutcomeText(Rule const* rule) {
     if (rule == nullptr)

@@ -11,6 +11,9 @@ namespace callrecordingctl {
 /// Prints the report: the rules, the calls that no rule records, and how the files were read.
 void PrintReplay(ReplayReport const& report, ReplayFacts const& facts);
 
+/// Prints what could not be read: lines, and times of calls.
+void PrintProblems(ReplayReport const& report);
+
 /// The names of the two lists of rules in headers, and of the other one in a sentence.
 struct ListNames {
     char const* here;
