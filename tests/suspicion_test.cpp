@@ -218,7 +218,7 @@ TEST(Suspicions, AreTrueOfAllCandidates) {
         }
         if (ToStored('{' + list + '}', CALL_TYPE_NUMBER).problem)
             continue;
-        PatternPiece const piece{PatternPiece::Number, '<' + list + '>'};
+        PatternPiece const piece{PatternPiece::Kind::Number, '<' + list + '>'};
         for (Claim const& claim : Claims()) {
             auto const suspicion =
                 std::find_if(AllSuspicions().begin(), AllSuspicions().end(),

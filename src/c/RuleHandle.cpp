@@ -34,7 +34,7 @@ LoadFailure Copy(LoadFailure const& failure) noexcept {
 } // namespace
 
 RuleHandle::RuleHandle(std::string path)
-    : path_(std::move(path)), rules_(std::make_unique<LoadedRules const>()) {}
+    : rules_(std::make_unique<LoadedRules const>()), path_(std::move(path)) {}
 
 RuleHandle::Outcome RuleHandle::Reload() {
     if (path_.empty())

@@ -80,9 +80,9 @@ class RuleHandle {
     bool MayHaveChanged();
     bool Holds(LoadedRules const& loaded);
 
+    Published<LoadedRules> rules_;
     std::string const path_;
     std::mutex loading_; // Held while rules are read and put in place.
-    Published<LoadedRules> rules_;
 
     ThreadMutex mutex_; // Guards what follows, for a moment at a time.
     Seen seen_;

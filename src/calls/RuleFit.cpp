@@ -61,13 +61,14 @@ std::string Joined(std::string const& a, std::string const& b) {
 } // namespace
 
 RuleFit FitOf(CallRecordingRuleParams const& rule, PartyCall const& call, SideNames names) {
-    auto const [caller, called] = SidesOf(rule);
-    return {rule.recording_rule_state == RULE_ENABLED, FitOf(caller, call.caller, names.caller),
-            FitOf(called, call.called, names.called)};
+    RuleSides const sides = SidesOf(rule);
+    return {rule.recording_rule_state == RULE_ENABLED,
+            FitOf(sides.caller, call.caller, names.caller),
+            FitOf(sides.called, call.called, names.called)};
 }
 
 std::string RuleFit::Reason() const {
-    std::string const sides = Joined(caller.reason, called.reason);
+    std::string sides = Joined(caller.reason, called.reason);
     if (isEnabled)
         return sides;
     return "disabled; " + (sides.empty() ? "it would match if it were enabled" : sides);

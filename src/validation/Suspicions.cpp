@@ -16,9 +16,9 @@ namespace {
 
 constexpr std::size_t kNone = std::string_view::npos;
 
-template <PatternPiece::Kind kKind>
+template <PatternPiece::Kind Kind>
 std::optional<Stretch> FindEmptyPiece(PatternPiece const& piece) {
-    bool const isEmpty = piece.kind == kKind && piece.text.empty();
+    bool const isEmpty = piece.kind == Kind && piece.text.empty();
     return isEmpty ? std::optional(Stretch{0, 0}) : std::nullopt;
 }
 
@@ -29,7 +29,7 @@ std::optional<Stretch> FindStop(PatternPiece const& piece) {
 
 /// A literal outside of groups that is not a digit. (An escape is not written by mistake.)
 std::optional<Stretch> FindNonDigitInPort(PatternPiece const& piece) {
-    if (piece.kind != PatternPiece::Port)
+    if (piece.kind != PatternPiece::Kind::Port)
         return std::nullopt;
     for (Element element = ReadElement(piece.text, 0); element.end != element.begin;
          element = ReadElement(piece.text, element.end))
@@ -42,17 +42,18 @@ std::optional<Stretch> FindNonDigitInPort(PatternPiece const& piece) {
 std::optional<Stretch> FindLargePort(PatternPiece const& piece) {
     constexpr int kGreatestPort = 65535;
     bool const isNumber = piece.text.find_first_not_of("0123456789") == kNone;
-    if (piece.kind != PatternPiece::Port || !isNumber || ParseDecimal(piece.text) <= kGreatestPort)
+    if (piece.kind != PatternPiece::Kind::Port || !isNumber ||
+        ParseDecimal(piece.text) <= kGreatestPort)
         return std::nullopt;
     return Stretch{0, piece.text.size()};
 }
 
 constexpr Suspicions kSuspicions{{
-    {"", CALL_TYPE_NUMBER, FindEmptyPiece<PatternPiece::Number>,
+    {"", CALL_TYPE_NUMBER, FindEmptyPiece<PatternPiece::Kind::Number>,
      "an empty pattern matches nothing: write * for every number"},
-    {"@pbx", CALL_TYPE_SIP, FindEmptyPiece<PatternPiece::User>,
+    {"@pbx", CALL_TYPE_SIP, FindEmptyPiece<PatternPiece::Kind::User>,
      "nothing is written before the \"@\": write * for every user"},
-    {"201@", CALL_TYPE_SIP, FindEmptyPiece<PatternPiece::Host>,
+    {"201@", CALL_TYPE_SIP, FindEmptyPiece<PatternPiece::Kind::Host>,
      "nothing is written after the \"@\": write * for every host"},
     {"201@pbx:abc", CALL_TYPE_SIP, FindNonDigitInPort,
      " is not a digit, but a port has digits only: leave out what is not part of the port"},
@@ -112,13 +113,13 @@ Suspicions const& AllSuspicions() {
 
 std::optional<PatternProblem> FindSuspicion(std::string_view entry, CallType type) {
     if (type != CALL_TYPE_SIP)
-        return FindInPiece(entry, PatternPiece::Number);
+        return FindInPiece(entry, PatternPiece::Kind::Number);
     SipAddress const pieces = SplitSipAddress(entry).value();
     std::string_view const noPort = entry.substr(entry.size());
     std::pair<std::string_view, PatternPiece::Kind> const inOrder[] = {
-        {pieces.user, PatternPiece::User},
-        {pieces.host, PatternPiece::Host},
-        {pieces.port.value_or(noPort), PatternPiece::Port},
+        {pieces.user, PatternPiece::Kind::User},
+        {pieces.host, PatternPiece::Kind::Host},
+        {pieces.port.value_or(noPort), PatternPiece::Kind::Port},
     };
     for (auto const& [piece, kind] : inOrder) {
         auto problem = FindInPiece(piece, kind);

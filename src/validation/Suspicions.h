@@ -16,7 +16,7 @@ namespace CallRecordingUtils {
 
 /// A pattern, or one piece of a SIP pattern, in the stored form.
 struct PatternPiece {
-    enum Kind { Number, User, Host, Port };
+    enum class Kind { Number, User, Host, Port };
     Kind kind;
     std::string text;
 };
