@@ -22,7 +22,7 @@ read_files() { # CHECKS FIND-ARGUMENT...
 }
 
 # What people and services use; the rest of src/ is in the exchange's process.
-around=(src/analysis src/inspection src/administration src/records)
+around=(src/analysis src/administration src/records)
 pruned=()
 for folder in "${around[@]}"; do
     pruned+=(-path "$folder" -prune -o)
