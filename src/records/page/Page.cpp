@@ -254,7 +254,7 @@ class Page {
     void Reading() {
         Heading("How the call files were read");
         if (report_.all.calls > 0)
-            Add(fmt::format("<p>Calls were asked about as {}.</p>", QuestionsText(report_)));
+            Add(fmt::format("<p>How calls were asked about: {}.</p>", QuestionsText(report_)));
         std::string cleaned;
         for (std::size_t i = 0; i < report_.cleaned.size(); ++i)
             if (report_.cleaned[i] > 0)

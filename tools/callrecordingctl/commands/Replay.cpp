@@ -23,10 +23,10 @@ constexpr char kHelp[] =
 a row of names, or JSON, one object a line; plain or .gz; - is standard input.
 Columns are found by the names that call-record writers use, as src and dst,
 caller_id_number and destination_number, calldate. An address such as
-"Alice" <sip:201@pbx;user=phone> is read as a party, as decide does it; one that
-has a call type beside it is compared byte for byte. The report counts both, what
-was left out of addresses, and the lines that cannot be read. Calls that a rule
-forbids to record are counted apart.
+"Alice" <sip:201@pbx;user=phone> is read as a party, as decide does it; one with
+a call type in a column of its own is compared byte for byte. The report counts
+both, what was left out of addresses, and lines that cannot be read. Calls that
+a rule forbids to record are counted apart.
 Examples:
   callrecordingctl replay calls.csv --no-header --from-column 2 --to-column 3
   callrecordingctl replay november.csv.gz --against /tmp/callrecordingdb.new

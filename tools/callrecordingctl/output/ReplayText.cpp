@@ -89,7 +89,7 @@ void PrintNeverApplied(ReplayReport const& report, RuleList const& rules) {
 /// How the calls were asked about, and what was left out of their addresses.
 void PrintQuestions(ReplayReport const& report) {
     if (report.all.calls > 0)
-        fmt::print("calls were asked about as {}\n", QuestionsText(report));
+        fmt::print("how calls were asked about: {}\n", QuestionsText(report));
     std::string text;
     for (std::size_t i = 0; i < report.cleaned.size(); ++i)
         if (report.cleaned[i] > 0)
