@@ -50,17 +50,13 @@ set(core_rooms
 set_property(SOURCE database/RuleFileLock.cpp loading/LoadedRules.cpp
   PROPERTY COMPILE_DEFINITIONS _FILE_OFFSET_BITS=64 _TIME_BITS=64)
 
-# Addresses of typed questions as people write them.
-callrecordingutils_room(inspection USES calls)
-
 # What a set of rules does, exactly. It takes its time and its memory, for whoever asks questions about
 # rules, and so is not part of the shared library.
 callrecordingutils_room(analysis USES model language matching)
 
 add_library(callrecordingutils_core STATIC EXCLUDE_FROM_ALL)
 target_link_libraries(callrecordingutils_core
-  PUBLIC ${core_rooms} callrecordingutils_inspection callrecordingutils_analysis
-    callrecordingutils_platform)
+  PUBLIC ${core_rooms} callrecordingutils_analysis callrecordingutils_platform)
 
 if(NOT CALLRECORDINGUTILS_BUILD_CLIENT)
   return()
@@ -77,7 +73,7 @@ find_library(UNISTRING_LIBRARY unistring REQUIRED)
 # What people and services do with rule files and call records: on the platform of the host, and never
 # part of the shared library.
 callrecordingutils_room(text LIBRARIES fmt::fmt ZLIB::ZLIB ${CSV_LIBRARY} ${UNISTRING_LIBRARY})
-callrecordingutils_room(json USES model validation text LIBRARIES nlohmann_json::nlohmann_json)
+callrecordingutils_room(json USES model validation calls text LIBRARIES nlohmann_json::nlohmann_json)
 callrecordingutils_room(administration/inspection USES model database LIBRARIES fmt::fmt ${MD_LIBRARY})
 callrecordingutils_room(administration/check
   USES model database validation analysis text administration/inspection LIBRARIES fmt::fmt)
@@ -95,9 +91,9 @@ target_link_libraries(callrecordingutils_administration
     callrecordingutils_administration_exchange)
 
 callrecordingutils_room(records/reading USES text LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
-callrecordingutils_room(records/counting USES model matching inspection records/reading)
+callrecordingutils_room(records/counting USES model calls records/reading)
 callrecordingutils_room(records/report
-  USES model json records/reading records/counting LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
+  USES model calls json records/reading records/counting LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
 callrecordingutils_room(records/page
   USES model records/counting records/report LIBRARIES fmt::fmt ${UNISTRING_LIBRARY})
 add_library(callrecordingutils_records STATIC EXCLUDE_FROM_ALL)

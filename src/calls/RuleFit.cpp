@@ -3,7 +3,6 @@
 #include "calls/RuleFit.h"
 
 #include "calls/Miss.h"
-#include "matching/CallSide.h"
 #include "model/RuleSides.h"
 #include "model/SipAddress.h"
 #include "validation/SidePattern.h"
@@ -40,7 +39,7 @@ SideFit FitOf(RuleSide const& rule, SideTexts const& side, std::string const& na
     auto const text = side.SeenBy(type);
     if (!text)
         return {SideFit::Outcome::NotSeen, 0, 0, name + WhyNotSeen(side, type)};
-    if (CallSide(TypedText{type, *text, *text}).Satisfies(rule.pattern, type))
+    if (side.Satisfies(rule.pattern, type))
         return {SideFit::Outcome::Matches, 0, 1, ""};
     std::string const shown =
         rule.pattern.empty() ? "an empty pattern" : ToEntry(std::string(rule.pattern), type);

@@ -80,6 +80,11 @@ std::optional<std::string_view> SideTexts::SeenBy(CallType ruleType) const {
     return ruleType == CALL_TYPE_SIP ? std::string_view(whole_) : User();
 }
 
+bool SideTexts::Satisfies(std::string_view pattern, CallType ruleType) const {
+    auto const text = SeenBy(ruleType);
+    return text && CallSide(TypedText{ruleType, *text, *text}).Satisfies(pattern, ruleType);
+}
+
 std::string SideTexts::Shown(CallType ruleType) const {
     auto const seen = SeenBy(ruleType);
     if (!seen)

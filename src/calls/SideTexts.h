@@ -30,9 +30,14 @@ class SideTexts {
 
     /// Whether the side is a party.
     bool IsParty() const { return party_.has_value(); }
+    /// Null for a typed address.
+    Party const* AsParty() const { return party_ ? &*party_ : nullptr; }
 
     /// What a side of a rule with this type is compared with; nothing when it takes no such call.
     std::optional<std::string_view> SeenBy(CallType ruleType) const;
+
+    /// Whether the side satisfies a side of a rule.
+    bool Satisfies(std::string_view pattern, CallType ruleType) const;
 
     /// The same text as it was dialled, for people: each byte stands where its code does. Empty
     /// when SeenBy has nothing.

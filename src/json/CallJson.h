@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "calls/AskedSide.h"
 #include "model/SipAddress.h"
 
 namespace CallRecordingUtils {
@@ -14,6 +15,9 @@ nlohmann::ordered_json ToJson(CallParty const& party);
 
 /// Both sides of a call.
 nlohmann::ordered_json CallToJson(CallParty const& from, CallParty const& to);
+
+/// One side of a question about a call.
+nlohmann::ordered_json ToJson(AskedSide const& side);
 
 } // namespace CallRecordingUtils
 

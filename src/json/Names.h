@@ -91,6 +91,12 @@ inline constexpr char kCallTo[] = "to";
 inline constexpr char kCallType[] = "call_type";
 inline constexpr char kCallAddress[] = "address";
 
+/// A side of a question about a call also says whether it is typed or a party, which has no type.
+inline constexpr char kSideKind[] = "kind";
+inline constexpr char kPartyUser[] = "user";
+inline constexpr char kPartyHost[] = "host";
+inline constexpr char kPartyPort[] = "port";
+
 } // namespace CallRecordingUtils
 
 #endif

@@ -274,14 +274,22 @@ void AddCallType(CLI::App& command, std::string const& name, std::string const& 
         });
 }
 
-void AddParty(CLI::App& command, PartyOptions& party, std::string const& name, char const* who) {
-    command.add_option("--" + name, party.address, fmt::format("Address of the {} side", who))
+void AddAddress(CLI::App& command, AddressOptions& side, std::string const& name, char const* who) {
+    command.add_option("--" + name, side.address, fmt::format("Address of the {} side", who))
         ->type_name("ADDR")
         ->required();
-    AddCallType(command, "--" + name + "-type",
-                "Its call type (default: sip with an \"@\" in it,\n"
-                "else number)",
-                party.type);
+    std::string const option = "--" + name + "-type";
+    AddText(command, option, "TYPE",
+            "Compare the address byte for byte as one of this\ncall type: number, sip or number2",
+            [option, &side](std::string const& text) {
+                side.type = ParseCallType(text);
+                if (!side.type || *side.type == CALL_TYPE_ANY)
+                    throw CLI::ValidationError(
+                        option,
+                        fmt::format("\"{}\" is not the type of an address; write number, sip, "
+                                    "number2, or 0 to 2",
+                                    text));
+            });
 }
 
 void TakeRest(CommandLine& line, CLI::App& command, std::vector<std::string>& texts) {

@@ -93,14 +93,14 @@ void AddRuleNames(CLI::App& command, std::vector<RuleName>& rules);
 void AddCallType(CLI::App& command, std::string const& name, std::string const& help,
                  std::optional<CallType>& type);
 
-/// One side of a call, as given. Without a type, an address with an "@" is of type sip.
-struct PartyOptions {
+/// One side of a call, as given. Without a type it is a party.
+struct AddressOptions {
     std::string address;
     std::optional<CallType> type;
 };
 
 /// --name ADDR and --name-type TYPE; who is "calling" or "called".
-void AddParty(CLI::App& command, PartyOptions& party, std::string const& name, char const* who);
+void AddAddress(CLI::App& command, AddressOptions& side, std::string const& name, char const* who);
 
 /// Collects all positional arguments in texts, including those after "--". (CLI11 would read the
 /// pattern [1,2] as a list.) REQUIRES: the command has a positional argument, for the help, that

@@ -20,9 +20,25 @@ std::string Shortened(std::string const& text) {
     return text.substr(0, end) + "...";
 }
 
+Rule const* RuleOf(RuleSet const& rules, Decision decision) {
+    return decision == kNoRule ? nullptr : &rules.Rules()[decision];
+}
+
+Decision Decide(RuleSet const& rules, PartyCall const& call) {
+    Rule const* const rule = rules.Deciding(call);
+    return rule == nullptr ? kNoRule : rules.PlaceOf(*rule);
+}
+
+/// The same rule, or null if it forbids recording.
+Rule const* IfItRecords(Rule const* rule) {
+    return rule != nullptr && ForbidsRecording(*rule) ? nullptr : rule;
+}
+
 } // namespace
 
 bool HaveSameOutcome(Rule const* left, Rule const* right) {
+    left = IfItRecords(left);
+    right = IfItRecords(right);
     if (left == nullptr || right == nullptr)
         return left == right;
     auto const outcome = [](Rule const& rule) {
@@ -60,26 +76,29 @@ void Replay::AddProblem(CallRecord const& record, ReplayReport::File& file) {
         report_.problems.push_back({file.path, record.line, Shortened(record.problem)});
 }
 
-/// One side of a call. An unknown call type becomes the problem of the record.
-std::optional<Replay::Side> Replay::ReadSide(CallRecord& record, Column address,
-                                             Column type) const {
-    CallAddress const cleaned = CleanCallAddress(record.values[address]);
+/// One side of a call. A type that no address has becomes the problem of the record.
+std::optional<AskedSide> Replay::ReadSide(CallRecord& record, Column address, Column type) const {
     std::string const& typeText = record.values[type];
     std::optional<CallType> callType;
-    if (!typeText.empty() && !(callType = options_.parseCallType(typeText))) {
-        record.problem = "\"" + typeText + "\" is not a call type";
+    if (!typeText.empty())
+        callType = options_.parseCallType(typeText);
+    if (!typeText.empty() && callType.value_or(CALL_TYPE_ANY) == CALL_TYPE_ANY) {
+        record.problem = "\"" + typeText + "\" is not the type of an address";
         return std::nullopt;
     }
-    return Side{ReadCallParty(cleaned.text, callType), cleaned.cleanings};
+    return ReadAskedSide(record.values[address], callType);
 }
 
-void Replay::CountCleanings(Cleanings cleanings) {
-    for (std::size_t i = 0; i < cleanings.size(); ++i)
-        report_.cleaned[i] += cleanings[i] ? 1 : 0;
+void Replay::CountQuestion(AskedSide const& from, AskedSide const& to) {
+    for (std::size_t i = 0; i < kCleaningCount; ++i)
+        report_.cleaned[i] += (from.cleanings[i] ? 1U : 0U) + (to.cleanings[i] ? 1U : 0U);
+    ++(from.type && to.type   ? report_.asTyped
+       : from.type || to.type ? report_.asBoth
+                              : report_.asParties);
 }
 
 void Replay::Take(CallRecord& record, ReplayReport::File& file) {
-    std::optional<Side> from, to;
+    std::optional<AskedSide> from, to;
     if (record.problem.empty())
         from = ReadSide(record, kColumnFrom, kColumnFromType);
     if (record.problem.empty())
@@ -87,14 +106,12 @@ void Replay::Take(CallRecord& record, ReplayReport::File& file) {
     if (!record.problem.empty())
         return AddProblem(record, file);
     ++file.calls;
-    CountCleanings(from->cleanings);
-    CountCleanings(to->cleanings);
-    auto const& [caller, called] = std::tie(from->party, to->party);
-    Call const call(caller.params, caller.type, called.params, called.type);
+    CountQuestion(*from, *to);
+    PartyCall const call{from->texts, to->texts};
     std::optional<Decision> other;
     if (others_)
-        other = others_->Decide(call);
-    DecidedCall const decided{file.path, record, caller, called, rules_.Decide(call), other};
+        other = Decide(*others_, call);
+    DecidedCall const decided{file.path, record, *from, *to, Decide(rules_, call), other};
     Count(decided);
     if (options_.onCall)
         options_.onCall(decided);
@@ -117,15 +134,18 @@ void Replay::Count(DecidedCall const& call) {
                        Shortened(call.record.values[kColumnTo]), time, call.file, call.record.line};
     };
     report_.all.Count(time, example);
-    if (call.decision == kNotRecorded) {
-        report_.notRecorded.Count(time, example);
-        report_.notRecordedByDigits.Count(call.to.params.user, time, example);
+    Rule const* const rule = RuleOf(rules_, call.decision);
+    if (rule == nullptr) {
+        report_.noRule.Count(time, example);
+        report_.noRuleByDigits.Count(call.to.texts.Shown(CALL_TYPE_ANY), time, example);
     } else {
         report_.byRule[call.decision].Count(time, example);
+        if (ForbidsRecording(*rule))
+            report_.forbidden.Count(time, example);
     }
     if (time)
         report_.timeline.Add(*time, call.decision);
-    if (!call.other || HaveSameOutcome(rules_.RuleOf(call.decision), others_->RuleOf(*call.other)))
+    if (!call.other || HaveSameOutcome(rule, RuleOf(*others_, *call.other)))
         return;
     report_.different.Count(time, example);
     auto const pair = std::make_pair(call.decision, *call.other);

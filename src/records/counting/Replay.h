@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
-#include "inspection/CallAddress.h"
-#include "model/SipAddress.h"
-#include "records/counting/Decider.h"
+#include "calls/AskedSide.h"
+#include "calls/RuleSet.h"
+#include "model/RuleList.h"
 #include "records/counting/LeadingDigits.h"
 #include "records/counting/Tally.h"
 #include "records/counting/Timeline.h"
@@ -40,10 +40,13 @@ struct ReplayReport {
 
     std::vector<File> files;
     Tally all;
-    std::vector<Tally> byRule; // By the index of the rule.
-    Tally notRecorded;
-    LeadingDigits notRecordedByDigits; // Of the number called.
-    Timeline timeline;                 // By Decision.
+    std::vector<Tally> byRule;    // By the index of the rule.
+    Tally noRule;                 // Calls that no rule takes,
+    Tally forbidden;              // and calls that a rule takes which forbids recording.
+    LeadingDigits noRuleByDigits; // Of the number called.
+    Timeline timeline;
+    /// How the calls were asked about.
+    std::uint64_t asParties = 0, asTyped = 0, asBoth = 0;
     std::array<std::uint64_t, kCleaningCount> cleaned{};
     std::uint64_t unreadable = 0;
     std::vector<Problem> problems; // The first unreadable lines, kMostProblems of them.
@@ -55,18 +58,21 @@ struct ReplayReport {
     Tally moreDifferences; // What goes beyond kMostDifferences pairs.
 
     bool isInterrupted = false;
+
+    std::uint64_t Recorded() const { return all.calls - noRule.calls - forbidden.calls; }
 };
 
 /// A call with its decision.
 struct DecidedCall {
     std::string const& file;
     CallRecord const& record;
-    CallParty const &from, &to;
+    AskedSide const &from, &to;
     Decision decision;
     std::optional<Decision> other; // By the rules to compare with, if any.
 };
 
-/// Whether the two rules record calls in the same way to the same place; null is "not recorded".
+/// Whether calls are recorded in the same way to the same place by both rules, or by neither: null
+/// is no rule.
 bool HaveSameOutcome(Rule const* left, Rule const* right);
 
 class Replay {
@@ -93,19 +99,15 @@ class Replay {
 
   private:
     bool MustStop() const { return options_.stop != nullptr && *options_.stop != 0; }
-    struct Side {
-        CallParty party;
-        Cleanings cleanings;
-    };
-    std::optional<Side> ReadSide(CallRecord& record, Column address, Column type) const;
-    void CountCleanings(Cleanings cleanings);
+    std::optional<AskedSide> ReadSide(CallRecord& record, Column address, Column type) const;
+    void CountQuestion(AskedSide const& from, AskedSide const& to);
     void Take(CallRecord& record, ReplayReport::File& file);
     void AddProblem(CallRecord const& record, ReplayReport::File& file);
     std::optional<CallTime> ReadTime(CallRecord const& record, std::string const& file);
     void Count(DecidedCall const& call);
 
-    Decider const rules_;
-    std::optional<Decider> others_;
+    RuleSet const rules_;
+    std::optional<RuleSet> others_;
     Options options_;
     ReplayReport report_;
 };

@@ -31,7 +31,7 @@ CallTime Timeline::BeginOf(CallTime time) const {
     return time - (into < 0 ? into + Width() : into);
 }
 
-void Timeline::Add(CallTime time, std::size_t decidedBy) {
+void Timeline::Add(CallTime time, Decision decidedBy) {
     ++stretches_[BeginOf(time)][decidedBy];
     while (stretches_.size() > kMost && width_ + 1 < std::size(kWidths))
         Widen();

@@ -11,13 +11,17 @@
 
 namespace CallRecordingUtils {
 
+/// The place of the rule that decides a call, or kNoRule.
+using Decision = std::size_t;
+constexpr Decision kNoRule = static_cast<Decision>(-1);
+
 /// Counts by the hour and, once that would be too many hours, by the day, the week, four weeks or
 /// 52 weeks, so that its size does not grow with the calls.
 class Timeline {
   public:
-    using Counts = std::map<std::size_t, std::uint64_t>; // By what decided the calls.
+    using Counts = std::map<Decision, std::uint64_t>;
 
-    void Add(CallTime time, std::size_t decidedBy);
+    void Add(CallTime time, Decision decidedBy);
 
     /// The length of each stretch of time, in seconds.
     CallTime Width() const;

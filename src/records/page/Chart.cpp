@@ -28,7 +28,7 @@ class Legend {
     Legend(Timeline const& timeline, RuleList const& rules) {
         std::vector<std::pair<std::uint64_t, Decision>> byCalls;
         for (auto const& [decision, calls] : timeline.Totals())
-            if (decision != kNotRecorded)
+            if (decision != kNoRule)
                 byCalls.emplace_back(calls, decision);
         std::sort(byCalls.begin(), byCalls.end(), [](auto const& left, auto const& right) {
             return left.first != right.first ? left.first > right.first
@@ -40,14 +40,14 @@ class Legend {
         for (Decision const decision : named_)
             series_.push_back({RuleHtml(rules[decision]), fmt::format("s{}", series_.size())});
         series_.push_back({"other rules", "others"});
-        series_.push_back({"not recorded", "none"});
+        series_.push_back({"taken by no rule", "none"});
         hasOthers_ = byCalls.size() > kNamed;
-        hasNone_ = timeline.Totals().count(kNotRecorded) != 0;
+        hasNone_ = timeline.Totals().count(kNoRule) != 0;
     }
 
     std::size_t Of(Decision decision) const {
         auto const at = std::find(named_.begin(), named_.end(), decision);
-        return static_cast<std::size_t>(at - named_.begin()) + (decision == kNotRecorded ? 1 : 0);
+        return static_cast<std::size_t>(at - named_.begin()) + (decision == kNoRule ? 1 : 0);
     }
 
     std::vector<Series> const& All() const { return series_; }

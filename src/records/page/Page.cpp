@@ -34,9 +34,11 @@ std::string ExampleHtml(std::optional<Example> const& example) {
 }
 
 std::string OutcomeHtml(RuleList const& rules, Decision decision) {
-    if (decision == kNotRecorded)
+    if (decision == kNoRule)
         return "not recorded";
     Rule const& rule = rules[decision];
+    if (ForbidsRecording(rule))
+        return fmt::format("forbidden<br><small>{}</small>", RuleHtml(rule));
     std::string html = rule.record_to.empty() ? "no destination" : Escaped(rule.record_to);
     if (!rule.recording_duration.empty())
         html += ", duration " + Escaped(rule.recording_duration);
@@ -111,11 +113,14 @@ class Page {
 
     void Figures() {
         std::uint64_t const all = report_.all.calls;
-        std::uint64_t const none = report_.notRecorded.calls;
+        std::uint64_t const recorded = report_.Recorded();
+        std::uint64_t const none = report_.noRule.calls;
+        std::uint64_t const forbidden = report_.forbidden.calls;
         Add("<ul class=\"figures\">");
         Figure("calls", all, "calls");
-        Figure("recorded", all - none, "recorded, " + PercentHtml(all - none, all));
-        Figure("not-recorded", none, "not recorded, " + PercentHtml(none, all));
+        Figure("recorded", recorded, "recorded, " + PercentHtml(recorded, all));
+        Figure("forbidden", forbidden, "forbidden, " + PercentHtml(forbidden, all));
+        Figure("not-recorded", none, "taken by no rule, " + PercentHtml(none, all));
         Figure("unreadable", report_.unreadable, "lines not read");
         if (facts_.there)
             Figure("different", report_.different.calls, "decided differently");
@@ -151,14 +156,16 @@ class Page {
             bool const isOn = rule.recording_rule_state == RULE_ENABLED;
             Add(fmt::format(
                 "<tr id=\"rule-{}\"{}><td>{}</td><td class=\"wide name\"><b>{}</b>{}<br>"
-                "<small>{}<br>recorded to {}</small></td>",
+                "<small>{}<br>{}</small></td>",
                 i + 1, tally.calls == 0 ? " class=\"never\"" : "", i + 1, RuleHtml(rule),
                 isOn ? "" : " (disabled)", SidesOf(i),
-                rule.record_to.empty() ? "no destination" : Escaped(rule.record_to)));
+                ForbidsRecording(rule)   ? "never recorded"
+                : rule.record_to.empty() ? "recorded to no destination"
+                                         : "recorded to " + Escaped(rule.record_to)));
             TallyCells(tally);
         }
-        Add("<tr id=\"rule-none\"><td></td><td class=\"wide name\"><b>not recorded</b></td>");
-        TallyCells(report_.notRecorded);
+        Add("<tr id=\"rule-none\"><td></td><td class=\"wide name\"><b>taken by no rule</b></td>");
+        TallyCells(report_.noRule);
         Add("</tbody></table>");
     }
 
@@ -192,17 +199,17 @@ class Page {
     }
 
     void NotRecorded() {
-        Heading("Calls that no rule records");
-        if (report_.notRecorded.calls == 0)
-            return Add("<p>None: every call was recorded.</p>");
+        Heading("Calls that no rule takes");
+        if (report_.noRule.calls == 0)
+            return Add("<p>None.</p>");
         Add("<p>By the leading digits of the number called.</p>"
             "<table id=\"digits\"><thead><tr><th>Digits</th><th class=\"number\">Calls</th><th "
             "class=\"number\">Share</th><th></th><th>Example</th></tr></thead><tbody>");
         Tally rest;
-        std::vector<LeadingDigits::Group> groups = report_.notRecordedByDigits.Groups(rest);
+        std::vector<LeadingDigits::Group> groups = report_.noRuleByDigits.Groups(rest);
         if (rest.calls > 0)
             groups.push_back({"others", rest});
-        std::uint64_t const all = report_.notRecorded.calls;
+        std::uint64_t const all = report_.noRule.calls;
         for (LeadingDigits::Group const& group : groups)
             Add(fmt::format("<tr><td>{}</td><td class=\"number\" data-name=\"Calls\">{}</td><td "
                             "class=\"number\">{}</td>{}<td class=\"wide\">{}</td></tr>",
@@ -246,6 +253,8 @@ class Page {
 
     void Reading() {
         Heading("How the call files were read");
+        if (report_.all.calls > 0)
+            Add(fmt::format("<p>How calls were asked about: {}.</p>", QuestionsText(report_)));
         std::string cleaned;
         for (std::size_t i = 0; i < report_.cleaned.size(); ++i)
             if (report_.cleaned[i] > 0)

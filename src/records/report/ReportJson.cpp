@@ -35,9 +35,9 @@ void AddTally(ordered_json& json, Tally const& tally, std::uint64_t all) {
     json["example"] = ExampleToJson(tally.example);
 }
 
-/// What happens to a call by this decision; null when it is not recorded.
+/// What the rule of this decision does with a call; null when no rule takes it.
 ordered_json OutcomeToJson(RuleList const& rules, Decision decision) {
-    if (decision == kNotRecorded)
+    if (decision == kNoRule)
         return nullptr;
     return OutcomeToJson(rules[decision], decision + 1);
 }
@@ -55,10 +55,10 @@ ordered_json RulesToJson(ReplayReport const& report, RuleList const& rules) {
 
 ordered_json NotRecordedToJson(ReplayReport const& report) {
     ordered_json json;
-    AddTally(json, report.notRecorded, report.all.calls);
+    AddTally(json, report.noRule, report.all.calls);
     auto list = ordered_json::array();
     Tally rest;
-    for (LeadingDigits::Group const& group : report.notRecordedByDigits.Groups(rest))
+    for (LeadingDigits::Group const& group : report.noRuleByDigits.Groups(rest))
         list.push_back({{"digits", group.digits},
                         {"calls", group.tally.calls},
                         {"example", ExampleToJson(group.tally.example)}});
@@ -112,6 +112,17 @@ std::string Percent(std::uint64_t calls, std::uint64_t all) {
     return calls > 0 && percent < 0.05 ? "<0.1 %" : fmt::format("{:.1f} %", percent);
 }
 
+std::string QuestionsText(ReplayReport const& report) {
+    std::pair<char const*, std::uint64_t> const questions[] = {{"parties", report.asParties},
+                                                               {"typed", report.asTyped},
+                                                               {"one side typed", report.asBoth}};
+    std::string text;
+    for (auto const& [name, calls] : questions)
+        if (calls > 0)
+            text += fmt::format("{}{} {}", text.empty() ? "" : ", ", name, calls);
+    return text;
+}
+
 ordered_json DifferencesToJson(ReplayReport const& report, RuleList const& here,
                                RuleList const& there) {
     auto groups = ordered_json::array();
@@ -136,10 +147,15 @@ ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts) {
                       {"calls", report.all.calls},
                       {"first", TimeToJson(report.all.first)},
                       {"last", TimeToJson(report.all.last)},
-                      {"recorded", report.all.calls - report.notRecorded.calls},
+                      {"recorded", report.Recorded()},
+                      {"forbidden", report.forbidden.calls},
                       {"rules", RulesToJson(report, rules)},
                       {"not_recorded", NotRecordedToJson(report)},
                       {"never_applied", NeverApplied(report, rules)},
+                      {"asked",
+                       {{"parties", report.asParties},
+                        {"typed", report.asTyped},
+                        {"one_side_typed", report.asBoth}}},
                       {"cleaned", cleaned},
                       {"unreadable", UnreadableToJson(report)},
                       {"unreadable_times", report.withoutTime},
@@ -162,6 +178,7 @@ ordered_json ToJson(DecidedCall const& call, RuleList const& rules) {
         {"read", {{kCallFrom, record.values[kColumnFrom]}, {kCallTo, record.values[kColumnTo]}}},
         {kCallFrom, ToJson(call.from)},
         {kCallTo, ToJson(call.to)},
+        {"recorded", call.decision != kNoRule && !ForbidsRecording(rules[call.decision])},
         {"rule", OutcomeToJson(rules, call.decision)}};
 }
 

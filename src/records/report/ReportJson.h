@@ -37,6 +37,9 @@ nlohmann::ordered_json DifferencesToJson(ReplayReport const& report, RuleList co
 /// The part of ToJson about lines that could not be read.
 nlohmann::ordered_json UnreadableToJson(ReplayReport const& report);
 
+/// How the calls were asked about: "parties 12, typed 3, one side typed 1", without zeros.
+std::string QuestionsText(ReplayReport const& report);
+
 /// The share of calls of all, from 0 to 1.
 double Share(std::uint64_t calls, std::uint64_t all);
 

@@ -6,86 +6,103 @@
 
 #include "CommandLine.h"
 #include "Rules.h"
+#include "calls/AskedSide.h"
+#include "calls/RuleSet.h"
 #include "commands/Registry.h"
-#include "inspection/CallAddress.h"
 #include "output/RuleText.h"
-#include "output/Table.h"
 #include "output/Verdicts.h"
 #include "text/Printable.h"
+#include "json/CallJson.h"
 
 namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(ADDR is a number, or user@host[:port] for SIP. What call records write around
-an address (sip:, tel:, <>, a name, blanks and dashes in a number) is taken off,
-and the output says so.
+    R"(ADDR is what the telephone system has: a number, a SIP or tel URI, also with a
+name before it. It is read as a party with user, host and port, and each rule
+looks at the part that its call type names. With a type it is a typed question
+instead, as the C++ class asks it: nothing is left out or decoded. The two sides
+may differ in this; a message says what was asked.
+The exit status is 0 if the call is recorded, and 1 if no rule takes it or the
+rule that does forbids recording.
 Example: callrecordingctl decide --from alice@pbx:5060 --to 0123 --explain
 )";
 
 struct Options {
-    PartyOptions from;
-    PartyOptions to;
+    AddressOptions from;
+    AddressOptions to;
     bool explain = false;
     bool all = false;
 };
 
-/// The addresses are compared as they are given, which surprises where a pattern holds an escape or
-/// an address was pasted from elsewhere.
-void WarnOfAddress(PartyOptions const& side, char const* option) {
-    if (side.address.find_first_of("*?,-!") != std::string::npos)
-        Say("{}: in an address * ? , - ! are matched by a ? or * of a pattern only; an "
+struct Question {
+    AskedSide from, to;
+    PartyCall AsCall() const { return {from.texts, to.texts}; }
+};
+
+/// Characters of a typed address are not replaced by codes, which surprises where a pattern holds
+/// an escape.
+void WarnOfTyped(AskedSide const& side, char const* option) {
+    if (side.type && side.address.find_first_of("*?,-!") != std::string::npos)
+        Say("{}: in a typed address * ? , - ! are matched by a ? or * of a pattern only; an "
             "escape such as \\* is stored as a code and matches that code (# ^ @ % :)",
             option);
 }
 
-/// Takes off what call records write around an address, and says so: the telephone system may hand
-/// it over differently.
-PartyOptions Cleaned(PartyOptions const& side, char const* option) {
-    CallAddress const cleaned = CleanCallAddress(side.address);
-    if (cleaned.cleanings.any())
-        Say("{}: taken for {} (left out: {})", option, cleaned.text, Words(cleaned.cleanings));
-    return {cleaned.text, side.type};
-}
-
 std::string DecisionText(Rule const& rule, std::size_t position) {
+    if (ForbidsRecording(rule))
+        return fmt::format("not recorded: rule {} says never (position {}){}{}",
+                           rule.callrecordingrule_id, position,
+                           rule.description.empty() ? "" : " - ", rule.description);
     auto const part = [](char const* name, std::string const& text) {
         return text.empty() ? "" : fmt::format("{}{}", name, text);
     };
-    return Printable(fmt::format(
-        "recorded by rule {} (position {}): type {}{}{}{}", rule.callrecordingrule_id, position,
-        static_cast<int>(rule.call_recording_type), part(", to ", rule.record_to),
-        part(", duration ", rule.recording_duration), part(" - ", rule.description)));
+    return fmt::format("recorded by rule {} (position {}): type {}{}{}{}",
+                       rule.callrecordingrule_id, position,
+                       static_cast<int>(rule.call_recording_type), part(", to ", rule.record_to),
+                       part(", duration ", rule.recording_duration), part(" - ", rule.description));
 }
 
-void PrintAsJson(std::vector<Verdict> const& verdicts, RuleList const& rules, bool explain) {
-    bool const isRecorded = !verdicts.empty() && verdicts.back().decides;
-    nlohmann::ordered_json document{{"recorded", isRecorded}, {"rule", nullptr}};
-    if (isRecorded)
-        document["rule"] = ToJson(rules[verdicts.size() - 1], verdicts.size());
+void PrintAsJson(RuleSet const& rules, Rule const* deciding, Question const& question,
+                 bool explain) {
+    nlohmann::ordered_json document{
+        {"recorded", deciding != nullptr && !ForbidsRecording(*deciding)},
+        {"rule", nullptr},
+        {"asked", {{"from", ToJson(question.from)}, {"to", ToJson(question.to)}}}};
+    if (deciding != nullptr)
+        document["rule"] = ToJson(*deciding, rules.PlaceOf(*deciding) + 1);
     if (explain)
-        document["rules"] = ToJson(verdicts, rules);
+        document["rules"] =
+            ToJson(JudgeUpToDeciding(rules.Rules(), question.AsCall()), rules.Rules());
     PrintJson(document);
 }
 
+void PrintAsText(RuleSet const& rules, Rule const* deciding, Question const& question,
+                 Options const& options) {
+    if (options.explain && !rules.Rules().empty())
+        (options.all ? PrintAll : PrintNearest)(JudgeUpToDeciding(rules.Rules(), question.AsCall()),
+                                                rules.Rules());
+    fmt::print("{}\n", deciding != nullptr
+                           ? Printable(DecisionText(*deciding, rules.PlaceOf(*deciding) + 1))
+                           : "not recorded: no enabled rule matches");
+}
+
 ExitCode Decide(Context const& context, Options const& options) {
-    RuleList const rules = LoadRules(context.path);
-    PartyOptions const from = Cleaned(options.from, "--from");
-    PartyOptions const to = Cleaned(options.to, "--to");
-    std::vector<Verdict> const verdicts = JudgedCall(from, to).Judge(rules);
-    bool const isRecorded = !verdicts.empty() && verdicts.back().decides;
-    if (!isRecorded) {
-        WarnOfAddress(from, "--from");
-        WarnOfAddress(to, "--to");
+    RuleSet const rules(LoadRules(context.path));
+    Question const question{ReadAskedSide(options.from.address, options.from.type),
+                            ReadAskedSide(options.to.address, options.to.type)};
+    SayNote(Printable(fmt::format("asked about a call from {} to {}", Description(question.from),
+                                  Description(question.to))));
+    Rule const* const deciding = rules.Deciding(question.AsCall());
+    if (deciding == nullptr) {
+        WarnOfTyped(question.from, "--from");
+        WarnOfTyped(question.to, "--to");
     }
     if (context.json)
-        PrintAsJson(verdicts, rules, options.explain);
-    else if (options.explain && !verdicts.empty())
-        (options.all ? PrintAll : PrintNearest)(verdicts, rules);
-    if (!context.json)
-        fmt::print("{}\n", isRecorded ? DecisionText(rules[verdicts.size() - 1], verdicts.size())
-                                      : "not recorded: no enabled rule matches");
-    return isRecorded ? kExitYes : kExitNo;
+        PrintAsJson(rules, deciding, question, options.explain);
+    else
+        PrintAsText(rules, deciding, question, options);
+    return deciding != nullptr && !ForbidsRecording(*deciding) ? kExitYes : kExitNo;
 }
 
 } // namespace
@@ -95,8 +112,8 @@ void AddDecide(CommandLine& line) {
     CLI::App& decide =
         line.AddCommand("decide", "Say whether a call is recorded, by which rule, and why", kHelp,
                         [options](Context const& context) { return Decide(context, *options); });
-    AddParty(decide, options->from, "from", "calling");
-    AddParty(decide, options->to, "to", "called");
+    AddAddress(decide, options->from, "from", "calling");
+    AddAddress(decide, options->to, "to", "called");
     CLI::Option* const explain =
         decide.add_flag("--explain", options->explain,
                         "Say why rules were passed over, and where the\naddress and the pattern "

@@ -10,11 +10,9 @@
 #include "CommandLine.h"
 #include "Rules.h"
 #include "administration/inspection/Digest.h"
+#include "calls/SideTexts.h"
 #include "commands/Registry.h"
-#include "inspection/CallAddress.h"
-#include "matching/CallSide.h"
 #include "model/BasicView.h"
-#include "model/SipAddress.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
 
@@ -30,8 +28,8 @@ environment variable COLUMNS says how wide. For scripts there is --json.
 struct Options {
     bool basic = false;
     std::string grep;
-    PartyOptions from;
-    PartyOptions to;
+    std::optional<std::string> from;
+    std::optional<std::string> to;
     bool enabled = false;
     bool disabled = false;
 };
@@ -44,13 +42,10 @@ bool ContainsText(std::string const& text, std::string const& part) {
     return std::search(text.begin(), text.end(), part.begin(), part.end(), isSame) != text.end();
 }
 
-/// Whether the side of a rule takes the address; every side does when none is given.
-bool TakesAddress(PartyOptions const& party, std::string const& pattern, CallType type) {
-    if (party.address.empty())
-        return true;
-    CallParty const call = ReadCallParty(CleanCallAddress(party.address).text, party.type);
-    return (type == call.type || type == CALL_TYPE_ANY) &&
-           CallSide(call.params, call.type).Satisfies(pattern, type);
+/// Whether the side of a rule takes the party at this address; every side does when none is given.
+bool TakesParty(std::optional<std::string> const& address, std::string const& pattern,
+                CallType type) {
+    return !address || SideTexts(ReadParty(*address)).Satisfies(pattern, type);
 }
 
 bool IsWanted(Rule const& rule, Options const& options) {
@@ -61,8 +56,8 @@ bool IsWanted(Rule const& rule, Options const& options) {
     for (std::string const& cell : ListRow(rule, 0))
         all += cell + "\n";
     return ContainsText(all, options.grep) &&
-           TakesAddress(options.from, rule.caller_pattern, rule.caller_call_type) &&
-           TakesAddress(options.to, rule.called_pattern, rule.called_call_type);
+           TakesParty(options.from, rule.caller_pattern, rule.caller_call_type) &&
+           TakesParty(options.to, rule.called_pattern, rule.called_call_type);
 }
 
 /// The rules as the basic view shows them; says what it does not show.
@@ -108,10 +103,11 @@ void AddList(CommandLine& line) {
                         [options](Context const& context) { return List(context, *options); });
     list.add_option("--grep", options->grep, "Only rules with this text in them")
         ->type_name("TEXT");
-    for (auto const& [name, who, party] : {std::tuple("--matching-from", "calling", &options->from),
-                                           std::tuple("--matching-to", "called", &options->to)})
-        list.add_option(name, party->address,
-                        fmt::format("Only rules whose {} side takes this address", who))
+    for (auto const& [name, who, address] :
+         {std::tuple("--matching-from", "calling", &options->from),
+          std::tuple("--matching-to", "called", &options->to)})
+        list.add_option(name, *address,
+                        fmt::format("Only rules whose {} side takes this party", who))
             ->type_name("ADDR");
     list.add_flag("--enabled", options->enabled, "Only rules that are on");
     list.add_flag("--disabled", options->disabled, "Only rules that are off");

@@ -22,9 +22,11 @@ constexpr char kHelp[] =
     R"(CALLS are files of call records: values separated by commas or semicolons below
 a row of names, or JSON, one object a line; plain or .gz; - is standard input.
 Columns are found by the names that call-record writers use, as src and dst,
-caller_id_number and destination_number, calldate. What stands around an
-address, as in "Alice" <sip:201@pbx;user=phone>, is taken off. A line that
-cannot be read is counted and told.
+caller_id_number and destination_number, calldate. An address such as
+"Alice" <sip:201@pbx;user=phone> is read as a party, as decide does it; one with
+a call type in a column of its own is compared byte for byte. The report counts
+both, what was left out of addresses, and lines that cannot be read. Calls that
+a rule forbids to record are counted apart.
 Examples:
   callrecordingctl replay calls.csv --no-header --from-column 2 --to-column 3
   callrecordingctl replay november.csv.gz --against /tmp/callrecordingdb.new

@@ -23,10 +23,28 @@ void AddSide(CLI::App& command, SideFields& side, std::string const& name, char 
                 side.type);
 }
 
-void AddOptionalText(CLI::App& command, char const* name, char const* help,
-                     std::optional<std::string>& field) {
-    AddText(
+CLI::Option* AddOptionalText(CLI::App& command, char const* name, char const* help,
+                             std::optional<std::string>& field) {
+    return AddText(
         command, name, "TEXT", help, [&field](std::string const& text) { field = text; });
+}
+
+void AddDestination(CLI::App& command, RuleFields& fields) {
+    CLI::Option* const recordTo =
+        AddOptionalText(command, "--record-to", "Where to record to", fields.recordTo);
+    command
+        .add_flag_callback(
+            "--never", [&fields] { fields.recordTo = kNeverRecord; },
+            "Forbid recording: the destination is never:")
+        ->excludes(recordTo);
+}
+
+/// Says what hosts have to do so that a ban holds.
+void NoteOnBan(RuleFields const& fields, Rule const& rule) {
+    if (fields.recordTo && ForbidsRecording(rule))
+        Say("note: this rule forbids recording; a host that uses the C++ class has to ask "
+            "ForbidsRecording(rule) before it records, or it records to \"{}\"",
+            kNeverRecord);
 }
 
 void AddRecordingType(CLI::App& command, RuleFields& fields) {
@@ -70,7 +88,7 @@ bool RuleFields::AreGiven() const {
 void AddRuleFields(CLI::App& command, RuleFields& fields, bool isNew) {
     AddSide(command, fields.from, "from", "calling", isNew);
     AddSide(command, fields.to, "to", "called", isNew);
-    AddOptionalText(command, "--record-to", "Where to record to", fields.recordTo);
+    AddDestination(command, fields);
     AddOptionalText(command, "--duration", "How long to record", fields.duration);
     AddOptionalText(command, "--description", "What the rule is for", fields.description);
     AddRecordingType(command, fields);
@@ -108,6 +126,7 @@ void Apply(RuleFields const& fields, Rule& rule) {
     NoteOn(fields.from, "--from", rule.caller_pattern, rule.caller_call_type);
     NoteOn(fields.to, "--to", rule.called_pattern, rule.called_call_type);
     ApplyText(fields.recordTo, "--record-to", rule.record_to);
+    NoteOnBan(fields, rule);
     ApplyText(fields.duration, "--duration", rule.recording_duration);
     ApplyText(fields.description, "--description", rule.description);
     rule.call_recording_type = fields.recordingType.value_or(rule.call_recording_type);
@@ -115,13 +134,15 @@ void Apply(RuleFields const& fields, Rule& rule) {
 }
 
 void AddEveryone(CLI::App& command, bool& everyone) {
-    command.add_flag("--everyone", everyone, "Confirm that the rule records every call");
+    command.add_flag("--everyone", everyone, "Confirm that the rule takes every call");
 }
 
 void RequireEveryone(Rule const& rule, bool everyone) {
     if (IsForEveryone(rule) && !everyone)
-        throw Failure(kExitUsage, "this rule would record every call; give --from or --to, or "
-                                  "--everyone if you want that");
+        throw Failure(kExitUsage,
+                      fmt::format("this rule would {} every call; give --from or --to, or "
+                                  "--everyone if you want that",
+                                  ForbidsRecording(rule) ? "forbid recording" : "record"));
 }
 
 } // namespace callrecordingctl

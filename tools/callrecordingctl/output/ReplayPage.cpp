@@ -28,7 +28,7 @@ namespace {
 std::string Why(RuleReport const& report, RuleList const& rules) {
     if (report.standing != RuleReport::kDecides)
         return WhyItDecidesNothing(report, rules);
-    return fmt::format("it decided no call of these files; one would be from {} to {}",
+    return fmt::format("it decided no call of these files; of typed calls it would decide one from {} to {}",
                        AddressText(report.call->caller), AddressText(report.call->called));
 }
 

@@ -43,25 +43,29 @@ void PrintRules(ReplayReport const& report, RuleList const& rules) {
     for (std::size_t i = 0; i < rules.size(); ++i)
         add({std::to_string(i + 1), std::to_string(rules[i].callrecordingrule_id),
              StateText(rules[i])},
-            report.byRule[i], {rules[i].record_to, rules[i].description});
-    add({"-", "-", "-"}, report.notRecorded, {"", "not recorded"});
+            report.byRule[i], {RecordToText(rules[i]), rules[i].description});
+    add({"-", "-", "-"}, report.noRule, {"", "taken by no rule"});
     table.Print();
 }
 
 void PrintTotals(ReplayReport const& report) {
-    std::uint64_t const recorded = report.all.calls - report.notRecorded.calls;
     fmt::print("\n{} in {}", Plural(report.all.calls, "call"), Plural(report.files.size(), "file"));
     if (report.all.first)
         fmt::print(" from {} to {}", WhenText(report.all.first), WhenText(report.all.last));
-    fmt::print(": {} recorded ({}), {} not\n", recorded, Percent(recorded, report.all.calls),
-               report.notRecorded.calls);
+    fmt::print(": {} recorded ({}), ", report.Recorded(),
+               Percent(report.Recorded(), report.all.calls));
+    if (report.forbidden.calls > 0)
+        fmt::print("{} forbidden ({}), {} that no rule takes\n", report.forbidden.calls,
+                   Percent(report.forbidden.calls, report.all.calls), report.noRule.calls);
+    else
+        fmt::print("{} not\n", report.noRule.calls);
     if (report.isInterrupted)
         fmt::print("interrupted: these figures do not cover all calls\n");
 }
 
 void PrintNotRecorded(ReplayReport const& report) {
     Tally rest;
-    std::vector<LeadingDigits::Group> const groups = report.notRecordedByDigits.Groups(rest);
+    std::vector<LeadingDigits::Group> const groups = report.noRuleByDigits.Groups(rest);
     std::string text;
     for (LeadingDigits::Group const& group : groups)
         text += fmt::format("{}{} {}", text.empty() ? "" : ", ",
@@ -69,7 +73,7 @@ void PrintNotRecorded(ReplayReport const& report) {
     if (rest.calls > 0)
         text += fmt::format(", others {}", rest.calls);
     if (!text.empty())
-        fmt::print("not recorded, by the leading digits of the number called: {}\n", text);
+        fmt::print("taken by no rule, by the leading digits of the number called: {}\n", text);
 }
 
 void PrintNeverApplied(ReplayReport const& report, RuleList const& rules) {
@@ -82,7 +86,10 @@ void PrintNeverApplied(ReplayReport const& report, RuleList const& rules) {
         fmt::print("never applied: {}\n", ids);
 }
 
-void PrintCleanings(ReplayReport const& report) {
+/// How the calls were asked about, and what was left out of their addresses.
+void PrintQuestions(ReplayReport const& report) {
+    if (report.all.calls > 0)
+        fmt::print("how calls were asked about: {}\n", QuestionsText(report));
     std::string text;
     for (std::size_t i = 0; i < report.cleaned.size(); ++i)
         if (report.cleaned[i] > 0)
@@ -113,12 +120,15 @@ void PrintProblems(ReplayReport const& report) {
 std::string OutcomeText(Rule const* rule) {
     if (rule == nullptr)
         return "not recorded";
+    std::string const description = rule->description.empty() ? "" : " (" + rule->description + ")";
+    if (ForbidsRecording(*rule))
+        return "forbidden" + description;
     std::string text = rule->record_to.empty() ? "no destination" : rule->record_to;
     if (rule->call_recording_type != CALL_RECORDING_TYPE_0)
         text += fmt::format(", type {}", static_cast<int>(rule->call_recording_type));
     if (!rule->recording_duration.empty())
         text += ", duration " + rule->recording_duration;
-    return text + (rule->description.empty() ? "" : " (" + rule->description + ")");
+    return text + description;
 }
 
 void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList const& there,
@@ -128,7 +138,7 @@ void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList
     if (report.different.calls == 0)
         return;
     auto const text = [](RuleList const& rules, Decision decision) {
-        return OutcomeText(decision == kNotRecorded ? nullptr : &rules[decision]);
+        return OutcomeText(decision == kNoRule ? nullptr : &rules[decision]);
     };
     Table table({"CALLS", names.here, names.there, "EXAMPLE"});
     for (auto const& [pair, tally] : report.differences)
@@ -145,7 +155,7 @@ void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
     PrintTotals(report);
     PrintNotRecorded(report);
     PrintNeverApplied(report, facts.here.rules);
-    PrintCleanings(report);
+    PrintQuestions(report);
     PrintProblems(report);
     if (facts.there) {
         fmt::print("\n");
@@ -155,11 +165,13 @@ void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
 }
 
 void PrintCall(DecidedCall const& call, RuleList const& rules) {
-    Rule const* const rule = call.decision == kNotRecorded ? nullptr : &rules[call.decision];
+    Rule const* const rule = call.decision == kNoRule ? nullptr : &rules[call.decision];
     auto const field = [&call](Column column) { return Printable(call.record.values[column]); };
     fmt::print("{}\t{}\t{}\t{}\t{}\n", field(kColumnTime), field(kColumnFrom), field(kColumnTo),
                rule != nullptr ? std::to_string(rule->callrecordingrule_id) : "-",
-               rule != nullptr ? Printable(rule->record_to) : "not recorded");
+               rule == nullptr           ? "not recorded"
+               : ForbidsRecording(*rule) ? "forbidden"
+                                         : Printable(rule->record_to));
 }
 
 } // namespace callrecordingctl

@@ -41,6 +41,10 @@ bool IsForEveryone(Rule const& rule) {
            takesAll(rule.called_pattern, rule.called_call_type);
 }
 
+std::string RecordToText(Rule const& rule) {
+    return ForbidsRecording(rule) ? rule.record_to + " (forbids recording)" : rule.record_to;
+}
+
 std::vector<std::string> ListRow(Rule const& rule, std::size_t position) {
     return {std::to_string(position),
             std::to_string(rule.callrecordingrule_id),
@@ -48,7 +52,7 @@ std::vector<std::string> ListRow(Rule const& rule, std::size_t position) {
             SideText(rule.caller_pattern, rule.caller_call_type),
             SideText(rule.called_pattern, rule.called_call_type),
             std::to_string(rule.call_recording_type),
-            rule.record_to,
+            RecordToText(rule),
             rule.recording_duration,
             rule.description};
 }

@@ -28,6 +28,9 @@ std::string SidesText(Rule const& rule);
 /// Whether every call satisfies both sides.
 bool IsForEveryone(Rule const& rule);
 
+/// The destination; of a rule that forbids recording it says so.
+std::string RecordToText(Rule const& rule);
+
 /// The columns that list shows of a rule, and their headers.
 std::vector<std::string> ListRow(Rule const& rule, std::size_t position);
 std::vector<std::string> ListHeaders();
