@@ -40,7 +40,7 @@ undecided.
 struct Options {
     std::vector<std::string> patterns;
     std::optional<CallType> type;
-    std::size_t memory = kAnalysisMemory;
+    AnalysisOptions analysis;
 };
 
 nlohmann::ordered_json PatternToJson(std::string const& pattern, CallType type,
@@ -154,13 +154,13 @@ bool NamesFile(Options const& options) {
 ExitCode Check(Context const& context, Options const& options) {
     if (options.patterns.empty()) {
         HasRuleFile(context.path); // Says what is missing where there is no place for it.
-        return CheckFile(context.path, context.path, options.memory, context.json);
+        return CheckFile(context.path, context.path, options.analysis.memory, context.json);
     }
     if (!NamesFile(options))
         return CheckPatterns(options, context.json);
     std::string const& file = options.patterns[0];
     MemoryFile const copy(ReadInput(file));
-    return CheckFile(copy.Path(), file == "-" ? "standard input" : file, options.memory,
+    return CheckFile(copy.Path(), file == "-" ? "standard input" : file, options.analysis.memory,
                      context.json);
 }
 
@@ -176,7 +176,7 @@ void AddCheck(CommandLine& line) {
         ->expected(0, 1); // For the help: all patterns are left over.
     TakeRest(line, check, options->patterns);
     AddCallType(check, "--type", "Their call type (default: number)", options->type);
-    AddMemory(check, options->memory);
+    AddAnalysis(check, options->analysis);
 }
 
 } // namespace callrecordingctl
