@@ -6,22 +6,21 @@
 
 namespace callrecordingctl {
 
-void AddAnalysis(CLI::App& command, AnalysisOptions& options) {
+void AddAnalysis(CLI::App& command, CallKind& calls, std::size_t& memory) {
     AddText(
         command, "--calls", "typed|parties",
         "Calls as the library is asked about them, each\n"
         "side with a type (the default), or as decide\n"
         "and replay read them from addresses",
-        [&options](std::string const& text) {
+        [&calls](std::string const& text) {
             if (text != "typed" && text != "parties")
                 throw CLI::ValidationError("--calls",
                                            fmt::format("\"{}\" is not typed or parties", text));
-            options.calls = text == "typed" ? CallKind::Typed : CallKind::Parties;
+            calls = text == "typed" ? CallKind::Typed : CallKind::Parties;
         });
-    AddNumber(
-        command, "--memory", "MIB",
-        "Memory to use before the answer is \"undecided\"\n(default: 256)", 1,
-        [&options](std::uint32_t mebibytes) { options.memory = std::size_t{mebibytes} << 20; });
+    AddNumber(command, "--memory", "MIB",
+              "Memory to use before the answer is \"undecided\"\n(default: 256)", 1,
+              [&memory](std::uint32_t mebibytes) { memory = std::size_t{mebibytes} << 20; });
 }
 
 char const* CallsName(CallKind calls) {

@@ -16,8 +16,11 @@ struct AnalysisOptions {
     std::size_t memory = kAnalysisMemory;
 };
 
-/// Adds --calls and --memory.
-void AddAnalysis(CLI::App& command, AnalysisOptions& options);
+/// Adds --calls and --memory, in bytes.
+void AddAnalysis(CLI::App& command, CallKind& calls, std::size_t& memory);
+inline void AddAnalysis(CLI::App& command, AnalysisOptions& options) {
+    AddAnalysis(command, options.calls, options.memory);
+}
 
 /// The kind of calls as --calls names it: typed or parties.
 char const* CallsName(CallKind calls);
