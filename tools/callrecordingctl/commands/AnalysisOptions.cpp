@@ -4,6 +4,9 @@
 
 #include <fmt/format.h>
 
+#include "administration/inspection/RuleNames.h"
+#include "validation/SidePattern.h"
+
 namespace callrecordingctl {
 
 void AddAnalysis(CLI::App& command, CallKind& calls, std::size_t& memory) {
@@ -29,6 +32,23 @@ char const* CallsName(CallKind calls) {
 
 CallKind OtherThan(CallKind calls) {
     return calls == CallKind::Typed ? CallKind::Parties : CallKind::Typed;
+}
+
+void NoteMalformed(RuleList const& rules, char const* whose) {
+    auto const isMalformed = [](std::string const& pattern, CallType type) {
+        return !pattern.empty() && ExplainStored(pattern, type);
+    };
+    std::vector<std::size_t> places;
+    for (std::size_t place = 0; place < rules.size(); ++place) {
+        Rule const& rule = rules[place];
+        if (rule.recording_rule_state == RULE_ENABLED &&
+            (isMalformed(rule.caller_pattern, rule.caller_call_type) ||
+             isMalformed(rule.called_pattern, rule.called_call_type)))
+            places.push_back(place);
+    }
+    if (!places.empty())
+        Say("note: {}{} {} malformed patterns; the answer is about what the matcher makes of them",
+            RulesText(rules, places), whose, places.size() == 1 ? "has" : "have");
 }
 
 } // namespace callrecordingctl

@@ -28,6 +28,9 @@ char const* CallsName(CallKind calls);
 /// The kind of calls that was not asked about.
 CallKind OtherThan(CallKind calls);
 
+/// Mentions enabled rules with malformed patterns; whose says which file has them.
+void NoteMalformed(RuleList const& rules, char const* whose = "");
+
 } // namespace callrecordingctl
 
 #endif

@@ -83,12 +83,13 @@ nlohmann::ordered_json PatternToJson(std::string const& pattern, CallType type,
 void NoteOn(std::string const& pattern, CallType type, StoredPattern const& converted) {
     if (converted.problem)
         return;
+    if (pattern.empty())
+        return Say("note: an empty pattern is well formed, but never matches in a rule");
     if (pattern.find('\\') != std::string::npos)
         Say("{}", kEscapeNote);
     if (auto const suspicion = SuspectEntry(pattern, type))
         Say("note: {}\n{}", suspicion->message, CaretText(pattern, suspicion->position));
-    if (char const* const why =
-            converted.stored.empty() ? nullptr : WhyNoPartyMatches(converted.stored, type))
+    if (char const* const why = WhyNoPartyMatches(converted.stored, type))
         Say("note: \"{}\" {}", pattern, why);
 }
 
@@ -107,8 +108,6 @@ ExitCode CheckPatterns(Options const& options, bool json) {
                        converted.problem->message);
         else
             fmt::print("{}\n", converted.stored);
-        if (pattern.empty())
-            Say("note: an empty pattern is well formed, but never matches in a rule");
         NoteOn(pattern, type, converted);
     }
     if (json)

@@ -62,6 +62,8 @@ ExitCode Diff(Context const& context, Options const& options) {
         throw Failure(kExitUnreadable, options.file + ": there is no such file");
     RuleList const here = LoadRules(context.path);
     RuleList const there = LoadRules(options.file);
+    NoteMalformed(here);
+    NoteMalformed(there, " of the other file");
     CallKind const calls = options.analysis.calls;
     CallKind const others = OtherThan(calls);
     Comparison const comparison = Compare(here, there, options.analysis.memory, calls);

@@ -79,6 +79,7 @@ void Print(RuleReport const& report, RuleList const& rules, std::size_t place, C
 
 ExitCode Example(Context const& context, Options const& options) {
     RuleList const rules = LoadRules(context.path);
+    NoteMalformed(rules);
     std::size_t const place = FindRule(rules, options.rule);
     auto const& [calls, memory] = options.analysis;
     RuleReport const report = RuleAnalysis(rules, memory, calls).Report(place);

@@ -1,5 +1,5 @@
-// explain: what one rule is for: the calls that it decides, which rules take others from it, and
-// what would change without it.
+// explain: says which calls a rule decides, which rules take others from it, and what would change
+// without it.
 
 #include <memory>
 
@@ -43,14 +43,14 @@ class Explainer {
         fmt::print("rule {}: {}\n", rules_[place_].callrecordingrule_id, SidesText(rules_[place_]));
         PrintDecided();
         PrintLosses();
-        PrintChanges(explanation_.ifGone, "without it");
-        PrintChanges(explanation_.ifFirst, "if it stood first");
+        PrintChanges(explanation_.ifGone, "without it,");
+        PrintChanges(explanation_.ifFirst, "if it stood first,");
     }
 
     nlohmann::ordered_json ToJson() const {
         RuleReport const& report = explanation_.report;
         nlohmann::ordered_json decides;
-        if (explanation_.decides.areExact)
+        if (explanation_.decides.areExact || DecidesNothing())
             decides = {{"patterns", PatternsToJson(explanation_.decides)}};
         else
             decides = {{"examples", report.call ? CallsToJson({*report.call})
@@ -69,18 +69,25 @@ class Explainer {
     }
 
   private:
+    bool DecidesNothing() const {
+        RuleReport::Standing const standing = explanation_.report.standing;
+        return standing != RuleReport::kDecides && standing != RuleReport::kUndecided;
+    }
+
     void PrintDecided() const {
         RuleReport const& report = explanation_.report;
         if (report.standing == RuleReport::kOff) {
             fmt::print("it is off, and decides no call\n");
+        } else if (report.standing == RuleReport::kUndecided) {
+            fmt::print("{}\n", WhyItDecidesNothing(report, rules_));
         } else if (report.standing != RuleReport::kDecides) {
-            std::string const why = WhyItDecidesNothing(report, rules_);
-            fmt::print("{}\n", why);
+            fmt::print("it {}\n", WhyItDecidesNothing(report, rules_));
         } else if (explanation_.decides.areExact) {
             fmt::print("it decides exactly these calls:\n");
             PrintPatterns(explanation_.decides);
         } else {
-            fmt::print("patterns cannot list the calls that it decides; an example:\n  {}\n",
+            fmt::print("no patterns were found that cover exactly the calls that it decides; an "
+                       "example:\n  {}\n",
                        CallText(*report.call));
         }
     }
@@ -99,13 +106,14 @@ class Explainer {
         if (comparison.same == true)
             fmt::print("{} no call would be decided differently\n", when);
         if (!comparison.differences.empty())
-            fmt::print("{} these calls and others like them would be decided differently:\n", when);
+            fmt::print("{} calls would be decided differently; one for each pair of rules:\n",
+                       when);
         for (Difference const& difference : comparison.differences)
             fmt::print("  {}\n    now {}\n    then {}\n", CallText(difference.call),
                        DecisionText(rules_, difference.here),
                        DecisionText(rules_, difference.there));
         if (IsIncomplete(comparison))
-            fmt::print("{}, whether {}calls would be decided differently is undecided: {}\n", when,
+            fmt::print("{} whether {}calls would be decided differently is undecided: {}\n", when,
                        comparison.differences.empty() ? "" : "further ",
                        WhyIncomplete(comparison, rules_, rules_));
     }
@@ -118,6 +126,7 @@ class Explainer {
 
 ExitCode Explain(Context const& context, Options const& options) {
     RuleList const rules = LoadRules(context.path);
+    NoteMalformed(rules);
     std::size_t const place = FindRule(rules, options.rule);
     auto const& [calls, memory] = options.analysis;
     Explanation const explanation = RuleAnalysis(rules, memory, calls).Explain(place);

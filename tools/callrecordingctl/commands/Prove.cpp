@@ -67,7 +67,9 @@ class Prover {
     Prover(std::string const& path, AnalysisOptions const& options)
         : rules_(LoadRules(path, digest_)), calls_(options.calls),
           analysis_(rules_, options.memory, calls_),
-          other_(rules_, options.memory, OtherThan(calls_)) {}
+          other_(rules_, options.memory, OtherThan(calls_)) {
+        NoteMalformed(rules_);
+    }
 
     RuleList const& Rules() const { return rules_; }
     std::string State() const { return StateToken(digest_); }
@@ -155,7 +157,8 @@ class Prover {
 
     static void Print(Gaps const& gaps) {
         if (!gaps.calls.areExact) {
-            fmt::print("patterns cannot list the calls for which it is false; examples:\n");
+            fmt::print("no patterns were found that cover exactly the calls for which it is false; "
+                       "examples:\n");
             for (ExampleCall const& call : gaps.examples)
                 fmt::print("  {}\n", CallText(call));
         } else if (!gaps.calls.patterns.empty()) {

@@ -2,7 +2,10 @@
 
 #include "output/LossText.h"
 
+#include <vector>
+
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "analysis/RecordingOutcome.h"
 #include "output/CallText.h"
@@ -11,18 +14,18 @@
 namespace callrecordingctl {
 namespace {
 
-/// What rule does with a call, without what it says the same as the other one.
+/// How rule records a call, as far as the other one does not do the same.
 std::string How(Rule const& rule, Rule const& other) {
-    std::string how;
-    bool const isOther = Forbids(other);
-    if (rule.record_to != other.record_to)
-        how += rule.record_to.empty() ? " to no named place" : " to " + rule.record_to;
-    if (isOther || rule.recording_duration != other.recording_duration)
-        how += rule.recording_duration.empty() ? " without a duration"
-                                               : " for " + rule.recording_duration;
-    if (isOther || rule.call_recording_type != other.call_recording_type)
-        how += fmt::format(" with type {}", static_cast<int>(rule.call_recording_type));
-    return Printable(how);
+    std::vector<std::string> how;
+    bool const isAll = Forbids(other);
+    if (isAll || rule.record_to != other.record_to)
+        how.push_back(rule.record_to.empty() ? "to no named place" : "to " + rule.record_to);
+    if (isAll || rule.recording_duration != other.recording_duration)
+        how.push_back(rule.recording_duration.empty() ? "without a duration"
+                                                      : "for " + rule.recording_duration);
+    if (isAll || rule.call_recording_type != other.call_recording_type)
+        how.push_back(fmt::format("with type {}", static_cast<int>(rule.call_recording_type)));
+    return Printable(fmt::format("{}", fmt::join(how, ", ")));
 }
 
 nlohmann::ordered_json OutcomeToJson(Rule const& rule) {
@@ -43,9 +46,9 @@ std::string LossText(RuleList const& rules, std::size_t loser, std::size_t taker
     std::string text = fmt::format("{}: rule {} ", CallText(call), by.callrecordingrule_id);
     if (AreAlike(&own, &by))
         return text + "takes it, and does what this rule would do";
-    text += Forbids(by) ? "says never" : "records it" + How(by, own);
-    return text +
-           (Forbids(own) ? ", this rule says never" : ", this rule would record it" + How(own, by));
+    text += Forbids(by) ? "says never" : "records it " + How(by, own);
+    return text + (Forbids(own) ? ", this rule says never"
+                                : ", this rule would record it " + How(own, by));
 }
 
 nlohmann::ordered_json LossToJson(RuleList const& rules, std::size_t loser, std::size_t taker,
