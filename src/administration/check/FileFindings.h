@@ -27,6 +27,7 @@ struct FileFinding {
     /// The places of rules that take calls of this one; all of them if isTakenByComplete.
     std::vector<std::size_t> takenBy;
     bool isTakenByComplete = true;
+    bool neverDecides = false; ///< Proved: it matches no call, or takenBy together take them all.
     /// A call that another rule decides, not as this one would.
     struct Loss {
         std::size_t taker;

@@ -58,7 +58,7 @@ class ReachChecker {
         case RuleReport::kHidden: CheckHidden(report); break;
         case RuleReport::kMatchesNothing: // An empty pattern is reported as such.
             if (!rule.caller_pattern.empty() && !rule.called_pattern.empty())
-                Find(kMatchesNothing, WhyItDecidesNothing(report, rules_));
+                Find(kMatchesNothing, WhyItDecidesNothing(report, rules_)).neverDecides = true;
             break;
         case RuleReport::kUndecided:
             Find(report.why->rule == place_ ? kNotAnalysable : kUndecided,
@@ -88,6 +88,7 @@ class ReachChecker {
         }
         FileFinding& finding = Find(kind, message);
         SetTakers(report, finding);
+        finding.neverDecides = !report.takenBy.empty();
         if (hidden.call && hidden.taker)
             finding.loss = {*hidden.taker, *hidden.call};
     }

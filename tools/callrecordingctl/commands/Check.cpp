@@ -10,6 +10,7 @@
 #include "CommandLine.h"
 #include "Rules.h"
 #include "administration/check/FileFindings.h"
+#include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
 #include "administration/inspection/RuleNames.h"
 #include "analysis/RuleAnalysis.h"
@@ -21,6 +22,7 @@
 #include "common/MemoryFile.h"
 #include "model/CallTypeNames.h"
 #include "output/CallText.h"
+#include "output/Certificate.h"
 #include "output/LossText.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
@@ -54,7 +56,8 @@ struct Options {
     bool notes = false;
     bool quiet = false;
     bool fix = false;
-    EditOptions edit; // Of --fix.
+    std::optional<std::string> certificate; // Its file.
+    EditOptions edit;                       // Of --fix.
     CheckOptions check;
 };
 
@@ -189,6 +192,19 @@ void PrintSummary(std::vector<FileFinding> const& findings, RuleList const& rule
                    others == 1 ? "rule" : "rules");
 }
 
+/// Writes which rules never decide. REQUIRES: findings are those of the file at path.
+void Certify(std::string const& path, std::vector<FileFinding> const& findings,
+             Options const& options) {
+    nlohmann::ordered_json const hidden = HiddenToJson(findings);
+    if (hidden.empty())
+        return Say("{}: not written, since no rule is proved never to decide",
+                   *options.certificate);
+    nlohmann::ordered_json certificate =
+        EmptyCertificate(DigestOf(ReadInput(path)), options.check.calls);
+    certificate["hidden"] = hidden;
+    WriteCertificate(*options.certificate, certificate);
+}
+
 /// Checks the rule file at path, which messages call name.
 ExitCode CheckFile(std::string const& path, std::string const& name, Options const& options,
                    bool json) {
@@ -206,6 +222,8 @@ ExitCode CheckFile(std::string const& path, std::string const& name, Options con
         Print(findings, rules, name, options.notes);
         PrintSummary(findings, rules, options);
     }
+    if (options.certificate)
+        Certify(path, findings, options);
     return CodeOf(findings);
 }
 
@@ -291,6 +309,10 @@ void AddFileOptions(CLI::App& check, Options& options) {
     CLI::Option* const notes = check.add_flag("--notes", options.notes, "Show the notes as well");
     check.add_flag("--quiet", options.quiet, "Print nothing about a file; the exit status tells")
         ->excludes(notes);
+    AddText(
+        check, "--certificate", "FILE",
+        "Write which rules of the file never decide to\na new file, for examples/check_proof.py",
+        [&options](std::string const& text) { options.certificate = text; });
     CLI::Option* const fix = check.add_flag("--fix", options.fix,
                                             "Delete the rules that can go without any call\n"
                                             "being decided differently");

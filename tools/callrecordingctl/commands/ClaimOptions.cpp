@@ -213,6 +213,7 @@ nlohmann::ordered_json NamedClaim::ToJson(std::vector<Side> const& sides) {
     auto json = nlohmann::ordered_json::array();
     for (Side const& side : sides)
         json.push_back({{"pattern", ToEntry(side.pattern, side.type)},
+                        {"stored", side.pattern},
                         {"call_type", static_cast<int>(side.type)}});
     return json;
 }
@@ -228,6 +229,7 @@ nlohmann::ordered_json NamedClaim::ToJson() const {
     };
     add("recorded", options_.isRecorded);
     add("by", place_ ? std::optional(id_) : std::nullopt);
+    add("by_position", place_ ? std::optional(*place_ + 1) : std::nullopt);
     add("record_to", options_.recordTo);
     add("recording_duration", options_.duration);
     add("call_recording_type", options_.recordingType);

@@ -15,6 +15,7 @@
 #include "commands/ClaimOptions.h"
 #include "commands/Registry.h"
 #include "output/CallText.h"
+#include "output/Certificate.h"
 #include "output/RuleText.h"
 #include "text/Printable.h"
 
@@ -45,6 +46,7 @@ struct Options {
     ClaimOptions claim;
     std::optional<std::string> file;
     bool allGaps = false;
+    std::optional<std::string> certificate; // Its file.
     AnalysisOptions analysis;
 };
 
@@ -74,6 +76,7 @@ class Prover {
     RuleList const& Rules() const { return rules_; }
     std::string State() const { return StateToken(digest_); }
 
+    /// Keeps what is proved for the certificate.
     Answer Find(NamedClaim const& named, bool allGaps) {
         Claim const claim = named.ForAnalysis();
         Answer answer{analysis_.Prove(claim), std::nullopt, std::nullopt};
@@ -82,7 +85,18 @@ class Prover {
         Proof other = other_.Prove(claim);
         if (CodeOf(other) != CodeOf(answer.proof))
             answer.other = std::move(other);
+        if (CodeOf(answer.proof) == kExitYes)
+            proofs_.push_back({{"claim", named.ToJson()}, {"proof", ProofToJson(answer.proof)}});
         return answer;
+    }
+
+    /// Writes what was proved, if anything was.
+    void Certify(std::string const& path) const {
+        if (proofs_.empty())
+            return Say("{}: not written, since nothing was proved", path);
+        nlohmann::ordered_json certificate = EmptyCertificate(digest_, calls_);
+        certificate["claims"] = proofs_;
+        WriteCertificate(path, certificate);
     }
 
     nlohmann::ordered_json ToJson(NamedClaim const& claim, Answer const& answer) const {
@@ -173,13 +187,13 @@ class Prover {
     CallKind const calls_;
     RuleAnalysis analysis_;
     RuleAnalysis other_;
+    nlohmann::ordered_json proofs_ = nlohmann::ordered_json::array();
 };
 
-ExitCode ProveOne(Context const& context, Options const& options) {
-    Prover prover(context.path, options.analysis);
+ExitCode ProveOne(Prover& prover, Options const& options, bool isJson) {
     NamedClaim const claim(options.claim, prover.Rules());
-    auto const answer = prover.Find(claim, options.allGaps);
-    if (context.json) {
+    Answer const answer = prover.Find(claim, options.allGaps);
+    if (isJson) {
         PrintJson(prover.ToJson(claim, answer));
     } else {
         fmt::print("{}\n", prover.Heading(claim));
@@ -246,12 +260,14 @@ class Policy {
 };
 
 ExitCode Prove(Context const& context, Options const& options) {
-    if (!options.file)
-        return ProveOne(context, options);
-    if (options.claim.AreGiven())
+    if (options.file && options.claim.AreGiven())
         throw Failure(kExitUsage, "prove: --file has the claims; give no other one beside it");
     Prover prover(context.path, options.analysis);
-    return Policy(*options.file, prover, options, context.json).Run();
+    ExitCode const code = options.file ? Policy(*options.file, prover, options, context.json).Run()
+                                       : ProveOne(prover, options, context.json);
+    if (options.certificate)
+        prover.Certify(*options.certificate);
+    return code;
 }
 
 } // namespace
@@ -266,6 +282,9 @@ void AddProve(CommandLine& line) {
             [options](std::string const& text) { options->file = text; });
     prove.add_flag("--all-gaps", options->allGaps,
                    "List all the calls for which it is false,\nas up to 200 patterns");
+    AddText(prove, "--certificate", "FILE",
+            "Write what was proved to a new file, for\nexamples/check_proof.py to check",
+            [options](std::string const& text) { options->certificate = text; });
     AddAnalysis(prove, options->analysis);
 }
 
