@@ -76,7 +76,7 @@ callrecordingutils_room(text LIBRARIES fmt::fmt ZLIB::ZLIB ${CSV_LIBRARY} ${UNIS
 callrecordingutils_room(json USES model validation calls text LIBRARIES nlohmann_json::nlohmann_json)
 callrecordingutils_room(administration/inspection USES model database LIBRARIES fmt::fmt ${MD_LIBRARY})
 callrecordingutils_room(administration/check
-  USES model database validation analysis text administration/inspection LIBRARIES fmt::fmt)
+  USES model database validation calls analysis text administration/inspection LIBRARIES fmt::fmt)
 callrecordingutils_room(administration/edit
   USES model database validation text administration/inspection LIBRARIES fmt::fmt)
 callrecordingutils_room(administration/history

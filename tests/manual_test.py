@@ -89,7 +89,7 @@ with open(path("policy"), "w", encoding="utf-8") as file:
 calls = os.path.join(source, "examples/calls/november.csv")
 lines = ["list", "list --basic", "show 3", "show --at today", "show 99", "decide --from 500 --to 501 --explain",
          "decide --from 201 --to 0044 --explain --all", "check 1 [1", "check", "check {}/faulty", "example 3",
-         "diff {}/faulty", "diff {}/telephony/callrecordingdb", "prove --by 3", "prove --file {}/policy",
+         "diff {}/faulty", "diff {}/telephony/callrecordingdb", "prove --by 3 --all-gaps", "explain 3", "explain 4", "prove --file {}/policy",
          f"replay {calls}", f"replay {calls} --against {{}}/faulty", f"replay {calls} --each", "add --from 1 --twin",
          "modify 3 --from 21* --dry-run", f"modify 3 --from 21* --dry-run --replay {calls}", "delete 2", "up 3",
          "move 3 --to 1", "disable 3", "renumber --all", "undo", "import {}/policy", "export", "log"]

@@ -1,17 +1,15 @@
-// Finds what is wrong with the rules of a file: keys, values, patterns, and which rules never
-// decide.
+// Finds what is wrong with the entries of a rule file: keys, values and patterns.
 
 #include "administration/check/FileFindings.h"
 
 #include <algorithm>
 #include <cctype>
 #include <map>
+#include <utility>
 
 #include <fmt/format.h>
 
-#include "administration/check/Reasons.h"
-#include "administration/inspection/RuleNames.h"
-#include "analysis/RuleAnalysis.h"
+#include "administration/check/ReachFindings.h"
 #include "database/RuleKeys.h"
 #include "model/CallTypeNames.h"
 #include "text/Printable.h"
@@ -44,20 +42,9 @@ char const* KeyMeantBy(std::string const& key) {
     });
 }
 
-/// How many rules that take calls of another one are looked for.
-constexpr std::size_t kMostTakers = 100;
-
-RuleList RulesOf(std::vector<StoredRule> const& stored) {
-    RuleList rules;
-    for (StoredRule const& rule : stored)
-        rules.push_back(rule.rule);
-    return rules;
-}
-
 class Checker {
   public:
-    Checker(std::vector<StoredRule> const& rules, std::size_t memory)
-        : stored_(rules), rules_(RulesOf(rules)), analysis_(rules_, memory) {}
+    explicit Checker(std::vector<StoredRule> const& rules) : stored_(rules) {}
 
     std::vector<FileFinding> Run() {
         for (rule_ = stored_.begin(); rule_ != stored_.end(); ++rule_, ++position_) {
@@ -66,11 +53,7 @@ class Checker {
             CheckNumbers();
             CheckPattern(KEY_CALLER_PATTERN, "from", rule_->rule.caller_call_type);
             CheckPattern(KEY_CALLED_PATTERN, "to", rule_->rule.called_call_type);
-            CheckReach();
         }
-        std::stable_sort(
-            findings_.begin(), findings_.end(),
-            [](FileFinding const& a, FileFinding const& b) { return a.line < b.line; });
         return findings_;
     }
 
@@ -79,8 +62,14 @@ class Checker {
 
     void Find(std::string_view kind, std::size_t line, std::string const& message,
               std::string const& caret = "") {
-        findings_.push_back(
-            {kind, line, position_, rule_->rule.callrecordingrule_id, message, caret, {}});
+        FileFinding finding{};
+        finding.kind = kind;
+        finding.line = line;
+        finding.position = position_;
+        finding.id = rule_->rule.callrecordingrule_id;
+        finding.message = message;
+        finding.caret = caret;
+        findings_.push_back(finding);
     }
 
     void CheckKeys() {
@@ -149,36 +138,7 @@ class Checker {
                  "\n" + CaretText(ToEntry(stored, type), suspicion->position));
     }
 
-    void CheckReach() {
-        RuleReport const report = analysis_.Report(position_ - 1, kMostTakers);
-        switch (report.standing) {
-        case RuleReport::kHidden: FindReason(kNeverDecides, report); break;
-        case RuleReport::kMatchesNothing:
-            if (!rule_->rule.caller_pattern.empty() && !rule_->rule.called_pattern.empty())
-                FindReason(kMatchesNothing, report);
-            break;
-        case RuleReport::kUndecided:
-            FindReason(report.why->rule == position_ - 1 ? kNotAnalysable : kUndecided, report);
-            break;
-        case RuleReport::kDecides:
-            if (!report.takenBy.empty())
-                Find(kLosesCalls, rule_->line,
-                     "some calls that it matches are taken by " +
-                         RulesText(rules_, report.takenBy));
-            break;
-        case RuleReport::kOff: break;
-        }
-        if (!report.takenBy.empty())
-            findings_.back().takenBy = report.takenBy;
-    }
-
-    void FindReason(std::string_view kind, RuleReport const& report) {
-        Find(kind, rule_->line, WhyItDecidesNothing(report, rules_));
-    }
-
     std::vector<StoredRule> const& stored_;
-    RuleList const rules_;
-    RuleAnalysis analysis_;
     Current rule_;
     std::size_t position_ = 1;
     std::map<std::int32_t, std::size_t> lineOfId_;
@@ -193,12 +153,19 @@ bool IsPlainId(StoredRule const& stored) {
 }
 
 bool IsNote(FileFinding const& finding) {
-    return finding.kind == kLosesCalls || finding.kind == kNotAnalysable ||
-           finding.kind == kUndecided;
+    return std::find(kNotes.begin(), kNotes.end(), finding.kind) != kNotes.end();
 }
 
-std::vector<FileFinding> FindFaults(std::vector<StoredRule> const& rules, std::size_t memory) {
-    return Checker(rules, memory).Run();
+std::vector<FileFinding> FindFaults(std::vector<StoredRule> const& rules,
+                                    CheckOptions const& options) {
+    std::vector<FileFinding> findings = Checker(rules).Run();
+    std::vector<FileFinding> const reach = FindReach(rules, options);
+    findings.insert(findings.end(), reach.begin(), reach.end());
+    std::stable_sort(findings.begin(), findings.end(),
+                     [](FileFinding const& a, FileFinding const& b) {
+                         return std::pair(IsNote(a), a.line) < std::pair(IsNote(b), b.line);
+                     });
+    return findings;
 }
 
 } // namespace CallRecordingUtils

@@ -3,13 +3,16 @@
 #ifndef ADMINISTRATION_CHECK_FILEFINDINGS_H
 #define ADMINISTRATION_CHECK_FILEFINDINGS_H
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "administration/inspection/StoredRules.h"
+#include "analysis/RuleAnalysis.h"
 
 namespace CallRecordingUtils {
 
@@ -21,18 +24,42 @@ struct FileFinding {
     std::int32_t id;      ///< Of the rule, as the library reads it.
     std::string message;
     std::string caret; ///< If it is about a pattern: the pattern, with a caret under the place.
-    /// The places of rules that take calls of this one.
+    /// The places of rules that take calls of this one; all of them if isTakenByComplete.
     std::vector<std::size_t> takenBy;
+    bool isTakenByComplete = true;
+    bool neverDecides = false; ///< Proved: it matches no call, or takenBy together take them all.
+    /// A call that another rule decides, not as this one would.
+    struct Loss {
+        std::size_t taker;
+        ExampleCall call;
+    };
+    std::optional<Loss> loss;
 };
 
-/// Kinds of findings: rules that never decide, rules that match no call, and rules of which earlier
-/// rules take some calls, as is usual.
+/// Kinds of findings about rules that never decide, by what takes their calls: rules that do the
+/// same; something else; a wider rule before it that does something else; a rule that says never;
+/// or that is not known.
+inline constexpr std::string_view kDroppable = "droppable";
+inline constexpr std::string_view kConflict = "conflict";
+inline constexpr std::string_view kOrder = "order";
+inline constexpr std::string_view kForbidden = "forbidden";
 inline constexpr std::string_view kNeverDecides = "never_decides";
+/// No call matches the rule at all.
 inline constexpr std::string_view kMatchesNothing = "matches_nothing";
+
+/// Kinds of notes: earlier rules take some calls, as is usual; the rule decides calls, but could go
+/// without any call changing; no party of a call can match it; and with the other kind of calls it
+/// is otherwise.
 inline constexpr std::string_view kLosesCalls = "loses_calls";
+inline constexpr std::string_view kCouldGo = "could_go";
+inline constexpr std::string_view kNoParty = "no_party";
+inline constexpr std::string_view kOtherCalls = "other_calls";
 /// What the analysis could not find out.
 inline constexpr std::string_view kNotAnalysable = "not_analysable";
 inline constexpr std::string_view kUndecided = "undecided";
+
+inline constexpr std::array<std::string_view, 6> kNotes{kLosesCalls, kCouldGo,       kNoParty,
+                                                        kOtherCalls, kNotAnalysable, kUndecided};
 
 /// Whether finding is worth knowing, but not a fault.
 bool IsNote(FileFinding const& finding);
@@ -41,8 +68,14 @@ bool IsNote(FileFinding const& finding);
 /// finds it.
 bool IsPlainId(StoredRule const& stored);
 
-/// Returns the findings in the order of their lines. The analysis may take so many bytes of memory.
-std::vector<FileFinding> FindFaults(std::vector<StoredRule> const& rules, std::size_t memory);
+struct CheckOptions {
+    CallKind calls = CallKind::Typed;
+    std::size_t memory = kAnalysisMemory; ///< In bytes, for the analysis of each kind of calls.
+};
+
+/// Returns the faults in the order of their lines, and then the notes.
+std::vector<FileFinding> FindFaults(std::vector<StoredRule> const& rules,
+                                    CheckOptions const& options);
 
 } // namespace CallRecordingUtils
 

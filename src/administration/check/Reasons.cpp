@@ -9,13 +9,16 @@
 namespace CallRecordingUtils {
 namespace {
 
-std::string WhyHidden(std::vector<std::size_t> const& takers, RuleList const& rules) {
+std::string WhyHidden(RuleReport const& report, RuleList const& rules) {
+    std::vector<std::size_t> const& takers = report.takenBy;
     if (takers.empty())
         return "can never decide: rules before it take all its calls";
     std::string const names = RulesText(rules, takers);
-    return takers.size() == 1
-               ? fmt::format("can never decide: {} matches every call that it matches", names)
-               : fmt::format("can never decide: {} together take all its calls", names);
+    if (takers.size() == 1 && report.isComplete)
+        return fmt::format("can never decide: {} matches every call that it matches", names);
+    return fmt::format("can never decide: {} {} all its calls{}", names,
+                       takers.size() == 1 ? "takes" : "together take",
+                       report.isComplete ? "" : " (fewer of them might be enough)");
 }
 
 } // namespace
@@ -23,7 +26,7 @@ std::string WhyHidden(std::vector<std::size_t> const& takers, RuleList const& ru
 std::string WhyItDecidesNothing(RuleReport const& report, RuleList const& rules) {
     char const* const side = report.side == WhichSide::Caller ? "from" : "to";
     switch (report.standing) {
-    case RuleReport::kHidden: return WhyHidden(report.takenBy, rules);
+    case RuleReport::kHidden: return WhyHidden(report, rules);
     case RuleReport::kMatchesNothing:
         return fmt::format("can never decide: nothing satisfies its {} side", side);
     case RuleReport::kUndecided:

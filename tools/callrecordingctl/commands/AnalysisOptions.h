@@ -1,4 +1,5 @@
-// What the commands that analyse rules have in common: the memory that they may take.
+// The options of the commands that analyse rules: which calls are asked about, and how much memory
+// may be used.
 
 #ifndef CALLRECORDINGCTL_COMMANDS_ANALYSISOPTIONS_H
 #define CALLRECORDINGCTL_COMMANDS_ANALYSISOPTIONS_H
@@ -6,16 +7,29 @@
 #include <cstddef>
 
 #include "CommandLine.h"
+#include "analysis/RuleAnalysis.h"
 
 namespace callrecordingctl {
 
-/// --memory MIB, in bytes.
-inline void AddMemory(CLI::App& command, std::size_t& bytes) {
-    constexpr std::size_t kMebibyte = std::size_t{1} << 20;
-    AddNumber(command, "--memory", "MIB",
-              "Memory to take before the answer is \"undecided\"\n(default: 256)", 1,
-              [&bytes](std::uint32_t mebibytes) { bytes = mebibytes * kMebibyte; });
+struct AnalysisOptions {
+    CallKind calls = CallKind::Typed;
+    std::size_t memory = kAnalysisMemory;
+};
+
+/// Adds --calls and --memory, in bytes.
+void AddAnalysis(CLI::App& command, CallKind& calls, std::size_t& memory);
+inline void AddAnalysis(CLI::App& command, AnalysisOptions& options) {
+    AddAnalysis(command, options.calls, options.memory);
 }
+
+/// The kind of calls as --calls names it: typed or parties.
+char const* CallsName(CallKind calls);
+
+/// The kind of calls that was not asked about.
+CallKind OtherThan(CallKind calls);
+
+/// Mentions enabled rules with malformed patterns; whose says which file has them.
+void NoteMalformed(RuleList const& rules, char const* whose = "");
 
 } // namespace callrecordingctl
 

@@ -1,5 +1,6 @@
 // diff: says whether two rule files decide every call alike.
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 
@@ -28,15 +29,32 @@ Example: callrecordingctl diff callrecordingdb.old
 
 struct Options {
     std::string file;
-    std::size_t memory = kAnalysisMemory;
+    AnalysisOptions analysis;
 };
 
-void Print(Comparison const& comparison, RuleList const& here, RuleList const& there) {
+void Print(Comparison const& comparison, RuleList const& here, RuleList const& there,
+           CallKind calls) {
     if (comparison.same == true)
         fmt::print("both decide every call alike\n");
     for (Difference const& difference : comparison.differences)
-        fmt::print("{}\n  here {}\n  there {}\n", CallText(difference.call),
-                   DecisionText(here, difference.here), DecisionText(there, difference.there));
+        fmt::print("{}\n  {}\n  here {}\n  there {}\n", CallText(difference.call),
+                   DecideCommand(difference.call, calls), DecisionText(here, difference.here),
+                   DecisionText(there, difference.there));
+}
+
+/// Whether two comparisons of the same lists find the same.
+bool FindTheSame(Comparison const& a, Comparison const& b) {
+    auto const isSamePair = [](Difference const& x, Difference const& y) {
+        return x.here == y.here && x.there == y.there;
+    };
+    return a.same == b.same && std::equal(a.differences.begin(), a.differences.end(),
+                                          b.differences.begin(), b.differences.end(), isSamePair);
+}
+
+char const* Summary(Comparison const& comparison) {
+    return !comparison.same   ? "it is undecided"
+           : *comparison.same ? "they are alike"
+                              : "they differ";
 }
 
 ExitCode Diff(Context const& context, Options const& options) {
@@ -44,11 +62,28 @@ ExitCode Diff(Context const& context, Options const& options) {
         throw Failure(kExitUnreadable, options.file + ": there is no such file");
     RuleList const here = LoadRules(context.path);
     RuleList const there = LoadRules(options.file);
-    Comparison const comparison = Compare(here, there, options.memory);
-    if (context.json)
-        PrintJson(ComparisonToJson(comparison, here, there));
-    else
-        Print(comparison, here, there);
+    NoteMalformed(here);
+    NoteMalformed(there, " of the other file");
+    CallKind const calls = options.analysis.calls;
+    CallKind const others = OtherThan(calls);
+    Comparison const comparison = Compare(here, there, options.analysis.memory, calls);
+    Comparison const other = Compare(here, there, options.analysis.memory, others);
+    bool const isOtherwise = !FindTheSame(comparison, other);
+    if (context.json) {
+        nlohmann::ordered_json json = ComparisonToJson(comparison, here, there);
+        json["other_calls"] = nullptr;
+        if (isOtherwise) {
+            json["other_calls"] = {{"calls", CallsName(others)}};
+            json["other_calls"].update(ComparisonToJson(other, here, there));
+        }
+        PrintJson(json);
+    } else {
+        Print(comparison, here, there, calls);
+        if (isOtherwise)
+            fmt::print("with --calls {} {}, for {} {} of rules\n", CallsName(others),
+                       Summary(other), other.differences.size(),
+                       other.differences.size() == 1 ? "pair" : "pairs");
+    }
     if (IsIncomplete(comparison))
         Say("undecided{}: {}",
             comparison.differences.empty() ? "" : ", for pairs of rules other than these",
@@ -68,7 +103,7 @@ void AddDiff(CommandLine& line) {
     AddText(diff, "FILE", "", "The other rule file, by its path",
             [options](std::string const& text) { options->file = text; })
         ->required();
-    AddMemory(diff, options->memory);
+    AddAnalysis(diff, options->analysis);
 }
 
 } // namespace callrecordingctl

@@ -25,7 +25,7 @@ Example: callrecordingctl example 7
 
 struct Options {
     RuleName rule;
-    std::size_t memory = kAnalysisMemory;
+    AnalysisOptions analysis;
 };
 
 std::string SideName(WhichSide side) {
@@ -35,10 +35,7 @@ std::string SideName(WhichSide side) {
 std::string Sentence(RuleReport const& report, RuleList const& rules) {
     std::string const takers = RulesText(rules, report.takenBy);
     switch (report.standing) {
-    case RuleReport::kDecides:
-        return "decides the call " + CallText(*report.call) +
-               (report.takenBy.empty() ? ""
-                                       : "\nother calls that it matches are taken by " + takers);
+    case RuleReport::kDecides: return "decides the call " + CallText(*report.call);
     case RuleReport::kHidden:
         return report.takenBy.empty()
                    ? "never decides: rules before it take all its calls"
@@ -52,22 +49,63 @@ std::string Sentence(RuleReport const& report, RuleList const& rules) {
     return "undecided: " + WhyUndecided(rules, report.why);
 }
 
+/// Which other rules take calls of it.
+std::string TakersText(RuleReport const& report, RuleList const& rules) {
+    if (report.takenBy.empty())
+        return report.isComplete ? ""
+                                 : "whether earlier rules take others of its calls is undecided";
+    return "other calls that it matches are taken by " + RulesText(rules, report.takenBy) +
+           (report.isComplete ? "" : ", and perhaps by more rules");
+}
+
+nlohmann::ordered_json ToJson(RuleReport const& report) {
+    nlohmann::ordered_json json{{"decides", nullptr}, {"call", nullptr}};
+    if (report.standing != RuleReport::kUndecided)
+        json["decides"] = report.standing == RuleReport::kDecides;
+    if (report.call)
+        json["call"] = CallToJson(*report.call);
+    return json;
+}
+
+void Print(RuleReport const& report, RuleList const& rules, std::size_t place, CallKind calls) {
+    fmt::print("rule {} {}\n", rules[place].callrecordingrule_id, Sentence(report, rules));
+    if (report.standing != RuleReport::kDecides)
+        return;
+    fmt::print("  {}\n", DecideCommand(*report.call, calls));
+    std::string const takers = TakersText(report, rules);
+    if (!takers.empty())
+        fmt::print("{}\n", takers);
+}
+
 ExitCode Example(Context const& context, Options const& options) {
     RuleList const rules = LoadRules(context.path);
+    NoteMalformed(rules);
     std::size_t const place = FindRule(rules, options.rule);
-    RuleReport const report = RuleAnalysis(rules, options.memory).Report(place);
-    bool const isUndecided = report.standing == RuleReport::kUndecided;
-    bool const decides = report.standing == RuleReport::kDecides;
-    if (context.json)
-        PrintJson(
-            {{"callrecordingrule_id", rules[place].callrecordingrule_id},
-             {"position", place + 1},
-             {"decides", isUndecided ? nlohmann::ordered_json() : nlohmann::ordered_json(decides)},
-             {"call", report.call ? CallToJson(*report.call) : nlohmann::ordered_json()},
-             {"taken_by", IdsToJson(rules, report.takenBy)}});
-    else
-        fmt::print("rule {} {}\n", rules[place].callrecordingrule_id, Sentence(report, rules));
-    return isUndecided ? kExitUndecided : decides ? kExitYes : kExitNo;
+    auto const& [calls, memory] = options.analysis;
+    RuleReport const report = RuleAnalysis(rules, memory, calls).Report(place);
+    RuleReport const other = RuleAnalysis(rules, memory, OtherThan(calls)).Report(place, 0);
+    bool const isOtherwise = other.standing != report.standing;
+    if (context.json) {
+        nlohmann::ordered_json json{{"callrecordingrule_id", rules[place].callrecordingrule_id},
+                                    {"position", place + 1}};
+        json.update(ToJson(report));
+        json["taken_by"] = IdsToJson(rules, report.takenBy);
+        json["taken_by_complete"] = report.isComplete;
+        json["other_calls"] = nullptr;
+        if (isOtherwise) {
+            json["other_calls"] = {{"calls", CallsName(OtherThan(calls))}};
+            json["other_calls"].update(ToJson(other));
+        }
+        PrintJson(json);
+    } else {
+        Print(report, rules, place, calls);
+        if (isOtherwise)
+            fmt::print("with --calls {} it {}\n", CallsName(OtherThan(calls)),
+                       Sentence(other, rules));
+    }
+    if (report.standing == RuleReport::kUndecided)
+        return kExitUndecided;
+    return report.standing == RuleReport::kDecides ? kExitYes : kExitNo;
 }
 
 } // namespace
@@ -78,7 +116,7 @@ void AddExample(CommandLine& line) {
         line.AddCommand("example", "Show a call that a rule decides, or why there is none", kHelp,
                         [options](Context const& context) { return Example(context, *options); });
     AddRuleName(example, options->rule);
-    AddMemory(example, options->memory);
+    AddAnalysis(example, options->analysis);
 }
 
 } // namespace callrecordingctl

@@ -14,6 +14,7 @@ class CommandLine;
     COMMAND(Show)                                                                                  \
     COMMAND(Decide)                                                                                \
     COMMAND(Check)                                                                                 \
+    COMMAND(Explain)                                                                               \
     COMMAND(Example)                                                                               \
     COMMAND(Diff)                                                                                  \
     COMMAND(Prove)                                                                                 \

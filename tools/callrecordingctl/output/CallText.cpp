@@ -8,8 +8,10 @@
 
 #include "model/CallTypeNames.h"
 #include "output/RuleText.h"
+#include "output/ShellText.h"
 #include "output/Table.h"
 #include "text/Printable.h"
+#include "validation/SidePattern.h"
 #include "json/CallJson.h"
 
 namespace callrecordingctl {
@@ -22,10 +24,48 @@ std::string PartyText(CallParty const& party) {
                                           : fmt::format("{} {}", CallTypeName(party.type), shown);
 }
 
+/// Whether party is the same whether or not it is asked about with a type.
+bool IsPlain(CallParty const& party) {
+    std::string const address = AddressTextOf(party);
+    return party.type == CALL_TYPE_NUMBER && !address.empty() &&
+           std::all_of(address.begin(), address.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+/// A pattern of addresses, and which of those that satisfy it are meant.
+std::string PatternText(AddressPattern const& pattern) {
+    std::string const text = Printable(SideText(pattern.pattern, pattern.type));
+    return pattern.only && *pattern.only != pattern.type
+               ? fmt::format("{} (of type {})", text, CallTypeName(*pattern.only))
+               : text;
+}
+
+nlohmann::ordered_json ToJson(AddressPattern const& pattern) {
+    nlohmann::ordered_json json{{"pattern", ToEntry(pattern.pattern, pattern.type)},
+                                {"call_type", static_cast<int>(pattern.type)},
+                                {"only_call_type", nullptr}};
+    if (pattern.only)
+        json["only_call_type"] = static_cast<int>(*pattern.only);
+    return json;
+}
+
 } // namespace
 
 std::string CallText(ExampleCall const& call) {
     return fmt::format("from {} to {}", PartyText(call.caller), PartyText(call.called));
+}
+
+std::string DecideCommand(ExampleCall const& call, CallKind calls) {
+    bool const needsTypes =
+        calls == CallKind::Typed && !(IsPlain(call.caller) && IsPlain(call.called));
+    std::string command = "callrecordingctl decide";
+    auto const add = [&](char const* option, CallParty const& party) {
+        command += fmt::format(" {} {}", option, ShellWord(AddressTextOf(party)));
+        if (needsTypes)
+            command += fmt::format(" {}-type {}", option, CallTypeName(party.type));
+    };
+    add("--from", call.caller);
+    add("--to", call.called);
+    return command;
 }
 
 nlohmann::ordered_json CallToJson(ExampleCall const& call) {
@@ -58,6 +98,8 @@ std::string DecisionText(RuleList const& list, std::optional<std::size_t> place)
     if (!place)
         return "not recorded";
     Rule const& rule = list[*place];
+    if (Forbids(rule))
+        return fmt::format("not recorded: rule {} says never", rule.callrecordingrule_id);
     auto const part = [](char const* name, std::string const& text) {
         return text.empty() ? "" : fmt::format(", {}{}", name, text);
     };
@@ -65,6 +107,25 @@ std::string DecisionText(RuleList const& list, std::optional<std::size_t> place)
                                  static_cast<int>(rule.call_recording_type),
                                  part("to ", rule.record_to),
                                  part("duration ", rule.recording_duration)));
+}
+
+nlohmann::ordered_json PatternsToJson(CallPatterns const& calls) {
+    auto patterns = nlohmann::ordered_json::array();
+    for (CallPattern const& pattern : calls.patterns)
+        patterns.push_back({{"from", ToJson(pattern.caller)}, {"to", ToJson(pattern.called)}});
+    return patterns;
+}
+
+nlohmann::ordered_json CallsToJson(std::vector<ExampleCall> const& calls) {
+    auto json = nlohmann::ordered_json::array();
+    for (ExampleCall const& call : calls)
+        json.push_back(CallToJson(call));
+    return json;
+}
+
+void PrintPatterns(CallPatterns const& calls) {
+    for (CallPattern const& pattern : calls.patterns)
+        fmt::print("  from {} to {}\n", PatternText(pattern.caller), PatternText(pattern.called));
 }
 
 } // namespace callrecordingctl

@@ -18,6 +18,10 @@ namespace callrecordingctl {
 /// "from 201 to sip alice@pbx"; the call type is named unless it is number.
 std::string CallText(ExampleCall const& call);
 
+/// The command that asks decide about this very call: with types where an address alone would be
+/// read as another call.
+std::string DecideCommand(ExampleCall const& call, CallKind calls);
+
 nlohmann::ordered_json CallToJson(ExampleCall const& call);
 
 /// The identifiers of the rules at places, as a JSON array.
@@ -31,6 +35,12 @@ nlohmann::ordered_json DifferencesToJson(std::vector<Difference> const& differen
 
 /// How list decides: recorded by which rule and how, or not recorded.
 std::string DecisionText(RuleList const& list, std::optional<std::size_t> place);
+
+/// The patterns that cover exactly a set of calls, a line each.
+void PrintPatterns(CallPatterns const& calls);
+nlohmann::ordered_json PatternsToJson(CallPatterns const& calls);
+
+nlohmann::ordered_json CallsToJson(std::vector<ExampleCall> const& calls);
 
 } // namespace callrecordingctl
 

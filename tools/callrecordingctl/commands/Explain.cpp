@@ -1,0 +1,154 @@
+// explain: says which calls a rule decides, which rules take others from it, and what would change
+// without it.
+
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "CommandLine.h"
+#include "Rules.h"
+#include "administration/check/Reasons.h"
+#include "commands/AnalysisOptions.h"
+#include "commands/Registry.h"
+#include "output/CallText.h"
+#include "output/ComparisonText.h"
+#include "output/LossText.h"
+#include "output/RuleText.h"
+
+namespace callrecordingctl {
+namespace {
+
+constexpr char kHelp[] =
+    R"(Lists the calls that the rule decides, as patterns where up to 200 patterns cover
+exactly these calls, else an example. Then the earlier rules that take calls
+from it, with a call for each and what becomes of it. Then which calls would be
+decided differently if the rule were switched off, or stood first.
+Exit status: 0 it decides calls, 1 it never does, 6 undecided.
+"example" is the short form.
+Example: callrecordingctl explain 7
+)";
+
+struct Options {
+    RuleName rule;
+    AnalysisOptions analysis;
+};
+
+class Explainer {
+  public:
+    Explainer(RuleList const& rules, std::size_t place, CallKind calls,
+              Explanation const& explanation)
+        : rules_(rules), place_(place), calls_(calls), explanation_(explanation) {}
+
+    void Print() const {
+        fmt::print("rule {}: {}\n", rules_[place_].callrecordingrule_id, SidesText(rules_[place_]));
+        PrintDecided();
+        PrintLosses();
+        PrintChanges(explanation_.ifGone, "without it,");
+        PrintChanges(explanation_.ifFirst, "if it stood first,");
+    }
+
+    nlohmann::ordered_json ToJson() const {
+        RuleReport const& report = explanation_.report;
+        nlohmann::ordered_json decides;
+        if (explanation_.decides.areExact || DecidesNothing())
+            decides = {{"patterns", PatternsToJson(explanation_.decides)}};
+        else
+            decides = {{"examples", report.call ? CallsToJson({*report.call})
+                                                : nlohmann::ordered_json::array()}};
+        auto loses = nlohmann::ordered_json::array();
+        for (Explanation::Loss const& loss : explanation_.losses)
+            loses.push_back(LossToJson(rules_, place_, loss.taker, loss.call));
+        return {{"callrecordingrule_id", rules_[place_].callrecordingrule_id},
+                {"position", place_ + 1},
+                {"calls", CallsName(calls_)},
+                {"decides", decides},
+                {"loses", loses},
+                {"loses_complete", explanation_.areLossesComplete},
+                {"without", ComparisonToJson(explanation_.ifGone, rules_, rules_)},
+                {"as_first", ComparisonToJson(explanation_.ifFirst, rules_, rules_)}};
+    }
+
+  private:
+    bool DecidesNothing() const {
+        RuleReport::Standing const standing = explanation_.report.standing;
+        return standing != RuleReport::kDecides && standing != RuleReport::kUndecided;
+    }
+
+    void PrintDecided() const {
+        RuleReport const& report = explanation_.report;
+        if (report.standing == RuleReport::kOff) {
+            fmt::print("it is off, and decides no call\n");
+        } else if (report.standing == RuleReport::kUndecided) {
+            fmt::print("{}\n", WhyItDecidesNothing(report, rules_));
+        } else if (report.standing != RuleReport::kDecides) {
+            fmt::print("it {}\n", WhyItDecidesNothing(report, rules_));
+        } else if (explanation_.decides.areExact) {
+            fmt::print("it decides exactly these calls:\n");
+            PrintPatterns(explanation_.decides);
+        } else {
+            fmt::print("no patterns were found that cover exactly the calls that it decides; an "
+                       "example:\n  {}\n",
+                       CallText(*report.call));
+        }
+    }
+
+    void PrintLosses() const {
+        if (!explanation_.losses.empty())
+            fmt::print("earlier rules take calls from it, of which these are examples:\n");
+        for (Explanation::Loss const& loss : explanation_.losses)
+            fmt::print("  {}\n", LossText(rules_, place_, loss.taker, loss.call));
+        if (!explanation_.areLossesComplete)
+            fmt::print("{} earlier rules may take calls from it\n",
+                       explanation_.losses.empty() ? "some" : "more");
+    }
+
+    void PrintChanges(Comparison const& comparison, char const* when) const {
+        if (comparison.same == true)
+            fmt::print("{} no call would be decided differently\n", when);
+        if (!comparison.differences.empty())
+            fmt::print("{} calls would be decided differently; one for each pair of rules:\n",
+                       when);
+        for (Difference const& difference : comparison.differences)
+            fmt::print("  {}\n    now {}\n    then {}\n", CallText(difference.call),
+                       DecisionText(rules_, difference.here),
+                       DecisionText(rules_, difference.there));
+        if (IsIncomplete(comparison))
+            fmt::print("{} whether {}calls would be decided differently is undecided: {}\n", when,
+                       comparison.differences.empty() ? "" : "further ",
+                       WhyIncomplete(comparison, rules_, rules_));
+    }
+
+    RuleList const& rules_;
+    std::size_t const place_;
+    CallKind const calls_;
+    Explanation const& explanation_;
+};
+
+ExitCode Explain(Context const& context, Options const& options) {
+    RuleList const rules = LoadRules(context.path);
+    NoteMalformed(rules);
+    std::size_t const place = FindRule(rules, options.rule);
+    auto const& [calls, memory] = options.analysis;
+    Explanation const explanation = RuleAnalysis(rules, memory, calls).Explain(place);
+    Explainer const explainer(rules, place, calls, explanation);
+    if (context.json)
+        PrintJson(explainer.ToJson());
+    else
+        explainer.Print();
+    if (explanation.report.standing == RuleReport::kUndecided)
+        return kExitUndecided;
+    return explanation.report.standing == RuleReport::kDecides ? kExitYes : kExitNo;
+}
+
+} // namespace
+
+void AddExplain(CommandLine& line) {
+    auto const options = std::make_shared<Options>();
+    CLI::App& explain =
+        line.AddCommand("explain", "Say which calls a rule decides, loses and is needed for", kHelp,
+                        [options](Context const& context) { return Explain(context, *options); });
+    AddRuleName(explain, options->rule);
+    AddAnalysis(explain, options->analysis);
+}
+
+} // namespace callrecordingctl

@@ -1,0 +1,31 @@
+// Certificates: what somebody needs to check proofs about the rules of a file without this program.
+// examples/check_proof.py does.
+
+#ifndef CALLRECORDINGCTL_OUTPUT_CERTIFICATE_H
+#define CALLRECORDINGCTL_OUTPUT_CERTIFICATE_H
+
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "Names.h"
+#include "administration/check/FileFindings.h"
+#include "analysis/RuleAnalysis.h"
+
+namespace callrecordingctl {
+
+/// A certificate without proofs, for the rule file with this SHA-256 digest.
+nlohmann::ordered_json EmptyCertificate(std::string const& digest, CallKind calls);
+
+/// The rules that prove a claim, by their positions.
+nlohmann::ordered_json ProofToJson(Proof const& proof);
+
+/// The rules that never decide, of which findings says so, each with those that take its calls.
+nlohmann::ordered_json HiddenToJson(std::vector<FileFinding> const& findings);
+
+/// Writes a certificate to a new file. Throws a Failure, also when there is a file at path already.
+void WriteCertificate(std::string const& path, nlohmann::ordered_json const& certificate);
+
+} // namespace callrecordingctl
+
+#endif
