@@ -309,7 +309,7 @@ void AddFileOptions(CLI::App& check, Options& options) {
     CLI::Option* const notes = check.add_flag("--notes", options.notes, "Show the notes as well");
     check.add_flag("--quiet", options.quiet, "Print nothing about a file; the exit status tells")
         ->excludes(notes);
-    AddText(
+    CLI::Option* const certificate = AddText(
         check, "--certificate", "FILE",
         "Write which rules of the file never decide to\na new file, for examples/check_proof.py",
         [&options](std::string const& text) { options.certificate = text; });
@@ -318,6 +318,7 @@ void AddFileOptions(CLI::App& check, Options& options) {
                                             "being decided differently");
     check.add_flag("--dry-run", options.edit.dryRun, "With --fix: only say what would be deleted")
         ->needs(fix);
+    fix->excludes(certificate);
 }
 
 } // namespace
