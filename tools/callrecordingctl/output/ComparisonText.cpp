@@ -46,7 +46,7 @@ void PrintCallChanges(Comparison const& comparison, RuleList const& before, Rule
     std::size_t shown = 0;
     for (auto const& [call, here, there] : comparison.differences)
         if (++shown <= kMost)
-            fmt::print("dry run: the call {}\n  is now {}\n  would be {}\n", CallText(call),
+            fmt::print("dry run: the call {}\n  now: {}\n  then: {}\n", CallText(call),
                        DecisionText(before, here), DecisionText(after, there));
     if (shown > kMost)
         fmt::print("dry run: and a call for each of {} more pairs of rules\n", shown - kMost);
