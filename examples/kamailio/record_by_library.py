@@ -1,7 +1,7 @@
 """Decides about each new call with the library, in Kamailio's own processes. kamailio.cfg calls decide().
 
-QUVA_PATH names another configuration directory than /etc/quva-conf/, CALLRECORDINGUTILS_LIBRARY another library than
-the installed one.
+The environment variable QUVA_PATH, with a slash at its end, names another configuration directory than /etc/quva-conf/;
+CALLRECORDINGUTILS_LIBRARY names another library than the installed one.
 """
 
 import ctypes

@@ -59,7 +59,7 @@ class Proxy(Exchange):
         arguments += [part for name in defines for part in ('-A', name)]
         self.start('kamailio', 'kamailio', '-DD', '-E', '-f', EXAMPLE / 'kamailio.cfg', '-Y', self.folder, *arguments,
                    env={'PATH': '/usr/sbin:/usr/bin:/sbin:/bin', 'CALLRECORDINGD_SOCKET': str(self.folder / 'callrecordingd.sock'),
-                        'QUVA_PATH': str(self.folder), 'CALLRECORDINGUTILS_LIBRARY': str(LIBRARY),
+                        'QUVA_PATH': f'{self.folder}/', 'CALLRECORDINGUTILS_LIBRARY': str(LIBRARY),
                         'PYTHONDONTWRITEBYTECODE': '1'})
         eventually('Kamailio is up', lambda: len(self.counts()) == 3)
 
@@ -91,7 +91,7 @@ class Proxy(Exchange):
             fail('a call did not go through')
         time.sleep(.3)  # rtpengine writes the metadata after the call.
         recorded = self.recorded()
-        for number, (metadata, flows) in recorded.items():
+        for number, (_, flows) in recorded.items():
             if len(flows) != 2 or flows[0] < milliseconds / 20 * .4:
                 fail(f'call {calls[number]}: packets of each direction: {flows}')
         return [int(recorded[number][0]['rule']) if number in recorded else None for number in range(len(calls))]
@@ -126,9 +126,22 @@ def check_untrusted_peer(proxy):
 
 
 def check_durations(proxy):
-    proxy.edit('add', '--from', '701', '--to', '702', '--record-to', 'a|b c', '--duration', '1', '--description', 'x=y ü')
+    """Of two calls of 5 seconds one may be recorded for a second, the other for a duration that is no number."""
+    odd_text = 'a|b c; record-call=off %41 "ü" $ru'
+    proxy.edit('add', '--from', '701', '--to', '702', '--record-to', odd_text, '--duration', '1', '--description', odd_text)
     proxy.edit('add', '--from', '703', '--to', '704', '--record-to', 'a', '--duration', 'soon', '--description', 'b')
-    proxy.rules_of([('701', '702', None, FROM_HEADER_ONLY), ('703', '704', None, FROM_HEADER_ONLY)], milliseconds=5000)
+    calls = [('701', '702', None, FROM_HEADER_ONLY), ('703', '704', None, FROM_HEADER_ONLY)]
+    if not proxy.call(proxy.port, calls, 5000):
+        fail('a call did not go through')
+    time.sleep(.3)
+    recorded = proxy.recorded()
+    limited, unlimited = (recorded[number][1] for number in (0, 1))
+    if not (len(limited) == len(unlimited) == 2 and 40 <= limited[0] <= limited[1] <= 170 and unlimited[0] >= 200):
+        fail(f'packets of a second: {limited}, of all 5 seconds: {unlimited}')
+    metadata = recorded[0][0]
+    expect('odd texts', (metadata['to'], metadata['about']), (odd_text, odd_text))
+    expect('a warning', "the duration 'soon' is not a number of seconds" in proxy.log('kamailio'), True)
+    print(f'ok      a duration of 1 second records {limited} packets, "soon" {unlimited} and a warning', flush=True)
 
 
 def check_changes(proxy):
@@ -175,15 +188,7 @@ def check_outages(proxy, calls):
     print('ok      decided again once the service is back', flush=True)
 
 
-def check_quick():
-    with Proxy() as proxy:
-        proxy.start_service(SERVICE)
-        proxy.start_proxy('record_by_service.py')
-        check_calls(proxy, CALLS[:6] + IDENTIFIED_CALLS)
-        check_outages(proxy, [RECORDED_CALL, OTHER_CALL])
-
-
-def check_all():
+def check_by_service():
     with Proxy() as proxy:
         proxy.start_service(SERVICE)
         proxy.start_proxy('record_by_service.py')
@@ -194,7 +199,32 @@ def check_all():
         check_outages(proxy, [RECORDED_CALL, OTHER_CALL] * 4)
 
 
-if '--quick' in sys.argv:
-    check_quick()
-else:
-    check_all()
+def check_by_library():
+    with Proxy() as proxy:
+        proxy.start_proxy('record_by_library.py')
+        check_calls(proxy, CALLS + IDENTIFIED_CALLS)
+        check_changes(proxy)
+
+
+def check_fail_closed():
+    with Proxy() as proxy:
+        proxy.start_proxy('record_by_service.py', 'FAIL_CLOSED')
+        expect('calls without a decision, failing closed', proxy.call(proxy.port, [RECORDED_CALL]), False)
+        expect('counts', proxy.counts(), {'recorded': 0, 'not_recorded': 0, 'undecided': 1})
+        proxy.start_service(SERVICE)
+        time.sleep(1.1)
+        proxy.expect_decided('with the service, failing closed', [RECORDED_CALL, OTHER_CALL])
+        print('ok      failing closed, a call without a decision is refused', flush=True)
+
+
+def check_quickly():
+    with Proxy() as proxy:
+        proxy.start_service(SERVICE)
+        proxy.start_proxy('record_by_service.py')
+        check_calls(proxy, CALLS[:6] + IDENTIFIED_CALLS)
+        check_outages(proxy, [RECORDED_CALL, OTHER_CALL])
+
+
+for check in [check_quickly] if '--quick' in sys.argv else [check_by_service, check_by_library, check_fail_closed]:
+    print(check.__name__.replace('_', ' '), flush=True)
+    check()

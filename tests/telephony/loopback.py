@@ -40,7 +40,7 @@ class Exchange:
         (self.folder / 'telephony').mkdir()
         self.rules = self.folder / 'telephony/callrecordingdb'
         shutil.copy(SAMPLE, self.rules)
-        (self.folder / 'silence.pcma').write_bytes(b'\xd5' * 8000)
+        (self.folder / 'silence.pcma').write_bytes(b'\xd5' * 8000 * 60)
         return self
 
     def __exit__(self, kind, error, trace):
