@@ -65,7 +65,7 @@ class Switch(Exchange):
         (configuration / 'rtp.conf').write_text(f'[general]\nrtpstart={media}\nrtpend={media + 199}\n')
         shutil.rmtree(RECORDINGS, ignore_errors=True)
         self.start_called_side(called)
-        self.start('asterisk', 'chroot', root, 'asterisk', '-f', '-n', '-vv')
+        self.start('asterisk', 'chroot', root, 'asterisk', '-f', '-n', '-vvvv')
         eventually('Asterisk is up', lambda: 'calls' in self.command('dialplan show calls') and
                    f':{self.port}' in self.command('pjsip show transports'), 30)
 
