@@ -46,11 +46,12 @@ class Service:
             except ConnectionError:  # The service has closed the kept connection, or was started again.
                 self.disconnect()
         self.connection = socket.socket(socket.AF_UNIX)
-        self.connection.settimeout(DEADLINE)
+        self.wait_until(deadline)
         self.connection.connect(PATH)
         return self.exchange(path, deadline)
 
     def exchange(self, path, deadline):
+        self.wait_until(deadline)
         self.connection.sendall(f"GET {path} HTTP/1.1\r\nHost: localhost\r\n\r\n".encode())
         answer = b""
         while b"\r\n\r\n" not in answer:
@@ -67,8 +68,14 @@ class Service:
             self.disconnect()
         return int(status.split()[1]), body
 
+    def wait_until(self, deadline):
+        left = deadline - time.monotonic()
+        if left <= 0:
+            raise TimeoutError("timed out")
+        self.connection.settimeout(left)
+
     def receive(self, deadline):
-        self.connection.settimeout(max(deadline - time.monotonic(), 0.0001))
+        self.wait_until(deadline)
         received = self.connection.recv(65536)
         if not received:
             raise ConnectionResetError("the connection was closed")

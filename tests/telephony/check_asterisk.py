@@ -105,7 +105,6 @@ with Switch() as switch:
     listening = f'127.0.0.1:{free_port()}'
     switch.start_service(SERVICE, '--listen', listening)
     switch.start_switch(listening)
-    # Asterisk hides no host: the caller whose identity is asserted is whoever its channel says.
     calls = CALLS + IDENTIFIED_CALLS
     count = switch.expect_rules('rules of the calls', calls)
     expect('undecided calls', switch.undecided(), 0)
@@ -115,8 +114,13 @@ with Switch() as switch:
     switch.rules.write_text(whole.replace('recording_duration=3600', 'recording_duration=2', 1))
     time.sleep(.3)
     limited = switch.rules_and_seconds([RECORDED_CALL], 6000)[0]
-    if limited[0] != 3 or not 1.5 <= limited[1] <= 3.5:
-        fail(f'a call of 6 seconds under a rule of 2: rule and seconds: {limited}')
+    switch.rules.write_text(whole.replace('recording_duration=3600', 'recording_duration=soon', 1))
+    time.sleep(.3)
+    unlimited = switch.rules_and_seconds([RECORDED_CALL], 4000)[0]
+    switch.rules.write_text(whole)
+    expect('a warning', 'the duration of rule 3 is not a number of seconds' in switch.log('asterisk'), True)
+    if limited[0] != 3 or not 1.5 <= limited[1] <= 3.5 or unlimited[1] < 3:
+        fail(f'a call of 6 seconds under a rule of 2: rule and seconds: {limited}; without a limit: {unlimited}')
     print(f'ok      a duration of 2 seconds records {limited[1]:.1f} of 6 seconds', flush=True)
 
     switch.service.send_signal(signal.SIGSTOP)
