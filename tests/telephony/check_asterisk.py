@@ -47,8 +47,16 @@ disallow=all
 allow=alaw
 direct_media=no
 '''
-MODULES = '[modules]\nautoload=yes\n' + ''.join(
-    f'noload=chan_{name}.so\n' for name in ('sip', 'skinny', 'unistim', 'iax2', 'mgcp', 'dahdi')) + 'noload=pbx_dundi.so\n'
+MODULES = '''[modules]
+autoload=yes
+noload=chan_sip.so
+noload=chan_skinny.so
+noload=chan_unistim.so
+noload=chan_iax2.so
+noload=chan_mgcp.so
+noload=chan_dahdi.so
+noload=pbx_dundi.so
+'''
 
 
 class Switch(Exchange):
@@ -90,7 +98,8 @@ class Switch(Exchange):
                 found.append((None, 0))
                 continue
             with wave.open(str(files[0])) as sound:
-                found.append((int(re.match(r'rule(\d+)-', files[0].name)[1]), sound.getnframes() / sound.getframerate()))
+                rule = int(re.match(r'rule(\d+)-', files[0].name)[1])
+                found.append((rule, sound.getnframes() / sound.getframerate()))
         return found
 
     def expect_rules(self, what, calls):

@@ -58,8 +58,8 @@ class Proxy(Exchange):
         arguments = [part for name, value in settings.items() for part in ('-A', f'{name}={value}')]
         arguments += [part for name in defines for part in ('-A', name)]
         self.start('kamailio', 'kamailio', '-DD', '-E', '-f', EXAMPLE / 'kamailio.cfg', '-Y', self.folder, *arguments,
-                   env={'PATH': '/usr/sbin:/usr/bin:/sbin:/bin', 'CALLRECORDINGD_SOCKET': str(self.folder / 'callrecordingd.sock'),
-                        'QUVA_PATH': f'{self.folder}/', 'CALLRECORDINGUTILS_LIBRARY': str(LIBRARY),
+                   env={'PATH': '/usr/sbin:/usr/bin:/sbin:/bin', 'QUVA_PATH': f'{self.folder}/', 'CALLRECORDINGUTILS_LIBRARY': str(LIBRARY),
+                        'CALLRECORDINGD_SOCKET': str(self.folder / 'callrecordingd.sock'),
                         'PYTHONDONTWRITEBYTECODE': '1'})
         eventually('Kamailio is up', lambda: len(self.counts()) == 3)
 
@@ -128,8 +128,9 @@ def check_untrusted_peer(proxy):
 def check_durations(proxy):
     """Of two calls of 5 seconds one may be recorded for a second, the other for a duration that is no number."""
     odd_text = 'a|b c; record-call=off %41 "ü" $ru'
-    proxy.edit('add', '--from', '701', '--to', '702', '--record-to', odd_text, '--duration', '1', '--description', odd_text)
-    proxy.edit('add', '--from', '703', '--to', '704', '--record-to', 'a', '--duration', 'soon', '--description', 'b')
+    for caller, called, text, duration in [('701', '702', odd_text, '1'), ('703', '704', 'plain', 'soon')]:
+        proxy.edit('add', '--from', caller, '--to', called, '--record-to', text, '--description', text,
+                   '--duration', duration)
     calls = [('701', '702', None, FROM_HEADER_ONLY), ('703', '704', None, FROM_HEADER_ONLY)]
     proxy.forget_recordings()
     if not proxy.call(proxy.port, calls, 5000):
