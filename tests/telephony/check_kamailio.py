@@ -58,7 +58,8 @@ class Proxy(Exchange):
         arguments = [part for name, value in settings.items() for part in ('-A', f'{name}={value}')]
         arguments += [part for name in defines for part in ('-A', name)]
         self.start('kamailio', 'kamailio', '-DD', '-E', '-f', EXAMPLE / 'kamailio.cfg', '-Y', self.folder, *arguments,
-                   env={'PATH': '/usr/sbin:/usr/bin:/sbin:/bin', 'QUVA_PATH': f'{self.folder}/', 'CALLRECORDINGUTILS_LIBRARY': str(LIBRARY),
+                   env={'PATH': '/usr/sbin:/usr/bin:/sbin:/bin', 'QUVA_PATH': f'{self.folder}/',
+                        'CALLRECORDINGUTILS_LIBRARY': str(LIBRARY),
                         'CALLRECORDINGD_SOCKET': str(self.folder / 'callrecordingd.sock'),
                         'PYTHONDONTWRITEBYTECODE': '1'})
         eventually('Kamailio is up', lambda: len(self.counts()) == 3)
