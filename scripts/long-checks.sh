@@ -14,7 +14,7 @@ for toolchain in cmake/toolchains/*.cmake; do
     name=$(basename "$toolchain" .cmake)
     [ "$name" = debian ] || architectures+=("$name")
 done
-names=("${architectures[@]}" valgrind tidy clang trixie fuzzing)
+names=("${architectures[@]}" valgrind tidy clang trixie fuzzing telephony asterisk)
 
 valgrind() {
     scripts/install-packages.sh valgrind
@@ -40,6 +40,19 @@ trixie() {
 
 fuzzing() {
     scripts/fuzz.sh 1200
+}
+
+telephony() {
+    scripts/build.sh "$work/telephony" -DCMAKE_BUILD_TYPE=Release -DCALLRECORDINGUTILS_BUILD_TESTS=OFF &&
+        scripts/check-telephony.sh "$work/telephony"
+}
+
+# Debian 12 has no Asterisk.
+asterisk() {
+    scripts/install-packages.sh python3 sip-tester
+    scripts/build.sh "$work/telephony" -DCMAKE_BUILD_TYPE=Release -DCALLRECORDINGUTILS_BUILD_TESTS=OFF &&
+        scripts/in-debian.sh bullseye "$work/bullseye" scripts/install-packages.sh asterisk &&
+        timeout 600 python3 tests/telephony/check_asterisk.py "$work/telephony" "$work/bullseye"
 }
 
 is_in() { # NAME NAME...: the first is one of the others.
