@@ -62,8 +62,7 @@ bool IsForThisHost(MHD_Connection* connection) {
 /// A request that the worker answers.
 struct HttpServer::Exchange {
     Request request;
-    Response response{};
-    bool isDone = false; // Written before the connection goes on, and read after that.
+    Response response{}; // Written before the connection is resumed, and read after that.
 };
 
 HttpServer::HttpServer(Service& service) : service_(service), worker_([this] { Work(); }) {}
@@ -92,8 +91,8 @@ MHD_Result HttpServer::Handle(void* self, MHD_Connection* connection, char const
     auto& server = *static_cast<HttpServer*>(self);
     try {
         if (*context != nullptr) { // The worker is done with it.
-            auto const& exchange = *static_cast<std::shared_ptr<Exchange>*>(*context);
-            return Queue(connection, exchange->response, server.isDraining_);
+            auto const& exchange = *static_cast<Exchange const*>(*context);
+            return Queue(connection, exchange.response, server.isDraining_);
         }
         Request request{method, url, {}};
         MHD_get_connection_values_n(connection, MHD_GET_ARGUMENT_KIND, AddArgument, &request);
@@ -102,12 +101,15 @@ MHD_Result HttpServer::Handle(void* self, MHD_Connection* connection, char const
                          {421, "text/plain", "this service answers for localhost only\n"}, true);
         if (!Service::IsSlow(request.path))
             return Queue(connection, server.service_.Respond(request), server.isDraining_);
-        auto const exchange = std::make_shared<Exchange>();
+        auto exchange = std::make_unique<Exchange>();
         exchange->request = std::move(request);
-        if (!server.HandOver(connection, exchange))
-            return Queue(connection, {503, "text/plain", "too many pages are asked for at once\n"},
+        if (!server.HandOver(connection, *exchange))
+            return Queue(connection,
+                         {503, "text/plain",
+                          server.isDraining_ ? "the service is stopping\n"
+                                             : "too many pages are asked for at once\n"},
                          true);
-        *context = new std::shared_ptr<Exchange>(exchange);
+        *context = exchange.release(); // Complete deletes it.
         return MHD_YES;
     } catch (std::exception const&) { // No memory: this connection ends, and the service goes on.
         return MHD_NO;
@@ -115,15 +117,15 @@ MHD_Result HttpServer::Handle(void* self, MHD_Connection* connection, char const
 }
 
 void HttpServer::Complete(void*, MHD_Connection*, void** context, MHD_RequestTerminationCode) {
-    delete static_cast<std::shared_ptr<Exchange>*>(*context);
+    delete static_cast<Exchange*>(*context);
     *context = nullptr;
 }
 
-bool HttpServer::HandOver(MHD_Connection* connection, std::shared_ptr<Exchange> const& exchange) {
+bool HttpServer::HandOver(MHD_Connection* connection, Exchange& exchange) {
     std::lock_guard<std::mutex> const lock(mutex_);
     if (isStopping_ || waiting_.size() >= kMostWaiting)
         return false;
-    waiting_.emplace_back(connection, exchange);
+    waiting_.emplace_back(connection, &exchange);
     MHD_suspend_connection(connection);
     changed_.notify_one();
     return true;

@@ -39,7 +39,7 @@ class HttpServer {
                              std::size_t* size, void** context);
     static void Complete(void* server, MHD_Connection* connection, void** context,
                          MHD_RequestTerminationCode code);
-    bool HandOver(MHD_Connection* connection, std::shared_ptr<Exchange> const& exchange);
+    bool HandOver(MHD_Connection* connection, Exchange& exchange);
     void Work();
 
     Service& service_;
@@ -47,7 +47,7 @@ class HttpServer {
     std::atomic<bool> isDraining_{false};
     std::mutex mutex_; // Guards what follows.
     std::condition_variable changed_;
-    std::deque<std::pair<MHD_Connection*, std::shared_ptr<Exchange>>> waiting_;
+    std::deque<std::pair<MHD_Connection*, Exchange*>> waiting_;
     bool isStopping_ = false;
     std::thread worker_;
 };

@@ -37,17 +37,19 @@ class Service {
 
     Response Respond(Request const& request);
 
-    /// Whether Respond may take longer than an answer about a call may be held up.
-    static bool IsSlow(std::string_view path) { return path == "/" || path == "/rules"; }
+    /// Whether Respond may take so long that answers about calls would have to wait.
+    static bool IsSlow(std::string_view path) { return path != "/decide" && path != "/healthz"; }
 
   private:
     Response RespondToDecide(Request const& request);
+    Response State() const;
     Response Rules() const;
     Response Page(Request const& request);
 
     LiveRules const& rules_;
     AnswerFile* answers_;
     AnswerCounts counts_;
+    std::int64_t const started_;
     StatusPage page_;
 };
 

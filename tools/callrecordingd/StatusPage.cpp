@@ -72,8 +72,7 @@ class Page {
                                                     Grouped(now_->texts.size())));
         Fact("Loaded", TimeText(history.lastTime));
         Fact("Loads",
-             fmt::format("{}, of which {} failed; the last failure: {}", Grouped(history.loads),
-                         Grouped(history.failedLoads), TimeText(history.lastFailedTime)));
+             fmt::format("{}, {} failed", Grouped(history.loads), Grouped(history.failedLoads)));
         Fact("Service", "started " + TimeText(started));
         Add("</dl>");
         if (!history.lastFailure.empty())
@@ -121,6 +120,14 @@ class Page {
         for (CallRecordingRuleParams const& rule : now_->loaded->rules.Rules())
             AddRule(++position, rule, most);
         Add("</tbody></table>");
+    }
+
+    void Loads() {
+        Add("<h2>The last loads</h2>\n<ul id=\"loads\">");
+        for (LoadAttempt const& load : rules_.History().latest)
+            Add(fmt::format("<li{}>{}: {}</li>", load.hasFailed ? " class=\"warning\"" : "",
+                            TimeText(load.time), Escaped(load.notice)));
+        Add("</ul>");
     }
 
     template <typename Findings>
@@ -218,8 +225,8 @@ class Page {
 
 } // namespace
 
-StatusPage::StatusPage(LiveRules const& rules, AnswerCounts const& counts)
-    : rules_(rules), counts_(counts), started_(std::time(nullptr)) {}
+StatusPage::StatusPage(LiveRules const& rules, AnswerCounts const& counts, std::int64_t started)
+    : rules_(rules), counts_(counts), started_(started) {}
 
 StatusPage::Findings StatusPage::FindingsOf(std::string const& digest) {
     std::lock_guard<std::mutex> const lock(mutex_);
@@ -246,6 +253,7 @@ std::string StatusPage::Html(std::optional<Question> const& tried) {
     auto const now = rules_.Now();
     bool const isCurrent = now != nullptr && rules_.History().lastFailure.empty();
     page.Check(FindingsOf(isCurrent ? now->loaded->digest : ""));
+    page.Loads();
     return page.End();
 }
 

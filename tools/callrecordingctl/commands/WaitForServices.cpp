@@ -1,0 +1,82 @@
+// Asks the services again and again until they have the new rules, or a second has passed.
+
+#include "commands/WaitForServices.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "commands/ServiceState.h"
+
+namespace callrecordingctl {
+namespace {
+
+using namespace std::chrono_literals;
+using Services = std::vector<AskedService>;
+using Deadline = std::chrono::steady_clock::time_point;
+
+/// What is still to be waited for.
+bool IsBehind(ServiceState state) {
+    return state == ServiceState::Old || state == ServiceState::NoRules;
+}
+
+/// Leaves out the sockets of services that have ended, and services with another rule file.
+Services AskAbout(std::string const& path, std::string const& digest, Deadline deadline) {
+    Services services = AskServices(ServiceSockets(), deadline);
+    auto const isForeign = [&](AskedService const& service) {
+        return !service.isListening || StateOf(service, path, digest) == ServiceState::OtherFile;
+    };
+    services.erase(std::remove_if(services.begin(), services.end(), isForeign), services.end());
+    return services;
+}
+
+std::string Sentence(AskedService const& service, ServiceState state) {
+    switch (state) {
+    case ServiceState::Current: return "decides by the new rules";
+    case ServiceState::NoRules: return "has no rules: " + service.report->lastLoad;
+    case ServiceState::Silent: return "does not say which rules it decides by: " + service.problem;
+    default: break;
+    }
+    return "still decides by other rules" +
+           (service.report->hasLastLoadFailed ? ": " + service.report->lastLoad : "");
+}
+
+std::string Note(Services const& services, std::string const& path, std::string const& digest) {
+    std::string note;
+    for (AskedService const& service : services)
+        note += fmt::format("{}the service at {} {}", note.empty() ? "note: " : "; ",
+                            service.socket, Sentence(service, StateOf(service, path, digest)));
+    return note;
+}
+
+} // namespace
+
+std::optional<std::string> WhoDecidesByThem(std::string const& path) {
+    try {
+        auto const deadline = std::chrono::steady_clock::now() + 1s;
+        for (;;) {
+            std::string const digest = DigestOfFile(path);
+            Services const services = AskAbout(path, digest, deadline);
+            bool const isAnyBehind = std::any_of(
+                services.begin(), services.end(),
+                [&](AskedService const& service) {
+                    return IsBehind(StateOf(service, path, digest));
+                });
+            bool const doAllKeepSilent =
+                std::none_of(services.begin(), services.end(),
+                             [](AskedService const& service) { return service.report; });
+            if (doAllKeepSilent)
+                return std::nullopt;
+            if (!isAnyBehind || std::chrono::steady_clock::now() + 20ms > deadline)
+                return Note(services, path, digest);
+            std::this_thread::sleep_for(20ms);
+        }
+    } catch (std::exception const&) {
+        return std::nullopt; // The edit has been saved; the general note is true without services.
+    }
+}
+
+} // namespace callrecordingctl
