@@ -18,11 +18,6 @@ using namespace std::chrono_literals;
 using Services = std::vector<AskedService>;
 using Deadline = std::chrono::steady_clock::time_point;
 
-/// What is still to be waited for.
-bool IsBehind(ServiceState state) {
-    return state == ServiceState::Old || state == ServiceState::NoRules;
-}
-
 /// Leaves out the sockets of services that have ended, and services with another rule file.
 Services AskAbout(std::string const& path, std::string const& digest, Deadline deadline) {
     Services services = AskServices(ServiceSockets(), deadline);
@@ -59,18 +54,16 @@ std::optional<std::string> WhoDecidesByThem(std::string const& path) {
         auto const deadline = std::chrono::steady_clock::now() + 1s;
         for (;;) {
             std::string const digest = DigestOfFile(path);
-            Services const services = AskAbout(path, digest, deadline);
-            bool const isAnyBehind = std::any_of(
-                services.begin(), services.end(),
-                [&](AskedService const& service) {
-                    return IsBehind(StateOf(service, path, digest));
-                });
-            bool const doAllKeepSilent =
-                std::none_of(services.begin(), services.end(),
-                             [](AskedService const& service) { return service.report; });
-            if (doAllKeepSilent)
+            // A service that hangs must not make the reports of the others old.
+            auto const now = std::chrono::steady_clock::now();
+            Services const services = AskAbout(path, digest, std::min(deadline, now + 200ms));
+            if (services.empty())
                 return std::nullopt;
-            if (!isAnyBehind || std::chrono::steady_clock::now() + 20ms > deadline)
+            bool const isDone =
+                std::all_of(services.begin(), services.end(), [&](AskedService const& service) {
+                    return StateOf(service, path, digest) == ServiceState::Current;
+                });
+            if (isDone || now + 250ms > deadline)
                 return Note(services, path, digest);
             std::this_thread::sleep_for(20ms);
         }
