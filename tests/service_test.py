@@ -129,8 +129,11 @@ def test_slow_clients(it):
         idle[-1].send(b'GET /dec')
     kept = Unix(it.path)
     begin = time.monotonic()
-    for _ in range(200):
-        expect('beside slow clients', it.get('/decide?from=1&to=112&format=text', kept)[0], 200)
+    connections = set()
+    for path in ['/decide?from=1&to=112&format=text', '/state'] * 100:
+        expect('beside slow clients', it.get(path, kept)[0], 200)
+        connections.add(kept.sock)
+    expect('one connection for all', len(connections), 1)
     expect('nobody is held up', time.monotonic() - begin < 5, True)
 
 

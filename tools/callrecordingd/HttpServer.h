@@ -39,6 +39,7 @@ class HttpServer {
                              std::size_t* size, void** context);
     static void Complete(void* server, MHD_Connection* connection, void** context,
                          MHD_RequestTerminationCode code);
+    MHD_Result Respond(MHD_Connection* connection, Exchange& exchange);
     bool HandOver(MHD_Connection* connection, Exchange& exchange);
     void Work();
 

@@ -122,7 +122,7 @@ Service::Service(LiveRules const& rules, AnswerFile* answers)
       page_(rules, counts_, started_) {}
 
 Response Service::Respond(Request const& request) {
-    if (request.method != "GET" && request.method != "HEAD")
+    if (!IsAllowed(request.method))
         return Error(kNotAllowed, "only GET is allowed: nothing can be changed here");
     try {
         if (request.path == "/decide")

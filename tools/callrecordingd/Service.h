@@ -24,8 +24,8 @@ struct Request {
 };
 
 struct Response {
-    unsigned status;
-    char const* type;
+    unsigned status = 0; ///< 0 until there is one.
+    char const* type = "";
     std::string body;
 };
 
@@ -36,6 +36,8 @@ class Service {
     Service(LiveRules const& rules, AnswerFile* answers);
 
     Response Respond(Request const& request);
+
+    static bool IsAllowed(std::string_view method) { return method == "GET" || method == "HEAD"; }
 
     /// Whether Respond may take so long that answers about calls would have to wait.
     static bool IsSlow(std::string_view path) { return path != "/decide" && path != "/healthz"; }
