@@ -11,7 +11,7 @@ namespace callrecordingd {
 namespace {
 
 constexpr unsigned kTimeoutSeconds = 30;
-constexpr unsigned kMostConnections = 30000;
+constexpr unsigned kMostConnections = 65536; // OpenConnections closes some before that.
 constexpr std::size_t kMostRequestBytes = std::size_t{16} * 1024;
 constexpr std::size_t kMostWaiting = 16; // Requests for pages; more are turned away.
 
@@ -77,7 +77,8 @@ void HttpServer::Listen(int socket) {
         Handle, this, MHD_OPTION_LISTEN_SOCKET, socket, MHD_OPTION_CONNECTION_TIMEOUT,
         kTimeoutSeconds, MHD_OPTION_CONNECTION_LIMIT, kMostConnections,
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, kMostRequestBytes, MHD_OPTION_NOTIFY_COMPLETED,
-        Complete, this, MHD_OPTION_END);
+        Complete, this, MHD_OPTION_NOTIFY_CONNECTION, OpenConnections::Notice, &connections_,
+        MHD_OPTION_END);
     if (daemon == nullptr) {
         close(socket);
         throw std::runtime_error("the HTTP server cannot be started");
@@ -91,6 +92,7 @@ MHD_Result HttpServer::Handle(void* self, MHD_Connection* connection, char const
     auto& server = *static_cast<HttpServer*>(self);
     try {
         if (*context == nullptr) {
+            server.connections_.Touch(connection);
             // libmicrohttpd closes a connection whose request is answered in the first call, before
             // its body is read: right for what is refused anyway.
             auto exchange = std::make_unique<Exchange>(Exchange{{method, url, {}}, {}});

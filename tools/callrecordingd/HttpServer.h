@@ -13,12 +13,14 @@
 
 #include <microhttpd.h>
 
+#include "OpenConnections.h"
 #include "Service.h"
 
 namespace callrecordingd {
 
 /// Answers on one thread for each socket, which never waits: not for a slow client, whose
-/// connection is closed after half a minute of silence, and not for a page, which the worker makes.
+/// connection is closed after half a minute of silence, or when it keeps others out, and not for a
+/// page, which the worker makes.
 class HttpServer {
   public:
     explicit HttpServer(Service& service);
@@ -44,6 +46,7 @@ class HttpServer {
     void Work();
 
     Service& service_;
+    OpenConnections connections_;
     std::vector<MHD_Daemon*> daemons_;
     std::atomic<bool> isDraining_{false};
     std::mutex mutex_; // Guards what follows.
