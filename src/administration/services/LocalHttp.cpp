@@ -1,6 +1,6 @@
 // Sends the request and reads the answer, without ever waiting longer than the deadline.
 
-#include "LocalHttp.h"
+#include "administration/services/LocalHttp.h"
 
 #include <algorithm>
 #include <cerrno>

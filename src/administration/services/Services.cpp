@@ -1,6 +1,6 @@
 // Finds services, asks them, and reads their answers.
 
-#include "Services.h"
+#include "administration/services/Services.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "LocalHttp.h"
+#include "administration/services/LocalHttp.h"
 
 namespace CallRecordingUtils {
 namespace {
