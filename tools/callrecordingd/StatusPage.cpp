@@ -93,7 +93,7 @@ class Page {
         Figure("recorded", recorded, "to be recorded");
         Figure("not-recorded", counts_.notRecorded, "that no rule records");
         Figure("forbidden", forbidden, "that a rule forbids to record");
-        Figure("undecided", counts_.undecided, "undecided: no rules were read");
+        Figure("undecided", counts_.undecided, "undecided, because no rules had been read");
         Add("</ul>");
     }
 
@@ -210,7 +210,9 @@ class Page {
         nearest.resize(std::min(nearest.size(), kMost));
         if (nearest.empty())
             return;
-        Add("<p>The rules before that which come nearest:</p><ul id=\"misses\">");
+        Add(end < rules.size() ? "<p>The rules before it that come nearest:</p>"
+                               : "<p>The rules that come nearest:</p>");
+        Add("<ul id=\"misses\">");
         for (auto const& [nearness, place] : nearest)
             Add(fmt::format("<li>{}: {}</li>", NameHtml(rules[place]),
                             Escaped(FitOf(rules[place], call).Reason())));
