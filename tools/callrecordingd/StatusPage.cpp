@@ -237,7 +237,7 @@ StatusPage::Findings StatusPage::FindingsOf(std::string const& digest) {
     constexpr std::size_t kMemory = std::size_t{64} << 20;
     Findings findings{digest, "", {}};
     try {
-        findings.list = FindFaults(ReadStoredRules(rules_.Path()), kMemory);
+        findings.list = FindFaults(ReadStoredRules(rules_.Path()), {CallKind::Parties, kMemory});
     } catch (std::exception const& error) {
         findings.failure = error.what();
         findings.digest.clear(); // To be tried again.
