@@ -6,7 +6,7 @@
 set -euo pipefail
 
 source=$(cd "$(dirname "$0")/.." && pwd)
-"$source/scripts/install-packages.sh" cmake fakeroot g++ lintian make man-db pkg-config
+"$source/scripts/install-packages.sh" cmake fakeroot g++ lintian make man-db pkg-config systemd
 packages=$(cd "$1" && pwd)
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -60,8 +60,18 @@ client_runs() {
 }
 
 manual_shows() {
-    MANROFFOPT=-ww man --warnings -E UTF-8 -l "$root/usr/share/man/man1/callrecordingctl.1.gz" >"$scratch/manual" &&
-        grep -q -- '--config-dir DIR' "$scratch/manual"
+    local program
+    for program in callrecordingctl callrecordingd; do
+        MANROFFOPT=-ww man --warnings -E UTF-8 -l "$root/usr/share/man/man1/$program.1.gz" >"$scratch/manual" &&
+            grep -q -- '--config-dir DIR' "$scratch/manual" || return 1
+    done
+}
+
+# In tenths; 2.0 is the limit, and what systemd calls safe.
+service_is_confined() {
+    systemd-analyze security --offline=true --threshold=20 "$root/lib/systemd/system/callrecordingd.service" &&
+        test -f "$root/lib/systemd/system/callrecordingd.socket" &&
+        test -f "$root/usr/lib/sysusers.d/callrecordingd.conf"
 }
 
 build_with_cmake() {
@@ -110,7 +120,8 @@ check "lintian finds nothing" lintian --allow-root --display-info --display-expe
 check "the packages can be unpacked" unpack "$(echo "$packages"/*.deb)"
 check "the rules' directory is there" test -d "$root/etc/quva-conf/telephony"
 check "the client runs" client_runs
-check "its manual page has no faults" manual_shows
+check "the manual pages have no faults" manual_shows
+check "the service is confined" service_is_confined
 check "exported symbols" "$source/scripts/check-symbols.sh" "$libdir/libcallrecordingutils.so.1"
 check "a project is built with CMake and runs" build_with_cmake
 check "a program is built with pkg-config in a sysroot and runs" build_with_pkg_config

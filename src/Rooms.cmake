@@ -65,6 +65,7 @@ endif()
 find_package(fmt REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(SQLite3 REQUIRED)
+find_package(Threads REQUIRED)
 find_package(ZLIB REQUIRED)
 find_library(CSV_LIBRARY csv REQUIRED)
 find_library(MD_LIBRARY md REQUIRED)
@@ -83,12 +84,14 @@ callrecordingutils_room(administration/history
   USES administration/inspection LIBRARIES fmt::fmt SQLite::SQLite3 ZLIB::ZLIB)
 callrecordingutils_room(administration/exchange
   USES model validation text json administration/inspection administration/edit LIBRARIES fmt::fmt)
+callrecordingutils_room(administration/services
+  LIBRARIES nlohmann_json::nlohmann_json Threads::Threads)
 add_library(callrecordingutils_administration STATIC EXCLUDE_FROM_ALL)
 target_link_libraries(callrecordingutils_administration
   PUBLIC callrecordingutils_core callrecordingutils_text callrecordingutils_json
     callrecordingutils_administration_inspection callrecordingutils_administration_check
     callrecordingutils_administration_edit callrecordingutils_administration_history
-    callrecordingutils_administration_exchange)
+    callrecordingutils_administration_exchange callrecordingutils_administration_services)
 
 callrecordingutils_room(records/reading USES text LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
 callrecordingutils_room(records/counting USES model calls records/reading)

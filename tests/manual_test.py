@@ -92,7 +92,8 @@ lines = ["list", "list --basic", "show 3", "show --at today", "show 99", "decide
          "diff {}/faulty", "diff {}/telephony/callrecordingdb", "prove --by 3 --all-gaps", "explain 3", "explain 4", "prove --file {}/policy",
          f"replay {calls}", f"replay {calls} --against {{}}/faulty", f"replay {calls} --each", "add --from 1 --twin",
          "modify 3 --from 21* --dry-run", f"modify 3 --from 21* --dry-run --replay {calls}", "delete 2", "up 3",
-         "move 3 --to 1", "disable 3", "renumber --all", "undo", "import {}/policy", "export", "log"]
+         "move 3 --to 1", "disable 3", "renumber --all", "undo", "import {}/policy", "export", "log",
+         "status --socket {}/none"]
 named = set(re.findall(r"\*\*([a-z_]+)\*\*", frame)) | set(re.findall(r"`([a-z0-9_:]+)`", read("docs/replay.md")))
 kinds = set()
 

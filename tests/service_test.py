@@ -7,6 +7,7 @@ import http.client
 import json
 import os
 import pathlib
+import resource
 import signal
 import socket
 import subprocess
@@ -45,12 +46,13 @@ class Unix(http.client.HTTPConnection):
 class Service:
     """One running service, in a folder of its own."""
 
-    def __init__(self, folder, *options):
+    def __init__(self, folder, *options, descriptors=1024):
         self.folder, self.path = folder, f'{folder}/socket'
         self.rules = pathlib.Path(folder, 'telephony/callrecordingdb')
         self.notices = open(f'{folder}/notices', 'a+')
         self.process = subprocess.Popen([service, '--config-dir', folder, '--socket', self.path, *options],
-                                        stderr=self.notices)
+                                        stderr=self.notices, preexec_fn=lambda: resource.setrlimit(
+                                            resource.RLIMIT_NOFILE, (descriptors, descriptors)))
         eventually('it listens', lambda: self.get('/healthz')[0] in (200, 503), True)
 
     def get(self, path, connection=None, method='GET'):
@@ -129,8 +131,11 @@ def test_slow_clients(it):
         idle[-1].send(b'GET /dec')
     kept = Unix(it.path)
     begin = time.monotonic()
-    for _ in range(200):
-        expect('beside slow clients', it.get('/decide?from=1&to=112&format=text', kept)[0], 200)
+    connections = set()
+    for path in ['/decide?from=1&to=112&format=text', '/state'] * 100:
+        expect('beside slow clients', it.get(path, kept)[0], 200)
+        connections.add(kept.sock)
+    expect('one connection for all', len(connections), 1)
     expect('nobody is held up', time.monotonic() - begin < 5, True)
 
 
@@ -153,6 +158,41 @@ def test_page(it):
     expect('escaped', '<script' in page, False)
 
 
+def test_full_table(it):
+    """More silent clients than the service has descriptors do not keep out a new one."""
+    kept = Unix(it.path)
+    it.get('/healthz', kept)
+    before = kept.sock
+    silent = []
+    for _ in range(200):
+        silent.append(socket.socket(socket.AF_UNIX))
+        silent[-1].connect(it.path)
+        silent[-1].send(b'GET /dec')
+    expect('beside a full table', it.decide('1', '112')[0], 200)
+    expect('a kept connection is not closed', (it.get('/healthz', kept)[0], kept.sock is before), (200, True))
+
+
+def test_status(it):
+    def run(*words):
+        done = subprocess.run([client, *words, '--config-dir', it.folder], capture_output=True, text=True,
+                              env={**os.environ, 'CALLRECORDINGD_SOCKETS': it.folder})
+        return done.returncode, done.stdout, done.stderr
+
+    expect('an edit waits', run('up', '3')[2],
+           f'callrecordingctl: note: the service at {it.path} decides by the new rules\n')
+    code, text, _ = run('status', '--json')
+    expect('current', (code, [each['state'] for each in json.loads(text)]), (0, ['current']))
+    it.process.send_signal(signal.SIGSTOP)
+    code, text, _ = run('status', '--json')
+    expect('stopped', (code, json.loads(text)[0]['problem']), (1, 'no answer in time'))
+    it.process.send_signal(signal.SIGCONT)
+    good = it.rules.read_text()
+    it.rules.write_text('{\nbroken')
+    eventually('old', lambda: json.loads(run('status', '--json')[1])[0]['last_load_failed'], True)
+    expect('state', json.loads(run('status', '--json')[1])[0]['state'], 'old')
+    it.rules.write_text(good)
+
+
 with tempfile.TemporaryDirectory() as folder:
     os.mkdir(f'{folder}/telephony')
     file = pathlib.Path(folder, 'answers')
@@ -167,9 +207,11 @@ with tempfile.TemporaryDirectory() as folder:
                                           stderr=subprocess.PIPE).returncode, 1)
     it.process.kill()
     it.process.wait()
-    again = Service(folder)  # The socket of the one that was killed is replaced.
+    again = Service(folder, descriptors=64)  # The socket of the one that was killed is replaced.
     expect('answers', 'callrecording_answers_total{answer="yes",rule="0"} 1\n' in
            (again.decide('1', '112'), again.get('/metrics')[1])[1], True)
+    test_full_table(again)
+    test_status(again)
     again.end()
     os.rename(f'{folder}/telephony', f'{folder}/elsewhere')
     without = Service(folder)

@@ -11,7 +11,7 @@ namespace callrecordingd {
 namespace {
 
 constexpr unsigned kTimeoutSeconds = 30;
-constexpr unsigned kMostConnections = 30000;
+constexpr unsigned kMostConnections = 65536; // OpenConnections closes some before that.
 constexpr std::size_t kMostRequestBytes = std::size_t{16} * 1024;
 constexpr std::size_t kMostWaiting = 16; // Requests for pages; more are turned away.
 
@@ -59,11 +59,10 @@ bool IsForThisHost(MHD_Connection* connection) {
 
 } // namespace
 
-/// A request that the worker answers.
+/// A request, and its response once the worker has made it.
 struct HttpServer::Exchange {
     Request request;
-    Response response{};
-    bool isDone = false; // Written before the connection goes on, and read after that.
+    Response response; // Written before the connection is resumed, and read after that.
 };
 
 HttpServer::HttpServer(Service& service) : service_(service), worker_([this] { Work(); }) {}
@@ -78,7 +77,8 @@ void HttpServer::Listen(int socket) {
         Handle, this, MHD_OPTION_LISTEN_SOCKET, socket, MHD_OPTION_CONNECTION_TIMEOUT,
         kTimeoutSeconds, MHD_OPTION_CONNECTION_LIMIT, kMostConnections,
         MHD_OPTION_CONNECTION_MEMORY_LIMIT, kMostRequestBytes, MHD_OPTION_NOTIFY_COMPLETED,
-        Complete, this, MHD_OPTION_END);
+        Complete, this, MHD_OPTION_NOTIFY_CONNECTION, OpenConnections::Notice, &connections_,
+        MHD_OPTION_END);
     if (daemon == nullptr) {
         close(socket);
         throw std::runtime_error("the HTTP server cannot be started");
@@ -87,43 +87,58 @@ void HttpServer::Listen(int socket) {
 }
 
 MHD_Result HttpServer::Handle(void* self, MHD_Connection* connection, char const* url,
-                              char const* method, char const*, char const*, std::size_t*,
+                              char const* method, char const*, char const*, std::size_t* size,
                               void** context) {
     auto& server = *static_cast<HttpServer*>(self);
     try {
-        if (*context != nullptr) { // The worker is done with it.
-            auto const& exchange = *static_cast<std::shared_ptr<Exchange>*>(*context);
-            return Queue(connection, exchange->response, server.isDraining_);
+        if (*context == nullptr) {
+            server.connections_.Touch(connection);
+            // libmicrohttpd closes a connection whose request is answered in the first call, before
+            // its body is read: right for what is refused anyway.
+            auto exchange = std::make_unique<Exchange>(Exchange{{method, url, {}}, {}});
+            if (!Service::IsAllowed(exchange->request.method))
+                return Queue(connection, server.service_.Respond(exchange->request), true);
+            *context = exchange.release(); // Complete deletes it.
+            return MHD_YES;
         }
-        Request request{method, url, {}};
-        MHD_get_connection_values_n(connection, MHD_GET_ARGUMENT_KIND, AddArgument, &request);
-        if (!IsForThisHost(connection))
-            return Queue(connection,
-                         {421, "text/plain", "this service answers for localhost only\n"}, true);
-        if (!Service::IsSlow(request.path))
-            return Queue(connection, server.service_.Respond(request), server.isDraining_);
-        auto const exchange = std::make_shared<Exchange>();
-        exchange->request = std::move(request);
-        if (!server.HandOver(connection, exchange))
-            return Queue(connection, {503, "text/plain", "too many pages are asked for at once\n"},
-                         true);
-        *context = new std::shared_ptr<Exchange>(exchange);
-        return MHD_YES;
+        if (*size != 0)
+            return MHD_NO; // Nobody needs a body with GET.
+        auto& exchange = *static_cast<Exchange*>(*context);
+        return exchange.response.status != 0
+                   ? Queue(connection, exchange.response, server.isDraining_) // By the worker.
+                   : server.Respond(connection, exchange);
     } catch (std::exception const&) { // No memory: this connection ends, and the service goes on.
         return MHD_NO;
     }
 }
 
+MHD_Result HttpServer::Respond(MHD_Connection* connection, Exchange& exchange) {
+    if (!IsForThisHost(connection))
+        return Queue(connection, {421, "text/plain", "this service answers for localhost only\n"},
+                     true);
+    Request& request = exchange.request;
+    MHD_get_connection_values_n(connection, MHD_GET_ARGUMENT_KIND, AddArgument, &request);
+    if (!Service::IsSlow(request.path))
+        return Queue(connection, service_.Respond(request), isDraining_);
+    if (HandOver(connection, exchange))
+        return MHD_YES;
+    return Queue(
+        connection,
+        {503, "text/plain",
+         isDraining_ ? "the service is stopping\n" : "too many pages are asked for at once\n"},
+        true);
+}
+
 void HttpServer::Complete(void*, MHD_Connection*, void** context, MHD_RequestTerminationCode) {
-    delete static_cast<std::shared_ptr<Exchange>*>(*context);
+    delete static_cast<Exchange*>(*context);
     *context = nullptr;
 }
 
-bool HttpServer::HandOver(MHD_Connection* connection, std::shared_ptr<Exchange> const& exchange) {
+bool HttpServer::HandOver(MHD_Connection* connection, Exchange& exchange) {
     std::lock_guard<std::mutex> const lock(mutex_);
     if (isStopping_ || waiting_.size() >= kMostWaiting)
         return false;
-    waiting_.emplace_back(connection, exchange);
+    waiting_.emplace_back(connection, &exchange);
     MHD_suspend_connection(connection);
     changed_.notify_one();
     return true;

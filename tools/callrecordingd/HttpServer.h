@@ -13,12 +13,14 @@
 
 #include <microhttpd.h>
 
+#include "OpenConnections.h"
 #include "Service.h"
 
 namespace callrecordingd {
 
 /// Answers on one thread for each socket, which never waits: not for a slow client, whose
-/// connection is closed after half a minute of silence, and not for a page, which the worker makes.
+/// connection is closed after half a minute of silence, or when it keeps others out, and not for a
+/// page, which the worker makes.
 class HttpServer {
   public:
     explicit HttpServer(Service& service);
@@ -39,15 +41,17 @@ class HttpServer {
                              std::size_t* size, void** context);
     static void Complete(void* server, MHD_Connection* connection, void** context,
                          MHD_RequestTerminationCode code);
-    bool HandOver(MHD_Connection* connection, std::shared_ptr<Exchange> const& exchange);
+    MHD_Result Respond(MHD_Connection* connection, Exchange& exchange);
+    bool HandOver(MHD_Connection* connection, Exchange& exchange);
     void Work();
 
     Service& service_;
+    OpenConnections connections_;
     std::vector<MHD_Daemon*> daemons_;
     std::atomic<bool> isDraining_{false};
     std::mutex mutex_; // Guards what follows.
     std::condition_variable changed_;
-    std::deque<std::pair<MHD_Connection*, std::shared_ptr<Exchange>>> waiting_;
+    std::deque<std::pair<MHD_Connection*, Exchange*>> waiting_;
     bool isStopping_ = false;
     std::thread worker_;
 };

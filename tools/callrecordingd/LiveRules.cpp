@@ -67,55 +67,75 @@ LiveRules::~LiveRules() {
 }
 
 LoadHistory LiveRules::History() const {
-    std::lock_guard<std::mutex> const lock(mutex_);
+    std::lock_guard<std::mutex> const lock(forHistory_);
     return history_;
 }
 
 void LiveRules::LoadIfChanged() {
-    {
-        std::lock_guard<std::mutex> const lock(mutex_);
-        if (isStampSettled_ && FileStamp::Of(path_) == stamp_)
-            return;
-    }
-    Load();
+    std::lock_guard<std::mutex> const lock(loading_);
+    if (!isStampSettled_ || !(FileStamp::Of(path_) == stamp_))
+        LoadNow();
 }
 
 void LiveRules::Load() {
-    std::lock_guard<std::mutex> const lock(mutex_);
+    std::lock_guard<std::mutex> const lock(loading_);
+    LoadNow();
+}
+
+void LiveRules::LoadNow() {
     try {
         auto loaded = ReadRulesOfFile(path_, stamp_);
         isStampSettled_ = IsSettled(stamp_);
-        auto const before = Now();
-        bool const isSame = before != nullptr && before->loaded->digest == loaded->digest;
-        if (isSame && history_.lastFailure.empty())
-            return; // Read once more only because the stamp was not settled.
-        bool const isMissing = stamp_.error == ENOENT;
-        if (!isSame)
-            std::atomic_store(&snapshot_, MakeSnapshot(std::move(loaded)));
-        auto const now = Now();
-        ++history_.loads;
-        history_.lastTime = std::time(nullptr);
-        history_.lastFailure.clear();
-        notice_(isMissing ? fmt::format("{}: there is no such file, so there are no rules", path_)
-                          : fmt::format("{}: {} rules loaded, state {}", path_, now->texts.size(),
-                                        now->state));
+        Succeed(std::move(loaded));
     } catch (...) {
         isStampSettled_ = IsSettled(stamp_);
-        Remember(FailureOf(std::current_exception(), path_).text);
+        Fail(FailureOf(std::current_exception(), path_).text);
     }
 }
 
+void LiveRules::Succeed(std::unique_ptr<LoadedRules const> loaded) {
+    auto const before = Now();
+    bool const isSame = before != nullptr && before->loaded->digest == loaded->digest;
+    if (isSame && History().lastFailure.empty())
+        return; // Read once more only because the stamp was not settled.
+    if (!isSame)
+        std::atomic_store(&snapshot_, MakeSnapshot(std::move(loaded)));
+    auto const now = Now();
+    Remember(false,
+             stamp_.error == ENOENT
+                 ? fmt::format("{}: there is no such file, so there are no rules", path_)
+                 : fmt::format("{}: {} {} loaded, state {}", path_, now->texts.size(),
+                               now->texts.size() == 1 ? "rule" : "rules", now->state),
+             "");
+}
+
 /// A file that stays broken while it is read again and again has failed once.
-void LiveRules::Remember(std::string const& failure) {
-    if (failure == history_.lastFailure)
+void LiveRules::Fail(std::string const& failure) {
+    if (failure == History().lastFailure)
         return;
-    ++history_.loads;
-    ++history_.failedLoads;
-    history_.lastFailedTime = std::time(nullptr);
-    history_.lastFailure = failure;
-    notice_(fmt::format("{}; {}", failure,
-                        Now() != nullptr ? "the rules loaded before stay in force"
-                                         : "calls are undecided until it can be read"));
+    Remember(true,
+             fmt::format("{}; {}", failure,
+                         Now() != nullptr ? "the rules loaded before stay in force"
+                                          : "calls are undecided until it can be read"),
+             failure);
+}
+
+void LiveRules::Remember(bool hasFailed, std::string const& notice, std::string const& failure) {
+    constexpr std::size_t kMostRemembered = 8;
+    {
+        std::lock_guard<std::mutex> const lock(forHistory_);
+        std::int64_t const time = std::time(nullptr);
+        ++history_.loads;
+        if (hasFailed)
+            ++history_.failedLoads;
+        else
+            history_.lastTime = time;
+        history_.lastFailure = failure;
+        history_.latest.push_front({time, hasFailed, notice});
+        if (history_.latest.size() > kMostRemembered)
+            history_.latest.pop_back();
+    }
+    notice_(notice);
 }
 
 void LiveRules::Watch() {

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -18,20 +19,28 @@
 
 namespace callrecordingd {
 
-/// Rules as they were loaded, with what answers need of them. Nothing changes it.
+/// Rules as they were loaded, with what answers need of them. It never changes.
 struct Snapshot {
     std::unique_ptr<CallRecordingUtils::LoadedRules const> loaded;
     std::string state;              ///< The eight digits that callrecordingctl prints.
     std::vector<std::string> texts; ///< Each rule as a JSON object, by its place.
 };
 
-/// How loading went since the start.
+/// One attempt to load the rules.
+struct LoadAttempt {
+    std::int64_t time = 0; ///< In seconds since 1970.
+    bool hasFailed = false;
+    std::string notice; ///< What it said.
+};
+
+/// How loading went since the start. A file that is read again and is the same as before does not
+/// count as another load.
 struct LoadHistory {
-    std::uint64_t loads = 0; ///< Attempts, failed ones included.
+    std::uint64_t loads = 0; ///< Failed ones included.
     std::uint64_t failedLoads = 0;
-    std::int64_t lastTime = 0;       ///< Of the last load that succeeded, in seconds since 1970.
-    std::int64_t lastFailedTime = 0; ///< Of the last one that failed.
-    std::string lastFailure;         ///< Why the last attempt failed; empty when it did not.
+    std::int64_t lastTime = 0;      ///< Of the last load that succeeded, in seconds since 1970.
+    std::string lastFailure;        ///< Why the last load failed; empty when it did not.
+    std::deque<LoadAttempt> latest; ///< The last few, the newest first.
 };
 
 /// Any number of threads may ask for the rules while they are loaded anew.
@@ -62,15 +71,19 @@ class LiveRules {
     void Watch();
 
   private:
-    void Remember(std::string const& failure);
+    void LoadNow();
+    void Succeed(std::unique_ptr<CallRecordingUtils::LoadedRules const> loaded);
+    void Fail(std::string const& failure);
+    void Remember(bool hasFailed, std::string const& notice, std::string const& failure);
     void WatchUntilStopped();
 
     std::string const path_;
     std::function<void(std::string const&)> const notice_;
     std::shared_ptr<Snapshot const> snapshot_;
-    mutable std::mutex mutex_; // Guards what follows.
+    std::mutex loading_; // Held while the file is read, which may take long. Guards what follows.
     CallRecordingUtils::FileStamp stamp_;
-    bool isStampSettled_ = false; // A later change of the file would show in its stamp.
+    bool isStampSettled_ = false;   // A later change of the file would show in its stamp.
+    mutable std::mutex forHistory_; // Guards what follows.
     LoadHistory history_;
     int stopPipe_[2] = {-1, -1};
     std::thread watcher_;

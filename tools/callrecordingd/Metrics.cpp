@@ -31,12 +31,13 @@ class Writer {
 
 void AddAnswers(Writer& writer, AnswerCounts::Counts const& counts) {
     writer.Family("callrecording_answers_total", "counter",
-                  "Calls asked about, by the answer and the identifier of the rule.");
+                  "Calls asked about, by the answer and the identifier of the rule that decided; a "
+                  "rule with the answer no forbids recording.");
     for (auto const& [id, byRule] : counts.byRule) {
         if (byRule.recorded > 0)
             writer.Sample(fmt::format("answer=\"yes\",rule=\"{}\"", id), byRule.recorded);
         if (byRule.forbidden > 0)
-            writer.Sample(fmt::format("answer=\"forbidden\",rule=\"{}\"", id), byRule.forbidden);
+            writer.Sample(fmt::format("answer=\"no\",rule=\"{}\"", id), byRule.forbidden);
     }
     writer.Sample("answer=\"no\",rule=\"\"", counts.notRecorded);
     writer.Sample("answer=\"undecided\",rule=\"\"", counts.undecided);
@@ -68,16 +69,15 @@ std::string MetricsText(LiveRules const& rules, AnswerCounts const& answers,
     }
     LoadHistory const history = rules.History();
     writer.Family("callrecording_loads_total", "counter",
-                  "Attempts to load the rules, failed ones included.");
+                  "Loads of the rules, failed ones included.");
     writer.Sample("", history.loads);
-    writer.Family("callrecording_failed_loads_total", "counter",
-                  "Attempts to load the rules that failed.");
+    writer.Family("callrecording_failed_loads_total", "counter", "Loads of the rules that failed.");
     writer.Sample("", history.failedLoads);
     writer.Family("callrecording_load_failing", "gauge",
                   "1 while the rule file cannot be read, so that older rules decide, or none.");
     writer.Sample("", history.lastFailure.empty() ? 0 : 1);
     writer.Family("callrecording_last_load_timestamp_seconds", "gauge",
-                  "When rules were last loaded, in seconds since 1970; 0 for never.");
+                  "When a load last succeeded, in seconds since 1970; 0 for never.");
     writer.Sample("", history.lastTime);
     writer.Family("callrecording_lost_answer_lines_total", "counter",
                   "Answers that could not be appended to the file of --answers.");

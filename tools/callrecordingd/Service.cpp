@@ -118,21 +118,24 @@ std::string LineOf(Question const& question, Answer const& answer) {
 } // namespace
 
 Service::Service(LiveRules const& rules, AnswerFile* answers)
-    : rules_(rules), answers_(answers), page_(rules, counts_) {}
+    : rules_(rules), answers_(answers), started_(std::time(nullptr)),
+      page_(rules, counts_, started_) {}
 
 Response Service::Respond(Request const& request) {
-    if (request.method != "GET" && request.method != "HEAD")
+    if (!IsAllowed(request.method))
         return Error(kNotAllowed, "only GET is allowed: nothing can be changed here");
     try {
         if (request.path == "/decide")
             return RespondToDecide(request);
         if (request.path == "/metrics")
-            return {kOk, "text/plain; version=0.0.4",
+            return {kOk, "text/plain; version=0.0.4; charset=utf-8",
                     MetricsText(rules_, counts_, answers_ != nullptr ? answers_->LostLines() : 0)};
         if (request.path == "/healthz")
             return rules_.Now() != nullptr
                        ? Response{kOk, kText, "ok\n"}
                        : Response{kUnavailable, kText, "no rules were read yet\n"};
+        if (request.path == "/state")
+            return State();
         if (request.path == "/rules")
             return Rules();
         if (request.path == "/")
@@ -140,7 +143,8 @@ Response Service::Respond(Request const& request) {
     } catch (BadRequest const& bad) {
         return Error(kBadRequest, bad.what());
     }
-    return Error(kNotFound, "there are /decide, /rules, /metrics, /healthz and, for people, /");
+    return Error(kNotFound,
+                 "there are /decide, /rules, /state, /metrics, /healthz and, for people, /");
 }
 
 Response Service::RespondToDecide(Request const& request) {
@@ -158,6 +162,30 @@ Response Service::RespondToDecide(Request const& request) {
     unsigned const status = answer.verdict == Verdict::Undecided ? kUnavailable : kOk;
     return format == "text" ? Response{status, kText, answer.Line() + "\n"}
                             : Response{status, kJson, answer.Json() + "\n"};
+}
+
+/// What callrecordingctl status asks for.
+Response Service::State() const {
+    auto const now = rules_.Now();
+    LoadHistory const history = rules_.History();
+    nlohmann::ordered_json state{{"file", rules_.Path()},
+                                 {"state", nullptr},
+                                 {"digest", nullptr},
+                                 {"rules", nullptr},
+                                 {"loaded", nullptr},
+                                 {"started", started_},
+                                 {"loads", history.loads},
+                                 {"failed_loads", history.failedLoads},
+                                 {"last_load", history.latest.front().notice},
+                                 {"last_load_time", history.latest.front().time},
+                                 {"last_load_failed", history.latest.front().hasFailed}};
+    if (now != nullptr) {
+        state["state"] = now->state;
+        state["digest"] = now->loaded->digest;
+        state["rules"] = now->texts.size();
+        state["loaded"] = now->loaded->time;
+    }
+    return {kOk, kJson, Dumped(state)};
 }
 
 Response Service::Rules() const {

@@ -24,8 +24,8 @@ struct Request {
 };
 
 struct Response {
-    unsigned status;
-    char const* type;
+    unsigned status = 0; ///< 0 until there is one.
+    char const* type = "";
     std::string body;
 };
 
@@ -37,17 +37,21 @@ class Service {
 
     Response Respond(Request const& request);
 
-    /// Whether Respond may take longer than an answer about a call may be held up.
-    static bool IsSlow(std::string_view path) { return path == "/" || path == "/rules"; }
+    static bool IsAllowed(std::string_view method) { return method == "GET" || method == "HEAD"; }
+
+    /// Whether Respond may take so long that answers about calls would have to wait.
+    static bool IsSlow(std::string_view path) { return path != "/decide" && path != "/healthz"; }
 
   private:
     Response RespondToDecide(Request const& request);
+    Response State() const;
     Response Rules() const;
     Response Page(Request const& request);
 
     LiveRules const& rules_;
     AnswerFile* answers_;
     AnswerCounts counts_;
+    std::int64_t const started_;
     StatusPage page_;
 };
 

@@ -72,8 +72,7 @@ class Page {
                                                     Grouped(now_->texts.size())));
         Fact("Loaded", TimeText(history.lastTime));
         Fact("Loads",
-             fmt::format("{}, of which {} failed; the last failure: {}", Grouped(history.loads),
-                         Grouped(history.failedLoads), TimeText(history.lastFailedTime)));
+             fmt::format("{}, {} failed", Grouped(history.loads), Grouped(history.failedLoads)));
         Fact("Service", "started " + TimeText(started));
         Add("</dl>");
         if (!history.lastFailure.empty())
@@ -94,7 +93,7 @@ class Page {
         Figure("recorded", recorded, "to be recorded");
         Figure("not-recorded", counts_.notRecorded, "that no rule records");
         Figure("forbidden", forbidden, "that a rule forbids to record");
-        Figure("undecided", counts_.undecided, "undecided: no rules were read");
+        Figure("undecided", counts_.undecided, "undecided, because no rules had been read");
         Add("</ul>");
     }
 
@@ -121,6 +120,14 @@ class Page {
         for (CallRecordingRuleParams const& rule : now_->loaded->rules.Rules())
             AddRule(++position, rule, most);
         Add("</tbody></table>");
+    }
+
+    void Loads() {
+        Add("<h2>The last loads</h2>\n<ul id=\"loads\">");
+        for (LoadAttempt const& load : rules_.History().latest)
+            Add(fmt::format("<li{}>{}: {}</li>", load.hasFailed ? " class=\"warning\"" : "",
+                            TimeText(load.time), Escaped(load.notice)));
+        Add("</ul>");
     }
 
     template <typename Findings>
@@ -203,7 +210,9 @@ class Page {
         nearest.resize(std::min(nearest.size(), kMost));
         if (nearest.empty())
             return;
-        Add("<p>The rules before that which come nearest:</p><ul id=\"misses\">");
+        Add(end < rules.size() ? "<p>The rules before it that come nearest:</p>"
+                               : "<p>The rules that come nearest:</p>");
+        Add("<ul id=\"misses\">");
         for (auto const& [nearness, place] : nearest)
             Add(fmt::format("<li>{}: {}</li>", NameHtml(rules[place]),
                             Escaped(FitOf(rules[place], call).Reason())));
@@ -218,8 +227,8 @@ class Page {
 
 } // namespace
 
-StatusPage::StatusPage(LiveRules const& rules, AnswerCounts const& counts)
-    : rules_(rules), counts_(counts), started_(std::time(nullptr)) {}
+StatusPage::StatusPage(LiveRules const& rules, AnswerCounts const& counts, std::int64_t started)
+    : rules_(rules), counts_(counts), started_(started) {}
 
 StatusPage::Findings StatusPage::FindingsOf(std::string const& digest) {
     std::lock_guard<std::mutex> const lock(mutex_);
@@ -246,6 +255,7 @@ std::string StatusPage::Html(std::optional<Question> const& tried) {
     auto const now = rules_.Now();
     bool const isCurrent = now != nullptr && rules_.History().lastFailure.empty();
     page.Check(FindingsOf(isCurrent ? now->loaded->digest : ""));
+    page.Loads();
     return page.End();
 }
 

@@ -17,7 +17,8 @@ namespace callrecordingd {
 /// Any number of threads may ask for it at once.
 class StatusPage {
   public:
-    StatusPage(LiveRules const& rules, AnswerCounts const& counts);
+    /// started is in seconds since 1970.
+    StatusPage(LiveRules const& rules, AnswerCounts const& counts, std::int64_t started);
 
     /// A page in one file, without scripts. tried is the call of the form, if there is one; it is
     /// not counted.

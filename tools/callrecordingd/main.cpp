@@ -31,8 +31,11 @@ constexpr char kHelp[] =
       --answers. The answer is JSON or, with &format=text, one line for dialplans:
       yes, no or undecided, identifier of the rule, duration, type, destination,
       with tabs between them. 503: no rules were read yet. 400: a bad question.
-  GET /rules  /metrics  /healthz   the rules, and for Prometheus
-  GET /                            a page for people
+  GET /rules    the rules in JSON, as callrecordingctl prints them
+  GET /state    in JSON, which rules decide, and what the last load said
+  GET /metrics  for Prometheus
+  GET /healthz  200 once rules were read, 503 before
+  GET /         a page for people
 Nothing can be changed. The rules are read again by themselves when their file
 changes; while the new file is broken, the old ones stay in force. SIGHUP reads
 them too, SIGTERM ends the service once it has answered what has come in.
@@ -77,8 +80,7 @@ int Run(Options const& options) {
     sigprocmask(SIG_BLOCK, &handled, nullptr);
     int const signals = signalfd(-1, &handled, SFD_CLOEXEC);
     std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ,
-                SIG_IGN); // A file of --answers that may not grow is said, and that is all.
+    std::signal(SIGXFSZ, SIG_IGN); // A file of --answers at its limit must not end the service.
     RaiseLimitOfDescriptors();
 
     std::vector<int> sockets = SocketsOfSystemd();

@@ -55,6 +55,8 @@ Every edit takes --dry-run. "callrecordingctl help COMMAND" has all options.
 Reloading: an edit is in the file at once, but telephony processes decide by the
 rules that they loaded, until they load them again: on their own command to
 reload, or when they are restarted. (They call ReloadCallRecordingRules.)
+Services (callrecordingd) load them by themselves; "status" asks which rules
+they decide by, and an edit waits up to a second for them and says so.
 
 Exit status: 0 yes or done; 1 no (no rule matches, malformed, something found,
 nothing to do); 2 wrong usage; 3 rules cannot be read; 4 they cannot be saved;

@@ -29,7 +29,8 @@ class CommandLine;
     COMMAND(Undo)                                                                                  \
     COMMAND(Log)                                                                                   \
     COMMAND(Import)                                                                                \
-    COMMAND(Export)
+    COMMAND(Export)                                                                                \
+    COMMAND(Status)
 
 #define CALLRECORDINGCTL_DECLARE(name) void Add##name(CommandLine& line);
 CALLRECORDINGCTL_COMMANDS(CALLRECORDINGCTL_DECLARE)

@@ -19,6 +19,7 @@
 #include "administration/inspection/ReadRules.h"
 #include "commands/ColumnOptions.h"
 #include "commands/RecordEdit.h"
+#include "commands/WaitForServices.h"
 #include "database/RuleFileLock.h"
 #include "output/EditReport.h"
 
@@ -124,7 +125,7 @@ void Report(RuleEdit& edit, EditOptions const& options, DryRun const* dryRun,
         reason = error.what();
     }
     if (isSaved)
-        SayNote(kReloadNote);
+        SayNote(WhoDecidesByThem(context.path).value_or(kReloadNote));
     if (!reason.empty() && !isSaved)
         throw Failure(kExitUnsaved, "standard output cannot be written: " + reason);
     if (!reason.empty()) {
