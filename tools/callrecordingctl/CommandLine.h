@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,6 +39,16 @@ class CommandLine {
     /// runs after the whole line has been read.
     CLI::App& AddCommand(char const* name, char const* summary, char const* help,
                          Command const& command);
+
+    /// The same for a command with options of its own, which live as long as the command line.
+    template <typename Options>
+    CLI::App& AddCommand(char const* name, char const* summary, char const* help,
+                         std::shared_ptr<Options> const& options,
+                         ExitCode (*run)(Context const&, Options const&)) {
+        return AddCommand(
+            name, summary, help,
+            [options, run](Context const& context) { return run(context, *options); });
+    }
 
     /// Reads the line and runs its command. Returns the exit code.
     int Run(int argc, char** argv);

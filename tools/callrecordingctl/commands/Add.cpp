@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include "commands/HelpText.h"
-#include "commands/Registry.h"
 #include "commands/RuleFields.h"
 #include "commands/RunEdit.h"
 #include "model/RuleSides.h"
@@ -53,8 +52,8 @@ ExitCode Add(RuleEdit& edit, Options options) {
 
 void AddAdd(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& add = AddEdit(line, "add", "Add a rule, as the last or at a position", kHelp,
-                            [options](RuleEdit& edit) { return Add(edit, *options); });
+    CLI::App& add =
+        AddEdit(line, "add", "Add a rule, as the last or at a position", kHelp, options, Add);
     AddRuleFields(add, options->fields, true);
     AddNumber(add, "--at", "POSITION", "Position to put the rule at; 1 is evaluated first", 1,
               [options](std::uint32_t position) { options->position = position; });

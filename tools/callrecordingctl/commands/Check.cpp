@@ -17,7 +17,6 @@
 #include "calls/PartyPatterns.h"
 #include "commands/AnalysisOptions.h"
 #include "commands/HelpText.h"
-#include "commands/Registry.h"
 #include "commands/RunEdit.h"
 #include "common/MemoryFile.h"
 #include "model/CallTypeNames.h"
@@ -325,9 +324,8 @@ void AddFileOptions(CLI::App& check, Options& options) {
 
 void AddCheck(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& check = line.AddCommand(
-        "check", "Check patterns, or a rule file", kHelp,
-        [options](Context const& context) { return Check(context, *options); });
+    CLI::App& check =
+        line.AddCommand("check", "Check patterns, or a rule file", kHelp, options, Check);
     AddText(check, "PATTERN...", "", "Patterns as they would be given to add",
             [options](std::string const& text) { options->patterns.push_back(text); })
         ->expected(0, 1); // For the help: all patterns are left over.

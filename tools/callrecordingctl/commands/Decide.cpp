@@ -8,7 +8,6 @@
 #include "Rules.h"
 #include "calls/AskedSide.h"
 #include "calls/RuleSet.h"
-#include "commands/Registry.h"
 #include "output/RuleText.h"
 #include "output/Verdicts.h"
 #include "text/Printable.h"
@@ -109,9 +108,8 @@ ExitCode Decide(Context const& context, Options const& options) {
 
 void AddDecide(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& decide =
-        line.AddCommand("decide", "Say whether a call is recorded, by which rule, and why", kHelp,
-                        [options](Context const& context) { return Decide(context, *options); });
+    CLI::App& decide = line.AddCommand(
+        "decide", "Say whether a call is recorded, by which rule, and why", kHelp, options, Decide);
     AddAddress(decide, options->from, "from", "calling");
     AddAddress(decide, options->to, "to", "called");
     CLI::Option* const explain =

@@ -4,7 +4,6 @@
 #include <memory>
 
 #include "administration/edit/Twins.h"
-#include "commands/Registry.h"
 #include "commands/RunEdit.h"
 #include "model/RuleSides.h"
 
@@ -54,8 +53,7 @@ ExitCode Delete(RuleEdit& edit, Options const& options) {
 
 void AddDelete(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& command = AddEdit(line, "delete", "Delete rules", kHelp,
-                                [options](RuleEdit& edit) { return Delete(edit, *options); });
+    CLI::App& command = AddEdit(line, "delete", "Delete rules", kHelp, options, Delete);
     AddRuleNames(command, options->rules);
     command.add_flag("--twin", options->twin, "Delete the mirrored twin too");
 }

@@ -9,7 +9,6 @@
 #include "CommandLine.h"
 #include "Rules.h"
 #include "commands/AnalysisOptions.h"
-#include "commands/Registry.h"
 #include "output/CallText.h"
 #include "output/ComparisonText.h"
 #include "output/RuleText.h"
@@ -98,8 +97,7 @@ ExitCode Diff(Context const& context, Options const& options) {
 void AddDiff(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& diff = line.AddCommand(
-        "diff", "Say whether another rule file decides every call alike", kHelp,
-        [options](Context const& context) { return Diff(context, *options); });
+        "diff", "Say whether another rule file decides every call alike", kHelp, options, Diff);
     AddText(diff, "FILE", "", "The other rule file, by its path",
             [options](std::string const& text) { options->file = text; })
         ->required();

@@ -2,7 +2,6 @@
 
 #include <memory>
 
-#include "commands/Registry.h"
 #include "commands/RunEdit.h"
 
 namespace callrecordingctl {

@@ -9,7 +9,6 @@
 #include "administration/check/Reasons.h"
 #include "administration/inspection/RuleNames.h"
 #include "commands/AnalysisOptions.h"
-#include "commands/Registry.h"
 #include "output/CallText.h"
 #include "output/RuleText.h"
 
@@ -114,7 +113,7 @@ void AddExample(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& example =
         line.AddCommand("example", "Show a call that a rule decides, or why there is none", kHelp,
-                        [options](Context const& context) { return Example(context, *options); });
+                        options, Example);
     AddRuleName(example, options->rule);
     AddAnalysis(example, options->analysis);
 }

@@ -9,7 +9,6 @@
 #include "Rules.h"
 #include "administration/check/Reasons.h"
 #include "commands/AnalysisOptions.h"
-#include "commands/Registry.h"
 #include "output/CallText.h"
 #include "output/ComparisonText.h"
 #include "output/LossText.h"
@@ -146,7 +145,7 @@ void AddExplain(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& explain =
         line.AddCommand("explain", "Say which calls a rule decides, loses and is needed for", kHelp,
-                        [options](Context const& context) { return Explain(context, *options); });
+                        options, Explain);
     AddRuleName(explain, options->rule);
     AddAnalysis(explain, options->analysis);
 }

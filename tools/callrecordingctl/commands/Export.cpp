@@ -8,7 +8,6 @@
 #include "administration/exchange/CsvRules.h"
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/RuleNames.h"
-#include "commands/Registry.h"
 #include "output/RuleText.h"
 
 namespace callrecordingctl {

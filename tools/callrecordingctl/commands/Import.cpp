@@ -9,7 +9,6 @@
 
 #include "administration/exchange/ImportedRules.h"
 #include "administration/inspection/ReadRules.h"
-#include "commands/Registry.h"
 #include "commands/RuleFields.h"
 #include "commands/RunEdit.h"
 #include "output/RuleText.h"
@@ -111,7 +110,7 @@ ExitCode Import(RuleEdit& edit, Options const& options) {
 void AddImport(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& import = AddEdit(line, "import", "Take rules from a table or another machine", kHelp,
-                               [options](RuleEdit& edit) { return Import(edit, *options); });
+                               options, Import);
     import.add_option("FILE", options->file, "JSON, comma-separated values, or a rule file")
         ->type_name("")
         ->required();

@@ -11,7 +11,6 @@
 #include "Rules.h"
 #include "administration/inspection/Digest.h"
 #include "calls/SideTexts.h"
-#include "commands/Registry.h"
 #include "model/BasicView.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
@@ -99,8 +98,7 @@ ExitCode List(Context const& context, Options const& options) {
 void AddList(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& list =
-        line.AddCommand("list", "Show the rules in order of evaluation", kHelp,
-                        [options](Context const& context) { return List(context, *options); });
+        line.AddCommand("list", "Show the rules in order of evaluation", kHelp, options, List);
     list.add_option("--grep", options->grep, "Only rules with this text in them")
         ->type_name("TEXT");
     for (auto const& [name, who, address] :

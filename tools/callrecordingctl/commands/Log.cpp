@@ -11,7 +11,6 @@
 #include "administration/history/When.h"
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
-#include "commands/Registry.h"
 #include "database/RuleFileLock.h"
 #include "output/EditReport.h"
 #include "output/RuleText.h"
@@ -228,9 +227,8 @@ ExitCode Log(Context const& context, Options const& options) {
 
 void AddLog(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& log = line.AddCommand(
-        "log", "Show who changed which rules, and when", kHelp,
-        [options](Context const& context) { return Log(context, *options); });
+    CLI::App& log =
+        line.AddCommand("log", "Show who changed which rules, and when", kHelp, options, Log);
     AddText(
         log, "--since", "WHEN", kWhenHelp,
         [options](std::string const& text) { options->since = ParseTime("--since", text); });

@@ -3,7 +3,6 @@
 #include <memory>
 
 #include "administration/edit/Twins.h"
-#include "commands/Registry.h"
 #include "commands/RuleFields.h"
 #include "commands/RunEdit.h"
 #include "model/RuleSides.h"
@@ -51,8 +50,8 @@ ExitCode Modify(RuleEdit& edit, Options const& options) {
 
 void AddModify(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& modify = AddEdit(line, "modify", "Change the given fields of a rule", kHelp,
-                               [options](RuleEdit& edit) { return Modify(edit, *options); });
+    CLI::App& modify =
+        AddEdit(line, "modify", "Change the given fields of a rule", kHelp, options, Modify);
     AddRuleName(modify, options->rule);
     AddRuleFields(modify, options->fields, false);
     modify.add_flag("--twin", options->twin, "Change the mirrored twin too");

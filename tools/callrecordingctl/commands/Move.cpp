@@ -5,7 +5,6 @@
 
 #include <fmt/format.h>
 
-#include "commands/Registry.h"
 #include "commands/RunEdit.h"
 
 namespace callrecordingctl {
@@ -72,8 +71,7 @@ ExitCode Move(RuleEdit& edit, Options const& options) {
 
 void AddMove(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& move = AddEdit(line, "move", "Move rules to another position", kHelp,
-                             [options](RuleEdit& edit) { return Move(edit, *options); });
+    CLI::App& move = AddEdit(line, "move", "Move rules to another position", kHelp, options, Move);
     AddRuleNames(move, options->rules);
     CLI::Option_group* const target = move.add_option_group("Place", "One of these is required");
     AddNumber(

@@ -13,7 +13,6 @@
 #include "administration/inspection/RuleNames.h"
 #include "commands/AnalysisOptions.h"
 #include "commands/ClaimOptions.h"
-#include "commands/Registry.h"
 #include "output/CallText.h"
 #include "output/Certificate.h"
 #include "output/RuleText.h"
@@ -274,9 +273,8 @@ ExitCode Prove(Context const& context, Options const& options) {
 
 void AddProve(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& prove =
-        line.AddCommand("prove", "Prove that all calls of a kind are recorded, or are not", kHelp,
-                        [options](Context const& context) { return Prove(context, *options); });
+    CLI::App& prove = line.AddCommand(
+        "prove", "Prove that all calls of a kind are recorded, or are not", kHelp, options, Prove);
     AddClaim(prove, options->claim);
     AddText(prove, "--file", "POLICY", "Prove all the claims of this file",
             [options](std::string const& text) { options->file = text; });

@@ -5,7 +5,6 @@
 #include <set>
 
 #include "administration/check/FileFindings.h"
-#include "commands/Registry.h"
 #include "commands/RunEdit.h"
 
 namespace callrecordingctl {
@@ -62,8 +61,8 @@ ExitCode Renumber(RuleEdit& edit, Options const& options) {
 
 void AddRenumber(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& renumber = AddEdit(line, "renumber", "Give rules identifiers of their own", kHelp,
-                                 [options](RuleEdit& edit) { return Renumber(edit, *options); });
+    CLI::App& renumber =
+        AddEdit(line, "renumber", "Give rules identifiers of their own", kHelp, options, Renumber);
     renumber.add_flag("--all", options->all, "Number all rules 0, 1, 2, ... in their order");
 }
 

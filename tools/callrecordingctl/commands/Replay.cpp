@@ -8,7 +8,6 @@
 #include "CommandLine.h"
 #include "Rules.h"
 #include "commands/ColumnOptions.h"
-#include "commands/Registry.h"
 #include "commands/RunReplay.h"
 #include "model/CallTypeNames.h"
 #include "output/ReplayPage.h"
@@ -102,9 +101,9 @@ ExitCode ReplayCalls(Context const& context, Options const& options) {
 
 void AddReplay(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& replay = line.AddCommand(
-        "replay", "Show what the rules did with the calls of call records", kHelp,
-        [options](Context const& context) { return ReplayCalls(context, *options); });
+    CLI::App& replay =
+        line.AddCommand("replay", "Show what the rules did with the calls of call records", kHelp,
+                        options, ReplayCalls);
     replay.add_option("CALLS", options->calls, "Files of call records")->type_name("")->required();
     AddColumns(replay, options->format);
     replay.add_option("--against", options->against, "Compare with the rules of another rule file")

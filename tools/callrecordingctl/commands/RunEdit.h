@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -36,6 +37,16 @@ ExitCode RunEdit(Context const& context, EditOptions const& options, Changer con
 /// Adds a command that edits, with the options that all edits have; change runs as in RunEdit.
 CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
                   Changer const& change);
+
+/// The same for an edit with options of its own, which live as long as the command line.
+template <typename Options>
+CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
+                  std::shared_ptr<Options> const& options,
+                  ExitCode (*change)(RuleEdit&, Options const&)) {
+    return AddEdit(
+        line, name, summary, help,
+        [options, change](RuleEdit& edit) { return change(edit, *options); });
+}
 
 } // namespace callrecordingctl
 

@@ -10,7 +10,6 @@
 #include "administration/history/When.h"
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
-#include "commands/Registry.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
 #include "text/Printable.h"

@@ -10,7 +10,6 @@
 #include "CommandLine.h"
 #include "administration/history/When.h"
 #include "administration/inspection/Digest.h"
-#include "commands/Registry.h"
 #include "commands/ServiceState.h"
 #include "output/RuleText.h"
 #include "text/Printable.h"

@@ -8,7 +8,6 @@
 #include "administration/history/When.h"
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
-#include "commands/Registry.h"
 #include "commands/RunEdit.h"
 
 namespace callrecordingctl {
@@ -100,9 +99,7 @@ ExitCode Undo(RuleEdit& edit, Options const& options) {
 
 void AddUndo(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& undo = AddEdit(
-        line, "undo", "Undo the last edits", kHelp,
-        [options](RuleEdit& edit) { return Undo(edit, *options); });
+    CLI::App& undo = AddEdit(line, "undo", "Undo the last edits", kHelp, options, Undo);
     AddNumber(
         undo, "N", "", "How many edits (default: 1)", 1,
         [options](std::uint32_t count) { options->count = count; });

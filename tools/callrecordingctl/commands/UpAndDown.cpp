@@ -6,7 +6,6 @@
 #include <fmt/format.h>
 
 #include "administration/inspection/RuleNames.h"
-#include "commands/Registry.h"
 #include "commands/RunEdit.h"
 #include "output/RuleText.h"
 

@@ -28,8 +28,9 @@ namespace {
 std::string Why(RuleReport const& report, RuleList const& rules) {
     if (report.standing != RuleReport::kDecides)
         return WhyItDecidesNothing(report, rules);
-    return fmt::format("it decided no call of these files; of typed calls it would decide one from {} to {}",
-                       AddressText(report.call->caller), AddressText(report.call->called));
+    return fmt::format(
+        "it decided no call of these files; of typed calls it would decide one from {} to {}",
+        AddressText(report.call->caller), AddressText(report.call->called));
 }
 
 std::map<std::size_t, std::string> WhyNever(ReplayReport const& report, RuleList const& rules) {
