@@ -30,11 +30,12 @@ void Insert(RuleEdit& edit, Rule const& rule, std::size_t place) {
         edit.Move(last, place);
 }
 
-ExitCode Add(RuleEdit& edit, Options options) {
-    Complete(options.fields.from);
-    Complete(options.fields.to);
+ExitCode Add(RuleEdit& edit, Options const& options) {
+    RuleFields fields = options.fields;
+    Complete(fields.from);
+    Complete(fields.to);
     Rule rule;
-    Apply(options.fields, rule);
+    Apply(fields, rule);
     RequireEveryone(rule, options.everyone);
     if (options.twin && MirrorsItself(rule))
         throw Failure(kExitUsage, "--twin: both sides are the same, so the rule mirrors itself");
