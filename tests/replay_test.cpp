@@ -481,45 +481,6 @@ TEST_F(ReplayCommand, GivesTheAnswerOfTheLibraryAndOfDecide) {
     }
 }
 
-TEST_F(ReplayCommand, CountsWhatDecideDecides) {
-    nlohmann::json const report = Json(shipped);
-    std::map<nlohmann::json, std::uint64_t> counts; // By the rule's identifier, null for none.
-    std::map<nlohmann::json, std::set<std::string>> times;
-    for (nlohmann::json const& call : Each(shipped)) {
-        nlohmann::json const rule = Json(DecideCommand(call))["rule"];
-        nlohmann::json const id = rule.is_null() ? rule : rule["callrecordingrule_id"];
-        EXPECT_EQ(call["rule"].is_null() ? call["rule"] : call["rule"]["callrecordingrule_id"], id)
-            << call;
-        ++counts[id];
-        times[id].insert(TimeText(*ReadCallTime(call["time"])));
-    }
-    std::uint64_t all = 0;
-    auto const expect = [&](nlohmann::json const& tally, nlohmann::json const& id) {
-        EXPECT_EQ(tally["calls"], counts[id]) << id;
-        EXPECT_NEAR(tally["share"], static_cast<double>(counts[id]) / 33, 1e-9);
-        EXPECT_TRUE(counts[id] == 0 ? tally["first"].is_null()
-                                    : tally["first"] == *times[id].begin() &&
-                                          tally["last"] == *times[id].rbegin())
-            << tally;
-        all += counts[id];
-    };
-    for (nlohmann::json const& rule : report["rules"])
-        expect(rule, rule["callrecordingrule_id"]);
-    expect(report["not_recorded"], nullptr);
-    EXPECT_EQ(report["calls"], 33);
-    EXPECT_EQ(all, 33U);
-    EXPECT_EQ(report["recorded"], 33 - counts[nullptr]);
-    EXPECT_EQ(report["never_applied"], nlohmann::json::array({11}));
-    EXPECT_EQ(report["cleaned"].dump(), R"({"blanks":0,"brackets":4,"name":2,"parameters":2,)"
-                                        R"("separators":2,"sip:":9,"tel:":1})");
-    EXPECT_EQ(report["rules"][4]["example"]["line"], 3);
-    std::string const text = Run(shipped).out;
-    EXPECT_NE(text.find("33 calls in 3 files from 2026-11-02 07:00:00 to 2026-11-06 17:59:59: 21 "
-                        "recorded (63.6 %), 12 not"),
-              std::string::npos)
-        << text;
-}
-
 TEST_F(ReplayCommand, ComparesWithOtherRulesByWhatBecomesOfTheCall) {
     std::string const other = Other("archive:/sales", "archive:/vault");
     Other(",!41", "");
@@ -550,43 +511,6 @@ TEST_F(ReplayCommand, ComparesWithOtherRulesByWhatBecomesOfTheCall) {
     EXPECT_EQ(Json(shipped + " --against " +
                    dir.Path("telephony/callrecordingdb"))["differences"]["calls"],
               0);
-}
-
-TEST_F(ReplayCommand, TellsWhatItCouldNotReadAndByItsExitStatusWhatItMeans) {
-    dir.Write("bad.csv",
-              "from,to,to_type,time\n1,112,,2026-11-01\n1,\"2\n3,4,any,\n5,6,sip,soon\n");
-    std::string const bad = "replay " + dir.Path("bad.csv");
-    struct {
-        std::string command;
-        int code;
-        char const *out, *err; // Parts.
-    } const rows[] = {
-        {bad, 0, "bad.csv:3: a quote is open at its end", ""},
-        {bad, 0, "bad.csv:4: \"any\" is not the type of an address", ""},
-        {bad, 0, "1 time not in a known format: ", ""},
-        {bad + " --strict", 1, "2 lines could not be read:\n", ""},
-        {bad + " --each", 0, "2026-11-01\t1\t112\t0\tarchive:/emergency\nsoon\t5\t6\t-\tnot", ""},
-        {"replay -", 0, "0 calls in 1 file: 0 recorded", ""},
-        {bad + " /none.csv", 3, "", "/none.csv: cannot be read"},
-        {bad + " --against /none", 3, "", "/none: there is no such file"},
-        {bad + " --against callrecordingdb", 0, "0 of 2 calls decided differently", ""},
-        {bad + " --html /none/page", 4, "", "/none/page: cannot be written"},
-        {bad + " --from-column x", 3, "", "no column \"x\" among: from, to, to_type, time"},
-        {"replay", 2, "", "CALLS"},
-        {"disable 3 --replay x", 2, "", "--replay requires --dry-run"},
-        {"disable 3 --dry-run --replay /none.csv", 3, "", "/none.csv: cannot be read"},
-        {"disable 3 --dry-run --replay " EXAMPLES_PATH "/calls/november.csv", 0,
-         "4 of 18 calls decided differently by the rules after the edit", ""},
-        {"disable 3 --dry-run --json --replay " EXAMPLES_PATH "/calls/november.csv", 0,
-         "\"replay\": {\n    \"calls\": 4,", ""},
-    };
-    for (auto const& [command, code, out, err] : rows) {
-        Outcome const outcome = Run(command, "cd " + dir.Path("telephony") + "; : | ");
-        EXPECT_EQ(outcome.code, code) << command << outcome.err;
-        EXPECT_NE(outcome.out.find(out), std::string::npos) << command << "\n" << outcome.out;
-        EXPECT_NE(outcome.err.find(err), std::string::npos) << command << "\n" << outcome.err;
-        EXPECT_TRUE(*err != '\0' || outcome.err.empty()) << outcome.err; // No progress, too.
-    }
 }
 
 TEST_F(ReplayCommand, TellsWhatItCountedUntilItWasInterrupted) {
