@@ -14,7 +14,7 @@ for toolchain in cmake/toolchains/*.cmake; do
     name=$(basename "$toolchain" .cmake)
     [ "$name" = debian ] || architectures+=("$name")
 done
-names=("${architectures[@]}" valgrind tidy clang trixie fuzzing telephony asterisk)
+names=("${architectures[@]}" valgrind tidy clang reproducible trixie fuzzing telephony asterisk)
 
 valgrind() {
     scripts/install-packages.sh valgrind
@@ -32,6 +32,15 @@ tidy() {
 clang() {
     scripts/install-packages.sh clang
     CXX=clang++ CC=clang scripts/test.sh "$work/clang" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS=-Werror
+}
+
+# The packages have the same bytes when they are made elsewhere, by somebody with other settings.
+reproducible() {
+    scripts/package.sh "$work/packages" || return
+    (umask 077 && TZ=Asia/Tokyo LC_ALL=C scripts/package.sh "$work/elsewhere") || return
+    for file in "$work"/packages/*.deb; do
+        cmp "$file" "$work/elsewhere/${file##*/}" || return
+    done
 }
 
 trixie() {
