@@ -221,9 +221,11 @@ void callrecording_close(callrecording_rules* rules);
 /**
  * Reads the rule file again. Returns
  *
- *     CALLRECORDING_YES    the handle now holds the rules of the file; if there is no file, it
- * holds no rules, and *failure is of kind MISSING; CALLRECORDING_ERROR  the file could not be read
- * to its end: the handle keeps the rules that it holds, and *failure says why.
+ *     CALLRECORDING_YES    the handle now holds the rules of the file;
+ *     CALLRECORDING_ERROR  the file could not be read to its end; the handle keeps its rules.
+ *
+ * On YES without a file the handle holds no rules, and *failure is of kind MISSING. On ERROR
+ * *failure says why.
  *
  * failure may be NULL; nobody else writes to it, however many threads reload. rules may come from a
  * text, or be NULL: ERROR. Since 1.0.
@@ -270,10 +272,12 @@ int32_t callrecording_get_state(callrecording_rules* rules, callrecording_state*
  * of type number2 sees no party. Returns
  *
  *     CALLRECORDING_YES    record, as the rule says;
- *     CALLRECORDING_NO     do not: no rule takes the call, and *rule is NULL; or the rule that
- * takes it forbids to record it (its record_to is CALLRECORDING_NEVER); CALLRECORDING_ERROR
- * undecided, and *rule is NULL: an argument is NULL or a party's size is smaller than in
- * version 1.0, rules were never loaded, or there is no memory.
+ *     CALLRECORDING_NO     do not record;
+ *     CALLRECORDING_ERROR  undecided.
+ *
+ * On NO either no rule takes the call, and *rule is NULL, or the rule that takes it forbids to
+ * record it (its record_to is CALLRECORDING_NEVER). On ERROR *rule is NULL: an argument is NULL or
+ * a party's size is smaller than in version 1.0, rules were never loaded, or there is no memory.
  *
  * Give the rule back with callrecording_rule_free. rule may be NULL for those who do not want it.
  * Since 1.0.
@@ -314,9 +318,11 @@ void callrecording_rule_free(callrecording_rule const* rule);
  * call comes nearest to; the time for that grows with the number of rules. Returns
  *
  *     CALLRECORDING_YES    both sides match and the rule is enabled (an earlier one may decide);
- *     CALLRECORDING_NO     the rule does not take the call, and explanation->reason says why; or,
- * for CALLRECORDING_NEAREST, there is no such rule; CALLRECORDING_ERROR  there is no such place, an
- * argument is NULL, a size is smaller than in version 1.0, or there is no memory.
+ *     CALLRECORDING_NO     the rule does not take the call, and explanation->reason says why;
+ *     CALLRECORDING_ERROR  it cannot be explained.
+ *
+ * NO for CALLRECORDING_NEAREST may also mean that there is no such rule. ERROR: there is no such
+ * place, an argument is NULL, a size is smaller than in version 1.0, or there is no memory.
  *
  * Since 1.0.
  */
