@@ -3,6 +3,7 @@
 # starting with the inputs in fuzz/corpus. Interesting new inputs go to build-fuzz/corpus, and the next run uses them,
 # too. Stops at the first finding, and names the file that reproduces it.
 # Usage: fuzz.sh [SECONDS-PER-TARGET]   (60)
+# FUZZ_SEED chooses the random inputs; without it they are others every time.
 set -euo pipefail
 
 source=$(cd "$(dirname "$0")/.." && pwd)
@@ -29,7 +30,7 @@ for program in "$source"/fuzz/fuzz_*.cpp; do
     target=$(basename "$program" .cpp)
     target=${target#fuzz_}
     mkdir -p "$build/corpus/$target"
-    if "$build/fuzz_$target" -max_total_time="$duration" -max_len=256 -timeout=10 -rss_limit_mb=1024 \
+    if "$build/fuzz_$target" -seed="${FUZZ_SEED:-0}" -max_total_time="$duration" -max_len=256 -timeout=10 -rss_limit_mb=1024 \
         -artifact_prefix="$build/findings/$target-" \
         "$build/corpus/$target" "$source/fuzz/corpus/$target" >"$scratch/log" 2>&1; then
         echo "ok: $target, $(sed -n 's/^Done \([0-9]*\) runs.*/\1/p' "$scratch/log") inputs"
