@@ -42,8 +42,11 @@ class Choices {
     }
 
   private:
-    std::mt19937 random_{static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed()) +
-                         1};
+    // Without --gtest_shuffle the seed of GoogleTest is the time.
+    std::mt19937 random_{
+        GTEST_FLAG_GET(shuffle)
+            ? static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed())
+            : 7U};
 };
 
 bool Admits(ItemAutomaton const& automaton, std::string const& candidate) {
