@@ -18,6 +18,7 @@
 #include "administration/history/Database.h"
 #include "administration/history/History.h"
 #include "administration/history/HistoryFile.h"
+#include "administration/history/RuleTimeline.h"
 #include "administration/history/SaveRecorded.h"
 #include "administration/history/TextDelta.h"
 #include "administration/inspection/Digest.h"
@@ -143,10 +144,35 @@ class Life {
         std::vector<HistoryEntry> const effective = EditsInEffect(now.entries);
         EXPECT_TRUE(effective.empty() || effective.back().state == EditState::Unknown ||
                     effective.back().after == DigestOf(text_));
+        CompareEras();
     }
 
   private:
     std::size_t Draw(std::size_t below) { return random_() % below; }
+
+    /// The file as it was at the end of every second in which something happened.
+    void CompareEras() const {
+        RuleTimeline timeline(path_);
+        std::vector<RuleEra> const& eras = timeline.Eras();
+        EXPECT_EQ(timeline.TextOf(eras.back()), text_);
+        EXPECT_TRUE(eras.front().from == RuleEra::kAlways && eras.back().to == RuleEra::kNow);
+        std::vector<HistoryEntry> const entries = History(path_).Entries(text_);
+        std::size_t era = 0;
+        for (std::size_t i = 0; i < past_.size(); ++i) {
+            if (!past_[i].isKnown)
+                continue;
+            ++era;
+            ASSERT_LT(era, eras.size());
+            EXPECT_EQ(eras[era].digest, DigestOf(past_[i].after)) << i;
+            EXPECT_EQ(eras[era - 1].to, eras[era].from) << i;
+            EXPECT_EQ(eras[era].mayBeginAt,
+                      past_[i].command.empty() ? entries[i - 1].seconds : entries[i].seconds);
+            bool const isLast =
+                i + 1 == past_.size() || entries[i + 1].seconds > entries[i].seconds;
+            EXPECT_TRUE(!isLast || timeline.At(entries[i].seconds).digest == eras[era].digest);
+        }
+        EXPECT_EQ(era + 1, eras.size());
+    }
 
     void Write(std::string const& text) {
         text_ = text;

@@ -6,10 +6,8 @@
 
 #include "CommandLine.h"
 #include "Rules.h"
-#include "administration/history/History.h"
-#include "administration/history/When.h"
 #include "administration/inspection/Digest.h"
-#include "administration/inspection/ReadRules.h"
+#include "commands/TextAt.h"
 #include "output/RuleText.h"
 #include "output/Table.h"
 #include "text/Printable.h"
@@ -45,44 +43,9 @@ struct Options {
     std::optional<std::int64_t> at;
 };
 
-/// The digest of the rule file as it was then. What an edit was to make counts only if it is known
-/// to have been saved.
-std::string DigestAt(Snapshot const& now, std::int64_t seconds) {
-    if (now.entries.empty())
-        return DigestOf(now.text);
-    if (now.entries.front().seconds > seconds)
-        Say("nothing is recorded of {}; these are the rules before the first recorded edit, of {}",
-            WhenText(seconds), WhenText(now.entries.front().seconds));
-    std::string digest = now.entries.front().before;
-    for (HistoryEntry const& entry : now.entries)
-        if (entry.seconds <= seconds && entry.state != EditState::Unknown)
-            digest = entry.after;
-    return digest;
-}
-
-/// The text of the rule file as it was then.
-std::string TextAt(std::string const& path, std::int64_t seconds) {
-    RequireDirectory(path);
-    History history(path);
-    Snapshot const now = history.Read();
-    std::string const digest = DigestAt(now, seconds);
-    if (digest == DigestOf(now.text))
-        return now.text;
-    if (auto const text = history.TextOf(digest))
-        return *text;
-    throw Failure(kExitNo, fmt::format("the rules of {} are not kept any more", WhenText(seconds)));
-}
-
 ExitCode Show(Context const& context, Options const& options) {
     std::string digest;
-    RuleList rules;
-    if (options.at) {
-        std::string const text = TextAt(context.path, *options.at);
-        digest = DigestOf(text);
-        rules = RulesOf(text, "state " + StateToken(digest));
-    } else {
-        rules = LoadRules(context.path, digest);
-    }
+    RuleList const rules = RulesAt(context.path, options.at, digest);
     std::string const state = StateToken(digest);
     if (!options.rule) {
         PrintRules(rules, state, context.json);
@@ -107,11 +70,9 @@ void AddShow(CommandLine& line) {
                 throw Failure(kExitUsage, "ID is required (see \"callrecordingctl help show\")");
             return Show(context, *options);
         });
-    AddText(
-        show, "ID", "", "Identifier of the rule, or its position: '#5'",
-        [options](std::string const& text) { options->rule = ParseRuleName(text); });
-    AddText(show, "--at", "WHEN", kWhenHelp,
-            [options](std::string const& text) { options->at = ParseTime("--at", text); });
+    AddText(show, "ID", "", "Identifier of the rule, or its position: '#5'",
+            [options](std::string const& text) { options->rule = ParseRuleName(text); });
+    AddAt(show, "The rules as they were then", options->at);
 }
 
 } // namespace callrecordingctl
