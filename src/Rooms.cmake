@@ -94,9 +94,9 @@ target_link_libraries(callrecordingutils_administration
     callrecordingutils_administration_exchange callrecordingutils_administration_services)
 
 callrecordingutils_room(records/reading USES text LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
-callrecordingutils_room(records/counting USES model calls records/reading)
+callrecordingutils_room(records/counting USES model calls records/reading LIBRARIES Threads::Threads)
 callrecordingutils_room(records/report
-  USES model calls json records/reading records/counting LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
+  USES model calls text json records/reading records/counting LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
 callrecordingutils_room(records/page
   USES model records/counting records/report LIBRARIES fmt::fmt ${UNISTRING_LIBRARY})
 add_library(callrecordingutils_records STATIC EXCLUDE_FROM_ALL)

@@ -232,22 +232,26 @@ TEST(CallTime, IsReadInEachFormat) {
 
 TEST(Timeline, KeepsEveryCallInFewStretches) {
     std::mt19937 random(7);
+    constexpr CallTime k1990 = 7305 * 86400;
     for (CallTime const span : {1, 4, 90, 400, 4000, 40000}) {
         Timeline timeline;
         std::map<CallTime, Timeline::Counts> expected;
         std::vector<std::pair<CallTime, std::size_t>> calls;
         for (int i = 0; i < 3000; ++i) {
-            calls.emplace_back(static_cast<CallTime>(random() % (span * 86400)) - 86400,
+            calls.emplace_back(static_cast<CallTime>(k1990 + random() % (span * 86400)) - 86400,
                                random() % 3);
-            timeline.Add(calls.back().first, calls.back().second);
+            timeline.Count(calls.back().first, calls.back().second);
         }
         CallTime const width = timeline.Width();
-        for (auto const& [time, decidedBy] : calls) { // Counted from a Monday long ago.
-            CallTime const since = time - 4 * 86400 + 364 * 86400LL * 1000;
-            ++expected[time - since % width][decidedBy];
-        }
+        std::uint64_t outside = 0;
+        for (auto const& [time, decidedBy] : calls)
+            if (time < k1990 || time >= k1990 + 36525 * 86400LL)
+                ++outside;
+            else // Counted from a Monday.
+                ++expected[time - (time - 4 * 86400) % width][decidedBy];
         EXPECT_EQ(timeline.Stretches(), expected) << span << " days";
-        EXPECT_LE(timeline.Stretches().size(), span < 30000 ? 100U : 120U);
+        EXPECT_EQ(timeline.Outside(), outside);
+        EXPECT_LE(timeline.Stretches().size(), 101U);
     }
 }
 
@@ -522,6 +526,77 @@ TEST_F(ReplayCommand, TellsWhatItCountedUntilItWasInterrupted) {
     EXPECT_EQ(report["interrupted"], true);
     EXPECT_GT(report["calls"], 100000);
     EXPECT_EQ(report["rules"][0]["calls"], report["calls"]);
+}
+
+/// However files are cut into parts, and parts merged with others first, the report is the one of a
+/// run over all of them, and so is that of several threads.
+TEST_F(ReplayCommand, AddsPartsToTheReportOfOneRun) {
+    setenv("SOURCE_DATE_EPOCH", "1795600000", 1); // When the pages are made.
+    std::mt19937 random(11);
+    RandomCalls calls(17);
+    std::string const against = " --against " + Other("archive:/sales", "never:");
+    for (int round = 0; round < 12; ++round) {
+        dir.WriteRules(calls.Rules());
+        std::vector<std::string> paths;
+        for (std::size_t file = 1 + random() % 9; file > 0; --file) {
+            std::string content;
+            for (std::size_t count = random() % 1000; count > 0; --count) {
+                nlohmann::json call = calls.Call();
+                call["time"] = TimeText(
+                    static_cast<CallTime>(1790000000 + random() % 1000 * 3600 +
+                                          (random() % 50 == 0 ? random() % 4000000000 : 0)));
+                content += content.empty()      ? call.dump() + "\n"
+                           : random() % 40 == 0 ? std::string("broken \xFF\n")
+                           : random() % 40 == 0 ? "{\"from\":\"1\",\"to\":2,\"time\":\"x\"}\n"
+                                                : call.dump() + "\n";
+            }
+            paths.push_back(dir.Path("calls" + std::to_string(paths.size())));
+            dir.Write("calls" + std::to_string(paths.size() - 1), content);
+        }
+        std::string all, parts, group;
+        std::size_t made = 0;
+        for (std::size_t i = 0; i < paths.size(); ++i) {
+            all += " " + paths[i];
+            group += " " + paths[i];
+            if (i + 1 < paths.size() && random() % 2 == 0)
+                continue;
+            std::string const part = dir.Path("part" + std::to_string(made++));
+            ASSERT_EQ(Run("replay --partial" + group + against + " >" + part).code, 0);
+            group = "";
+            parts += " " + part;
+            if (random() % 3 == 0) { // Those so far become one.
+                ASSERT_EQ(Run("replay --partial --merge" + parts + " >" + dir.Path("sum")).code, 0);
+                std::filesystem::rename(dir.Path("sum"), part);
+                parts = " " + part;
+            }
+        }
+        for (std::string const format : {"", " --json"}) {
+            std::string const page = " --html " + dir.Path("page");
+            Outcome const one = Run("replay --jobs 1" + format + against + page + all);
+            std::string const onePage = dir.Read("page");
+            Outcome const merged = Run("replay" + format + page + " --merge" + parts);
+            EXPECT_EQ(merged.out, one.out);
+            EXPECT_EQ(dir.Read("page"), onePage);
+            EXPECT_EQ(Run("replay --jobs 3" + format + against + page + all).out, one.out);
+            EXPECT_EQ(dir.Read("page"), onePage);
+        }
+    }
+    unsetenv("SOURCE_DATE_EPOCH");
+}
+
+TEST_F(ReplayCommand, RefusesPartsThatDoNotBelongTogether) {
+    std::string const part = dir.Path("part"), other = dir.Path("other-part");
+    Run(shipped + " --partial >" + part);
+    Run(shipped + " --partial --config-dir " + dir.Path("other") + " >" + other,
+        "mkdir -p " + dir.Path("other/telephony") + ";");
+    for (auto const& [parts, reason] : std::map<std::string, std::string>{
+             {part + " " + other, "other-part: counted by the rules of"},
+             {EXAMPLES_PATH "/calls/november.csv", "november.csv:1: no state that"},
+             {"/dev/null", "/dev/null: there is no state"}}) {
+        Outcome const outcome = Run("replay --merge " + parts);
+        EXPECT_EQ(outcome.code, 3) << parts;
+        EXPECT_NE(outcome.err.find(reason), std::string::npos) << outcome.err;
+    }
 }
 
 TEST_F(ReplayCommand, WritesAPageThatSaysTheSameAndNothingOfItsOwn) {

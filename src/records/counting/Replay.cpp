@@ -1,157 +1,208 @@
-// Goes through call files, call by call.
+// One thread reads, since where a record begins shows only when the one before it has been read.
+// The others decide and count what it read, and so does it whenever they have enough to do.
 
 #include "records/counting/Replay.h"
 
-#include <tuple>
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include <signal.h>
 
 namespace CallRecordingUtils {
 namespace {
 
-constexpr std::size_t kProgressEvery = 1024; // Calls.
+/// Records of one file that follow each other.
+struct Batch {
+    static constexpr std::size_t kMost = 256;
+    static constexpr std::size_t kMostBytes = std::size_t{1} << 20;
 
-/// text, cut when it is longer than anybody wants to read.
-std::string Shortened(std::string const& text) {
-    constexpr std::size_t kMost = 160;
-    if (text.size() <= kMost)
-        return text;
-    std::size_t end = kMost; // Not inside a UTF-8 character.
-    while (end > kMost - 4 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
-        --end;
-    return text.substr(0, end) + "...";
-}
+    std::string path;
+    RecordPlace first;
+    std::size_t count = 0;
+    std::size_t bytes = 0;
+    std::vector<CallRecord> records; // Possibly more than count, so that their memory is reused.
 
-Rule const* RuleOf(RuleSet const& rules, Decision decision) {
-    return decision == kNoRule ? nullptr : &rules.Rules()[decision];
-}
+    bool IsFull() const { return count == records.size() || bytes >= kMostBytes; }
+    /// Counts the record behind the others in.
+    void Add() {
+        for (std::string const& value : records[count].values)
+            bytes += value.size();
+        ++count;
+    }
+};
 
-Decision Decide(RuleSet const& rules, PartyCall const& call) {
-    Rule const* const rule = rules.Deciding(call);
-    return rule == nullptr ? kNoRule : rules.PlaceOf(*rule);
-}
+/// While it lives, this thread and those that it starts get no interrupt.
+class InterruptsBlocked {
+  public:
+    InterruptsBlocked() {
+        sigset_t interrupt;
+        sigemptyset(&interrupt);
+        sigaddset(&interrupt, SIGINT);
+        pthread_sigmask(SIG_BLOCK, &interrupt, &before_);
+    }
+    ~InterruptsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    InterruptsBlocked(InterruptsBlocked const&) = delete;
+    InterruptsBlocked& operator=(InterruptsBlocked const&) = delete;
 
-/// The same rule, or null if it forbids recording.
-Rule const* IfItRecords(Rule const* rule) {
-    return rule != nullptr && ForbidsRecording(*rule) ? nullptr : rule;
-}
+  private:
+    sigset_t before_{};
+};
 
 } // namespace
 
-bool HaveSameOutcome(Rule const* left, Rule const* right) {
-    left = IfItRecords(left);
-    right = IfItRecords(right);
-    if (left == nullptr || right == nullptr)
-        return left == right;
-    auto const outcome = [](Rule const& rule) {
-        return std::tie(rule.call_recording_type, rule.record_to, rule.recording_duration);
-    };
-    return outcome(*left) == outcome(*right);
-}
+/// The threads, and the batches that wait for them. What the reading thread decides itself is
+/// counted by the first counter.
+class Replay::Crew {
+  public:
+    explicit Crew(Replay const& replay) {
+        std::size_t const jobs = replay.options_.onCall ? 1 : replay.options_.jobs;
+        mostWaiting_ = jobs > 1 ? 2 * jobs : 0;
+        RuleSet const* const others = replay.others_ ? &*replay.others_ : nullptr;
+        for (std::size_t i = 0; i < std::max<std::size_t>(jobs, 1); ++i)
+            counters_.emplace_back(replay.rules_, others, replay.options_);
+        InterruptsBlocked const blocked; // They must reach the thread that reads.
+        for (std::size_t i = 1; i < counters_.size(); ++i)
+            threads_.emplace_back([this, i] { Work(counters_[i]); });
+    }
+    ~Crew() { Finish(); }
+    Crew(Crew const&) = delete;
+    Crew& operator=(Crew const&) = delete;
+
+    /// A batch to fill.
+    std::unique_ptr<Batch> Empty() {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        if (spare_.empty())
+            return std::make_unique<Batch>();
+        std::unique_ptr<Batch> batch = std::move(spare_.back());
+        spare_.pop_back();
+        return batch;
+    }
+
+    /// Has the batch counted, by another thread or this one.
+    void Take(std::unique_ptr<Batch> batch) {
+        {
+            std::lock_guard<std::mutex> const lock(mutex_);
+            if (waiting_.size() < mostWaiting_) {
+                waiting_.push_back(std::move(batch));
+                changed_.notify_one();
+                return;
+            }
+        }
+        Count(counters_.front(), std::move(batch));
+    }
+
+    /// Waits for all threads. Throws what one of them threw.
+    ReplayReport Report() {
+        Finish();
+        if (failure_)
+            std::rethrow_exception(failure_);
+        ReplayReport report = counters_.front().Report();
+        for (std::size_t i = 1; i < counters_.size(); ++i)
+            report.Add(counters_[i].Report());
+        return report;
+    }
+
+  private:
+    void Count(CallCounter& counter, std::unique_ptr<Batch> batch) {
+        for (std::size_t i = 0; i < batch->count; ++i)
+            counter.Take(batch->records[i], {batch->first.first, batch->first.second + i},
+                         batch->path);
+        if (batch->bytes >= Batch::kMostBytes)
+            return; // Its memory is more than others need.
+        std::lock_guard<std::mutex> const lock(mutex_);
+        spare_.push_back(std::move(batch));
+    }
+
+    std::unique_ptr<Batch> Next() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait(lock, [this] { return isFinishing_ || !waiting_.empty(); });
+        if (waiting_.empty())
+            return nullptr;
+        std::unique_ptr<Batch> batch = std::move(waiting_.front());
+        waiting_.pop_front();
+        return batch;
+    }
+
+    void Work(CallCounter& counter) {
+        try {
+            while (std::unique_ptr<Batch> batch = Next())
+                Count(counter, std::move(batch));
+        } catch (...) {
+            std::lock_guard<std::mutex> const lock(mutex_);
+            failure_ = std::current_exception();
+        }
+    }
+
+    void Finish() {
+        {
+            std::lock_guard<std::mutex> const lock(mutex_);
+            isFinishing_ = true;
+        }
+        changed_.notify_all();
+        for (std::thread& thread : threads_)
+            thread.join();
+        threads_.clear();
+    }
+
+    std::deque<CallCounter> counters_;
+    std::vector<std::thread> threads_;
+    std::size_t mostWaiting_ = 0;
+    std::mutex mutex_; // Guards what follows.
+    std::condition_variable changed_;
+    std::deque<std::unique_ptr<Batch>> waiting_;
+    std::vector<std::unique_ptr<Batch>> spare_;
+    std::exception_ptr failure_;
+    bool isFinishing_ = false;
+};
 
 Replay::Replay(RuleList const& rules, RuleList const* others, Options options)
     : rules_(rules), options_(std::move(options)) {
     if (others != nullptr)
         others_.emplace(*others);
-    report_.byRule.resize(rules.size());
 }
 
-void Replay::Run(std::string const& path) {
+ReplayReport Replay::Run(std::vector<std::string> const& paths) {
+    Crew crew(*this);
+    std::size_t read = 0;
+    while (read < paths.size() && !MustStop()) {
+        ReadFile(paths[read], read, crew);
+        ++read;
+    }
+    ReplayReport report = crew.Report();
+    report.files.resize(read);
+    for (std::size_t i = 0; i < read; ++i)
+        report.files[i].path = paths[i];
+    report.isInterrupted = MustStop();
+    return report;
+}
+
+void Replay::ReadFile(std::string const& path, std::size_t index, Crew& crew) {
     CallReader reader(path, options_.format);
-    report_.files.push_back({path, 0, 0});
-    ReplayReport::File& file = report_.files.back();
-    CallRecord record;
-    // A read that an interrupt ends early looks like the end of the file, in the middle of a
-    // record.
-    while (reader.Next(record) && !MustStop()) {
-        Take(record, file);
-        if (options_.onProgress && report_.all.calls % kProgressEvery == 0)
-            options_.onProgress(reader.File(), report_.all.calls);
+    std::uint64_t record = 0;
+    for (bool isAtEnd = false; !isAtEnd;) {
+        std::unique_ptr<Batch> batch = crew.Empty();
+        batch->path = path;
+        batch->first = {index, record};
+        batch->count = batch->bytes = 0;
+        batch->records.resize(options_.onCall ? 1
+                                              : Batch::kMost); // Each call as soon as it is read.
+        while (!isAtEnd && !batch->IsFull()) {
+            // A read that an interrupt ends early looks like the end of the file, in the middle of
+            // a record.
+            isAtEnd = !reader.Next(batch->records[batch->count]) || MustStop();
+            if (!isAtEnd)
+                batch->Add();
+        }
+        record += batch->count;
+        crew.Take(std::move(batch));
+        if (options_.onProgress)
+            options_.onProgress(bytesBefore_ + reader.File().Taken(), recordsBefore_ + record);
     }
-    report_.isInterrupted = MustStop();
-}
-
-void Replay::AddProblem(CallRecord const& record, ReplayReport::File& file) {
-    ++file.unreadable;
-    ++report_.unreadable;
-    if (report_.problems.size() < ReplayReport::kMostProblems)
-        report_.problems.push_back({file.path, record.line, Shortened(record.problem)});
-}
-
-/// One side of a call. A type that no address has becomes the problem of the record.
-std::optional<AskedSide> Replay::ReadSide(CallRecord& record, Column address, Column type) const {
-    std::string const& typeText = record.values[type];
-    std::optional<CallType> callType;
-    if (!typeText.empty())
-        callType = options_.parseCallType(typeText);
-    if (!typeText.empty() && callType.value_or(CALL_TYPE_ANY) == CALL_TYPE_ANY) {
-        record.problem = "\"" + typeText + "\" is not the type of an address";
-        return std::nullopt;
-    }
-    return ReadAskedSide(record.values[address], callType);
-}
-
-void Replay::CountQuestion(AskedSide const& from, AskedSide const& to) {
-    for (std::size_t i = 0; i < kCleaningCount; ++i)
-        report_.cleaned[i] += (from.cleanings[i] ? 1U : 0U) + (to.cleanings[i] ? 1U : 0U);
-    ++(from.type && to.type   ? report_.asTyped
-       : from.type || to.type ? report_.asBoth
-                              : report_.asParties);
-}
-
-void Replay::Take(CallRecord& record, ReplayReport::File& file) {
-    std::optional<AskedSide> from, to;
-    if (record.problem.empty())
-        from = ReadSide(record, kColumnFrom, kColumnFromType);
-    if (record.problem.empty())
-        to = ReadSide(record, kColumnTo, kColumnToType);
-    if (!record.problem.empty())
-        return AddProblem(record, file);
-    ++file.calls;
-    CountQuestion(*from, *to);
-    PartyCall const call{from->texts, to->texts};
-    std::optional<Decision> other;
-    if (others_)
-        other = Decide(*others_, call);
-    DecidedCall const decided{file.path, record, *from, *to, Decide(rules_, call), other};
-    Count(decided);
-    if (options_.onCall)
-        options_.onCall(decided);
-}
-
-std::optional<CallTime> Replay::ReadTime(CallRecord const& record, std::string const& file) {
-    std::string const& text = record.values[kColumnTime];
-    if (text.empty())
-        return std::nullopt;
-    std::optional<CallTime> const time = ReadCallTime(text);
-    if (!time && report_.withoutTime++ == 0)
-        report_.firstWithoutTime = {file, record.line, Shortened(text)};
-    return time;
-}
-
-void Replay::Count(DecidedCall const& call) {
-    std::optional<CallTime> const time = ReadTime(call.record, call.file);
-    auto const example = [&call, &time] {
-        return Example{Shortened(call.record.values[kColumnFrom]),
-                       Shortened(call.record.values[kColumnTo]), time, call.file, call.record.line};
-    };
-    report_.all.Count(time, example);
-    Rule const* const rule = RuleOf(rules_, call.decision);
-    if (rule == nullptr) {
-        report_.noRule.Count(time, example);
-        report_.noRuleByDigits.Count(call.to.texts.Shown(CALL_TYPE_ANY), time, example);
-    } else {
-        report_.byRule[call.decision].Count(time, example);
-        if (ForbidsRecording(*rule))
-            report_.forbidden.Count(time, example);
-    }
-    if (time)
-        report_.timeline.Add(*time, call.decision);
-    if (!call.other || HaveSameOutcome(rule, RuleOf(*others_, *call.other)))
-        return;
-    report_.different.Count(time, example);
-    auto const pair = std::make_pair(call.decision, *call.other);
-    bool const isRoom = report_.differences.size() < ReplayReport::kMostDifferences ||
-                        report_.differences.count(pair) != 0;
-    (isRoom ? report_.differences[pair] : report_.moreDifferences).Count(time, example);
+    bytesBefore_ += reader.File().Taken();
+    recordsBefore_ += record;
 }
 
 } // namespace CallRecordingUtils

@@ -7,10 +7,14 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "records/reading/CallTime.h"
 
 namespace CallRecordingUtils {
+
+/// Which record of which file, both counted from 0: the order of calls, however they are counted.
+using RecordPlace = std::pair<std::size_t, std::uint64_t>;
 
 /// A call, with what it takes to find it again.
 struct Example {
@@ -18,14 +22,16 @@ struct Example {
     std::optional<CallTime> time;
     std::string file;
     std::size_t line = 0;
+    RecordPlace place{};
 };
 
 struct Tally {
     std::uint64_t calls = 0;
     std::optional<CallTime> first, last; // Empty when no call had a time.
-    std::optional<Example> example;      // The first call that was counted.
+    std::optional<Example> example;      // The first of the calls in their order.
 
-    /// Counts a call; example is called for the first one only.
+    /// Counts a call that comes after all that were counted; example is called for the first one
+    /// only.
     template <typename MakeExample>
     void Count(std::optional<CallTime> time, MakeExample makeExample) {
         if (calls++ == 0)
@@ -34,8 +40,9 @@ struct Tally {
             Extend(*time, *time);
     }
 
+    /// Adds the calls of other, which may come before or after these or between them.
     void Add(Tally const& other) {
-        if (calls == 0)
+        if (other.example && (!example || other.example->place < example->place))
             example = other.example;
         calls += other.calls;
         if (other.first)

@@ -13,6 +13,8 @@ constexpr CallTime kDay = CallTime{24} * 3600;
 constexpr CallTime kWidths[] = {3600, kDay, 7 * kDay, 28 * kDay, 364 * kDay};
 constexpr CallTime kMonday = 4 * kDay; // Weeks begin on Monday; this was the first one of 1970.
 constexpr std::size_t kMost = 100;
+constexpr CallTime kYear1990 = 7305 * kDay;
+constexpr CallTime kYear2090 = 43830 * kDay;
 
 std::uint64_t CallsIn(Timeline::Counts const& counts) {
     return std::accumulate(
@@ -31,10 +33,33 @@ CallTime Timeline::BeginOf(CallTime time) const {
     return time - (into < 0 ? into + Width() : into);
 }
 
-void Timeline::Add(CallTime time, Decision decidedBy) {
-    ++stretches_[BeginOf(time)][decidedBy];
+void Timeline::KeepFew() {
     while (stretches_.size() > kMost && width_ + 1 < std::size(kWidths))
         Widen();
+}
+
+void Timeline::Count(CallTime time, Decision decidedBy) {
+    if (time < kYear1990 || time >= kYear2090) {
+        ++outside_;
+        return;
+    }
+    ++stretches_[BeginOf(time)][decidedBy];
+    KeepFew();
+}
+
+void Timeline::AddStretch(CallTime begin, Counts const& counts) {
+    for (auto const& [decidedBy, calls] : counts)
+        stretches_[BeginOf(begin)][decidedBy] += calls;
+    KeepFew();
+}
+
+/// How long the stretches become depends on the calls alone, and not on the order in which they are
+/// added: the more calls there are, the more stretches of any length they are in.
+void Timeline::Add(Timeline const& other) {
+    WidenToWidth(other.Width());
+    for (auto const& [begin, counts] : other.stretches_)
+        AddStretch(begin, counts);
+    outside_ += other.outside_;
 }
 
 Timeline::Counts Timeline::Totals() const {
@@ -51,6 +76,11 @@ void Timeline::WidenTo(std::size_t most) {
         return static_cast<std::size_t>(span / Width()) < most;
     };
     while (!stretches_.empty() && !isWide() && width_ + 1 < std::size(kWidths))
+        Widen();
+}
+
+void Timeline::WidenToWidth(CallTime width) {
+    while (Width() < width && width_ + 1 < std::size(kWidths))
         Widen();
 }
 

@@ -16,12 +16,20 @@ using Decision = std::size_t;
 constexpr Decision kNoRule = static_cast<Decision>(-1);
 
 /// Counts by the hour and, once that would be too many hours, by the day, the week, four weeks or
-/// 52 weeks, so that its size does not grow with the calls.
+/// 52 weeks, from 1990 to 2089: so its size does not grow with the calls, whatever their times.
 class Timeline {
   public:
     using Counts = std::map<Decision, std::uint64_t>;
 
-    void Add(CallTime time, Decision decidedBy);
+    void Count(CallTime time, Decision decidedBy);
+
+    /// Adds what other counted: all of it, or what is in one stretch of it and of this width.
+    void Add(Timeline const& other);
+    void AddStretch(CallTime begin, Counts const& counts);
+    void AddOutside(std::uint64_t calls) { outside_ += calls; }
+
+    /// Calls before 1990 and after 2089: clocks that were wrong.
+    std::uint64_t Outside() const { return outside_; }
 
     /// The length of each stretch of time, in seconds.
     CallTime Width() const;
@@ -34,6 +42,8 @@ class Timeline {
     /// Lengthens the stretches until at most `most` of them, counting empty ones, cover the time
     /// from the first to the last call; or until they are 52 weeks long.
     void WidenTo(std::size_t most);
+    /// Lengthens the stretches until they have at least this length.
+    void WidenToWidth(CallTime width);
     /// Drops calls far from all others, as a clock that was wrong makes them: fewer than one in
     /// 1,000, and only if the rest then covers less than half the time. Returns how many were
     /// dropped.
@@ -41,10 +51,12 @@ class Timeline {
 
   private:
     CallTime BeginOf(CallTime time) const;
+    void KeepFew();
     void Widen();
 
     std::size_t width_ = 0; // Index into the table of widths.
     std::map<CallTime, Counts> stretches_;
+    std::uint64_t outside_ = 0;
 };
 
 } // namespace CallRecordingUtils

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <thread>
 
 #include <fmt/format.h>
 
@@ -13,6 +14,7 @@
 #include "output/ReplayPage.h"
 #include "output/ReplayText.h"
 #include "output/RuleText.h"
+#include "records/report/ReplayState.h"
 
 namespace callrecordingctl {
 namespace {
@@ -26,6 +28,9 @@ caller_id_number and destination_number, calldate. An address such as
 a call type in a column of its own is compared byte for byte. The report counts
 both, what was left out of addresses, and lines that cannot be read. Calls that
 a rule forbids to record are counted apart.
+Files can be replayed in parts, on several computers: each part with --partial,
+and --merge, in the order of the files, prints what one replay of all of them
+would print.
 Examples:
   callrecordingctl replay calls.csv --no-header --from-column 2 --to-column 3
   callrecordingctl replay november.csv.gz --against /tmp/callrecordingdb.new
@@ -34,11 +39,14 @@ Examples:
 
 struct Options {
     std::vector<std::string> calls;
+    std::vector<std::string> parts; // To merge, instead of calls.
     CallFormat format;
     std::string against;
     std::string page;
     bool each = false;
+    bool isPartial = false;
     bool strict = false;
+    std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
 };
 
 RuleFileFacts ReadRuleFile(std::string const& path) {
@@ -69,24 +77,47 @@ void PrintEach(DecidedCall const& call, RuleList const& rules, bool json) {
         PrintCall(call, rules);
 }
 
-ExitCode ReplayCalls(Context const& context, Options const& options) {
-    if (!options.page.empty()) {
-        std::vector<std::string> used = options.calls;
-        used.insert(used.end(), {context.path, context.path + ".history", context.path + ".lock",
-                                 options.against});
-        RequireSparePage(options.page, used);
-    }
-    ReplayFacts const facts = ReadFacts(context.path, options.against);
+ReplayState Count(Context const& context, Options const& options) {
+    ReplayFacts facts = ReadFacts(context.path, options.against);
     Replay::Options how;
     how.format = options.format;
     how.parseCallType = ParseCallType;
+    how.jobs = options.jobs;
     if (options.each)
         how.onCall = [&](DecidedCall const& call) {
             PrintEach(call, facts.here.rules, context.json);
         };
-    ReplayReport const report = RunReplay(options.calls, facts.here.rules,
-                                          facts.there ? &facts.there->rules : nullptr, how);
-    if (context.json && !options.each)
+    ReplayReport report = RunReplay(options.calls, facts.here.rules,
+                                    facts.there ? &facts.there->rules : nullptr, how);
+    return {std::move(facts), std::move(report)};
+}
+
+ReplayState Merge(std::vector<std::string> const& parts) {
+    std::optional<ReplayState> merged;
+    for (std::string const& part : parts)
+        for (ReplayState& state : ReadStates(part))
+            if (merged)
+                AddState(*merged, std::move(state), part);
+            else
+                merged = std::move(state);
+    return std::move(*merged); // ReadStates returns one at least.
+}
+
+ExitCode ReplayCalls(Context const& context, Options const& options) {
+    if (options.calls.empty() == options.parts.empty())
+        throw Failure(kExitUsage, "replay: name files of call records, or parts with --merge");
+    if (!options.page.empty()) {
+        std::vector<std::string> used = options.calls;
+        used.insert(used.end(), options.parts.begin(), options.parts.end());
+        used.insert(used.end(), {context.path, context.path + ".history", context.path + ".lock",
+                                 options.against});
+        RequireSparePage(options.page, used);
+    }
+    auto const [facts, report] =
+        options.parts.empty() ? Count(context, options) : Merge(options.parts);
+    if (options.isPartial)
+        fmt::print("{}\n", StateLine({facts, report}));
+    else if (context.json && !options.each)
         PrintJson(ToJson(report, facts));
     else if (!options.each)
         PrintReplay(report, facts);
@@ -104,12 +135,24 @@ void AddReplay(CommandLine& line) {
     CLI::App& replay =
         line.AddCommand("replay", "Show what the rules did with the calls of call records", kHelp,
                         options, ReplayCalls);
-    replay.add_option("CALLS", options->calls, "Files of call records")->type_name("")->required();
+    replay.add_option("CALLS", options->calls, "Files of call records")->type_name("");
     AddColumns(replay, options->format);
-    replay.add_option("--against", options->against, "Compare with the rules of another rule file")
-        ->type_name("FILE");
+    CLI::Option* const against = replay
+                                     .add_option("--against", options->against,
+                                                 "Compare with the rules of another rule file")
+                                     ->type_name("FILE");
     replay.add_option("--html", options->page, "Write a page for people, too")->type_name("FILE");
-    replay.add_flag("--each", options->each, "Print each call with its decision instead");
+    CLI::Option* const each =
+        replay.add_flag("--each", options->each, "Print each call with its decision instead");
+    replay
+        .add_flag("--partial", options->isPartial, "Print what was counted as one line for --merge")
+        ->excludes(each);
+    replay.add_option("--merge", options->parts, "Add up what --partial printed")
+        ->type_name("PARTS")
+        ->excludes(each)
+        ->excludes(against);
+    AddNumber(replay, "--jobs", "N", "Threads; without it one for each processor", 1,
+              [options](std::uint32_t jobs) { options->jobs = jobs; });
     replay.add_flag("--strict", options->strict, "Exit with 1 when a line cannot be read");
 }
 

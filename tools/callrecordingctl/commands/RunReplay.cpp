@@ -51,22 +51,12 @@ std::uint64_t LookAt(std::vector<std::string> const& paths, CallFormat const& fo
 ReplayReport RunReplay(std::vector<std::string> const& paths, RuleList const& rules,
                        RuleList const* others, Replay::Options options) {
     Progress progress(LookAt(paths, options.format));
-    std::uint64_t before = 0; // In the files that are done.
-    std::uint64_t taken = 0;
-    options.onProgress = [&](Input const& file, std::uint64_t calls) {
-        taken = file.Taken();
-        progress.Show(before + taken, calls);
+    options.onProgress = [&](std::uint64_t bytes, std::uint64_t records) {
+        progress.Show(bytes, records);
     };
     options.stop = &isInterrupted;
     InterruptNote const note;
-    Replay replay(rules, others, std::move(options));
-    for (std::string const& path : paths) {
-        if (isInterrupted != 0)
-            break;
-        replay.Run(path);
-        before += taken;
-    }
-    return replay.Report();
+    return Replay(rules, others, std::move(options)).Run(paths);
 }
 
 } // namespace callrecordingctl

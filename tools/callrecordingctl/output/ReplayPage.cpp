@@ -3,6 +3,7 @@
 #include "output/ReplayPage.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -46,8 +47,11 @@ std::map<std::size_t, std::string> WhyNever(ReplayReport const& report, RuleList
     return why;
 }
 
+/// The time; where pages are to be the same in every run, the one that SOURCE_DATE_EPOCH gives.
 std::string Now() {
-    std::time_t const now = std::time(nullptr);
+    char const* const given = std::getenv("SOURCE_DATE_EPOCH");
+    std::time_t const now =
+        given != nullptr ? static_cast<std::time_t>(std::atoll(given)) : std::time(nullptr);
     std::tm parts{};
     char text[64] = "";
     if (localtime_r(&now, &parts) != nullptr)

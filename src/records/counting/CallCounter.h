@@ -1,0 +1,67 @@
+// Decides calls by a list of rules, and counts them.
+
+#ifndef RECORDS_COUNTING_CALLCOUNTER_H
+#define RECORDS_COUNTING_CALLCOUNTER_H
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "calls/AskedSide.h"
+#include "calls/RuleSet.h"
+#include "model/RuleList.h"
+#include "records/counting/ReplayReport.h"
+#include "records/reading/CallRecord.h"
+
+namespace CallRecordingUtils {
+
+/// A call with its decision.
+struct DecidedCall {
+    std::string const& file;
+    CallRecord const& record;
+    AskedSide const &from, &to;
+    Decision decision;
+    std::optional<Decision> other; // By the rules to compare with, if any.
+};
+
+/// Whether calls are recorded in the same way to the same place by both rules, or by neither: null
+/// is no rule.
+bool HaveSameOutcome(Rule const* left, Rule const* right);
+
+/// Counts what one thread takes, in the order of the calls.
+class CallCounter {
+  public:
+    struct Options {
+        /// Reads the value of a column with call types.
+        std::function<std::optional<CallType>(std::string const&)> parseCallType;
+        /// Called for each call.
+        std::function<void(DecidedCall const&)> onCall;
+    };
+
+    /// others are the rules to compare with, or null. All are borrowed.
+    CallCounter(RuleSet const& rules, RuleSet const* others, Options const& options)
+        : rules_(rules), others_(others), options_(options) {
+        report_.byRule.resize(rules.Rules().size());
+    }
+
+    /// Takes the record at this place, in a file with this path. A record that is no call gets a
+    /// problem.
+    void Take(CallRecord& record, RecordPlace place, std::string const& path);
+
+    ReplayReport const& Report() const { return report_; }
+
+  private:
+    std::optional<AskedSide> ReadSide(CallRecord& record, Column address, Column type) const;
+    void CountQuestion(AskedSide const& from, AskedSide const& to);
+    std::optional<CallTime> ReadTime(DecidedCall const& call, RecordPlace place);
+    void Count(DecidedCall const& call, RecordPlace place);
+
+    RuleSet const& rules_;
+    RuleSet const* others_;
+    Options const& options_;
+    ReplayReport report_;
+};
+
+} // namespace CallRecordingUtils
+
+#endif

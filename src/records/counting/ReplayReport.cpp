@@ -1,0 +1,97 @@
+// Adds reports.
+
+#include "records/counting/ReplayReport.h"
+
+#include <algorithm>
+
+namespace CallRecordingUtils {
+namespace {
+
+bool IsBefore(ReplayReport::Problem const& left, ReplayReport::Problem const& right) {
+    return left.place < right.place;
+}
+
+} // namespace
+
+void ReplayReport::AddProblem(Problem problem) {
+    problems.insert(std::upper_bound(problems.begin(), problems.end(), problem, IsBefore),
+                    std::move(problem));
+    problems.resize(std::min(problems.size(), kMostProblems), Problem{});
+}
+
+/// A pair that is dropped comes behind all that stay, and never comes back: so it does not matter
+/// in which order pairs turn up.
+void ReplayReport::KeepFirstDifferences() {
+    while (differences.size() > kMostDifferences) {
+        auto const last = std::prev(differences.end());
+        moreDifferences.Add(last->second);
+        differences.erase(last);
+    }
+}
+
+Tally& ReplayReport::DifferenceOf(std::pair<Decision, Decision> const& rules) {
+    bool const isFull = differences.size() == kMostDifferences;
+    if (isFull && rules > differences.rbegin()->first)
+        return moreDifferences;
+    Tally& tally = differences[rules];
+    KeepFirstDifferences();
+    return tally;
+}
+
+void ReplayReport::Add(ReplayReport const& other) {
+    files.resize(std::max(files.size(), other.files.size()));
+    for (std::size_t i = 0; i < other.files.size(); ++i) {
+        if (files[i].path.empty())
+            files[i].path = other.files[i].path;
+        files[i].calls += other.files[i].calls;
+        files[i].unreadable += other.files[i].unreadable;
+    }
+    all.Add(other.all);
+    byRule.resize(std::max(byRule.size(), other.byRule.size()));
+    for (std::size_t i = 0; i < other.byRule.size(); ++i)
+        byRule[i].Add(other.byRule[i]);
+    noRule.Add(other.noRule);
+    forbidden.Add(other.forbidden);
+    noRuleByDigits.Add(other.noRuleByDigits);
+    timeline.Add(other.timeline);
+    asParties += other.asParties;
+    asTyped += other.asTyped;
+    asBoth += other.asBoth;
+    for (std::size_t i = 0; i < cleaned.size(); ++i)
+        cleaned[i] += other.cleaned[i];
+    unreadable += other.unreadable;
+    for (Problem const& problem : other.problems)
+        AddProblem(problem);
+    withoutTime += other.withoutTime;
+    if (other.firstWithoutTime &&
+        (!firstWithoutTime || IsBefore(*other.firstWithoutTime, *firstWithoutTime)))
+        firstWithoutTime = other.firstWithoutTime;
+    different.Add(other.different);
+    for (auto const& [rules, tally] : other.differences)
+        differences[rules].Add(tally);
+    moreDifferences.Add(other.moreDifferences);
+    KeepFirstDifferences();
+    isInterrupted |= other.isInterrupted;
+}
+
+void ReplayReport::MoveBehind(std::size_t count) {
+    auto const move = [count](Tally& tally) {
+        if (tally.example)
+            tally.example->place.first += count;
+    };
+    for (Tally* const tally : {&all, &noRule, &forbidden, &different, &moreDifferences})
+        move(*tally);
+    for (Tally& tally : byRule)
+        move(tally);
+    for (auto& entry : noRuleByDigits.Counts())
+        move(entry.second);
+    for (auto& entry : differences)
+        move(entry.second);
+    for (Problem& problem : problems)
+        problem.place.first += count;
+    if (firstWithoutTime)
+        firstWithoutTime->place.first += count;
+    files.insert(files.begin(), count, File{});
+}
+
+} // namespace CallRecordingUtils

@@ -1,0 +1,79 @@
+// What a replay counted.
+
+#ifndef RECORDS_COUNTING_REPLAYREPORT_H
+#define RECORDS_COUNTING_REPLAYREPORT_H
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "calls/Cleanings.h"
+#include "records/counting/LeadingDigits.h"
+#include "records/counting/Tally.h"
+#include "records/counting/Timeline.h"
+
+namespace CallRecordingUtils {
+
+/// Its size grows with the number of rules, not with the number of calls. What it says does not
+/// depend on the order in which calls were counted, nor on how they were shared out and added.
+struct ReplayReport {
+    static constexpr std::size_t kMostProblems = 10;
+    static constexpr std::size_t kMostDifferences = 1000;
+
+    struct File {
+        std::string path;
+        std::uint64_t calls = 0;
+        std::uint64_t unreadable = 0;
+    };
+    struct Problem {
+        std::string file;
+        std::size_t line;
+        std::string reason;
+        RecordPlace place;
+    };
+    using Differences = std::map<std::pair<Decision, Decision>, Tally>;
+
+    std::vector<File> files;
+    Tally all;
+    std::vector<Tally> byRule;    // By the index of the rule.
+    Tally noRule;                 // Calls that no rule takes,
+    Tally forbidden;              // and calls that a rule takes which forbids recording.
+    LeadingDigits noRuleByDigits; // Of the number called.
+    Timeline timeline;
+    /// How the calls were asked about.
+    std::uint64_t asParties = 0, asTyped = 0, asBoth = 0;
+    std::array<std::uint64_t, kCleaningCount> cleaned{};
+    std::uint64_t unreadable = 0;
+    std::vector<Problem> problems; // The first unreadable lines, kMostProblems of them.
+    std::uint64_t withoutTime = 0; // Calls whose time is not in a known format,
+    std::optional<Problem> firstWithoutTime;
+
+    Tally different;         // Calls that the other rules decide differently.
+    Differences differences; // By the rule here and there: the first kMostDifferences such pairs
+    Tally moreDifferences;   // in the order of the rules, and the calls of all further pairs.
+
+    bool isInterrupted = false;
+
+    std::uint64_t Recorded() const { return all.calls - noRule.calls - forbidden.calls; }
+
+    /// Notes what could not be read; what does not belong to the first ones is forgotten.
+    void AddProblem(Problem problem);
+    /// The tally for calls that these rules decide differently.
+    Tally& DifferenceOf(std::pair<Decision, Decision> const& rules);
+
+    /// Adds other, which counted other calls of the same files by the same rules.
+    void Add(ReplayReport const& other);
+    /// Makes the files of this report those behind the first ones of another report.
+    void MoveBehind(std::size_t files);
+
+  private:
+    void KeepFirstDifferences();
+};
+
+} // namespace CallRecordingUtils
+
+#endif

@@ -1,0 +1,32 @@
+// What a replay counted, for another process to add to what it counted itself.
+
+#ifndef RECORDS_REPORT_REPLAYSTATE_H
+#define RECORDS_REPORT_REPLAYSTATE_H
+
+#include <string>
+#include <vector>
+
+#include "records/report/ReportJson.h"
+
+namespace CallRecordingUtils {
+
+/// A report with the rules that it is about.
+struct ReplayState {
+    ReplayFacts facts;
+    ReplayReport report;
+};
+
+/// One line of JSON, without the line end, from which ReadStates makes the same state.
+std::string StateLine(ReplayState const& state);
+
+/// Reads the states in a file, one on each line; "-" is standard input. Throws an Error that names
+/// the file and the line.
+std::vector<ReplayState> ReadStates(std::string const& path);
+
+/// Adds a state whose calls come after those of to. Throws an Error that names name, where it is
+/// from, if it was counted by other rules.
+void AddState(ReplayState& to, ReplayState&& state, std::string const& name);
+
+} // namespace CallRecordingUtils
+
+#endif
