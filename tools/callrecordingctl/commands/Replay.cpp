@@ -105,7 +105,8 @@ ReplayState Merge(std::vector<std::string> const& parts) {
 
 ExitCode ReplayCalls(Context const& context, Options const& options) {
     if (options.calls.empty() == options.parts.empty())
-        throw Failure(kExitUsage, "replay: name files of call records, or parts with --merge");
+        throw Failure(kExitUsage,
+                      "replay: name either files of call records or parts, with --merge");
     if (!options.page.empty()) {
         std::vector<std::string> used = options.calls;
         used.insert(used.end(), options.parts.begin(), options.parts.end());
