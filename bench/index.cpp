@@ -100,6 +100,7 @@ std::vector<WorstFile> WorstFiles() {
         {"5 digits in the middle", 50000, digits("*", 5, "*")},
         {"5 sets", 50000, [](std::mt19937& random) { return Sets(random, 5); }},
         {"a short mixture", 50000, ShortMixture},
+        {"a long list of the same", 200000, ShortMixture},
     };
 }
 

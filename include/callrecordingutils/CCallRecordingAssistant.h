@@ -144,8 +144,8 @@ class CALLRECORDINGUTILS_EXPORT CCallRecordingAssistant {
     /// Time is bounded by (pattern length) x (address length) steps, where a range expression takes
     /// (longest run that it can accept) x (length of its list) steps at each place of the address.
     /// Stack use is fixed. The heap is used only for two range expressions without a "*" between
-    /// them and an address of more than 120 characters, some 33 bytes for each character, and for
-    /// items such as a-bc, in which text follows the range.
+    /// them, when the address has more than 120 characters, or when there are many elements beside
+    /// them or long items in them; and for items such as a-bc, in which text follows the range.
     bool IsMatching(std::string const& address, std::string const& pattern,
                     wild_card_counts& counts) const;
 

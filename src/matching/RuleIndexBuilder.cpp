@@ -16,10 +16,11 @@ constexpr std::size_t kLongestWalked = 16; // A list whose rules begin with lite
 
 // Building must not take longer than loading did, so it is counted in steps of one to three
 // nanoseconds. Reading the traits of a rule and putting it into leaves take a bounded number of
-// them. Branches are made as long as steps are left: for each rule about as many as loading one
-// takes at the least, and some milliseconds.
+// them. Branches are made as long as steps are left: some milliseconds, and for each rule about as
+// many as loading one takes at the least, which grows with the lines that its section must have.
 constexpr std::size_t kFreeSteps = 1000000;
-constexpr std::size_t kStepsOfRule = 250;
+constexpr std::size_t kStepsOfRule = 110;
+constexpr std::size_t kStepsOfLine = 35;
 constexpr std::size_t kStepsOfNode = 1200; // The choice of its trait compares all traits.
 constexpr std::size_t kStepsOfPlace = 24;  // For a rule in a node.
 constexpr std::size_t kStepsOfFilter = 4;  // For a rule in a leaf.
@@ -79,6 +80,7 @@ class RuleIndex::Builder {
         for (CallRecordingRuleParams const* rule : index_.rules_) {
             all.push_back(static_cast<Rank>(traits_.size()));
             traits_.push_back(TraitsOf(*rule, steps_));
+            mostSteps_ += StepsFor(*rule);
         }
         TraitSet const fixed = ~(MiddleTraits(0) | MiddleTraits(1));
         index_.root_ = Make(all, {fixed, {true, true}, kCopiesOfTwo * size / 2});
@@ -101,7 +103,15 @@ class RuleIndex::Builder {
         }
     };
 
-    bool HasStepsLeft() const { return steps_ < kFreeSteps + kStepsOfRule * index_.rules_.size(); }
+    bool HasStepsLeft() const { return steps_ < mostSteps_; }
+
+    /// How many steps rule adds to those of the branches.
+    static std::size_t StepsFor(CallRecordingRuleParams const& rule) {
+        std::size_t const lines =
+            (rule.callrecordingrule_id > 0 ? 1 : 0) + (rule.record_to.empty() ? 0 : 1) +
+            (rule.recording_duration.empty() ? 0 : 1) + (rule.description.empty() ? 0 : 1);
+        return kStepsOfRule + kStepsOfLine * lines;
+    }
 
     /// Makes the node of rules, and all nodes below it.
     Child Make(Ranks const& rules, Scope const& scope) {
@@ -254,32 +264,37 @@ class RuleIndex::Builder {
         std::transform(filters.begin(), filters.end(), leaf.traits.begin(),
                        [](std::size_t trait) { return kTraitTable[trait]; });
         leaf.filterCount = static_cast<std::uint32_t>(filters.size());
-        for (std::size_t const trait : filters)
-            AddFilter(rules, trait, SetsOfFilter(leaf));
+        AddFilters(rules, filters, SetsOfFilter(leaf));
         steps_ += kStepsOfFilter * filters.size() * rules.size();
         Add(node, Kind::Leaf, index_.leaves_, leaf);
     }
 
-    /// Adds the sets of a filter, a word of rules at a time.
-    void AddFilter(Ranks const& rules, std::size_t trait, std::size_t sets) {
+    /// Adds the sets of filters, a word of rules at a time, so that the traits of these are read
+    /// from memory once.
+    void AddFilters(Ranks const& rules, std::vector<std::size_t> const& filters, std::size_t sets) {
         std::size_t const begin = index_.filters_.size();
-        index_.filters_.resize(begin + kSlots * sets);
-        RuleSet* const filter = &index_.filters_[begin];
-        for (std::size_t word = 0; word * kWordBits < rules.size(); ++word) {
-            std::array<Word, kSlots> accept{}; // For each slot.
-            Word acceptAny = 0;
-            std::size_t const end = std::min(rules.size(), (word + 1) * kWordBits);
-            for (std::size_t i = word * kWordBits; i < end; ++i) {
-                SlotSet const slots = traits_[rules[i]][trait];
-                Word const bit = Word{1} << i % kWordBits;
-                if (slots == kAnySlot)
-                    acceptAny |= bit;
-                else
-                    ForEachSlot(slots, [&](std::size_t slot) { accept[slot] |= bit; });
-            }
-            for (std::size_t slot = 0; slot < kSlots; ++slot)
-                PutSet(filter + slot * sets, sets == 1, word, accept[slot] | acceptAny);
+        index_.filters_.resize(begin + filters.size() * kSlots * sets);
+        for (std::size_t word = 0; word * kWordBits < rules.size(); ++word)
+            for (std::size_t i = 0; i < filters.size(); ++i)
+                AddWord(rules, filters[i], word, &index_.filters_[begin + i * kSlots * sets], sets);
+    }
+
+    /// Puts a word of rules into the sets of a filter.
+    void AddWord(Ranks const& rules, std::size_t trait, std::size_t word, RuleSet* filter,
+                 std::size_t sets) const {
+        std::array<Word, kSlots> accept{}; // For each slot.
+        Word acceptAny = 0;
+        std::size_t const end = std::min(rules.size(), (word + 1) * kWordBits);
+        for (std::size_t i = word * kWordBits; i < end; ++i) {
+            SlotSet const slots = traits_[rules[i]][trait];
+            Word const bit = Word{1} << i % kWordBits;
+            if (slots == kAnySlot)
+                acceptAny |= bit;
+            else
+                ForEachSlot(slots, [&](std::size_t slot) { accept[slot] |= bit; });
         }
+        for (std::size_t slot = 0; slot < kSlots; ++slot)
+            PutSet(filter + slot * sets, sets == 1, word, accept[slot] | acceptAny);
     }
 
     static void PutSet(RuleSet* set, bool isSmall, std::size_t word, Word rules) {
@@ -299,6 +314,7 @@ class RuleIndex::Builder {
     RuleIndex& index_;
     std::vector<RuleTraits> traits_; // Of each rule.
     std::size_t steps_ = 0;
+    std::size_t mostSteps_ = kFreeSteps; // Of those that branches may be made in.
 };
 
 void RuleIndex::Build(std::list<CallRecordingRuleParams*> const& rules) noexcept {
