@@ -52,7 +52,7 @@ set_property(SOURCE database/RuleFileLock.cpp loading/LoadedRules.cpp
 
 # What a set of rules does, exactly. It takes its time and its memory, for whoever asks questions about
 # rules, and so is not part of the shared library.
-callrecordingutils_room(analysis USES model language matching)
+callrecordingutils_room(analysis USES model language matching calls)
 
 add_library(callrecordingutils_core STATIC EXCLUDE_FROM_ALL)
 target_link_libraries(callrecordingutils_core

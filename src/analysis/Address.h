@@ -22,6 +22,11 @@ namespace CallRecordingUtils {
 /// user, type sip at user@host:port when there is a host; the second kind of number at nothing.
 enum class CallKind { Typed, Parties };
 
+/// The kind of calls that was not asked about.
+constexpr CallKind OtherThan(CallKind calls) {
+    return calls == CallKind::Typed ? CallKind::Parties : CallKind::Typed;
+}
+
 /// The kinds of address, the most usual first. Of parties there are the first two: without and with
 /// a host.
 enum AddressKind : std::size_t { kNumber, kSip, kNumber2 };
@@ -53,6 +58,11 @@ constexpr bool MayEndIn(Zone zone) {
 
 constexpr bool IsCapital(Symbol symbol) {
     return ByteOf(symbol) >= 'A' && ByteOf(symbol) <= 'Z';
+}
+
+/// A party's user is a number when it consists of these; in patterns "#" stands for "*" as well.
+constexpr bool IsOfNumber(Symbol symbol) {
+    return symbol <= 9 || ByteOf(symbol) == '+' || ByteOf(symbol) == '#';
 }
 
 /// What goes from a party's user that begins with "+": "." and the like. ("%" stands for "-".)

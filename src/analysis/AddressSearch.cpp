@@ -15,7 +15,7 @@ constexpr std::size_t kNodeBytes = 128;
 
 } // namespace
 
-AddressSearch::AddressSearch(AutomatonPool const& pool, std::vector<SideId> const& must,
+AddressSearch::AddressSearch(AutomatonPool& pool, std::vector<SideId> const& must,
                              std::vector<SideId> const& others, Judge& judge, Allowance& allowance)
     : pool_(pool), must_(must), others_(others), judge_(judge), allowance_(allowance),
       known_(16, Hash{this}, Equal{this}) {}

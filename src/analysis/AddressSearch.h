@@ -42,7 +42,7 @@ class AddressSearch {
     };
 
     /// others is ascending.
-    AddressSearch(AutomatonPool const& pool, std::vector<SideId> const& must,
+    AddressSearch(AutomatonPool& pool, std::vector<SideId> const& must,
                   std::vector<SideId> const& others, Judge& judge, Allowance& allowance);
     ~AddressSearch();
     AddressSearch(AddressSearch const&) = delete;
@@ -100,7 +100,7 @@ class AddressSearch {
     Cost CostToEnd(Node const& node) const;
     bool Spend(std::size_t steps);
 
-    AutomatonPool const& pool_;
+    AutomatonPool& pool_;
     std::vector<SideId> const must_;
     std::vector<SideId> const others_;
     Judge& judge_;

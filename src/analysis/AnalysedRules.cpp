@@ -13,10 +13,8 @@ AnalysedRules::AnalysedRules(RuleParamsList const& rules, std::size_t memory, Ca
         if (!IsEnabled(place))
             continue;
         SidePair const& sides = space_.SidesIn(id);
-        meeting_[0].Add(static_cast<std::uint32_t>(place),
-                        space_.Pool().OutlinesOf(sides.called).front);
-        meeting_[1].Add(static_cast<std::uint32_t>(place),
-                        space_.Pool().OutlinesOf(sides.caller).front);
+        meeting_[0].Add(static_cast<std::uint32_t>(place), space_.Pool().OutlineOf(sides.called));
+        meeting_[1].Add(static_cast<std::uint32_t>(place), space_.Pool().OutlineOf(sides.caller));
     }
     space_.Reserve(rules.size() * (CallDecider::kBytesForRule + sizeof(examples_[0])) +
                    meeting_[0].Bytes() + meeting_[1].Bytes());
@@ -68,8 +66,8 @@ CallAnswer const& AnalysedRules::Example(std::size_t place) {
 /// first characters tell.
 std::vector<std::uint32_t> AnalysedRules::Near(RuleSpace::RuleId id, std::size_t end) const {
     SidePair const& sides = space_.SidesIn(id);
-    Outline const& called = space_.Pool().OutlinesOf(sides.called).front;
-    Outline const& caller = space_.Pool().OutlinesOf(sides.caller).front;
+    SideOutline const& called = space_.Pool().OutlineOf(sides.called);
+    SideOutline const& caller = space_.Pool().OutlineOf(sides.caller);
     bool const byCalled = meeting_[0].Effort(called) <= meeting_[1].Effort(caller);
     return meeting_[byCalled ? 0 : 1].Find(byCalled ? called : caller,
                                            static_cast<std::uint32_t>(end));

@@ -14,7 +14,7 @@
 #include "analysis/CallDecider.h"
 #include "analysis/CallFinder.h"
 #include "analysis/MeetIndex.h"
-#include "analysis/RecordingOutcome.h"
+#include "model/RecordingOutcome.h"
 
 namespace CallRecordingUtils {
 

@@ -6,10 +6,15 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
-#include "analysis/Outline.h"
+#include "analysis/PlainSide.h"
 #include "analysis/SideAutomaton.h"
+#include "analysis/SideOutline.h"
 
 namespace CallRecordingUtils {
 
@@ -17,16 +22,24 @@ namespace CallRecordingUtils {
 using StateId = std::uint32_t;
 using SideId = std::uint32_t;
 
+/// An automaton is read when it is asked for: most questions are about few of many sides.
 class AutomatonPool {
   public:
-    explicit AutomatonPool(CallKind calls);
+    /// mostBytes bounds what all automata hold together.
+    AutomatonPool(CallKind calls, std::size_t mostBytes);
+    AutomatonPool(AutomatonPool const&) = delete;
+    AutomatonPool& operator=(AutomatonPool const&) = delete;
 
     CallKind Calls() const { return calls_; }
 
-    SideId Add(SideAutomaton const& side);
+    /// Equal sides have one number.
+    SideId Add(RuleSide const& side);
 
-    StateId Start(SideId side, AddressKind kind) const { return sides_[side].start[kind]; }
-    Outlines const& OutlinesOf(SideId side) const { return sides_[side].outlines; }
+    SideOutline const& OutlineOf(SideId side) const { return sides_[side].outline; }
+    /// Why a side has no automaton; what stands for it accepts all that it may.
+    std::optional<Unreadable> ProblemOf(SideId side) { return Read(side).problem; }
+
+    StateId Start(SideId side, AddressKind kind) { return Read(side).start[kind]; }
     StateId Next(StateId state, Symbol symbol) const {
         State const& from = states_[state];
         return from.special.Has(symbol) ? targets_[from.targets + from.special.CountBelow(symbol)]
@@ -41,14 +54,12 @@ class AutomatonPool {
     /// The least that the rest of an accepted address can cost.
     Cost CostToEnd(StateId state) const { return states_[state].costToEnd; }
 
-    bool Accepts(SideId side, Address const& address) const;
-    bool AcceptsNothing(SideId side) const;
-    bool AcceptsEverything(SideId side) const;
+    bool Accepts(SideId side, Address const& address);
+    bool AcceptsNothing(SideId side);
+    bool AcceptsEverything(SideId side);
 
-    std::size_t Bytes() const {
-        return states_.size() * sizeof(State) + targets_.size() * sizeof(StateId) +
-               sides_.size() * sizeof(Side);
-    }
+    /// What is held.
+    std::size_t Bytes() const;
 
   private:
     /// Most symbols lead from a state to one other, so only the ways of the rest are kept by
@@ -63,31 +74,42 @@ class AutomatonPool {
         bool isEvery;
     };
     struct Side {
+        RuleSide side; // Its pattern is that of the key in sideOf_.
+        SideOutline outline;
         std::array<StateId, kAddressKinds> start;
-        Outlines outlines;
+        bool isRead;
+        std::optional<Unreadable> problem;
     };
-    /// All symbols that lead from a state to another one.
-    struct Edge {
-        StateId to;
-        std::uint16_t bits; // See Outline.
-        Cost cost;          // Of the cheapest.
+    using Key = std::pair<std::int32_t, std::string>;
+    struct Hash {
+        std::size_t operator()(Key const& key) const {
+            return std::hash<std::string>()(key.second) + static_cast<std::size_t>(key.first);
+        }
     };
-    using Edges = std::vector<Edge>;
-
     struct ClassTraits;
-    static std::vector<ClassTraits> TraitsOf(SymbolClasses const& classes);
-    void FindEdges(Dfa const& dfa, std::vector<ClassTraits> const& traits, StateId first);
-    void AddState(Dfa const& dfa, std::vector<ClassTraits> const& traits, std::uint32_t state,
-                  StateId first);
-    void FindCosts(StateId first);
-    Outline FrontOf(Side const& side, StateId first) const;
-    Outline BackOf(Side const& side, StateId first) const;
+
+    Side& Read(SideId id) {
+        Side& side = sides_[id];
+        if (!side.isRead)
+            Lay(id, side);
+        return side;
+    }
+    void Lay(SideId id, Side& side);
+    void LayPlain(SideId id, Side& side, PlainSide const& plain);
+    void LayAutomaton(SideId id, Side& side, SideAutomaton const& automaton);
+    void AddEnd(SideId side, PlainSide const& plain, StateId every);
+    void AddStep(SideId side, SymbolSet const& step);
+    void AddState(SideId side, Dfa const& dfa, std::vector<ClassTraits> const& traits,
+                  std::uint32_t state, StateId first);
+    void FindCosts(Dfa const& dfa, std::vector<ClassTraits> const& traits, StateId first);
 
     CallKind const calls_;
+    std::size_t const mostBytes_;
     std::vector<State> states_;
     std::vector<StateId> targets_;
     std::vector<Side> sides_;
-    std::vector<Edges> edges_; // Of the states of the side that is being added.
+    std::unordered_map<Key, SideId, Hash> sideOf_;
+    std::size_t bytesOfKeys_ = 0;
 };
 
 } // namespace CallRecordingUtils

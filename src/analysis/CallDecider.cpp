@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "analysis/PartySides.h"
+#include "calls/SideTexts.h"
 #include "matching/Decision.h"
 
 namespace CallRecordingUtils {
@@ -30,9 +30,8 @@ CallRecordingRuleParams DecidingPartOf(CallRecordingRuleParams const& rule, Call
     return part;
 }
 
-bool Satisfies(CallSide const& side, RuleSide const& rule) {
-    auto const type = static_cast<CallType>(rule.type);
-    return side.MaySatisfy(rule.pattern, type) && side.Satisfies(rule.pattern, type);
+SideTexts TextsOf(CallParty const& party) {
+    return SideTexts(Party{party.params.user, party.params.host, party.params.port});
 }
 
 } // namespace
@@ -50,19 +49,22 @@ std::optional<std::size_t> CallDecider::PlaceFor(ExampleCall const& call) {
     if (++asked_ == kWalksBeforeIndex)
         index_.Build(pointers_);
     if (calls_ == CallKind::Typed)
-        return TypedPlaceFor(call.caller, call.called);
+        return PlaceFor(
+            Call(call.caller.params, call.caller.type, call.called.params, call.called.type));
+    SideTexts const caller = TextsOf(call.caller);
+    SideTexts const called = TextsOf(call.called);
+    SideTexts::TypedSides const callers = caller.Typed();
+    SideTexts::TypedSides const calleds = called.Typed();
     std::optional<std::size_t> first;
-    for (CallParty const& caller : TypedSidesOf(call.caller))
-        for (CallParty const& called : TypedSidesOf(call.called))
-            if (auto const place = TypedPlaceFor(caller, called);
+    for (std::size_t i = 0; i < callers.count; ++i)
+        for (std::size_t j = 0; j < calleds.count; ++j)
+            if (auto const place = PlaceFor(Call(callers.sides[i], calleds.sides[j]));
                 place && (!first || place < first))
                 first = place;
     return first;
 }
 
-std::optional<std::size_t> CallDecider::TypedPlaceFor(CallParty const& caller,
-                                                      CallParty const& called) {
-    Call const call(caller.params, caller.type, called.params, called.type);
+std::optional<std::size_t> CallDecider::PlaceFor(Call const& call) const {
     CallRecordingRuleParams const* const rule = DecidingRecord(pointers_, index_, call);
     return rule != nullptr ? std::optional(static_cast<std::size_t>(rule - rules_.data()))
                            : std::nullopt;
@@ -85,14 +87,11 @@ void CallDecider::TakeIn(std::size_t place) {
 }
 
 bool Satisfies(CallParty const& party, RuleSide const& rule, CallKind calls) {
-    if (calls == CallKind::Typed)
-        return Satisfies(CallSide(party.params, party.type), rule);
-    if (rule.type == CALL_TYPE_NUMBER2)
-        return false;
-    std::vector<CallParty> const sides = TypedSidesOf(party);
-    return std::any_of(sides.begin(), sides.end(), [&rule](CallParty const& side) {
-        return Satisfies(CallSide(side.params, side.type), rule);
-    });
+    auto const type = static_cast<CallType>(rule.type);
+    if (calls == CallKind::Parties)
+        return TextsOf(party).Satisfies(rule.pattern, type);
+    CallSide const side(party.params, party.type);
+    return side.MaySatisfy(rule.pattern, type) && side.Satisfies(rule.pattern, type);
 }
 
 std::optional<std::size_t> DecidingPlace(std::vector<CallRecordingRuleParams> const& rules,

@@ -41,7 +41,7 @@ class CallDecider {
     static constexpr std::size_t kBytesForRule = 500;
 
   private:
-    std::optional<std::size_t> TypedPlaceFor(CallParty const& caller, CallParty const& called);
+    std::optional<std::size_t> PlaceFor(Call const& call) const;
 
     CallKind const calls_;
     std::vector<CallRecordingRuleParams> rules_; // Patterns, types and states.

@@ -38,7 +38,7 @@ class InnerJudge final : public AddressSearch::Judge {
 /// Tries the other side for every address whose accepting sides are not known to be hopeless.
 class OuterJudge final : public AddressSearch::Judge {
   public:
-    OuterJudge(AutomatonPool const& pool, Sides const& must, Allowance& allowance)
+    OuterJudge(AutomatonPool& pool, Sides const& must, Allowance& allowance)
         : pool_(pool), must_(must), allowance_(allowance) {}
 
     void Avoid(SideId outerSide, SideId innerSide) { innerOf_[outerSide].push_back(innerSide); }
@@ -79,7 +79,7 @@ class OuterJudge final : public AddressSearch::Judge {
         return outcome;
     }
 
-    AutomatonPool const& pool_;
+    AutomatonPool& pool_;
     Sides const& must_;
     Allowance& allowance_;
     std::unordered_map<SideId, Sides> innerOf_;
@@ -88,7 +88,7 @@ class OuterJudge final : public AddressSearch::Judge {
 
 /// The cheapest call that all of must match, if none of avoid does: for long lists the usual case,
 /// and there is nothing cheaper.
-CallFinding TryCheapest(AutomatonPool const& pool, Sides const (&mustBe)[2],
+CallFinding TryCheapest(AutomatonPool& pool, Sides const (&mustBe)[2],
                         std::vector<SidePair> const& avoid, CheapestAddresses& cheapest,
                         Allowance& allowance) {
     Address found[2];
@@ -106,7 +106,7 @@ CallFinding TryCheapest(AutomatonPool const& pool, Sides const (&mustBe)[2],
 }
 
 /// Leaves out of sides, all of which must accept, those that accept everything.
-void LeaveOutEvery(AutomatonPool const& pool, Sides& sides) {
+void LeaveOutEvery(AutomatonPool& pool, Sides& sides) {
     auto const isEvery = [&pool](SideId side) { return pool.AcceptsEverything(side); };
     sides.erase(std::remove_if(sides.begin() + 1, sides.end(), isEvery), sides.end());
     if (sides.size() > 1 && isEvery(sides.front()))
@@ -133,7 +133,7 @@ Outcome CheapestAddresses::Find(Sides const& sides, Allowance& allowance, Addres
     return outcome;
 }
 
-CallFinding SearchCall(AutomatonPool const& pool, std::vector<SidePair> const& must,
+CallFinding SearchCall(AutomatonPool& pool, std::vector<SidePair> const& must,
                        std::vector<SidePair> const& avoid, CheapestAddresses& cheapest,
                        Allowance& allowance) {
     Sides mustBe[2];

@@ -29,7 +29,7 @@ struct CallFinding {
 /// The cheapest address that one side accepts, for each side: most questions begin with it.
 class CheapestAddresses {
   public:
-    explicit CheapestAddresses(AutomatonPool const& pool) : pool_(pool) {}
+    explicit CheapestAddresses(AutomatonPool& pool) : pool_(pool) {}
 
     /// Finds the cheapest address that all of sides accept; they are a set.
     Outcome Find(std::vector<SideId> const& sides, Allowance& allowance, Address& found);
@@ -37,7 +37,7 @@ class CheapestAddresses {
     std::size_t Bytes() const { return known_.size() * sizeof(known_[0]); }
 
   private:
-    AutomatonPool const& pool_;
+    AutomatonPool& pool_;
     std::vector<std::optional<Address>> known_; // By side.
 };
 
@@ -45,7 +45,7 @@ class CheapestAddresses {
 /// depends on the other: for each set of rules that an address of the one side leaves to be
 /// avoided, the other side is searched; of these sets only the least matter, and a set that is no
 /// smaller than one that failed is given up at once.
-CallFinding SearchCall(AutomatonPool const& pool, std::vector<SidePair> const& must,
+CallFinding SearchCall(AutomatonPool& pool, std::vector<SidePair> const& must,
                        std::vector<SidePair> const& avoid, CheapestAddresses& cheapest,
                        Allowance& allowance);
 

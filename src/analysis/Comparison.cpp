@@ -32,7 +32,7 @@ struct Enabled {
             places.push_back(place);
             ids.push_back(id);
             index.Add(static_cast<std::uint32_t>(ids.size() - 1),
-                      space.Pool().OutlinesOf(sides.called).front);
+                      space.Pool().OutlineOf(sides.called));
         }
         space.Reserve(rules.size() * CallDecider::kBytesForRule + index.Bytes());
     }
@@ -148,7 +148,7 @@ class Comparer {
     }
 
     std::vector<std::size_t> MayMeet(RuleSpace::RuleId id, Enabled const& list) const {
-        Outline const& called = space_.Pool().OutlinesOf(space_.SidesIn(id).called).front;
+        SideOutline const& called = space_.Pool().OutlineOf(space_.SidesIn(id).called);
         std::vector<std::size_t> meeting;
         for (std::size_t const at :
              list.index.Find(called, static_cast<std::uint32_t>(list.Count())))
@@ -158,7 +158,7 @@ class Comparer {
     }
 
     void Look(std::size_t a, std::size_t b) {
-        if (MayBothDecide(a, b) && !AreAlike(here_.Rule(a), there_.Rule(b)))
+        if (MayBothDecide(a, b) && !HaveSameOutcome(here_.Rule(a), there_.Rule(b)))
             Search(a, b);
     }
 

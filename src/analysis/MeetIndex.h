@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "analysis/Outline.h"
+#include "analysis/SideOutline.h"
 
 namespace CallRecordingUtils {
 
@@ -18,12 +18,12 @@ class MeetIndex {
     MeetIndex() : buckets_(kBuckets) {}
 
     /// Numbers are added ascending.
-    void Add(std::uint32_t number, Outline const& front);
+    void Add(std::uint32_t number, SideOutline const& outline);
 
     /// How many numbers Find looks at.
-    std::size_t Effort(Outline const& front) const;
-    /// Returns the numbers below end of all outlines that may meet front, ascending.
-    std::vector<std::uint32_t> Find(Outline const& front, std::uint32_t end) const;
+    std::size_t Effort(SideOutline const& outline) const;
+    /// Returns the numbers below end of all outlines that may meet outline, ascending.
+    std::vector<std::uint32_t> Find(SideOutline const& outline, std::uint32_t end) const;
 
     std::size_t Bytes() const { return bytes_; }
 
@@ -33,7 +33,7 @@ class MeetIndex {
     static constexpr std::size_t kMostBuckets = 64; // That one side may be in.
 
     using Buckets = std::vector<std::size_t>;
-    static Buckets BucketsOf(Outline const& front);
+    static Buckets BucketsOf(SideOutline const& outline);
 
     std::vector<std::vector<std::uint32_t>> buckets_;
     std::vector<std::uint32_t> anywhere_;

@@ -8,6 +8,21 @@
 
 namespace CallRecordingUtils {
 
+SymbolSet SymbolsOf(std::string_view pattern, Element const& element) {
+    if (element.construct == Construct::Literal)
+        return SymbolSet::Of(SymbolOf(pattern[element.begin]));
+    SymbolSet symbols;
+    for (std::size_t i = 0; i < kTextSymbols; ++i) {
+        auto const symbol = static_cast<Symbol>(i);
+        char const c = ByteOf(symbol);
+        Consumed consumed;
+        if (element.construct == Construct::AnyOne ||
+            AdmitsCandidate(ItemsOf(pattern, element), {&c, 1}, consumed))
+            symbols.Add(symbol);
+    }
+    return symbols;
+}
+
 std::optional<Unreadable> PatternPlaces::Read(std::string_view pattern, std::size_t mostBytes) {
     for (std::size_t at = 0; at < pattern.size();) {
         Element const element = ReadElement(pattern, at);
@@ -41,23 +56,9 @@ std::optional<Unreadable> PatternPlaces::Add(std::string_view pattern, Element c
     case Construct::Stop: places_.push_back({Kind::Stop, 0, 0, 0}); break;
     case Construct::Unclosed: places_.push_back({Kind::Unclosed, 0, 0, 0}); break;
     case Construct::Range: return AddGroup(ItemsOf(pattern, element), mostBytes);
-    default: AddStep(pattern, element); break;
+    default: AddStep(SymbolsOf(pattern, element)); break;
     }
     return std::nullopt;
-}
-
-void PatternPlaces::AddStep(std::string_view pattern, Element const& element) {
-    SymbolSet symbols;
-    for (std::size_t i = 0; i < kTextSymbols; ++i) {
-        auto const symbol = static_cast<Symbol>(i);
-        char const c = ByteOf(symbol);
-        Consumed consumed;
-        if (element.construct == Construct::AnyOne || c == pattern[element.begin] ||
-            (element.construct == Construct::Set &&
-             AdmitsCandidate(ItemsOf(pattern, element), {&c, 1}, consumed)))
-            symbols.Add(symbol);
-    }
-    AddStep(symbols);
 }
 
 void PatternPlaces::AddStep(SymbolSet const& symbols) {

@@ -14,6 +14,9 @@
 
 namespace CallRecordingUtils {
 
+/// The characters that element, which takes one character of an address, takes.
+SymbolSet SymbolsOf(std::string_view pattern, Element const& element);
+
 /// Reads a pattern as the matcher does, well formed or not: a character outside the language ends
 /// the match with success, and a group that is not closed matches nothing.
 class PatternPlaces {
@@ -44,7 +47,6 @@ class PatternPlaces {
     std::optional<Unreadable> Add(std::string_view pattern, Element const& element,
                                   std::size_t mostBytes);
     std::optional<Unreadable> AddGroup(std::string_view items, std::size_t mostBytes);
-    void AddStep(std::string_view pattern, Element const& element);
     void AddStep(SymbolSet const& symbols);
     void AddAnything();
     std::optional<Unreadable> Problem() const;

@@ -58,8 +58,8 @@ HiddenRule RuleAnalysis::Judge(std::size_t place, std::vector<std::size_t> const
     CallRecordingRuleParams const* const rule = rules_.Rule(place);
     for (std::size_t const other : rules_.MayMeet(place, 0, place)) {
         CallRecordingRuleParams const* const by = rules_.Rule(other);
-        bool const wouldBeForbidden = Records(rule) && Forbids(*by);
-        if (AreAlike(by, rule) || (hidden.call && !wouldBeForbidden))
+        bool const wouldBeForbidden = Records(rule) && ForbidsRecording(*by);
+        if (HaveSameOutcome(by, rule) || (hidden.call && !wouldBeForbidden))
             continue;
         CallAnswer const taken = rules_.FindTaken(other, place);
         if (taken.outcome == Outcome::Undecided && !hidden.call)
@@ -73,7 +73,7 @@ HiddenRule RuleAnalysis::Judge(std::size_t place, std::vector<std::size_t> const
         if (wouldBeForbidden || !Records(rule))
             break;
     }
-    hidden.isBehindWider = takenBy.size() == 1 && !AreAlike(rules_.Rule(takenBy[0]), rule) &&
+    hidden.isBehindWider = takenBy.size() == 1 && !HaveSameOutcome(rules_.Rule(takenBy[0]), rule) &&
                            !IsCovered(takenBy[0], place);
     return hidden;
 }
@@ -104,7 +104,7 @@ Fate RuleAnalysis::FateWithout(std::size_t place, RuleSpace::RuleIds const& must
     if (decider != place)
         return {Fate::kUnclear};
     auto const next = rules_.Deciding().PlaceWithout(place, call);
-    if (!AreAlike(rules_.Rule(next), rules_.Rule(place)))
+    if (!HaveSameOutcome(rules_.Rule(next), rules_.Rule(place)))
         return {Fate::kWanted};
     return next ? Fate{Fate::kTaken, *next} : Fate{Fate::kUnclear};
 }
@@ -129,7 +129,8 @@ CallAnswer RuleAnalysis::FindChange(std::size_t place) {
         end = result.takers.empty() ? 0 : result.takers.back();
     }
     for (std::size_t const other : rules_.MayMeet(place, place + 1, end)) {
-        if (!rules_.Deciding().Has(other) || AreAlike(rules_.Rule(other), rules_.Rule(place)))
+        if (!rules_.Deciding().Has(other) ||
+            HaveSameOutcome(rules_.Rule(other), rules_.Rule(place)))
             continue;
         CallAnswer const answer = find({place, other});
         if (answer.outcome != Outcome::None)
@@ -157,44 +158,38 @@ Removal RuleAnalysis::WithoutRule(std::size_t place) {
     return removal;
 }
 
-CleanUp RuleAnalysis::FindCleanUp() {
-    CleanUp cleanUp{{}, false};
-    DropHidden(cleanUp);
-    DropNeedless(cleanUp);
-    for (CleanUp::Dropped const& dropped : cleanUp.drops)
-        rules_.Deciding().TakeIn(dropped.rule);
-    auto const isBefore = [](CleanUp::Dropped const& a, CleanUp::Dropped const& b) {
-        return a.rule < b.rule;
-    };
-    std::sort(cleanUp.drops.begin(), cleanUp.drops.end(), isBefore);
-    RuleParamsList after = rules_.Rules();
-    for (auto dropped = cleanUp.drops.rbegin(); dropped != cleanUp.drops.rend(); ++dropped)
-        after.erase(after.begin() + static_cast<std::ptrdiff_t>(dropped->rule));
-    cleanUp.isProved = Compare(rules_.Rules(), after, memory_, rules_.Space().Calls()).same == true;
-    return cleanUp;
+std::vector<NeedlessRule> RuleAnalysis::FindNeedless() {
+    std::vector<NeedlessRule> needless;
+    LeaveOutHidden(needless);
+    LeaveOutDeciding(needless);
+    for (NeedlessRule const& rule : needless)
+        rules_.Deciding().TakeIn(rule.place);
+    std::sort(needless.begin(), needless.end(),
+              [](NeedlessRule const& a, NeedlessRule const& b) { return a.place < b.place; });
+    return needless;
 }
 
 /// Rules that never decide can all go at once.
-void RuleAnalysis::DropHidden(CleanUp& cleanUp) {
+void RuleAnalysis::LeaveOutHidden(std::vector<NeedlessRule>& needless) {
     for (std::size_t place = 0; place < rules_.Rules().size(); ++place) {
         RuleReport const report = Report(place, 0);
         if (report.standing != RuleReport::kHidden ||
             Judge(place, report.takenBy).isTakenAlike != true)
             continue;
-        cleanUp.drops.push_back({place, true, report.takenBy});
+        needless.push_back({place, report.takenBy});
         rules_.Deciding().LeaveOut(place);
     }
 }
 
 /// Of the others each is judged with those gone that were judged before it.
-void RuleAnalysis::DropNeedless(CleanUp& cleanUp) {
+void RuleAnalysis::LeaveOutDeciding(std::vector<NeedlessRule>& needless) {
     for (std::size_t place = 0; place < rules_.Rules().size(); ++place) {
         if (!rules_.Deciding().Has(place) || rules_.Example(place).outcome != Outcome::Found)
             continue;
         Removal const removal = WithoutRule(place);
         if (removal.changesNothing != true)
             continue;
-        cleanUp.drops.push_back({place, false, removal.heirs});
+        needless.push_back({place, removal.heirs});
         rules_.Deciding().LeaveOut(place);
     }
 }

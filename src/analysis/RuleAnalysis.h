@@ -2,7 +2,7 @@
 // none, where two lists differ, and whether a claim about all calls holds.
 //
 // Only rules that are enabled decide; the first that matches both sides does. A rule that forbids
-// (RecordingOutcome.h) decides like any other, and its calls are not recorded. Answers are exact
+// recording decides like any other, and its calls are not recorded. Answers are exact
 // for all calls, of any length: what is said of a rule was found by automata, not by trying calls.
 // Which calls there are says CallKind. The method is that of anomaly analysis for packet filters
 // (Al-Shaer and Hamed, "Firewall Policy Advisor", 2003), with regular languages in the place of
@@ -69,16 +69,10 @@ struct Removal {
     std::optional<std::size_t> decidedBy; ///< and the rule that would decide it, if any.
 };
 
-/// Rules that can go together.
-struct CleanUp {
-    struct Dropped {
-        std::size_t rule;
-        bool isHidden;                      ///< It never decides; else it decides.
-        std::vector<std::size_t> insteadOf; ///< The rules that take its calls, or would.
-    };
-    std::vector<Dropped> drops; ///< Ascending.
-    /// Whether a comparison of the list before and after says that no call changes.
-    bool isProved;
+/// A rule that can go, together with others.
+struct NeedlessRule {
+    std::size_t place;
+    std::vector<std::size_t> insteadOf; ///< The rules that take its calls, or would.
 };
 
 /// What one rule is for. All rules are named by their places in the list as it is.
@@ -116,9 +110,9 @@ class RuleAnalysis {
     Removal WithoutRule(std::size_t place);
 
     /// The rules that never decide and whose calls are recorded as they say, and those that decide
-    /// but could go. Rules that quarrel with what takes their calls stay: somebody meant something
-    /// by them.
-    CleanUp FindCleanUp();
+    /// but could go, in their order. Rules that quarrel with what takes their calls stay: somebody
+    /// meant something by them.
+    std::vector<NeedlessRule> FindNeedless();
 
     Proof Prove(Claim const& claim);
 
@@ -139,8 +133,8 @@ class RuleAnalysis {
     void AddLosses(std::size_t place, std::size_t mostTakers, Explanation& explanation);
     CallAnswer FindChange(std::size_t place);
     Fate FateWithout(std::size_t place, RuleSpace::RuleIds const& must, FoundCall const& call);
-    void DropHidden(CleanUp& cleanUp);
-    void DropNeedless(CleanUp& cleanUp);
+    void LeaveOutHidden(std::vector<NeedlessRule>& needless);
+    void LeaveOutDeciding(std::vector<NeedlessRule>& needless);
 
     AnalysedRules rules_;
     std::size_t const memory_;

@@ -16,66 +16,51 @@ constexpr std::size_t kFreeQuestions = 1000;
 constexpr std::size_t kFreeQuestionsForRule = 4;
 // One question may take this part of the steps that are left.
 constexpr std::uint64_t kPartForQuestion = 8;
-// A single side may take this part of the memory; the automata of all together half of it.
-constexpr std::size_t kPartForSide = 8;
-// What is held for a side and a rule beside the automata: texts, nodes of the map, an example.
-constexpr std::size_t kBytesForSide = 250;
+// The automata may take this part of the memory; what is left is for the search.
+constexpr std::size_t kPartForAutomata = 2;
 
 } // namespace
 
 RuleSpace::RuleSpace(CallKind calls, std::size_t memory)
-    : memory_(memory), steps_{kSteps, kSteps}, freeQuestions_(kFreeQuestions), pool_(calls) {}
+    : memory_(memory), steps_{kSteps, kSteps}, freeQuestions_(kFreeQuestions),
+      pool_(calls, memory / kPartForAutomata) {}
 
 RuleSpace::RuleId RuleSpace::Add(RuleSides const& sides) {
-    SidePair const pair{AddSide(sides.caller), AddSide(sides.called)};
-    bool const isReadable = problems_.count(pair.caller) == 0 && problems_.count(pair.called) == 0;
-    rules_.push_back({pair, isReadable});
+    rules_.push_back({pool_.Add(sides.caller), pool_.Add(sides.called)});
     for (std::uint64_t& steps : steps_)
         steps += kStepsForRule;
     freeQuestions_ += kFreeQuestionsForRule;
     return rules_.size() - 1;
 }
 
-SideId RuleSpace::AddSide(RuleSide const& side) {
-    auto const [known, isNew] = sideOf_.emplace(std::pair(side.type, std::string(side.pattern)), 0);
-    if (!isNew)
-        return known->second;
-    Reserve(kBytesForSide + side.pattern.size());
-    std::size_t const left = memory_ / 2 - std::min(memory_ / 2, pool_.Bytes());
-    auto const [automaton, problem] =
-        ReadSide(side, pool_.Calls(), std::min(left, memory_ / kPartForSide));
-    known->second = pool_.Add(automaton);
-    if (problem)
-        problems_.emplace(known->second, *problem);
-    return known->second;
+std::optional<Unreadable> RuleSpace::ProblemOf(RuleId rule, WhichSide side) {
+    SidePair const& sides = rules_[rule];
+    return pool_.ProblemOf(side == WhichSide::Caller ? sides.caller : sides.called);
 }
 
-std::optional<Unreadable> RuleSpace::ProblemOf(RuleId rule, WhichSide side) const {
-    SidePair const& sides = rules_[rule].sides;
-    auto const problem = problems_.find(side == WhichSide::Caller ? sides.caller : sides.called);
-    return problem != problems_.end() ? std::optional(problem->second) : std::nullopt;
+bool RuleSpace::IsReadable(RuleId rule) {
+    return !ProblemOf(rule, WhichSide::Caller) && !ProblemOf(rule, WhichSide::Called);
 }
 
-bool RuleSpace::AcceptsNothing(RuleId rule, WhichSide side) const {
-    SidePair const& sides = rules_[rule].sides;
+bool RuleSpace::AcceptsNothing(RuleId rule, WhichSide side) {
+    SidePair const& sides = rules_[rule];
     return pool_.AcceptsNothing(side == WhichSide::Caller ? sides.caller : sides.called);
 }
 
 bool RuleSpace::HaveSameSides(RuleId a, RuleId b) const {
-    return rules_[a].sides.caller == rules_[b].sides.caller &&
-           rules_[a].sides.called == rules_[b].sides.called;
+    return rules_[a].caller == rules_[b].caller && rules_[a].called == rules_[b].called;
 }
 
 bool RuleSpace::MayMeet(RuleId a, RuleId b) const {
-    SidePair const& one = rules_[a].sides;
-    SidePair const& other = rules_[b].sides;
-    return pool_.OutlinesOf(one.called).Meet(pool_.OutlinesOf(other.called)) &&
-           pool_.OutlinesOf(one.caller).Meet(pool_.OutlinesOf(other.caller));
+    SidePair const& one = rules_[a];
+    SidePair const& other = rules_[b];
+    return pool_.OutlineOf(one.called).Meets(pool_.OutlineOf(other.called)) &&
+           pool_.OutlineOf(one.caller).Meets(pool_.OutlineOf(other.caller));
 }
 
-bool RuleSpace::Matches(RuleId rule, FoundCall const& call) const {
-    return pool_.Accepts(rules_[rule].sides.called, call.called) &&
-           pool_.Accepts(rules_[rule].sides.caller, call.caller);
+bool RuleSpace::Matches(RuleId rule, FoundCall const& call) {
+    return pool_.Accepts(rules_[rule].called, call.called) &&
+           pool_.Accepts(rules_[rule].caller, call.caller);
 }
 
 std::size_t RuleSpace::BytesLeft() const {
@@ -101,23 +86,23 @@ bool RuleSpace::Covers(RuleId rule, RuleIds const& must) const {
 }
 
 CallFinding RuleSpace::Search(RuleIds const& must, RuleIds const& avoid, Allowance& allowance) {
-    Outlines caller;
-    Outlines called;
+    SideOutline caller;
+    SideOutline called;
     std::vector<SidePair> mustSides;
     for (RuleId const rule : must) {
-        mustSides.push_back(rules_[rule].sides);
-        caller &= pool_.OutlinesOf(mustSides.back().caller);
-        called &= pool_.OutlinesOf(mustSides.back().called);
+        mustSides.push_back(rules_[rule]);
+        caller &= pool_.OutlineOf(mustSides.back().caller);
+        called &= pool_.OutlineOf(mustSides.back().called);
     }
-    if (caller.AreEmpty() || called.AreEmpty())
+    if (caller.IsEmpty() || called.IsEmpty())
         return {Outcome::None, {}};
     std::vector<SidePair> avoidSides;
     for (RuleId const id : avoid) {
         if (Covers(id, must))
             return {Outcome::None, {}};
-        SidePair const& sides = rules_[id].sides;
-        if (called.Meet(pool_.OutlinesOf(sides.called)) &&
-            caller.Meet(pool_.OutlinesOf(sides.caller)))
+        SidePair const& sides = rules_[id];
+        if (called.Meets(pool_.OutlineOf(sides.called)) &&
+            caller.Meets(pool_.OutlineOf(sides.caller)))
             avoidSides.push_back(sides);
     }
     return SearchCall(pool_, mustSides, avoidSides, cheapest_, allowance);

@@ -6,10 +6,7 @@
 
 #include <array>
 #include <cstddef>
-#include <map>
 #include <optional>
-#include <string>
-#include <utility>
 #include <vector>
 
 #include "analysis/CallSearch.h"
@@ -35,20 +32,21 @@ class RuleSpace {
     RuleId Add(RuleSides const& sides);
 
     CallKind Calls() const { return pool_.Calls(); }
+    AutomatonPool& Pool() { return pool_; }
     AutomatonPool const& Pool() const { return pool_; }
 
     /// Why a side of rule has no automaton; it may then match any call of its type or none.
-    std::optional<Unreadable> ProblemOf(RuleId rule, WhichSide side) const;
+    std::optional<Unreadable> ProblemOf(RuleId rule, WhichSide side);
     /// Whether both sides have automata of their own.
-    bool IsReadable(RuleId rule) const { return rules_[rule].isReadable; }
-    bool AcceptsNothing(RuleId rule, WhichSide side) const;
-    SidePair const& SidesIn(RuleId rule) const { return rules_[rule].sides; }
+    bool IsReadable(RuleId rule);
+    bool AcceptsNothing(RuleId rule, WhichSide side);
+    SidePair const& SidesIn(RuleId rule) const { return rules_[rule]; }
     bool HaveSameSides(RuleId a, RuleId b) const;
 
     /// Whether both rules may match a call; quick, and often true when there is none.
     bool MayMeet(RuleId a, RuleId b) const;
     /// Whether rule matches call, as far as its sides have automata.
-    bool Matches(RuleId rule, FoundCall const& call) const;
+    bool Matches(RuleId rule, FoundCall const& call);
 
     /// Questions of each kind have steps of their own, so that those of which there may be a great
     /// many leave the others theirs.
@@ -68,12 +66,6 @@ class RuleSpace {
     std::size_t BytesLeft() const;
 
   private:
-    struct Rule {
-        SidePair sides;
-        bool isReadable;
-    };
-
-    SideId AddSide(RuleSide const& side);
     bool Covers(RuleId rule, RuleIds const& must) const;
 
     std::size_t const memory_;
@@ -82,9 +74,7 @@ class RuleSpace {
     std::size_t freeQuestions_;          // Those that may still take some steps for nothing.
     AutomatonPool pool_;
     CheapestAddresses cheapest_{pool_};
-    std::map<SideId, Unreadable> problems_;
-    std::map<std::pair<std::int32_t, std::string>, SideId> sideOf_;
-    std::vector<Rule> rules_;
+    std::vector<SidePair> rules_;
 };
 
 } // namespace CallRecordingUtils

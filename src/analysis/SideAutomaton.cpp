@@ -85,11 +85,6 @@ class SidePlaces {
         return classes;
     }
 
-    /// A party's user is a number when it consists of these; in patterns "#" stands for "*" as
-    /// well.
-    static bool IsOfNumber(Symbol symbol) {
-        return symbol <= 9 || ByteOf(symbol) == '+' || ByteOf(symbol) == '#';
-    }
     bool SeesNumbersOnly() const {
         return calls_ == CallKind::Parties && type_ == CALL_TYPE_NUMBER;
     }
@@ -188,7 +183,16 @@ SideAutomaton Finish(Subsets const& subsets, SidePlaces const& places,
     return side;
 }
 
-/// Whether a side of this type looks at addresses of kind.
+SideAutomaton EverySide(CallType type, CallKind calls) {
+    SideAutomaton side = WithoutStates({});
+    for (AddressKind const kind : {kNumber, kSip, kNumber2})
+        if (LooksAt(type, kind, calls))
+            side.start[kind] = SideAutomaton::kEvery;
+    return side;
+}
+
+} // namespace
+
 bool LooksAt(CallType type, AddressKind kind, CallKind calls) {
     if (calls == CallKind::Parties)
         return kind == kSip
@@ -199,16 +203,6 @@ bool LooksAt(CallType type, AddressKind kind, CallKind calls) {
                                                              : CALL_TYPE_NUMBER2);
 }
 
-SideAutomaton EverySide(CallType type, CallKind calls) {
-    SideAutomaton side = WithoutStates({});
-    for (AddressKind const kind : {kNumber, kSip, kNumber2})
-        if (LooksAt(type, kind, calls))
-            side.start[kind] = SideAutomaton::kEvery;
-    return side;
-}
-
-/// The pattern that the matcher compares: a SIP pattern without a port takes every port, and one
-/// without an "@" nothing.
 std::string ComparedPattern(RuleSide const& side) {
     if (side.type != CALL_TYPE_SIP)
         return std::string(side.pattern);
@@ -217,8 +211,6 @@ std::string ComparedPattern(RuleSide const& side) {
         return {};
     return std::string(side.pattern) + (pieces->HasPort() ? "" : pieces->port ? "*" : ":*");
 }
-
-} // namespace
 
 Reading<SideAutomaton> ReadSide(RuleSide const& side, CallKind calls, std::size_t mostBytes) {
     auto const type = static_cast<CallType>(side.type);

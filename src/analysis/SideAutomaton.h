@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "analysis/Address.h"
 #include "analysis/ItemAutomaton.h"
@@ -22,6 +23,13 @@ struct SideAutomaton {
     Dfa dfa;
     std::array<std::uint32_t, kAddressKinds> start{};
 };
+
+/// The pattern that the matcher compares: a SIP pattern without a port takes every port, and one
+/// without an "@" nothing.
+std::string ComparedPattern(RuleSide const& side);
+
+/// Whether a side of this type looks at addresses of kind.
+bool LooksAt(CallType type, AddressKind kind, CallKind calls);
 
 /// Reads side, whose pattern is in the stored form; when there is a problem, the automaton accepts
 /// all that the side does, and may accept more. mostBytes bounds what is held on the way.

@@ -98,7 +98,7 @@ TextLanguage Smallest(RawTexts texts) {
 
 } // namespace
 
-SideProduct::SideProduct(AutomatonPool const& pool, SideId must, std::vector<SideId> others)
+SideProduct::SideProduct(AutomatonPool& pool, SideId must, std::vector<SideId> others)
     : pool_(pool), sides_(std::move(others)) {
     sides_.insert(sides_.begin(), must);
 }

@@ -62,7 +62,7 @@ struct SideLanguage {
 /// them that an address is accepted by.
 class SideProduct {
   public:
-    SideProduct(AutomatonPool const& pool, SideId must, std::vector<SideId> others);
+    SideProduct(AutomatonPool& pool, SideId must, std::vector<SideId> others);
 
     /// Returns false when it takes more than allowed.
     bool Run(Allowance& allowance);
@@ -99,7 +99,7 @@ class SideProduct {
     std::optional<std::uint64_t> Count(std::vector<bool> const& accepts,
                                        Outlook const& outlook) const;
 
-    AutomatonPool const& pool_;
+    AutomatonPool& pool_;
     std::vector<SideId> sides_;
     std::array<std::uint32_t, kAddressKinds> start_{};
     std::vector<Node> nodes_;

@@ -86,6 +86,11 @@ constexpr Cost CostOf(Symbol symbol) {
 /// A set of symbols.
 class SymbolSet {
   public:
+    static SymbolSet Of(Symbol symbol) {
+        SymbolSet set;
+        set.Add(symbol);
+        return set;
+    }
     void Add(Symbol symbol) { words_[symbol / kWordBits] |= Word{1} << symbol % kWordBits; }
     bool Has(Symbol symbol) const {
         return (words_[symbol / kWordBits] >> symbol % kWordBits & 1) != 0;
@@ -108,6 +113,13 @@ class SymbolSet {
         words_[1] |= other.words_[1];
         return *this;
     }
+    SymbolSet& operator&=(SymbolSet const& other) {
+        words_[0] &= other.words_[0];
+        words_[1] &= other.words_[1];
+        return *this;
+    }
+    bool IsEmpty() const { return (words_[0] | words_[1]) == 0; }
+    std::size_t Count() const { return CountBits(words_[0]) + CountBits(words_[1]); }
     bool operator==(SymbolSet const& other) const { return words_ == other.words_; }
 
   private:

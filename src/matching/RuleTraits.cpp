@@ -11,7 +11,6 @@
 
 #include "common/Bits.h"
 #include "matching/MatchedTexts.h"
-#include "model/RuleSides.h"
 #include "model/SipAddress.h"
 
 namespace CallRecordingUtils {
@@ -267,13 +266,12 @@ class SideReader {
 
 } // namespace
 
-RuleTraits TraitsOf(CallRecordingRuleParams const& rule, std::size_t& steps) {
+RuleTraits TraitsOf(RuleSides const& sides, std::size_t& steps) {
     RuleTraits traits;
     traits.fill(kAnySlot);
-    auto const [caller, called] = SidesOf(rule);
-    std::size_t const stepsOfCaller = SideReader(caller, 0, traits).Read(kMostStepsOfCaller);
+    std::size_t const stepsOfCaller = SideReader(sides.caller, 0, traits).Read(kMostStepsOfCaller);
     steps += stepsOfCaller;
-    steps += SideReader(called, 1, traits).Read(kMostSteps - stepsOfCaller);
+    steps += SideReader(sides.called, 1, traits).Read(kMostSteps - stepsOfCaller);
     return traits;
 }
 

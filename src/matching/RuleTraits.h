@@ -12,6 +12,7 @@
 
 #include "language/Characters.h"
 #include "matching/Decision.h"
+#include "model/RuleSides.h"
 
 namespace CallRecordingUtils {
 
@@ -91,9 +92,12 @@ constexpr std::size_t FirstTrait(std::size_t side, View view) {
 /// middle traits of a side hold for at least one origin in the address.
 using RuleTraits = std::array<SlotSet, kTraits>;
 
-/// Reads the traits of rule, and adds to steps how many it took. There is an upper bound for that,
-/// whatever the patterns are.
-RuleTraits TraitsOf(CallRecordingRuleParams const& rule, std::size_t& steps);
+/// Reads the traits of a rule with sides, and adds to steps how many it took. There is an upper
+/// bound for that, whatever the patterns are.
+RuleTraits TraitsOf(RuleSides const& sides, std::size_t& steps);
+inline RuleTraits TraitsOf(CallRecordingRuleParams const& rule, std::size_t& steps) {
+    return TraitsOf(SidesOf(rule), steps);
+}
 
 /// The traits of a call.
 class CallTraits {

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -71,6 +72,10 @@ bool IsPlainId(StoredRule const& stored);
 struct CheckOptions {
     CallKind calls = CallKind::Typed;
     std::size_t memory = kAnalysisMemory; ///< In bytes, for the analysis of each kind of calls.
+    /// How many rules that take calls of another one are looked for.
+    std::size_t mostTakers = 100;
+    /// Called after each rule of which it is known what it decides, with how many these are.
+    std::function<void(std::size_t)> onProgress{};
 };
 
 /// Returns the faults in the order of their lines, and then the notes.

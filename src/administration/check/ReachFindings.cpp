@@ -12,9 +12,6 @@
 namespace CallRecordingUtils {
 namespace {
 
-/// How many rules that take calls of another one are looked for.
-constexpr std::size_t kMostTakers = 100;
-
 RuleList RulesOf(std::vector<StoredRule> const& stored) {
     RuleList rules;
     for (StoredRule const& rule : stored)
@@ -25,17 +22,19 @@ RuleList RulesOf(std::vector<StoredRule> const& stored) {
 class ReachChecker {
   public:
     ReachChecker(std::vector<StoredRule> const& stored, CheckOptions const& options)
-        : stored_(stored), rules_(RulesOf(stored)), calls_(options.calls),
+        : stored_(stored), options_(options), rules_(RulesOf(stored)), calls_(options.calls),
           analysis_(rules_, options.memory, calls_),
           other_(rules_, options.memory,
                  calls_ == CallKind::Typed ? CallKind::Parties : CallKind::Typed) {}
 
     std::vector<FileFinding> Run() {
         for (place_ = 0; place_ < stored_.size(); ++place_) {
-            RuleReport const report = analysis_.Report(place_, kMostTakers);
+            RuleReport const report = analysis_.Report(place_, options_.mostTakers);
             CheckReport(report);
             CheckParties();
             CheckOther(report);
+            if (options_.onProgress)
+                options_.onProgress(place_ + 1);
         }
         return std::move(findings_);
     }
@@ -141,6 +140,7 @@ class ReachChecker {
     }
 
     std::vector<StoredRule> const& stored_;
+    CheckOptions const& options_;
     RuleList const rules_;
     CallKind const calls_;
     RuleAnalysis analysis_;

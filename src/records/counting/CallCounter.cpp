@@ -2,7 +2,7 @@
 
 #include "records/counting/CallCounter.h"
 
-#include <tuple>
+#include "model/RecordingOutcome.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -27,23 +27,7 @@ Decision Decide(RuleSet const& rules, PartyCall const& call) {
     return rule == nullptr ? kNoRule : rules.PlaceOf(*rule);
 }
 
-/// The same rule, or null if it forbids recording.
-Rule const* IfItRecords(Rule const* rule) {
-    return rule != nullptr && ForbidsRecording(*rule) ? nullptr : rule;
-}
-
 } // namespace
-
-bool HaveSameOutcome(Rule const* left, Rule const* right) {
-    left = IfItRecords(left);
-    right = IfItRecords(right);
-    if (left == nullptr || right == nullptr)
-        return left == right;
-    auto const outcome = [](Rule const& rule) {
-        return std::tie(rule.call_recording_type, rule.record_to, rule.recording_duration);
-    };
-    return outcome(*left) == outcome(*right);
-}
 
 /// One side of a call. A type that no address has becomes the problem of the record.
 std::optional<AskedSide> CallCounter::ReadSide(CallRecord& record, Column address,

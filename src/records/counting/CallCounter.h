@@ -24,10 +24,6 @@ struct DecidedCall {
     std::optional<Decision> other; // By the rules to compare with, if any.
 };
 
-/// Whether calls are recorded in the same way to the same place by both rules, or by neither: null
-/// is no rule.
-bool HaveSameOutcome(Rule const* left, Rule const* right);
-
 /// Counts what one thread takes, in the order of the calls.
 class CallCounter {
   public:

@@ -30,10 +30,6 @@ char const* CallsName(CallKind calls) {
     return calls == CallKind::Typed ? "typed" : "parties";
 }
 
-CallKind OtherThan(CallKind calls) {
-    return calls == CallKind::Typed ? CallKind::Parties : CallKind::Typed;
-}
-
 void NoteMalformed(RuleList const& rules, char const* whose) {
     auto const isMalformed = [](std::string const& pattern, CallType type) {
         return !pattern.empty() && ExplainStored(pattern, type);

@@ -25,9 +25,6 @@ inline void AddAnalysis(CLI::App& command, AnalysisOptions& options) {
 /// The kind of calls as --calls names it: typed or parties.
 char const* CallsName(CallKind calls);
 
-/// The kind of calls that was not asked about.
-CallKind OtherThan(CallKind calls);
-
 /// Mentions enabled rules with malformed patterns; whose says which file has them.
 void NoteMalformed(RuleList const& rules, char const* whose = "");
 

@@ -12,21 +12,16 @@
 #include "administration/check/FileFindings.h"
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
-#include "administration/inspection/RuleNames.h"
-#include "analysis/RuleAnalysis.h"
-#include "calls/PartyPatterns.h"
 #include "commands/AnalysisOptions.h"
-#include "commands/HelpText.h"
+#include "commands/CheckPatterns.h"
+#include "commands/DropNeedless.h"
 #include "commands/RunEdit.h"
 #include "common/MemoryFile.h"
-#include "model/CallTypeNames.h"
-#include "output/CallText.h"
 #include "output/Certificate.h"
-#include "output/LossText.h"
+#include "output/FindingText.h"
+#include "output/Progress.h"
 #include "output/RuleText.h"
-#include "output/Table.h"
 #include "text/Printable.h"
-#include "validation/SidePattern.h"
 
 namespace callrecordingctl {
 namespace {
@@ -60,63 +55,6 @@ struct Options {
     CheckOptions check;
 };
 
-nlohmann::ordered_json PatternToJson(std::string const& pattern, CallType type,
-                                     StoredPattern const& converted) {
-    nlohmann::ordered_json json{{"pattern", pattern},
-                                {"call_type", static_cast<int>(type)},
-                                {"call_type_name", CallTypeName(type)},
-                                {"malformed", converted.problem.has_value()},
-                                {"stored", nullptr},
-                                {"position", nullptr},
-                                {"message", nullptr},
-                                {"suspicion", nullptr}};
-    if (converted.problem) {
-        json["position"] = converted.problem->position;
-        json["message"] = converted.problem->message;
-    } else {
-        json["stored"] = converted.stored;
-        if (auto const suspicion = SuspectEntry(pattern, type))
-            json["suspicion"] = suspicion->message;
-    }
-    return json;
-}
-
-/// Mentions what is well formed, but often or surely not meant.
-void NoteOn(std::string const& pattern, CallType type, StoredPattern const& converted) {
-    if (converted.problem)
-        return;
-    if (pattern.empty())
-        return Say("note: an empty pattern is well formed, but never matches in a rule");
-    if (pattern.find('\\') != std::string::npos)
-        Say("{}", kEscapeNote);
-    if (auto const suspicion = SuspectEntry(pattern, type))
-        Say("note: {}\n{}", suspicion->message, CaretText(pattern, suspicion->position));
-    if (char const* const why = WhyNoPartyMatches(converted.stored, type))
-        Say("note: \"{}\" {}", pattern, why);
-}
-
-ExitCode CheckPatterns(Options const& options, bool json) {
-    CallType const type = options.type.value_or(CALL_TYPE_NUMBER);
-    auto document = nlohmann::ordered_json::array();
-    ExitCode result = kExitYes;
-    for (std::string const& pattern : options.patterns) {
-        StoredPattern const converted = ToStored(pattern, type);
-        if (converted.problem)
-            result = kExitNo;
-        if (json)
-            document.push_back(PatternToJson(pattern, type, converted));
-        else if (converted.problem)
-            fmt::print("{}\n    {}\n", CaretText(pattern, converted.problem->position),
-                       converted.problem->message);
-        else
-            fmt::print("{}\n", converted.stored);
-        NoteOn(pattern, type, converted);
-    }
-    if (json)
-        PrintJson(document);
-    return result;
-}
-
 std::vector<StoredRule> ReadChecked(std::string const& path, std::string const& name) {
     try {
         return ReadStoredRules(path);
@@ -126,21 +64,6 @@ std::vector<StoredRule> ReadChecked(std::string const& path, std::string const& 
             message.replace(0, path.size(), name);
         throw Failure(kExitUnreadable, message);
     }
-}
-
-nlohmann::ordered_json FindingToJson(FileFinding const& finding, RuleList const& rules) {
-    nlohmann::ordered_json json{{"line", finding.line},
-                                {"position", finding.position},
-                                {"callrecordingrule_id", finding.id},
-                                {"kind", finding.kind},
-                                {"message", finding.message},
-                                {"taken_by", IdsToJson(rules, finding.takenBy)},
-                                {"taken_by_complete", finding.isTakenByComplete},
-                                {"loses", nullptr}};
-    if (finding.loss)
-        json["loses"] =
-            LossToJson(rules, finding.position - 1, finding.loss->taker, finding.loss->call);
-    return json;
 }
 
 /// Faults count first, then what could not be said; usual things are notes.
@@ -154,41 +77,23 @@ ExitCode CodeOf(std::vector<FileFinding> const& findings) {
     return code;
 }
 
-std::size_t CountNotes(std::vector<FileFinding> const& findings) {
-    return static_cast<std::size_t>(std::count_if(findings.begin(), findings.end(), IsNote));
+/// Which of the rules that take calls of another one are worth a search: all that a note shows, or
+/// one, where notes are only counted.
+std::size_t MostTakers(std::size_t rules, bool areNotesShown) {
+    constexpr std::size_t kManyRules = 20000;
+    return !areNotesShown ? 1 : rules < kManyRules ? 100 : 8;
 }
 
-void Print(std::vector<FileFinding> const& findings, RuleList const& rules, std::string const& name,
-           bool withNotes) {
-    for (FileFinding const& finding : findings) {
-        if (IsNote(finding) && !withNotes)
-            continue;
-        fmt::print("{}:{}: {}rule {}: {}{}\n", name, finding.line, IsNote(finding) ? "note: " : "",
-                   finding.id, finding.message, finding.caret);
-        if (finding.loss)
-            fmt::print("    {}\n", LossText(rules, finding.position - 1, finding.loss->taker,
-                                            finding.loss->call));
-    }
-}
-
-void PrintSummary(std::vector<FileFinding> const& findings, RuleList const& rules,
-                  Options const& options) {
-    std::size_t const notes = CountNotes(findings);
-    std::size_t const others = static_cast<std::size_t>(std::count_if(
-        findings.begin(), findings.end(), [](auto const& f) { return f.kind == kOtherCalls; }));
-    fmt::print("{} {}, ", rules.size(), rules.size() == 1 ? "rule" : "rules");
-    if (notes == findings.size())
-        fmt::print("nothing found");
-    else
-        fmt::print("{} found", findings.size() - notes);
-    if (notes > 0)
-        fmt::print(", {} {}{}", notes, notes == 1 ? "note" : "notes",
-                   options.notes ? "" : " (--notes shows them)");
-    fmt::print("\n");
-    if (others > 0)
-        fmt::print("with --calls {} it is otherwise for {} {}\n",
-                   CallsName(OtherThan(options.check.calls)), others,
-                   others == 1 ? "rule" : "rules");
+std::vector<FileFinding> Find(std::vector<StoredRule> const& stored, Options const& options,
+                              bool json) {
+    Progress progress(stored.size());
+    CheckOptions check = options.check;
+    check.mostTakers = MostTakers(stored.size(), options.notes || json);
+    check.onProgress = [&progress](std::size_t done) {
+        if (progress.IsDue())
+            progress.Show(done, fmt::format("{} of {} rules", done, progress.Size()));
+    };
+    return FindFaults(stored, check);
 }
 
 /// Writes which rules never decide. REQUIRES: findings are those of the file at path.
@@ -211,15 +116,15 @@ ExitCode CheckFile(std::string const& path, std::string const& name, Options con
     RuleList rules;
     for (StoredRule const& rule : stored)
         rules.push_back(rule.rule);
-    std::vector<FileFinding> const findings = FindFaults(stored, options.check);
+    std::vector<FileFinding> const findings = Find(stored, options, json);
     if (json) {
         auto document = nlohmann::ordered_json::array();
         for (FileFinding const& finding : findings)
             document.push_back(FindingToJson(finding, rules));
         PrintJson(document);
     } else if (!options.quiet) {
-        Print(findings, rules, name, options.notes);
-        PrintSummary(findings, rules, options);
+        PrintFindings(findings, rules, name, options.notes);
+        PrintSummary(findings, rules, options.check.calls, options.notes);
     }
     if (options.certificate)
         Certify(path, findings, options);
@@ -246,45 +151,11 @@ void RefuseMissingFile(Options const& options) {
                                           : "a file is checked by itself"));
 }
 
-/// Deletes the rules that can go for both kinds of calls.
-ExitCode DropNeedless(RuleEdit& edit, Options const& options, bool json) {
-    RuleList const rules = edit.Before();
-    auto const find = [&](CallKind calls) {
-        return RuleAnalysis(rules, options.check.memory, calls).FindCleanUp().drops;
-    };
-    std::vector<CleanUp::Dropped> const others = find(OtherThan(options.check.calls));
-    RuleList after = rules;
-    std::vector<CleanUp::Dropped> drops;
-    for (CleanUp::Dropped const& drop : find(options.check.calls))
-        if (std::any_of(others.begin(), others.end(),
-                        [&](CleanUp::Dropped const& other) { return other.rule == drop.rule; }))
-            drops.push_back(drop);
-    for (auto drop = drops.rbegin(); drop != drops.rend(); ++drop)
-        after.erase(after.begin() + static_cast<std::ptrdiff_t>(drop->rule));
-    for (CallKind const calls : {CallKind::Typed, CallKind::Parties})
-        if (Compare(rules, after, options.check.memory, calls).same != true)
-            throw Failure(kExitUndecided, "it cannot be proved that no call would be decided "
-                                          "differently; nothing was changed");
-    for (auto drop = drops.rbegin(); drop != drops.rend(); ++drop)
-        edit.Delete(drop->rule);
-    for (CleanUp::Dropped const& drop : drops)
-        if (!json)
-            fmt::print("rule {} can go: {}\n", rules[drop.rule].callrecordingrule_id,
-                       drop.insteadOf.empty()
-                           ? "no call is decided differently without it"
-                           : fmt::format("{} {} the same with the calls that it matches or decides",
-                                         RulesText(rules, drop.insteadOf),
-                                         drop.insteadOf.size() == 1 ? "does" : "do"));
-    if (drops.empty() && !json)
-        fmt::print("no rule can go\n");
-    return drops.empty() ? kExitNo : kExitYes;
-}
-
 ExitCode Fix(Context const& context, Options const& options) {
     if (!options.patterns.empty())
         throw Failure(kExitUsage, "check: --fix is about the rule file; give no PATTERN");
     return RunEdit(context, options.edit,
-                   [&](RuleEdit& edit) { return DropNeedless(edit, options, context.json); });
+                   [&](RuleEdit& edit) { return DropNeedless(edit, options.check, context.json); });
 }
 
 ExitCode Check(Context const& context, Options const& options) {
@@ -296,7 +167,8 @@ ExitCode Check(Context const& context, Options const& options) {
     }
     if (!NamesFile(options)) {
         RefuseMissingFile(options);
-        return CheckPatterns(options, context.json);
+        return CheckPatterns(options.patterns, options.type.value_or(CALL_TYPE_NUMBER),
+                             context.json);
     }
     std::string const& file = options.patterns[0];
     MemoryFile const copy(ReadInput(file));
@@ -317,6 +189,7 @@ void AddFileOptions(CLI::App& check, Options& options) {
                                             "being decided differently");
     check.add_flag("--dry-run", options.edit.dryRun, "With --fix: only say what would be deleted")
         ->needs(fix);
+    AddGuards(check, options.edit, fix);
     fix->excludes(certificate);
 }
 

@@ -10,6 +10,7 @@
 #include "model/CallTypeNames.h"
 #include "text/Printable.h"
 #include "validation/SidePattern.h"
+#include "json/Names.h"
 
 namespace callrecordingctl {
 namespace {
@@ -230,9 +231,9 @@ nlohmann::ordered_json NamedClaim::ToJson() const {
     add("recorded", options_.isRecorded);
     add("by", place_ ? std::optional(id_) : std::nullopt);
     add("by_position", place_ ? std::optional(*place_ + 1) : std::nullopt);
-    add("record_to", options_.recordTo);
-    add("recording_duration", options_.duration);
-    add("call_recording_type", options_.recordingType);
+    add(NameOf(RuleMember::RecordTo), options_.recordTo);
+    add(NameOf(RuleMember::Duration), options_.duration);
+    add(NameOf(RuleMember::RecordingType), options_.recordingType);
     return json;
 }
 

@@ -32,13 +32,13 @@ struct Options {
 };
 
 void Print(Comparison const& comparison, RuleList const& here, RuleList const& there,
-           CallKind calls) {
+           CallKind calls, Context const& context) {
     if (comparison.same == true)
         fmt::print("both decide every call alike\n");
     for (Difference const& difference : comparison.differences)
         fmt::print("{}\n  {}\n  here {}\n  there {}\n", CallText(difference.call),
-                   DecideCommand(difference.call, calls), DecisionText(here, difference.here),
-                   DecisionText(there, difference.there));
+                   DecideCommand(difference.call, calls, context),
+                   DecisionText(here, difference.here), DecisionText(there, difference.there));
 }
 
 /// Whether two comparisons of the same lists find the same.
@@ -77,7 +77,7 @@ ExitCode Diff(Context const& context, Options const& options) {
         }
         PrintJson(json);
     } else {
-        Print(comparison, here, there, calls);
+        Print(comparison, here, there, calls, context);
         if (isOtherwise)
             fmt::print("with --calls {} {}, for {} {} of rules\n", CallsName(others),
                        Summary(other), other.differences.size(),

@@ -11,6 +11,7 @@
 #include "commands/AnalysisOptions.h"
 #include "output/CallText.h"
 #include "output/RuleText.h"
+#include "json/Names.h"
 
 namespace callrecordingctl {
 namespace {
@@ -66,11 +67,12 @@ nlohmann::ordered_json ToJson(RuleReport const& report) {
     return json;
 }
 
-void Print(RuleReport const& report, RuleList const& rules, std::size_t place, CallKind calls) {
+void Print(RuleReport const& report, RuleList const& rules, std::size_t place, CallKind calls,
+           Context const& context) {
     fmt::print("rule {} {}\n", rules[place].callrecordingrule_id, Sentence(report, rules));
     if (report.standing != RuleReport::kDecides)
         return;
-    fmt::print("  {}\n", DecideCommand(*report.call, calls));
+    fmt::print("  {}\n", DecideCommand(*report.call, calls, context));
     std::string const takers = TakersText(report, rules);
     if (!takers.empty())
         fmt::print("{}\n", takers);
@@ -85,8 +87,8 @@ ExitCode Example(Context const& context, Options const& options) {
     RuleReport const other = RuleAnalysis(rules, memory, OtherThan(calls)).Report(place, 0);
     bool const isOtherwise = other.standing != report.standing;
     if (context.json) {
-        nlohmann::ordered_json json{{"callrecordingrule_id", rules[place].callrecordingrule_id},
-                                    {"position", place + 1}};
+        nlohmann::ordered_json json{{NameOf(RuleMember::Id), rules[place].callrecordingrule_id},
+                                    {NameOf(RuleMember::Position), place + 1}};
         json.update(ToJson(report));
         json["taken_by"] = IdsToJson(rules, report.takenBy);
         json["taken_by_complete"] = report.isComplete;
@@ -97,7 +99,7 @@ ExitCode Example(Context const& context, Options const& options) {
         }
         PrintJson(json);
     } else {
-        Print(report, rules, place, calls);
+        Print(report, rules, place, calls, context);
         if (isOtherwise)
             fmt::print("with --calls {} it {}\n", CallsName(OtherThan(calls)),
                        Sentence(other, rules));

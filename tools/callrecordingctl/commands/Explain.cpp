@@ -13,6 +13,7 @@
 #include "output/ComparisonText.h"
 #include "output/LossText.h"
 #include "output/RuleText.h"
+#include "json/Names.h"
 
 namespace callrecordingctl {
 namespace {
@@ -57,8 +58,8 @@ class Explainer {
         auto loses = nlohmann::ordered_json::array();
         for (Explanation::Loss const& loss : explanation_.losses)
             loses.push_back(LossToJson(rules_, place_, loss.taker, loss.call));
-        return {{"callrecordingrule_id", rules_[place_].callrecordingrule_id},
-                {"position", place_ + 1},
+        return {{NameOf(RuleMember::Id), rules_[place_].callrecordingrule_id},
+                {NameOf(RuleMember::Position), place_ + 1},
                 {"calls", CallsName(calls_)},
                 {"decides", decides},
                 {"loses", loses},

@@ -179,6 +179,19 @@ ExitCode RunEdit(Context const& context, EditOptions const& options, Changer con
     return code == kExitYes ? CodeOf(dryRun) : code;
 }
 
+void AddGuards(CLI::App& edit, EditOptions& options, CLI::Option* needed) {
+    CLI::Option* const ifState = AddText(
+        edit, "--if-state", "TOKEN",
+        "Change nothing, with exit status 7, unless the\nfile is in this state, as list shows it",
+        [&options](std::string const& token) { options.ifState = token; });
+    CLI::Option* const wait = AddNumber(
+        edit, "--wait", "SECONDS", "How long to wait for another client's edit\n(default: 5)", 0,
+        [&options](std::uint32_t seconds) { options.patience = std::chrono::seconds(seconds); });
+    for (CLI::Option* const option : {ifState, wait})
+        if (needed != nullptr)
+            option->needs(needed);
+}
+
 CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
                   Changer const& change) {
     auto const options = std::make_shared<EditOptions>();
@@ -196,13 +209,7 @@ CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char
                                     ->needs(dryRun);
     AddColumns(edit, options->replay.format, replay);
     edit.add_flag("-v,--verbose", options->verbose, "Show every rule that changes");
-    AddText(
-        edit, "--if-state", "TOKEN",
-        "Change nothing, with exit status 7, unless the\nfile is in this state, as list shows it",
-        [options](std::string const& token) { options->ifState = token; });
-    AddNumber(
-        edit, "--wait", "SECONDS", "How long to wait for another client's edit\n(default: 5)", 0,
-        [options](std::uint32_t seconds) { options->patience = std::chrono::seconds(seconds); });
+    AddGuards(edit, *options);
     return edit;
 }
 

@@ -34,6 +34,9 @@ using Changer = std::function<ExitCode(RuleEdit&)>;
 /// could be printed. A dry run saves nothing and takes no lock.
 ExitCode RunEdit(Context const& context, EditOptions const& options, Changer const& change);
 
+/// Adds --if-state and --wait, of which each can be given beside needed only, unless that is null.
+void AddGuards(CLI::App& edit, EditOptions& options, CLI::Option* needed = nullptr);
+
 /// Adds a command that edits, with the options that all edits have; change runs as in RunEdit.
 CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
                   Changer const& change);

@@ -4,6 +4,8 @@
 
 #include <filesystem>
 
+#include <fmt/format.h>
+
 #include "output/Progress.h"
 
 namespace callrecordingctl {
@@ -46,13 +48,24 @@ std::uint64_t LookAt(std::vector<std::string> const& paths, CallFormat const& fo
     return isKnown ? size : 0;
 }
 
+/// How much of all files has been read, and how many calls.
+std::string ReadText(std::uint64_t taken, std::uint64_t calls, Progress const& progress) {
+    constexpr double kMegabyte = 1e6;
+    std::string text = fmt::format("{:.1f} MB", static_cast<double>(taken) / kMegabyte);
+    if (progress.Size() > 0)
+        text += fmt::format(" of {:.1f} MB", static_cast<double>(progress.Size()) / kMegabyte);
+    return text +
+           fmt::format(", {:.0f} calls a second", static_cast<double>(calls) / progress.Seconds());
+}
+
 } // namespace
 
 ReplayReport RunReplay(std::vector<std::string> const& paths, RuleList const& rules,
                        RuleList const* others, Replay::Options options) {
     Progress progress(LookAt(paths, options.format));
     options.onProgress = [&](std::uint64_t bytes, std::uint64_t records) {
-        progress.Show(bytes, records);
+        if (progress.IsDue())
+            progress.Show(bytes, ReadText(bytes, records, progress));
     };
     options.stop = &isInterrupted;
     InterruptNote const note;

@@ -54,7 +54,7 @@ std::string CallText(ExampleCall const& call) {
     return fmt::format("from {} to {}", PartyText(call.caller), PartyText(call.called));
 }
 
-std::string DecideCommand(ExampleCall const& call, CallKind calls) {
+std::string DecideCommand(ExampleCall const& call, CallKind calls, Context const& context) {
     bool const needsTypes =
         calls == CallKind::Typed && !(IsPlain(call.caller) && IsPlain(call.called));
     std::string command = "callrecordingctl decide";
@@ -65,6 +65,8 @@ std::string DecideCommand(ExampleCall const& call, CallKind calls) {
     };
     add("--from", call.caller);
     add("--to", call.called);
+    if (context.directory)
+        command += " --config-dir " + ShellWord(*context.directory);
     return command;
 }
 
@@ -98,7 +100,7 @@ std::string DecisionText(RuleList const& list, std::optional<std::size_t> place)
     if (!place)
         return "not recorded";
     Rule const& rule = list[*place];
-    if (Forbids(rule))
+    if (ForbidsRecording(rule))
         return fmt::format("not recorded: rule {} says never", rule.callrecordingrule_id);
     auto const part = [](char const* name, std::string const& text) {
         return text.empty() ? "" : fmt::format(", {}{}", name, text);

@@ -9,6 +9,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "CommandLine.h"
 #include "Names.h"
 #include "Rules.h"
 #include "analysis/RuleAnalysis.h"
@@ -19,8 +20,8 @@ namespace callrecordingctl {
 std::string CallText(ExampleCall const& call);
 
 /// The command that asks decide about this very call: with types where an address alone would be
-/// read as another call.
-std::string DecideCommand(ExampleCall const& call, CallKind calls);
+/// read as another call, and with the configuration directory of context.
+std::string DecideCommand(ExampleCall const& call, CallKind calls, Context const& context);
 
 nlohmann::ordered_json CallToJson(ExampleCall const& call);
 

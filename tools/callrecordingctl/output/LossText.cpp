@@ -7,9 +7,10 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "analysis/RecordingOutcome.h"
+#include "model/RecordingOutcome.h"
 #include "output/CallText.h"
 #include "text/Printable.h"
+#include "json/Names.h"
 
 namespace callrecordingctl {
 namespace {
@@ -17,7 +18,7 @@ namespace {
 /// How rule records a call, as far as the other one does not do the same.
 std::string How(Rule const& rule, Rule const& other) {
     std::vector<std::string> how;
-    bool const isAll = Forbids(other);
+    bool const isAll = ForbidsRecording(other);
     if (isAll || rule.record_to != other.record_to)
         how.push_back(rule.record_to.empty() ? "to no named place" : "to " + rule.record_to);
     if (isAll || rule.recording_duration != other.recording_duration)
@@ -29,12 +30,12 @@ std::string How(Rule const& rule, Rule const& other) {
 }
 
 nlohmann::ordered_json OutcomeToJson(Rule const& rule) {
-    if (Forbids(rule))
+    if (ForbidsRecording(rule))
         return {{"recorded", false}};
     return {{"recorded", true},
-            {"call_recording_type", static_cast<int>(rule.call_recording_type)},
-            {"record_to", rule.record_to},
-            {"recording_duration", rule.recording_duration}};
+            {NameOf(RuleMember::RecordingType), static_cast<int>(rule.call_recording_type)},
+            {NameOf(RuleMember::RecordTo), rule.record_to},
+            {NameOf(RuleMember::Duration), rule.recording_duration}};
 }
 
 } // namespace
@@ -44,11 +45,11 @@ std::string LossText(RuleList const& rules, std::size_t loser, std::size_t taker
     Rule const& own = rules[loser];
     Rule const& by = rules[taker];
     std::string text = fmt::format("{}: rule {} ", CallText(call), by.callrecordingrule_id);
-    if (AreAlike(&own, &by))
+    if (HaveSameOutcome(&own, &by))
         return text + "takes it, and does what this rule would do";
-    text += Forbids(by) ? "says never" : "records it " + How(by, own);
-    return text + (Forbids(own) ? ", this rule says never"
-                                : ", this rule would record it " + How(own, by));
+    text += ForbidsRecording(by) ? "says never" : "records it " + How(by, own);
+    return text + (ForbidsRecording(own) ? ", this rule says never"
+                                         : ", this rule would record it " + How(own, by));
 }
 
 nlohmann::ordered_json LossToJson(RuleList const& rules, std::size_t loser, std::size_t taker,

@@ -5,19 +5,28 @@
 
 #include <chrono>
 #include <cstdint>
+#include <string>
 
 namespace callrecordingctl {
 
-/// Shows nothing unless standard error is a terminal, and there not more than a few times a second.
+/// Shows nothing unless standard error is a terminal, and there nothing in the first second, and
+/// then not more than a few times a second.
 class Progress {
   public:
-    /// size is the number of bytes to read, 0 when it is not known.
+    /// size is how much there is to do, 0 when it is not known.
     explicit Progress(std::uint64_t size);
     ~Progress() { Clear(); }
     Progress(Progress const&) = delete;
     Progress& operator=(Progress const&) = delete;
 
-    void Show(std::uint64_t taken, std::uint64_t calls);
+    std::uint64_t Size() const { return size_; }
+    /// How long it has run.
+    double Seconds() const;
+
+    /// Whether it is time to show something.
+    bool IsDue() const { return isShown_ && Clock::now() >= next_; }
+    /// Shows text, and how long what is left will take. REQUIRES: IsDue().
+    void Show(std::uint64_t done, std::string text);
     /// Erases the line.
     void Clear();
 
@@ -28,7 +37,7 @@ class Progress {
     bool const isShown_;
     bool isOnScreen_ = false;
     Clock::time_point const start_ = Clock::now();
-    Clock::time_point next_ = start_;
+    Clock::time_point next_ = start_ + std::chrono::seconds(1);
 };
 
 } // namespace callrecordingctl
