@@ -18,9 +18,12 @@ bool HaveEqualSettings(CallRecordingRuleParams const& a, CallRecordingRuleParams
            a.recording_rule_state == b.recording_rule_state;
 }
 
+bool AreAlike(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b) {
+    return SidesOf(a) == SidesOf(b) && HaveEqualSettings(a, b) && a.description == b.description;
+}
+
 bool AreEqual(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b) {
-    return a.callrecordingrule_id == b.callrecordingrule_id && SidesOf(a) == SidesOf(b) &&
-           HaveEqualSettings(a, b) && a.description == b.description;
+    return a.callrecordingrule_id == b.callrecordingrule_id && AreAlike(a, b);
 }
 
 } // namespace CallRecordingUtils

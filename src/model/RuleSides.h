@@ -55,6 +55,9 @@ CallRecordingRuleParams Mirrored(CallRecordingRuleParams rule);
 /// twin share.
 bool HaveEqualSettings(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b);
 
+/// Returns whether all fields but the identifier are equal.
+bool AreAlike(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b);
+
 /// Returns whether all ten fields are equal.
 bool AreEqual(CallRecordingRuleParams const& a, CallRecordingRuleParams const& b);
 

@@ -42,14 +42,13 @@ void AskForHelp(std::vector<std::string>& words) {
 
 /// Words that people try, and the commands that do it.
 constexpr std::pair<char const*, char const*> kOtherWords[] = {
-    {"rm", "delete"},      {"remove", "delete"},  {"erase", "delete"},   {"ls", "list"},
-    {"print", "list"},     {"get", "show"},       {"cat", "show"},       {"mv", "move"},
-    {"edit", "modify"},    {"set", "modify"},     {"change", "modify"},  {"update", "modify"},
-    {"new", "add"},        {"create", "add"},     {"insert", "add"},     {"test", "decide"},
-    {"why", "decide"},     {"explain", "decide"}, {"on", "enable"},      {"off", "disable"},
-    {"history", "log"},    {"revert", "undo"},    {"restore", "undo"},   {"load", "import"},
-    {"save", "export"},    {"dump", "export"},    {"validate", "check"}, {"lint", "check"},
-    {"simulate", "replay"}};
+    {"rm", "delete"},   {"remove", "delete"},  {"erase", "delete"},  {"ls", "list"},
+    {"print", "list"},  {"get", "show"},       {"cat", "show"},      {"mv", "move"},
+    {"edit", "modify"}, {"set", "modify"},     {"change", "modify"}, {"update", "modify"},
+    {"new", "add"},     {"create", "add"},     {"insert", "add"},    {"test", "decide"},
+    {"why", "decide"},  {"explain", "decide"}, {"on", "enable"},     {"off", "disable"},
+    {"history", "log"}, {"restore", "undo"},   {"load", "import"},   {"save", "export"},
+    {"dump", "export"}, {"validate", "check"}, {"lint", "check"},    {"simulate", "replay"}};
 
 /// The name most similar to word; empty when none is similar.
 std::string MostSimilar(std::string const& word, std::vector<std::string> const& names) {

@@ -12,9 +12,7 @@ namespace {
 
 /// Whether the identifier is all that changed, as it is where other rules moved.
 bool OnlyMadeRoom(Rule const& before, Rule const& after) {
-    Rule renamed = before;
-    renamed.callrecordingrule_id = after.callrecordingrule_id;
-    return before.callrecordingrule_id != after.callrecordingrule_id && AreEqual(renamed, after);
+    return before.callrecordingrule_id != after.callrecordingrule_id && AreAlike(before, after);
 }
 
 } // namespace

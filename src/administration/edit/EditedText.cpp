@@ -166,6 +166,14 @@ std::vector<std::string> LinesOfPlaces(std::vector<RuleLines> const& cut, std::s
 
 } // namespace
 
+std::vector<std::string> SectionsOf(std::string const& name, std::string const& text) {
+    SectionedText sections(name, RuleFileSyntax(), text);
+    std::vector<std::string> found;
+    for (auto section = sections.Begin(); section != sections.End(); ++section)
+        found.emplace_back(section->body.Text());
+    return found;
+}
+
 std::string EditedText(std::string const& path, std::string const& text, RuleList const& before,
                        std::vector<EditedRule> const& rules) {
     std::string const lineEnd = LineEndOf(text);
@@ -180,13 +188,18 @@ std::string EditedText(std::string const& path, std::string const& text, RuleLis
         if (written == kept)
             result.Add(places[written++]);
         Section added;
-        added.body = decltype(added.body)("{" + lineEnd + "}" + lineEnd);
+        added.body = decltype(added.body)(rule.section.empty() ? "{" + lineEnd + "}" + lineEnd
+                                                               : rule.section);
         Section& section = rule.origin ? *cut[*rule.origin].section : added;
         if (rule.origin) {
             result.Add(cut[*rule.origin].comments);
             ++kept;
         }
-        Write(sections, section, rule.origin ? &before[*rule.origin] : nullptr, rule);
+        Write(sections, section,
+              rule.origin             ? &before[*rule.origin]
+              : !rule.section.empty() ? &rule.rule
+                                      : nullptr,
+              rule);
         result.Add(section.body.Text());
     }
     if (written == kept)

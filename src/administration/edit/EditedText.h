@@ -18,7 +18,14 @@ struct EditedRule {
     Rule rule;
     /// Writes the identifier also where the text of another one reads as the same number.
     bool writesId = false;
+    /// The section of a new rule that was in the file once, with all that the file had there; it
+    /// says the same as rule but for the identifier. Empty for others.
+    std::string section{};
 };
+
+/// The sections of a rule file with this text, from the opening to the closing line of each. Throws
+/// a std::exception with name, line and reason.
+std::vector<std::string> SectionsOf(std::string const& name, std::string const& text);
 
 /// Returns the text of a file with these rules, made from text, the file before, which holds the
 /// rules before. What the edit does not change keeps its bytes:

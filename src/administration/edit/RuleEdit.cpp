@@ -147,6 +147,13 @@ void RuleEdit::Replace(RuleList const& rules) {
         wholeText_ = Compose("");
 }
 
+void RuleEdit::Replace(std::vector<EditedRule> rules) {
+    RequireRules();
+    slots_.clear();
+    for (EditedRule& rule : rules)
+        slots_.push_back({std::move(rule)});
+}
+
 void RuleEdit::ReplaceText(std::string const& text) {
     SetSlots(RulesOf(text, path_ + " after the edit"));
     wholeText_ = text;

@@ -74,6 +74,10 @@ class RuleEdit {
     /// has already. REQUIRES: this is the only change.
     void Replace(RuleList const& rules);
 
+    /// Replaces all rules by these, whose origins are places before the edit. REQUIRES: this is the
+    /// only change.
+    void Replace(std::vector<EditedRule> rules);
+
     /// Replaces the whole file by text. REQUIRES: this is the only change.
     void ReplaceText(std::string const& text);
 

@@ -2,20 +2,19 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 
 #include <fmt/format.h>
 
 #include "CommandLine.h"
-#include "administration/edit/Changes.h"
+#include "administration/edit/RuleTrail.h"
 #include "administration/history/History.h"
 #include "administration/history/When.h"
-#include "administration/inspection/Digest.h"
-#include "administration/inspection/ReadRules.h"
+#include "commands/RulesOfStates.h"
 #include "database/RuleFileLock.h"
-#include "output/EditReport.h"
+#include "output/EditStep.h"
+#include "output/Pager.h"
 #include "output/RuleText.h"
-#include "output/Table.h"
-#include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {
@@ -24,181 +23,119 @@ constexpr char kHelp[] =
     R"(Prints the edits, the last one first. A change outside the history (by hand, by
 a telephony process, or by an edit that could not be recorded) is shown as such,
 with the time by which it was made.
-Example: callrecordingctl log --since monday
+--rule shows what became of one rule, wherever it stood and whatever identifier it
+had at the time. A rule that came back as it had been is the same one.
+Example: callrecordingctl log --since monday -p
 )";
 
 struct Options {
-    std::optional<std::int64_t> since;
+    std::optional<std::int64_t> since, until;
+    std::optional<std::string> user;
     std::optional<std::int32_t> id;
+    std::optional<std::size_t> count;
     std::optional<std::int64_t> keep; // In MiB.
-    bool verbose = false;
+    StepStyle style;
+
+    bool IsFilter() const { return since || until || user || id; }
 };
 
-/// The rules in one state of the file, or why they are not known.
-struct State {
-    std::optional<RuleList> rules;
-    std::string problem;
-};
+/// Under sudo an edit has two users: the caller, and the one in whose place he acts.
+bool IsBy(HistoryEntry const& entry, std::string const& user) {
+    std::string const& by = entry.note.user;
+    std::size_t const as = by.find(" as ");
+    return !entry.IsOutside() &&
+           (by == user ||
+            (as != std::string::npos && (by.substr(0, as) == user || by.substr(as + 4) == user)));
+}
 
-/// An edit with what it changed.
-struct Step {
-    HistoryEntry const& entry;
-    std::int64_t uncertain; // The number of the edit before whose changes are in these, too; or 0.
-    std::string const& problem;
-    std::vector<Change> const& changes;
-    std::size_t count; // How many rules there were afterwards.
-};
+bool IsWanted(HistoryEntry const& entry, Options const& options) {
+    return (!options.since || entry.seconds >= *options.since) &&
+           (!options.until || entry.seconds < *options.until) &&
+           (!options.user || IsBy(entry, *options.user));
+}
 
-/// Reads the states of the file, each once if they are asked for in their order.
-class StateReader {
+/// Follows the rule of --rule back from the last state that can be read.
+class Follower {
   public:
-    StateReader(History& history, std::string const& current)
-        : history_(history), current_(current), currentDigest_(DigestOf(current)) {}
+    Follower(RulesOfStates& states, std::int32_t id) : states_(states), id_(id) {}
 
-    /// The changes between two states, or why they are not known. Good until the next call.
-    std::vector<Change> Changes(HistoryEntry const& entry) {
-        if (entry.before != after_.first)
-            after_ = {entry.before, Read(entry.before)};
-        before_ = std::move(after_);
-        after_ = {entry.after, Read(entry.after)};
-        if (!before_.second.rules || !after_.second.rules)
-            return {};
-        return ChangesBetween(*before_.second.rules, *after_.second.rules);
+    /// What the edit did to the rule, or nothing.
+    std::optional<Change> Follow(HistoryEntry const& entry) {
+        if (entry.state == EditState::Unknown)
+            return std::nullopt; // The change from outside that follows it tells what is known.
+        if (!trail_) {
+            RuleList const* const last = states_.Find(entry.after);
+            if (last == nullptr)
+                return std::nullopt;
+            trail_.emplace(*last, id_);
+        }
+        RuleList const* const before = states_.Find(entry.before);
+        isBlurred_ = isGap_;
+        isGap_ = before == nullptr;
+        return isGap_ ? std::nullopt : trail_->StepBack(*before);
     }
 
-    std::string const& Problem() const {
-        return before_.second.rules ? after_.second.problem : before_.second.problem;
-    }
+    /// Whether what Follow returned may have been done by a later edit, whose rules cannot be read.
+    bool IsBlurred() const { return isBlurred_; }
 
-    std::size_t Count() const { return after_.second.rules ? after_.second.rules->size() : 0; }
+    /// Whether the beginning of the rule is out of sight.
+    bool EndsInGap() const { return isGap_; }
 
   private:
-    State Read(std::string const& digest) {
-        std::string const name = "state " + StateToken(digest);
-        try {
-            auto const text =
-                digest == currentDigest_ ? std::optional(current_) : history_.GlanceAt(digest);
-            if (text)
-                return {RulesOf(*text, name), ""};
-            return {std::nullopt, fmt::format("what changed is not known: the {} of the rule file "
-                                              "is not kept",
-                                              name)};
-        } catch (std::exception const& error) {
-            return {std::nullopt, fmt::format("what changed is not known: {}", error.what())};
-        }
-    }
-
-    History& history_;
-    std::string const& current_;
-    std::string const currentDigest_;
-    std::pair<std::string, State> before_, after_; // With their digests.
+    RulesOfStates& states_;
+    std::int32_t id_;
+    std::optional<RuleTrail> trail_;
+    bool isGap_ = false;
+    bool isBlurred_ = false;
 };
 
-bool IsAbout(Change const& change, std::int32_t id) {
-    auto const hasId = [id](Rule const* rule) {
-        return rule != nullptr && rule->callrecordingrule_id == id;
-    };
-    return change.isMeant && (hasId(change.before) || hasId(change.after));
-}
-
-std::string Heading(HistoryEntry const& entry) {
-    std::string const number = entry.number > 0 ? std::to_string(entry.number) : "-";
-    return fmt::format("{:<4} {}  {}\n", number, WhenText(entry.seconds),
-                       Printable(entry.IsOutside() ? "changed outside the history by then"
-                                                   : entry.note.user + ": " + entry.note.command));
-}
-
-std::string Sentences(Step const& step, bool verbose) {
-    constexpr std::size_t kMost = 5;
-    std::string text;
-    std::size_t shown = 0;
-    std::size_t others = 0;
-    for (Change const& change : step.changes) {
-        if (!verbose && (!change.isMeant || shown == kMost)) {
-            ++others;
-            continue;
-        }
-        ++shown;
-        text += fmt::format("     {}\n", Printable(Sentence(change, step.count)));
-    }
-    if (others > 0)
-        text += fmt::format("     and {} more {}; -v shows each\n", others,
-                            others == 1 ? "rule" : "rules");
-    return text;
-}
-
-std::string ToText(Step const& step, bool verbose) {
-    std::string text = Heading(step.entry);
-    if (step.entry.state == EditState::Unknown)
-        text += "     it is not known whether this was saved; it was to do this:\n";
-    if (step.uncertain > 0)
-        text += fmt::format("     together with edit {}, if that was saved:\n", step.uncertain);
-    if (!step.problem.empty())
-        return text + fmt::format("     {}\n", Printable(step.problem));
-    if (step.changes.empty())
-        return text + "     no rule changed; comments or other entries did\n";
-    return text + Sentences(step, verbose);
-}
-
-char const* StateName(EditState state) {
-    switch (state) {
-    case EditState::Unknown: return "unknown";
-    case EditState::Outside: return "outside";
-    default: return "saved";
-    }
-}
-
-nlohmann::ordered_json ToJson(Step const& step) {
-    HistoryEntry const& entry = step.entry;
-    return {{"number", entry.number},
-            {"time", WhenText(entry.seconds)},
-            {"user", entry.note.user},
-            {"command", entry.note.command},
-            {"outside", entry.IsOutside()},
-            {"state", StateName(entry.state)},
-            {"undone", entry.note.undone},
-            {"digest_before", entry.before},
-            {"digest_after", entry.after},
-            {"problem", step.problem},
-            {"changes", ChangesToJson(step.changes)}};
-}
-
-/// Calls show with the steps that options ask for, in their order.
+/// Calls show with the steps that options ask for, the last one first. Returns how many there were.
 template <typename Show>
-void ForEachStep(std::string const& path, Options const& options, Show show) {
+std::size_t ForEachStep(std::string const& path, Options const& options, Show show) {
     RequireDirectory(path);
     History history(path);
     Snapshot const now = history.Read();
-    StateReader states(history, now.text);
-    std::int64_t uncertain = 0;
-    for (HistoryEntry const& entry : now.entries) {
-        std::int64_t const withEdit = entry.IsOutside() ? uncertain : 0;
-        uncertain = entry.state == EditState::Unknown ? entry.number : 0;
-        if (options.since && entry.seconds < *options.since)
+    RulesOfStates states(history, now.text);
+    std::optional<Follower> follower;
+    if (options.id)
+        follower.emplace(states, *options.id);
+    std::size_t shown = 0;
+    std::size_t const most = options.count.value_or(now.entries.size());
+    for (std::size_t i = now.entries.size(); i-- > 0 && shown < most;) {
+        HistoryEntry const& entry = now.entries[i];
+        std::optional<Change> about;
+        if (follower && !(about = follower->Follow(entry)))
             continue;
-        std::vector<Change> const changes = states.Changes(entry);
-        if (!options.id || std::any_of(changes.begin(), changes.end(), [&](Change const& change) {
-                return IsAbout(change, *options.id);
-            }))
-            show(Step{entry, withEdit, states.Problem(), changes, states.Count()});
+        if (!IsWanted(entry, options))
+            continue;
+        EditStep step{entry, states.ChangesOf(entry), states.ProblemOf(entry),
+                      states.CountAfter(entry)};
+        if (entry.IsOutside() && i > 0 && now.entries[i - 1].state == EditState::Unknown)
+            step.uncertain = now.entries[i - 1].number;
+        step.about = about;
+        step.isBlurred = follower && follower->IsBlurred();
+        show(step);
+        ++shown;
     }
+    if (follower && follower->EndsInGap() && shown < most)
+        Say("what was done to the rule before that is not known: the rules of that time are not "
+            "kept, or cannot be read");
+    return shown;
 }
 
 void PrintAsText(std::string const& path, Options const& options) {
-    std::vector<std::string> steps;
-    ForEachStep(path, options,
-                [&](Step const& step) { steps.push_back(ToText(step, options.verbose)); });
-    for (auto step = steps.rbegin(); step != steps.rend(); ++step)
-        fmt::print("{}", *step);
-    if (steps.empty())
-        Say("no edit is recorded{}", options.since || options.id ? " that fits" : "");
+    std::string text;
+    std::size_t const count = ForEachStep(
+        path, options, [&](EditStep const& step) { text += ToText(step, options.style); });
+    Page(text);
+    if (count == 0)
+        Say("no edit is recorded{}", options.IsFilter() ? " that fits" : "");
 }
 
 void PrintAsJson(std::string const& path, Options const& options) {
-    std::vector<nlohmann::ordered_json> steps;
-    ForEachStep(path, options, [&](Step const& step) { steps.push_back(ToJson(step)); });
-    std::reverse(steps.begin(), steps.end());
-    PrintJson(nlohmann::ordered_json(steps));
+    auto steps = nlohmann::ordered_json::array();
+    ForEachStep(path, options, [&](EditStep const& step) { steps.push_back(ToJson(step)); });
+    PrintJson(steps);
 }
 
 ExitCode Keep(std::string const& path, std::int64_t mebibytes) {
@@ -218,6 +155,8 @@ ExitCode Log(Context const& context, Options const& options) {
     try {
         context.json ? PrintAsJson(context.path, options) : PrintAsText(context.path, options);
         return kExitYes;
+    } catch (Failure const&) {
+        throw;
     } catch (std::runtime_error const& error) {
         throw Failure(kExitUnreadable, error.what());
     }
@@ -229,18 +168,30 @@ void AddLog(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& log =
         line.AddCommand("log", "Show who changed which rules, and when", kHelp, options, Log);
-    AddText(
-        log, "--since", "WHEN", kWhenHelp,
-        [options](std::string const& text) { options->since = ParseTime("--since", text); });
+    log.add_flag("-p,--patch", options->style.hasFields,
+                 "Show what changed in each rule, old and new");
     AddNumber(
-        log, "--rule", "ID", "Only edits of the rule that had this identifier", 0,
-        [options](std::uint32_t id) { options->id = static_cast<std::int32_t>(id); });
+        log, "-n", "N", "Only the last N edits that fit the other options", 1,
+        [options](std::uint32_t count) { options->count = count; });
+    AddText(
+        log, "--since", "WHEN", std::string("Only edits from this time on. ") + kWhenHelp,
+        [options](std::string const& text) { options->since = ParseTime("--since", text); });
+    AddText(
+        log, "--until", "WHEN", "Only edits before this time",
+        [options](std::string const& text) { options->until = ParseTime("--until", text); });
+    AddText(
+        log, "--user", "NAME", "Only edits of this user",
+        [options](std::string const& name) { options->user = name; });
+    AddNumber(log, "--rule", "ID",
+              "Only what was done to the rule that has this\nidentifier now, or had it last", 0,
+              [options](std::uint32_t id) { options->id = static_cast<std::int32_t>(id); });
+    log.add_flag("-v,--verbose", options->style.isVerbose,
+                 "Show every rule that changed, and whole commands");
     AddNumber(
         log, "--keep", "MIB",
         "Print nothing, but limit the size of the history,\nfrom the next edit on (default: 16); "
         "the oldest states\nof the rules go first",
         1, [options](std::uint32_t mebibytes) { options->keep = mebibytes; });
-    log.add_flag("-v,--verbose", options->verbose, "Show every rule that changed");
 }
 
 } // namespace callrecordingctl

@@ -2,14 +2,19 @@
 
 #include "commands/RecordEdit.h"
 
+#include <cstdlib>
+
 #include "administration/history/SaveRecorded.h"
 
 namespace callrecordingctl {
 
-void SaveAndRecord(RuleEdit& edit, Context const& context) {
+void SaveAndRecord(RuleEdit& edit, Context const& context,
+                   std::optional<std::string> const& message) {
+    char const* const usual = std::getenv("CALLRECORDINGCTL_MESSAGE");
     EditNote note;
     note.user = EditorName();
     note.command = context.line;
+    note.message = message ? *message : usual != nullptr ? usual : "";
     note.undone = static_cast<std::int64_t>(edit.Undone());
     std::string const reason = SaveRecorded(edit.Path(), note, edit.TextBefore(), edit.TextAfter(),
                                             [&edit] { edit.Save(); });

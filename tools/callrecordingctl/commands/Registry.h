@@ -27,6 +27,7 @@ class CommandLine;
     COMMAND(EnableAndDisable)                                                                      \
     COMMAND(Renumber)                                                                              \
     COMMAND(Undo)                                                                                  \
+    COMMAND(Revert)                                                                                \
     COMMAND(Log)                                                                                   \
     COMMAND(Import)                                                                                \
     COMMAND(Export)                                                                                \

@@ -168,7 +168,7 @@ ExitCode RunEdit(Context const& context, EditOptions const& options, Changer con
     ExitCode const code = change(edit);
     bool const isSaved = lock && edit.IsChanged();
     if (isSaved)
-        SaveAndRecord(edit, context);
+        SaveAndRecord(edit, context, options.message);
     lock.reset();
     if (!options.dryRun) {
         Report(edit, options, nullptr, context, isSaved);
@@ -187,7 +187,11 @@ void AddGuards(CLI::App& edit, EditOptions& options, CLI::Option* needed) {
     CLI::Option* const wait = AddNumber(
         edit, "--wait", "SECONDS", "How long to wait for another client's edit\n(default: 5)", 0,
         [&options](std::uint32_t seconds) { options.patience = std::chrono::seconds(seconds); });
-    for (CLI::Option* const option : {ifState, wait})
+    CLI::Option* const message = AddText(
+        edit, "-m,--message", "TEXT",
+        "Keep this reason with the edit; log shows it\n(default: CALLRECORDINGCTL_MESSAGE)",
+        [&options](std::string const& text) { options.message = text; });
+    for (CLI::Option* const option : {ifState, wait, message})
         if (needed != nullptr)
             option->needs(needed);
 }

@@ -20,6 +20,7 @@ namespace callrecordingctl {
 struct EditOptions {
     bool dryRun = false;
     bool verbose = false;
+    std::optional<std::string> message; ///< Why the edit is made, for the history.
     std::optional<std::string> ifState; ///< The token of the state that the file has to be in.
     std::chrono::seconds patience{5};   ///< How long to wait for the lock.
     CallFiles replay;                   ///< Of a dry run only.
@@ -34,7 +35,8 @@ using Changer = std::function<ExitCode(RuleEdit&)>;
 /// could be printed. A dry run saves nothing and takes no lock.
 ExitCode RunEdit(Context const& context, EditOptions const& options, Changer const& change);
 
-/// Adds --if-state and --wait, of which each can be given beside needed only, unless that is null.
+/// Adds --if-state, --wait and --message, of which each can be given beside needed only, unless that
+/// is null.
 void AddGuards(CLI::App& edit, EditOptions& options, CLI::Option* needed = nullptr);
 
 /// Adds a command that edits, with the options that all edits have; change runs as in RunEdit.

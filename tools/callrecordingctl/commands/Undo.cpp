@@ -1,5 +1,6 @@
 // undo: goes back to the rules before the last edits.
 
+#include <algorithm>
 #include <memory>
 
 #include <fmt/format.h>
@@ -9,13 +10,15 @@
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
 #include "commands/RunEdit.h"
+#include "output/EditStep.h"
 
 namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(The file becomes what it was before the last N edits, byte for byte. Another
-undo goes further back. A change outside the history (by hand, by another
+    R"(The file becomes what it was before the last N edits, byte for byte; the output
+names them. Another undo goes further back, and "revert" takes back one edit
+from the middle. A change outside the history (by hand, by another
 program, or by an edit that could not be recorded) stops it: see "log", and say
 --also-outside if that is to be undone as well.
 )";
@@ -48,19 +51,31 @@ void RequireKnown(HistoryEntry const& entry) {
                 entry.number, entry.number - 1, entry.number));
 }
 
-/// The digest of the state after the edit with this number.
+/// The digest of the state after the edit with this number; says which edit that is.
 std::string StateAfter(std::vector<HistoryEntry> const& entries, std::int64_t number) {
     for (HistoryEntry const& entry : entries) {
-        if (entry.number > 0 && entry.number == number)
-            return entry.after;
-        if (entry.number > 0 && entry.number == number + 1)
-            return entry.before; // Edit 0, or one that is not kept any more.
+        bool const isBefore = entry.number == number + 1; // Of edit 0, or one not kept any more.
+        if (entry.number == 0 || (entry.number != number && !isBefore))
+            continue;
+        Say("going to the rules {} {}", isBefore ? "before" : "after", EditName(entry));
+        return isBefore ? entry.before : entry.after;
     }
     throw Failure(kExitNoSuchRule,
                   fmt::format("no edit {} is recorded; see \"callrecordingctl log\"", number));
 }
 
-/// The digest of the state before the last edits in effect.
+void NoteUndone(std::vector<HistoryEntry> const& effective, std::size_t first) {
+    constexpr std::size_t kMost = 5;
+    std::size_t const last = effective.size() - std::min(kMost, effective.size() - first);
+    for (std::size_t i = effective.size(); i-- > last;)
+        Say("undoing {}", EditName(effective[i]));
+    if (last > first)
+        Say("and {} before that; the first of them is {}",
+            last - first > 1 ? fmt::format("{} edits", last - first) : "one",
+            EditName(effective[first]));
+}
+
+/// The digest of the state before the last edits in effect; says which edits these are.
 std::string StateBefore(std::vector<HistoryEntry> const& entries, Options const& options) {
     std::vector<HistoryEntry> const effective = EditsInEffect(entries);
     if (effective.size() < options.count)
@@ -75,6 +90,7 @@ std::string StateBefore(std::vector<HistoryEntry> const& entries, Options const&
         if (effective[i].IsOutside() && i > 0)
             RequireKnown(effective[i - 1]);
     }
+    NoteUndone(effective, first);
     return effective[first].before;
 }
 

@@ -118,6 +118,32 @@ std::string Sentence(Change const& change, std::size_t count) {
     return fmt::format("{} changed: {}", name, SidesText(after));
 }
 
+std::vector<std::string> FieldLines(Change const& change) {
+    constexpr char const* kNames[] = {"position",  "identifier", "state",
+                                      "from",      "to",         "recording type",
+                                      "record to", "duration",   "description"};
+    auto const row = [](Rule const* rule, std::size_t position) {
+        return rule != nullptr ? ListRow(*rule, position) : ListRow(Rule(), 0);
+    };
+    std::vector<std::string> const before = row(change.before, change.beforePosition);
+    std::vector<std::string> const after = row(change.after, change.afterPosition);
+    auto const line = [&](char sign, std::size_t i, std::string const& value) {
+        return fmt::format("{} {} {}", sign, kNames[i], value.empty() ? "(empty)" : value);
+    };
+    std::vector<std::string> lines;
+    bool const isBoth = change.before != nullptr && change.after != nullptr;
+    constexpr std::size_t kFirstSetting = 2; // The sentence of a single rule has what is before.
+    for (std::size_t i = isBoth ? 0 : kFirstSetting; i < before.size(); ++i) {
+        if (isBoth && before[i] == after[i])
+            continue;
+        if (change.before != nullptr && (isBoth || !before[i].empty()))
+            lines.push_back(line('-', i, before[i]));
+        if (change.after != nullptr && (isBoth || !after[i].empty()))
+            lines.push_back(line('+', i, after[i]));
+    }
+    return lines;
+}
+
 nlohmann::ordered_json ChangesToJson(std::vector<Change> const& changes) {
     auto const json = [](Rule const* rule, std::size_t position) {
         return rule != nullptr ? ToJson(*rule, position) : nlohmann::ordered_json();

@@ -20,6 +20,10 @@ namespace callrecordingctl {
 /// The change in a sentence; count is the number of rules after it.
 std::string Sentence(Change const& change, std::size_t count);
 
+/// The fields that differ, old and new: "- record to archive:/a" and "+ record to archive:/b".
+/// Those of a rule that is new or deleted, unless they are empty.
+std::vector<std::string> FieldLines(Change const& change);
+
 nlohmann::ordered_json ChangesToJson(std::vector<Change> const& changes);
 
 /// What a dry run finds out about calls.

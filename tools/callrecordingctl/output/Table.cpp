@@ -4,63 +4,24 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <limits>
 #include <numeric>
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
 
 #include "output/Pager.h"
+#include "output/Screen.h"
 #include "text/Printable.h"
+#include "text/Wrap.h"
 
 namespace callrecordingctl {
 namespace {
 
 constexpr std::size_t kGap = 2;
-constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
 
 bool IsTerminal() {
     return isatty(STDOUT_FILENO) != 0;
-}
-
-std::size_t ScreenWidth() {
-    winsize size{};
-    if (IsTerminal() && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
-        return size.ws_col;
-    char const* const columns = std::getenv("COLUMNS");
-    std::size_t const width = columns != nullptr ? std::strtoul(columns, nullptr, 10) : 0;
-    return width > 0 ? width : IsTerminal() ? 80 : kUnlimited;
-}
-
-bool IsJoint(char before, char after) {
-    return std::string_view(",@:./]}").find(before) != std::string_view::npos ||
-           std::string_view("[{").find(after) != std::string_view::npos;
-}
-
-/// Where to break text, which is longer than length bytes: at the last blank, else at the last
-/// joint in a number or address, else anywhere.
-std::size_t BreakAt(std::string_view text, std::size_t length) {
-    std::size_t const blank = text.substr(0, length + 1).rfind(' ');
-    if (blank != std::string_view::npos && blank > 0)
-        return blank;
-    for (std::size_t at = length; at > length / 4 && at > 0; --at)
-        if (IsJoint(text[at - 1], text[at]))
-            return at;
-    return length;
-}
-
-/// Takes one line of at most width characters from the front of text.
-std::string_view TakeLine(std::string_view& text, std::size_t width) {
-    std::size_t length =
-        std::max(BytesWithin(text, width), std::min(text.size(), CharacterLength(text)));
-    if (length < text.size())
-        length = BreakAt(text, length);
-    std::string_view const line = text.substr(0, length);
-    text.remove_prefix(length);
-    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
-    return line;
 }
 
 std::size_t Total(std::vector<std::size_t> const& widths) {
@@ -202,7 +163,7 @@ std::string Table::Text(std::size_t screen) const {
 }
 
 void Table::Print() const {
-    std::size_t const screen = ScreenWidth();
+    std::size_t const screen = ScreenWidth(STDOUT_FILENO);
     Table table = *this;
     std::string said;
     if (Total(NaturalWidths()) > screen)
