@@ -181,15 +181,15 @@ def test_status(it):
     expect('an edit waits', run('up', '3')[2],
            f'callrecordingctl: note: the service at {it.path} decides by the new rules\n')
     code, text, _ = run('status', '--json')
-    expect('current', (code, [each['state'] for each in json.loads(text)]), (0, ['current']))
+    expect('current', (code, [each['state'] for each in json.loads(text)['services']]), (0, ['current']))
     it.process.send_signal(signal.SIGSTOP)
     code, text, _ = run('status', '--json')
-    expect('stopped', (code, json.loads(text)[0]['problem']), (1, 'no answer in time'))
+    expect('stopped', (code, json.loads(text)['services'][0]['problem']), (1, 'no answer in time'))
     it.process.send_signal(signal.SIGCONT)
     good = it.rules.read_text()
     it.rules.write_text('{\nbroken')
-    eventually('old', lambda: json.loads(run('status', '--json')[1])[0]['last_load_failed'], True)
-    expect('state', json.loads(run('status', '--json')[1])[0]['state'], 'old')
+    eventually('old', lambda: json.loads(run('status', '--json')[1])['services'][0]['last_load_failed'], True)
+    expect('state', json.loads(run('status', '--json')[1])['services'][0]['state'], 'old')
     it.rules.write_text(good)
 
 

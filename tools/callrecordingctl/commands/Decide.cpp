@@ -7,8 +7,10 @@
 #include "CommandLine.h"
 #include "Rules.h"
 #include "calls/AskedSide.h"
+#include "calls/RuleFit.h"
 #include "calls/RuleSet.h"
 #include "output/RuleText.h"
+#include "output/Screen.h"
 #include "output/Verdicts.h"
 #include "text/Printable.h"
 #include "json/CallJson.h"
@@ -22,6 +24,8 @@ name before it. It is read as a party with user, host and port, and each rule
 looks at the part that its call type names. With a type it is a typed question
 instead, as the C++ class asks it: nothing is left out or decoded. The two sides
 may differ in this; a message says what was asked.
+--explain shows the rules before the one that decides, and below it what would
+become of the call without that one.
 The exit status is 0 if the call is recorded, and 1 if no rule takes it or the
 rule that does forbids recording.
 Example: callrecordingctl decide --from alice@pbx:5060 --to 0123 --explain
@@ -62,6 +66,14 @@ std::string DecisionText(Rule const& rule, std::size_t position) {
                        part(", duration ", rule.recording_duration), part(" - ", rule.description));
 }
 
+/// The rule that would take the call if the deciding one were off; null if none would.
+Rule const* Next(RuleList const& rules, std::size_t deciding, PartyCall const& call) {
+    for (std::size_t i = deciding + 1; i < rules.size(); ++i)
+        if (FitOf(rules[i], call, {"from", "to"}).Takes())
+            return &rules[i];
+    return nullptr;
+}
+
 void PrintAsJson(RuleSet const& rules, Rule const* deciding, Question const& question,
                  bool explain) {
     nlohmann::ordered_json document{
@@ -70,9 +82,16 @@ void PrintAsJson(RuleSet const& rules, Rule const* deciding, Question const& que
         {"asked", {{"from", ToJson(question.from)}, {"to", ToJson(question.to)}}}};
     if (deciding != nullptr)
         document["rule"] = ToJson(*deciding, rules.PlaceOf(*deciding) + 1);
-    if (explain)
+    if (explain) {
         document["rules"] =
             ToJson(JudgeUpToDeciding(rules.Rules(), question.AsCall()), rules.Rules());
+        document["next"] = nullptr;
+        Rule const* const next =
+            deciding != nullptr ? Next(rules.Rules(), rules.PlaceOf(*deciding), question.AsCall())
+                                : nullptr;
+        if (next != nullptr)
+            document["next"] = ToJson(*next, rules.PlaceOf(*next) + 1);
+    }
     PrintJson(document);
 }
 
@@ -81,9 +100,16 @@ void PrintAsText(RuleSet const& rules, Rule const* deciding, Question const& que
     if (options.explain && !rules.Rules().empty())
         (options.all ? PrintAll : PrintNearest)(JudgeUpToDeciding(rules.Rules(), question.AsCall()),
                                                 rules.Rules());
-    fmt::print("{}\n", deciding != nullptr
+    PrintLines("{}\n", deciding != nullptr
                            ? Printable(DecisionText(*deciding, rules.PlaceOf(*deciding) + 1))
                            : "not recorded: no enabled rule matches");
+    if (!options.explain || deciding == nullptr)
+        return;
+    Rule const* const next =
+        Next(rules.Rules(), rules.PlaceOf(*deciding), question.AsCall());
+    PrintLines("if rule {} were off: {}\n", deciding->callrecordingrule_id,
+               next != nullptr ? Printable(DecisionText(*next, rules.PlaceOf(*next) + 1))
+                               : "not recorded: no other enabled rule matches");
 }
 
 ExitCode Decide(Context const& context, Options const& options) {
@@ -115,7 +141,8 @@ void AddDecide(CommandLine& line) {
     CLI::Option* const explain =
         decide.add_flag("--explain", options->explain,
                         "Say why rules were passed over, and where the\naddress and the pattern "
-                        "part; the nearest first");
+                        "part, the nearest first;\nand what would take the call if the rule that "
+                        "decides\nwere off");
     decide
         .add_flag("--all", options->all,
                   "With --explain: all rules up to the one that\ndecides, with descriptions")

@@ -1,4 +1,4 @@
-// status: which rules the running services decide by.
+// status: the rule file in one screen, and which rules the running services decide by.
 
 #include <algorithm>
 #include <chrono>
@@ -11,17 +11,22 @@
 #include "administration/history/When.h"
 #include "administration/inspection/Digest.h"
 #include "commands/ServiceState.h"
+#include "commands/StatusReport.h"
 #include "output/RuleText.h"
+#include "output/Screen.h"
 #include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Asks each service (callrecordingd) that has a socket in /run/callrecordingd, or in
-the directory that CALLRECORDINGD_SOCKETS names: whether it decides by the rules
-that are in the rule file now, since when, and what its last load said. Exit
-status: 0 if every service does, 1 if one does not or there is none.
+    R"(Shows the rule file and its state, how many rules there are, what "check" finds,
+the last edit, and how far the history goes back. Then it asks each service
+(callrecordingd) that has a socket in /run/callrecordingd, or in the directory
+that CALLRECORDINGD_SOCKETS names: whether it decides by these rules, since when,
+and what its last load said.
+Exit status: 0 if every service decides by them, 1 if one does not or there is
+none, 3 if the rules cannot be read.
 Example: callrecordingctl status --socket /run/callrecordingd/socket
 )";
 
@@ -52,10 +57,12 @@ std::string Sentence(AskedService const& service, ServiceState state) {
 }
 
 void PrintAsText(AskedService const& service, ServiceState state) {
-    fmt::print("{}: {}\n", Printable(service.socket), Printable(Sentence(service, state)));
+    PrintLines("service    {}: {}\n", Printable(service.socket),
+               Printable(Sentence(service, state)));
     if (service.report)
-        fmt::print("  running since {}; the last load, {}: {}\n", WhenText(service.report->started),
-                   WhenText(service.report->lastLoadTime), Printable(service.report->lastLoad));
+        PrintLines("           running since {}; the last load, {}: {}\n",
+                   WhenText(service.report->started), WhenText(service.report->lastLoadTime),
+                   Printable(service.report->lastLoad));
 }
 
 nlohmann::ordered_json ToJson(AskedService const& service, ServiceState state) {
@@ -79,34 +86,30 @@ nlohmann::ordered_json ToJson(AskedService const& service, ServiceState state) {
     return json;
 }
 
-std::string RequireDigest(std::string const& path) {
-    RequireDirectory(path);
-    try {
-        return DigestOfFile(path);
-    } catch (std::exception const& error) {
-        throw Failure(kExitUnreadable, error.what());
-    }
-}
-
 ExitCode Status(Context const& context, std::vector<std::string> const& named) {
-    std::string const digest = RequireDigest(context.path);
+    StatusReport const report = FindStatus(context.path);
     auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(1);
     std::vector<AskedService> const services =
         AskServices(named.empty() ? ServiceSockets() : named, deadline);
     bool areCurrent = !services.empty();
-    nlohmann::ordered_json document = nlohmann::ordered_json::array();
+    nlohmann::ordered_json document = ToJson(report);
+    document["services"] = nlohmann::ordered_json::array();
+    if (!context.json)
+        PrintStatus(report);
     for (AskedService const& service : services) {
-        ServiceState const state = StateOf(service, context.path, digest);
+        ServiceState const state = StateOf(service, context.path, report.digest);
         areCurrent = areCurrent && state == ServiceState::Current;
         if (context.json)
-            document.push_back(ToJson(service, state));
+            document["services"].push_back(ToJson(service, state));
         else
             PrintAsText(service, state);
     }
     if (context.json)
         PrintJson(document);
-    if (services.empty())
-        Say("there is no socket of a service");
+    else if (services.empty())
+        PrintLines("services   there is no socket of one\n");
+    if (!report.problem.empty())
+        return kExitUnreadable;
     return areCurrent ? kExitYes : kExitNo;
 }
 
@@ -115,7 +118,7 @@ ExitCode Status(Context const& context, std::vector<std::string> const& named) {
 void AddStatus(CommandLine& line) {
     auto const sockets = std::make_shared<std::vector<std::string>>();
     CLI::App& status = line.AddCommand(
-        "status", "Show which rules the running services decide by", kHelp,
+        "status", "Show the rules, their history and the services in short", kHelp,
         [sockets](Context const& context) { return Status(context, *sockets); });
     AddText(status, "--socket", "PATH", "Ask the service at this socket instead; repeatable",
             [sockets](std::string const& path) { sockets->push_back(path); })
