@@ -68,12 +68,15 @@ find_package(SQLite3 REQUIRED)
 find_package(Threads REQUIRED)
 find_package(ZLIB REQUIRED)
 find_library(CSV_LIBRARY csv REQUIRED)
+find_library(LZMA_LIBRARY lzma REQUIRED)
 find_library(MD_LIBRARY md REQUIRED)
 find_library(UNISTRING_LIBRARY unistring REQUIRED)
+find_library(ZSTD_LIBRARY zstd REQUIRED)
 
 # What people and services do with rule files and call records: on the platform of the host, and never
 # part of the shared library.
-callrecordingutils_room(text LIBRARIES fmt::fmt ZLIB::ZLIB ${CSV_LIBRARY} ${UNISTRING_LIBRARY})
+callrecordingutils_room(text
+  LIBRARIES fmt::fmt ZLIB::ZLIB ${CSV_LIBRARY} ${LZMA_LIBRARY} ${UNISTRING_LIBRARY} ${ZSTD_LIBRARY})
 callrecordingutils_room(json USES model validation calls text LIBRARIES nlohmann_json::nlohmann_json)
 callrecordingutils_room(administration/inspection USES model database LIBRARIES fmt::fmt ${MD_LIBRARY})
 callrecordingutils_room(administration/check
@@ -93,7 +96,7 @@ target_link_libraries(callrecordingutils_administration
     callrecordingutils_administration_edit callrecordingutils_administration_history
     callrecordingutils_administration_exchange callrecordingutils_administration_services)
 
-callrecordingutils_room(records/reading USES text LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
+callrecordingutils_room(records/reading USES model text LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
 callrecordingutils_room(records/counting USES model calls records/reading LIBRARIES Threads::Threads)
 callrecordingutils_room(records/report
   USES model calls text json records/reading records/counting LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)

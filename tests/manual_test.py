@@ -90,7 +90,8 @@ calls = os.path.join(source, "examples/calls/november.csv")
 lines = ["list", "list --basic", "show 3", "show --at today", "show 99", "decide --from 500 --to 501 --explain",
          "decide --from 201 --to 0044 --explain --all", "check 1 [1", "check", "check {}/faulty", "example 3",
          "diff {}/faulty", "diff {}/telephony/callrecordingdb", "prove --by 3 --all-gaps", "explain 3", "explain 4", "prove --file {}/policy",
-         f"replay {calls}", f"replay {calls} --against {{}}/faulty", f"replay {calls} --each", "add --from 1 --twin",
+         f"replay {calls}", f"replay {calls} --against {{}}/faulty",
+         f"replay {calls} --each --key src --against {{}}/faulty", f"replay {calls} --each --to-type-column dst", "add --from 1 --twin",
          "modify 3 --from 21* --dry-run", f"modify 3 --from 21* --dry-run --replay {calls}", "delete 2", "up 3",
          "move 3 --to 1", "disable 3", "renumber --all", "undo", "import {}/policy", "export", "log",
          "status --socket {}/none"]
@@ -119,7 +120,7 @@ expect(len(kinds) > 4 and kinds <= named, f"the manual does not name {kinds - na
 (table,) = glob.glob(source + "/src/**/Columns.cpp", recursive=True) + \
     glob.glob(source + "/tools/**/Columns.cpp", recursive=True)
 in_code = set(re.findall(r'"([a-z]+)"', read(table)))
-rows = re.findall(r"^\| (?:from|to|type of from|type of to|time) \| (.*) \|$", read("docs/replay.md"), re.MULTILINE)
+rows = re.findall(r"^\| (?:from|to|type of from|type of to|time|date) \| (.*) \|$", read("docs/replay.md"), re.MULTILINE)
 in_document = {name.replace("_", "") for row in rows for name in re.findall(r"`(\w+)`", row)}
 expect(in_code == in_document, f"docs/replay.md and the code differ in {in_code ^ in_document}")
 

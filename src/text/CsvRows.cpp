@@ -3,15 +3,17 @@
 #include "text/CsvRows.h"
 
 #include <algorithm>
+#include <array>
 #include <new>
 
 namespace CallRecordingUtils {
 namespace {
 
-/// The separator that occurs most often outside of quotes.
-unsigned char SeparatorOf(std::string_view line) {
-    std::size_t counts[] = {0, 0, 0};
-    constexpr std::string_view kSeparators = ",;\t";
+constexpr std::string_view kSeparators = ",;\t";
+
+/// How often each separator occurs outside of quotes.
+std::array<std::size_t, kSeparators.size()> CountSeparators(std::string_view line) {
+    std::array<std::size_t, kSeparators.size()> counts{};
     bool isQuoted = false;
     for (char const c : line) {
         isQuoted ^= c == '"';
@@ -19,13 +21,32 @@ unsigned char SeparatorOf(std::string_view line) {
         if (!isQuoted && at != std::string_view::npos)
             ++counts[at];
     }
-    return static_cast<unsigned char>(
-        kSeparators[static_cast<std::size_t>(std::max_element(counts, counts + 3) - counts)]);
+    return counts;
+}
+
+/// The separator that occurs most often.
+char SeparatorOf(std::string_view line) {
+    auto const counts = CountSeparators(line);
+    return kSeparators[static_cast<std::size_t>(std::max_element(counts.begin(), counts.end()) -
+                                                counts.begin())];
+}
+
+/// Replaces \t, \n, \r and \\, and \N if it is all of the field. Other backslashes stay.
+void Unescape(std::string& field) {
+    if (field == "\\N")
+        return field.clear();
+    constexpr std::string_view kCodes = "tnr\\";
+    for (std::size_t at = 0; (at = field.find('\\', at)) != std::string::npos; ++at) {
+        std::size_t const code =
+            at + 1 < field.size() ? kCodes.find(field[at + 1]) : std::string_view::npos;
+        if (code != std::string_view::npos)
+            field.replace(at, 2, 1, "\t\n\r\\"[code]);
+    }
 }
 
 } // namespace
 
-CsvRows::CsvRows(Lines& lines) : lines_(lines) {
+CsvRows::CsvRows(Lines& lines, Tabs tabs) : lines_(lines), tabs_(tabs) {
     Start();
 }
 
@@ -39,6 +60,11 @@ void CsvRows::Start() {
         throw std::bad_alloc();
     if (separator_ != 0)
         csv_set_delim(&parser_, separator_);
+}
+
+void CsvRows::Restart() {
+    csv_free(&parser_);
+    Start();
 }
 
 void CsvRows::AddField(void* text, std::size_t size, void* rows) {
@@ -67,11 +93,28 @@ char const* CsvRows::FeedLine() {
     if (lines_.Text().find('\0') != std::string_view::npos)
         return "it holds a byte of value 0";
     if (separator_ == 0) {
-        separator_ = SeparatorOf(lines_.Text());
+        separator_ = static_cast<unsigned char>(SeparatorOf(lines_.Text()));
         csv_set_delim(&parser_, separator_);
+        isEscaped_ = separator_ == '\t' && tabs_ == Tabs::Escaped &&
+                     lines_.Text().find('"') == std::string_view::npos;
     }
+    if (isEscaped_)
+        return SplitAtTabs(), nullptr;
     char const* const problem = Feed(lines_.Text());
     return problem != nullptr ? problem : Feed("\n");
+}
+
+void CsvRows::SplitAtTabs() {
+    std::string_view rest = lines_.Text();
+    while (!isRowComplete_) {
+        std::size_t const end = std::min(rest.find('\t'), rest.size());
+        AddField(const_cast<char*>(rest.data()), end, this); // It is only read.
+        Unescape(fields_[fieldCount_ - 1]);
+        isRowComplete_ = end == rest.size();
+        rest.remove_prefix(isRowComplete_ ? end : end + 1);
+    }
+    if (lines_.Text().empty())
+        fieldCount_ = 0;
 }
 
 /// Reads the row that begins with this line. Returns what is wrong with it, empty when nothing is.
@@ -79,10 +122,15 @@ std::string CsvRows::ReadRow() {
     fieldCount_ = 0;
     isRowComplete_ = false;
     char const* problem = FeedLine();
-    if (problem != nullptr || isRowComplete_)
+    spansLines_ = problem == nullptr && !isRowComplete_;
+    if (!spansLines_)
         return problem != nullptr ? problem : "";
-    while (problem == nullptr && !isRowComplete_)
+    mostFields_ = 0;
+    std::size_t const separator = kSeparators.find(static_cast<char>(separator_));
+    while (problem == nullptr && !isRowComplete_) {
         problem = lines_.Continue() ? FeedLine() : "a quote is never closed";
+        mostFields_ = std::max(mostFields_, CountSeparators(lines_.Text())[separator] + 1);
+    }
     if (problem == nullptr)
         return "";
     lines_.GoBack();
@@ -99,11 +147,15 @@ bool CsvRows::Next() {
         line_ = lines_.Number();
         problem_ = ReadRow();
     } while (problem_.empty() && fieldCount_ == 0);
-    if (!problem_.empty()) {
-        csv_free(&parser_);
-        Start();
-    }
+    if (!problem_.empty())
+        Restart();
     return true;
+}
+
+void CsvRows::Refuse(std::string problem) {
+    problem_ = std::move(problem);
+    lines_.GoBack();
+    Restart();
 }
 
 } // namespace CallRecordingUtils

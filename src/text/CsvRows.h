@@ -17,8 +17,14 @@ namespace CallRecordingUtils {
 /// Reads row by row. libcsv parses them in its strict mode: what is wrong is reported, not guessed.
 class CsvRows {
   public:
+    /// How values between tabs are written, if there is no quote in the first line.
+    enum class Tabs {
+        Quoted,  ///< As between commas.
+        Escaped, ///< As databases export them: \t, \n, \\ and \N; a quote is a quote.
+    };
+
     /// The separator is the one of , ; and tab that occurs most often in the first line.
-    explicit CsvRows(Lines& lines);
+    explicit CsvRows(Lines& lines, Tabs tabs = Tabs::Quoted);
     ~CsvRows();
     CsvRows(CsvRows const&) = delete;
     CsvRows& operator=(CsvRows const&) = delete;
@@ -26,7 +32,15 @@ class CsvRows {
     /// Reads the next row that is not empty. Returns false at the end.
     bool Next();
 
+    /// Gives up the row, which spans several lines, with a problem: the next one begins with its
+    /// second line.
+    void Refuse(std::string problem);
+
     std::size_t Line() const { return line_; }
+    /// Whether the row spans several lines, one of which but the first could be a row of so many
+    /// fields by itself.
+    bool HoldsARow(std::size_t fields) const { return spansLines_ && mostFields_ >= fields; }
+    bool SpansLines() const { return spansLines_; }
     std::string const& Problem() const { return problem_; }
     std::size_t FieldCount() const { return fieldCount_; }
     std::string const& Field(std::size_t index) const { return fields_[index]; }
@@ -36,6 +50,8 @@ class CsvRows {
     char const* Feed(std::string_view text);
     char const* FeedLine();
     std::string ReadRow();
+    void SplitAtTabs();
+    void Restart();
     static void AddField(void* text, std::size_t size, void* rows);
     static void EndRow(int end, void* rows);
 
@@ -48,6 +64,10 @@ class CsvRows {
         fields_; // Possibly more than the row has, so that their memory is reused.
     std::size_t fieldCount_ = 0;
     bool isRowComplete_ = false;
+    bool spansLines_ = false;
+    std::size_t mostFields_ = 0; // Of one line of a row but its first, read by itself.
+    Tabs const tabs_;
+    bool isEscaped_ = false;
 };
 
 } // namespace CallRecordingUtils

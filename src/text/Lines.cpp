@@ -2,6 +2,8 @@
 
 #include "text/Lines.h"
 
+#include <algorithm>
+
 namespace CallRecordingUtils {
 
 /// Reads more behind what the buffer holds. What lies before the record is dropped.
@@ -11,6 +13,8 @@ bool Lines::Fill() {
     begin_ -= kept_;
     next_ -= kept_;
     second_ -= kept_;
+    for (Mark* const mark : {&lineFeed_, &return_})
+        mark->at -= std::min(mark->at, kept_);
     kept_ = 0;
     std::size_t const size = buffer_.size();
     buffer_.resize(size + kBlock);
@@ -25,13 +29,38 @@ bool Lines::Fill() {
     return count > 0;
 }
 
+/// Each byte is looked at once for each mark, however far the two are apart.
+std::size_t Lines::Find(Mark& mark, std::size_t from) const {
+    mark.at = std::max(mark.at, from);
+    if (mark.at < buffer_.size() && buffer_[mark.at] != mark.byte)
+        mark.at = std::min(buffer_.find(mark.byte, mark.at), buffer_.size());
+    return mark.at < buffer_.size() ? mark.at : std::string::npos;
+}
+
+std::size_t Lines::FindEnd(std::size_t from) {
+    return std::min(Find(lineFeed_, from), Find(return_, from));
+}
+
+/// Goes to the line behind the line end at end. Whether an LF follows a CR may not be known yet.
+void Lines::PassEnd(std::size_t end) {
+    next_ = end + 1;
+    isBehindReturn_ = buffer_[end] == '\r';
+    if (next_ < buffer_.size())
+        PassLineFeed();
+}
+
+void Lines::PassLineFeed() {
+    if (!isBehindReturn_ || (next_ == buffer_.size() && !Fill()))
+        return;
+    isBehindReturn_ = false;
+    next_ += buffer_[next_] == '\n' ? 1 : 0;
+}
+
 void Lines::SkipRestOfLine() {
     for (;;) {
-        std::size_t const end = buffer_.find('\n', next_);
-        if (end != std::string::npos) {
-            next_ = end + 1;
-            return;
-        }
+        std::size_t const end = FindEnd(next_);
+        if (end != std::string::npos)
+            return PassEnd(end);
         kept_ = begin_ = next_ = second_ = buffer_.size();
         if (!Fill())
             return;
@@ -44,28 +73,31 @@ bool Lines::Next() {
     kept_ = next_; // What came before is not needed while the line is looked for.
     bool const isThere = Continue();
     second_ = next_;
+    wasBehindReturn_ = isBehindReturn_;
     keptNumber_ = number_;
     return isThere;
 }
 
 bool Lines::Continue() {
     isTooLong_ = false;
+    PassLineFeed();
     begin_ = next_;
-    std::size_t end = buffer_.find('\n', begin_);
+    std::size_t end = FindEnd(begin_);
     while (end == std::string::npos && buffer_.size() - begin_ <= kMost) {
-        std::size_t const seen = buffer_.size() - begin_;
         if (!Fill())
             break;
-        end = buffer_.find('\n', begin_ + seen);
+        end = FindEnd(begin_);
     }
     length_ = (end == std::string::npos ? buffer_.size() : end) - begin_;
     if (end == std::string::npos && length_ == 0)
         return false;
     isTooLong_ = length_ > kMost;
-    next_ = end == std::string::npos || isTooLong_ ? begin_ + length_ : end + 1;
-    ++number_;
-    if (!isTooLong_ && length_ > 0 && buffer_[begin_ + length_ - 1] == '\r')
-        --length_;
+    if (end == std::string::npos || isTooLong_)
+        next_ = begin_ + length_;
+    else
+        PassEnd(end);
+    number_ += isRest_ ? 0 : 1;
+    isRest_ = false;
     constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
     if (number_ == 1 && Text().substr(0, kUtf8Mark.size()) == kUtf8Mark) {
         begin_ += kUtf8Mark.size();
@@ -74,17 +106,31 @@ bool Lines::Continue() {
     return true;
 }
 
-void Lines::Again() {
-    next_ = begin_;
-    --number_;
+void Lines::LookAgainFrom(std::size_t at) {
+    next_ = lineFeed_.at = return_.at = at;
     isTooLong_ = false;
 }
 
+void Lines::Again() {
+    LookAgainFrom(begin_);
+    isBehindReturn_ = false;
+    --number_;
+}
+
+void Lines::KeepRest(std::size_t size) {
+    LookAgainFrom(begin_ + size);
+    second_ = next_;
+    length_ = size;
+    isRest_ = true;
+    isBehindReturn_ = wasBehindReturn_ = false;
+}
+
 void Lines::GoBack() {
-    begin_ = next_ = second_;
+    LookAgainFrom(second_);
+    isBehindReturn_ = wasBehindReturn_;
+    begin_ = second_;
     length_ = 0;
     number_ = keptNumber_;
-    isTooLong_ = false;
 }
 
 } // namespace CallRecordingUtils

@@ -11,8 +11,8 @@
 
 namespace CallRecordingUtils {
 
-/// Reads line by line. The lines of a record that spans several are kept, so that reading can go
-/// back when they turn out not to be a record.
+/// Reads line by line; LF, CRLF and a CR alone end a line. The lines of a record that spans several
+/// are kept, so that reading can go back when they turn out not to be a record.
 class Lines {
   public:
     /// The most bytes of a line, and of what is kept. No call record comes near it.
@@ -33,17 +33,33 @@ class Lines {
 
     /// Makes this line, where a record begins, the next one again.
     void Again();
+    /// Makes what follows the first size bytes of this line, where a record begins, the next line,
+    /// with the same number.
+    void KeepRest(std::size_t size);
     /// The bytes of the record so far. A caller of Continue must stop at kMost.
     std::size_t RecordBytes() const { return next_ - kept_; }
     /// Makes the second line of the record the next one. The first must not be too long.
     void GoBack();
 
   private:
+    /// The next byte of a kind: where it is, or how far it was looked for in vain.
+    struct Mark {
+        char byte;
+        std::size_t at;
+    };
+
     bool Fill();
+    std::size_t Find(Mark& mark, std::size_t from) const;
+    std::size_t FindEnd(std::size_t from);
+    void PassEnd(std::size_t end);
+    void PassLineFeed();
     void SkipRestOfLine();
+    void LookAgainFrom(std::size_t at);
 
     Input& input_;
     std::string buffer_;
+    Mark lineFeed_{'\n', 0};
+    Mark return_{'\r', 0};
     std::size_t kept_ = 0;   // Where the record begins in the buffer; what is before it may go.
     std::size_t second_ = 0; // Where its second line begins.
     std::size_t begin_ = 0;  // Where this line begins.
@@ -51,7 +67,10 @@ class Lines {
     std::size_t next_ = 0; // Where the next line begins.
     std::size_t number_ = 0;
     std::size_t keptNumber_ = 0;
-    bool isTooLong_ = false; // The rest is skipped by the next call.
+    bool isRest_ = false;          // The next line is the rest of this one.
+    bool isTooLong_ = false;       // The rest is skipped by the next call.
+    bool isBehindReturn_ = false;  // An LF that the next line begins with ends this one.
+    bool wasBehindReturn_ = false; // The same of the first line of the record.
 };
 
 } // namespace CallRecordingUtils

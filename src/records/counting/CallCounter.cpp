@@ -22,26 +22,19 @@ Rule const* RuleOf(RuleSet const& rules, Decision decision) {
     return decision == kNoRule ? nullptr : &rules.Rules()[decision];
 }
 
+AskedSide ReadSide(CallRecord::Side const& side) {
+    AskedSide asked = ReadAskedSide(side.address, side.type);
+    if (side.hadName)
+        asked.cleanings.set(kCleaningName);
+    return asked;
+}
+
 Decision Decide(RuleSet const& rules, PartyCall const& call) {
     Rule const* const rule = rules.Deciding(call);
     return rule == nullptr ? kNoRule : rules.PlaceOf(*rule);
 }
 
 } // namespace
-
-/// One side of a call. A type that no address has becomes the problem of the record.
-std::optional<AskedSide> CallCounter::ReadSide(CallRecord& record, Column address,
-                                               Column type) const {
-    std::string const& typeText = record.values[type];
-    std::optional<CallType> callType;
-    if (!typeText.empty())
-        callType = options_.parseCallType(typeText);
-    if (!typeText.empty() && callType.value_or(CALL_TYPE_ANY) == CALL_TYPE_ANY) {
-        record.problem = "\"" + typeText + "\" is not the type of an address";
-        return std::nullopt;
-    }
-    return ReadAskedSide(record.values[address], callType);
-}
 
 void CallCounter::CountQuestion(AskedSide const& from, AskedSide const& to) {
     for (std::size_t i = 0; i < kCleaningCount; ++i)
@@ -51,47 +44,43 @@ void CallCounter::CountQuestion(AskedSide const& from, AskedSide const& to) {
                               : report_.asParties);
 }
 
-void CallCounter::Take(CallRecord& record, RecordPlace place, std::string const& path) {
+void CallCounter::Take(CallRecord const& record, RecordPlace place, std::string const& path) {
     while (report_.files.size() <= place.first)
         report_.files.emplace_back();
     ReplayReport::File& file = report_.files[place.first];
     file.path = path;
-    std::optional<AskedSide> from, to;
-    if (record.problem.empty())
-        from = ReadSide(record, kColumnFrom, kColumnFromType);
-    if (record.problem.empty())
-        to = ReadSide(record, kColumnTo, kColumnToType);
     if (!record.problem.empty()) {
         ++file.unreadable;
         ++report_.unreadable;
         if (report_.problems.size() < ReplayReport::kMostProblems)
             report_.AddProblem({path, record.line, Shortened(record.problem), place});
+        if (options_.onUnreadable)
+            options_.onUnreadable(record, path);
         return;
     }
     ++file.calls;
-    CountQuestion(*from, *to);
-    PartyCall const call{from->texts, to->texts};
+    AskedSide const from = ReadSide(record.from);
+    AskedSide const to = ReadSide(record.to);
+    CountQuestion(from, to);
+    PartyCall const call{from.texts, to.texts};
     std::optional<Decision> other;
     if (others_ != nullptr)
         other = Decide(*others_, call);
-    DecidedCall const decided{path, record, *from, *to, Decide(rules_, call), other};
+    DecidedCall const decided{path, record, from, to, Decide(rules_, call), other};
     Count(decided, place);
     if (options_.onCall)
         options_.onCall(decided);
 }
 
-std::optional<CallTime> CallCounter::ReadTime(DecidedCall const& call, RecordPlace place) {
+void CallCounter::CountTime(DecidedCall const& call, RecordPlace place) {
     std::string const& text = call.record.values[kColumnTime];
-    if (text.empty())
-        return std::nullopt;
-    std::optional<CallTime> const time = ReadCallTime(text);
-    if (!time && report_.withoutTime++ == 0)
+    if (!call.record.time && !text.empty() && report_.withoutTime++ == 0)
         report_.firstWithoutTime = {call.file, call.record.line, Shortened(text), place};
-    return time;
 }
 
 void CallCounter::Count(DecidedCall const& call, RecordPlace place) {
-    std::optional<CallTime> const time = ReadTime(call, place);
+    CountTime(call, place);
+    std::optional<CallTime> const time = call.record.time;
     auto const example = [&call, &time, &place] {
         return Example{Shortened(call.record.values[kColumnFrom]),
                        Shortened(call.record.values[kColumnTo]),

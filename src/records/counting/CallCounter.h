@@ -28,10 +28,10 @@ struct DecidedCall {
 class CallCounter {
   public:
     struct Options {
-        /// Reads the value of a column with call types.
-        std::function<std::optional<CallType>(std::string const&)> parseCallType;
         /// Called for each call.
         std::function<void(DecidedCall const&)> onCall;
+        /// Called for each line that cannot be read.
+        std::function<void(CallRecord const&, std::string const& path)> onUnreadable;
     };
 
     /// others are the rules to compare with, or null. All are borrowed.
@@ -40,16 +40,14 @@ class CallCounter {
         report_.byRule.resize(rules.Rules().size());
     }
 
-    /// Takes the record at this place, in a file with this path. A record that is no call gets a
-    /// problem.
-    void Take(CallRecord& record, RecordPlace place, std::string const& path);
+    /// Takes the record at this place, in a file with this path.
+    void Take(CallRecord const& record, RecordPlace place, std::string const& path);
 
     ReplayReport const& Report() const { return report_; }
 
   private:
-    std::optional<AskedSide> ReadSide(CallRecord& record, Column address, Column type) const;
     void CountQuestion(AskedSide const& from, AskedSide const& to);
-    std::optional<CallTime> ReadTime(DecidedCall const& call, RecordPlace place);
+    void CountTime(DecidedCall const& call, RecordPlace place);
     void Count(DecidedCall const& call, RecordPlace place);
 
     RuleSet const& rules_;

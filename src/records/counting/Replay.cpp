@@ -173,14 +173,16 @@ ReplayReport Replay::Run(std::vector<std::string> const& paths) {
     }
     ReplayReport report = crew.Report();
     report.files.resize(read);
-    for (std::size_t i = 0; i < read; ++i)
+    for (std::size_t i = 0; i < read; ++i) {
         report.files[i].path = paths[i];
+        report.files[i].reading = readings_[i];
+    }
     report.isInterrupted = MustStop();
     return report;
 }
 
 void Replay::ReadFile(std::string const& path, std::size_t index, Crew& crew) {
-    CallReader reader(path, options_.format);
+    CallReader reader(path, options_.format, &seen_, options_.onWait);
     std::uint64_t record = 0;
     for (bool isAtEnd = false; !isAtEnd;) {
         std::unique_ptr<Batch> batch = crew.Empty();
@@ -201,6 +203,7 @@ void Replay::ReadFile(std::string const& path, std::size_t index, Crew& crew) {
         if (options_.onProgress)
             options_.onProgress(bytesBefore_ + reader.File().Taken(), recordsBefore_ + record);
     }
+    readings_.push_back(reader.Reading());
     bytesBefore_ += reader.File().Taken();
     recordsBefore_ += record;
 }

@@ -18,6 +18,8 @@ class Replay {
   public:
     struct Options : CallCounter::Options {
         CallFormat format;
+        /// Called before more of a file is read, which may take as long as it likes.
+        std::function<void()> onWait;
         /// Called now and then with the bytes and the records of all files that have been read.
         std::function<void(std::uint64_t bytes, std::uint64_t records)> onProgress;
         /// The replay ends once this is not 0.
@@ -43,6 +45,8 @@ class Replay {
     Options options_;
     std::uint64_t bytesBefore_ = 0; // Of the files that are done.
     std::uint64_t recordsBefore_ = 0;
+    SeenValues seen_;
+    std::vector<CallReading> readings_; // How each file was read.
 };
 
 } // namespace CallRecordingUtils

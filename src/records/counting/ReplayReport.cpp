@@ -43,6 +43,8 @@ void ReplayReport::Add(ReplayReport const& other) {
     for (std::size_t i = 0; i < other.files.size(); ++i) {
         if (files[i].path.empty())
             files[i].path = other.files[i].path;
+        if (files[i].reading.title.empty())
+            files[i].reading = other.files[i].reading;
         files[i].calls += other.files[i].calls;
         files[i].unreadable += other.files[i].unreadable;
     }

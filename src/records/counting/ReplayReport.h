@@ -15,6 +15,7 @@
 #include "records/counting/LeadingDigits.h"
 #include "records/counting/Tally.h"
 #include "records/counting/Timeline.h"
+#include "records/reading/CallFormat.h"
 
 namespace CallRecordingUtils {
 
@@ -28,6 +29,7 @@ struct ReplayReport {
         std::string path;
         std::uint64_t calls = 0;
         std::uint64_t unreadable = 0;
+        CallReading reading;
     };
     struct Problem {
         std::string file;

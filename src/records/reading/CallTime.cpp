@@ -3,8 +3,12 @@
 #include "records/reading/CallTime.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <string_view>
+
+#include <fmt/format.h>
 
 namespace CallRecordingUtils {
 namespace {
@@ -17,6 +21,32 @@ std::optional<CallTime> LocalTime(std::time_t instant) {
     if (localtime_r(&instant, &parts) == nullptr)
         return std::nullopt;
     return timegm(&parts);
+}
+
+/// Reads 2026-11-25 03:08:16, which nearly every record has, at a tenth of the cost of strptime.
+std::optional<CallTime> ReadUsual(std::string const& text) {
+    constexpr std::string_view kForm = "dddd-dd-dd dd:dd:dd";
+    if (text.size() != kForm.size())
+        return std::nullopt;
+    int numbers[6] = {};
+    std::size_t number = 0;
+    for (std::size_t at = 0; at < kForm.size(); ++at)
+        if (kForm[at] != 'd' && (kForm[at] == text[at] || (kForm[at] == ' ' && text[at] == 'T')))
+            ++number;
+        else if (kForm[at] == 'd' && text[at] >= '0' && text[at] <= '9')
+            numbers[number] = numbers[number] * 10 + (text[at] - '0');
+        else
+            return std::nullopt;
+    auto const [year, month, day, hour, minute, second] = numbers;
+    if (year < 1970 || month < 1 || month > 12 || day < 1 || day > 28 || hour > 23 || minute > 59 ||
+        second > 59)
+        return std::nullopt;
+    // Days since 1970: years begin with March, so that the leap day is the last one.
+    int const years = year - (month < 3 ? 1 : 0);
+    int const months = (month + 9) % 12;
+    CallTime const days = CallTime{years} * 365 + years / 4 - years / 100 + years / 400 +
+                          (months * 153 + 2) / 5 + day - 1 - 719468;
+    return ((days * 24 + hour) * 60 + minute) * 60 + second;
 }
 
 /// Seconds since 1970 have 9 or 10 digits, for times from 1973 to 2286.
@@ -38,11 +68,32 @@ std::optional<CallTime> ReadSince1970(std::string const& text) {
     return LocalTime(std::stoll(whole) / divisor);
 }
 
-/// Reads what follows the seconds: nothing, a fraction, a zone.
-std::optional<CallTime> WithZone(std::tm parts, std::string_view rest) {
+void SkipBlanks(std::string_view& text) {
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+}
+
+/// Takes AM or PM off rest. Returns false if the hour is none of those that have it.
+bool TakeHalfOfDay(std::tm& parts, std::string_view& rest) {
+    if (rest.size() < 2 || (rest[1] | 0x20) != 'm' || (rest.size() > 2 && rest[2] != ' '))
+        return true;
+    char const half = static_cast<char>(rest[0] | 0x20);
+    if (half != 'a' && half != 'p')
+        return true;
+    bool const isHour = parts.tm_hour >= 1 && parts.tm_hour <= 12;
+    parts.tm_hour = parts.tm_hour % 12 + (half == 'p' ? 12 : 0);
+    rest.remove_prefix(2);
+    SkipBlanks(rest);
+    return isHour;
+}
+
+/// Reads what follows the seconds: nothing, a fraction, AM or PM, a zone.
+std::optional<CallTime> WithRest(std::tm parts, std::string_view rest) {
     if (!rest.empty() && (rest[0] == '.' || rest[0] == ','))
         rest.remove_prefix(std::min(rest.find_first_not_of(kDigits, 1), rest.size()));
-    rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+    SkipBlanks(rest);
+    constexpr int kFirstYear = 1900; // A year of two digits is one of the Romans'.
+    if (parts.tm_year + 1900 < kFirstYear || !TakeHalfOfDay(parts, rest))
+        return std::nullopt;
     int const day = parts.tm_mday;
     CallTime const time = timegm(&parts);
     if (parts.tm_mday != day) // There is no such day in the month.
@@ -57,24 +108,55 @@ std::optional<CallTime> WithZone(std::tm parts, std::string_view rest) {
     return end != nullptr && *end == '\0' ? LocalTime(time - zone.tm_gmtoff) : std::nullopt;
 }
 
+std::optional<CallTime> ReadAs(char const* text, char const* format) {
+    std::tm parts{};
+    char const* const rest = strptime(text, format, &parts);
+    return rest != nullptr ? WithRest(parts, rest) : std::nullopt;
+}
+
 } // namespace
 
 std::optional<CallTime> ReadCallTime(std::string const& text) {
+    if (text.empty())
+        return std::nullopt;
+    if (auto const time = ReadUsual(text))
+        return time;
     if (auto const time = ReadSince1970(text))
         return time;
     constexpr char const* kFormats[] = {
         "%Y-%m-%d %H:%M:%S", "%Y-%m-%dT%H:%M:%S", "%Y/%m/%d %H:%M:%S", "%d.%m.%Y %H:%M:%S",
         "%Y-%m-%d %H:%M",    "%Y-%m-%dT%H:%M",    "%Y/%m/%d %H:%M",    "%d.%m.%Y %H:%M",
         "%Y%m%d%H%M%S",      "%Y-%m-%d",          "%Y/%m/%d",          "%d.%m.%Y"};
-    for (char const* const format : kFormats) {
-        std::tm parts{};
-        char const* const rest = strptime(text.c_str(), format, &parts);
-        if (rest == nullptr)
-            continue;
-        if (auto const time = WithZone(parts, rest))
+    for (char const* const format : kFormats)
+        if (auto const time = ReadAs(text.c_str(), format))
             return time;
-    }
     return std::nullopt;
+}
+
+std::optional<CallTime> ReadCallTimeAs(std::string const& text, std::string const& format) {
+    return ReadAs(text.c_str(), format.c_str());
+}
+
+bool UseZone(std::string const& zone) {
+    bool const hasSign = !zone.empty() && (zone[0] == '+' || zone[0] == '-');
+    std::tm parts{};
+    char const* const end = hasSign ? strptime(zone.c_str(), "%z", &parts) : nullptr;
+    std::string name = zone;
+    if (end != nullptr && *end == '\0') {
+        // POSIX counts the other way round: what is to be added to get UTC.
+        long const minutes = std::labs(parts.tm_gmtoff) / 60;
+        name = fmt::format("<{0}{1:02}{2:02}>{3}{1:02}:{2:02}", zone[0], minutes / 60, minutes % 60,
+                           zone[0] == '+' ? '-' : '+');
+    } else {
+        // The C library takes any other name for UTC.
+        std::error_code error;
+        if (zone.empty() || zone[0] == '/' || zone.find("..") != std::string::npos ||
+            !std::filesystem::is_regular_file("/usr/share/zoneinfo/" + zone, error))
+            return false;
+    }
+    setenv("TZ", name.c_str(), 1);
+    tzset();
+    return true;
 }
 
 std::string TimeText(CallTime time) {

@@ -2,8 +2,6 @@
 
 #include "records/reading/Columns.h"
 
-#include <vector>
-
 namespace CallRecordingUtils {
 namespace {
 
@@ -76,11 +74,14 @@ std::array<Names, kColumnCount> const& Table() {
          {"time", "calldate", "start", "startstamp", "starttime", "startedat", "timestamp",
           "datetime", "callstart", "setuptime", "invitetime", "datetimeorigination", "callstarted",
           "startepoch", "startuepoch", "createdat", "created", "date"}},
+        {"--date-column", {"date", "startdate", "invitedate"}},
     }};
     return table;
 }
 
-std::string Plain(std::string_view name) {
+} // namespace
+
+std::string PlainName(std::string_view name) {
     std::string plain;
     for (char const c : name)
         if (c >= 'A' && c <= 'Z')
@@ -90,17 +91,28 @@ std::string Plain(std::string_view name) {
     return plain;
 }
 
-} // namespace
+std::size_t RankAmong(std::vector<std::string> const& names, std::string_view name) {
+    for (std::size_t i = 0; i < names.size(); ++i)
+        if (name == names[i])
+            return 2 * i;
+    std::string const plain = PlainName(name);
+    for (std::size_t i = 0; i < names.size(); ++i)
+        if (plain == PlainName(names[i]))
+            return 2 * i + 1;
+    return ColumnNames::kNone;
+}
 
 std::size_t ColumnNames::Rank(Column column, std::string_view name) const {
-    std::string const& given = given_[column];
-    if (!given.empty())
-        return name == given ? 0 : Plain(name) == Plain(given) ? 1 : kNone;
-    std::string const plain = Plain(name);
+    if (!given_[column].empty())
+        return RankAmong({given_[column]}, name);
+    std::size_t const preferred = RankAmong(preferred_[column], name);
+    if (preferred != kNone)
+        return preferred;
+    std::string const plain = PlainName(name);
     std::vector<char const*> const& known = Table()[column].known;
     for (std::size_t rank = 0; rank < known.size(); ++rank)
         if (plain == known[rank])
-            return rank;
+            return 2 * preferred_[column].size() + rank;
     return kNone;
 }
 

@@ -8,10 +8,18 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "records/reading/CallRecord.h"
 
 namespace CallRecordingUtils {
+
+/// A name as it is compared: without capitals, blanks, "_", "-" and ".".
+std::string PlainName(std::string_view name);
+
+/// How well a name fits the first of names that it fits: 0 is best, ColumnNames::kNone is not at
+/// all.
+std::size_t RankAmong(std::vector<std::string> const& names, std::string_view name);
 
 /// What the columns are called. Case, blanks, "_", "-" and "." make no difference, but a column
 /// whose name is equal to the byte is preferred.
@@ -23,6 +31,11 @@ class ColumnNames {
     void Name(Column column, std::string name) { given_[column] = std::move(name); }
     std::string const& Given(Column column) const { return given_[column]; }
 
+    /// Names that are preferred to those that are known anyway.
+    void Prefer(Column column, std::vector<std::string> names) {
+        preferred_[column] = std::move(names);
+    }
+
     /// How well name fits column: 0 is best; kNone when it is not a name of the column.
     std::size_t Rank(Column column, std::string_view name) const;
 
@@ -32,6 +45,7 @@ class ColumnNames {
 
   private:
     std::array<std::string, kColumnCount> given_;
+    std::array<std::vector<std::string>, kColumnCount> preferred_;
 };
 
 } // namespace CallRecordingUtils

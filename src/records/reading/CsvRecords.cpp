@@ -1,15 +1,19 @@
-// Finds the columns of calls in the rows of a CSV file.
+// Finds the columns of calls in the rows of a file.
 
 #include "records/reading/CsvRecords.h"
+
+#include <algorithm>
 
 #include <fmt/format.h>
 
 #include "common/Error.h"
+#include "records/reading/KnownFormats.h"
 
 namespace CallRecordingUtils {
 namespace {
 
 constexpr std::size_t kNone = ColumnNames::kNone;
+constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 /// The index of the column that text numbers from 1; kNone when text is not a number.
 std::size_t NumberOf(std::string const& text) {
@@ -18,70 +22,198 @@ std::size_t NumberOf(std::string const& text) {
     return isNumber ? std::stoul(text) - 1 : kNone;
 }
 
-std::string Found(CsvRows const& rows) {
+std::string Listed(std::vector<std::string> const& names) {
     std::string text;
-    for (std::size_t i = 0; i < rows.FieldCount() && text.size() < 200; ++i)
-        text += (i > 0 ? ", " : "") + rows.Field(i).substr(0, 40);
+    for (std::size_t i = 0; i < names.size() && text.size() < 200; ++i)
+        text += (i > 0 ? ", " : "") + names[i].substr(0, 40);
     return text;
+}
+
+bool HasDigit(std::string const& text) {
+    return std::any_of(
+        text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
 } // namespace
 
-CsvRecords::CsvRecords(Lines& lines, ColumnNames const& names, bool hasHeader,
-                       std::string const& path)
-    : rows_(lines) {
-    columns_.fill(kNone);
-    FindColumns(names, hasHeader, path);
+CsvRecords::CsvRecords(Lines& lines, CallFormat const& format, std::string path)
+    : format_(format), path_(std::move(path)), rows_(lines, CsvRows::Tabs::Escaped) {
+    if (rows_.Next() && !rows_.Problem().empty())
+        throw Error(Error::Kind::Unreadable, fmt::format("{}:{}: no row of column names: {}", path_,
+                                                         rows_.Line(), rows_.Problem()));
+    names_ = Fields();
+    fieldCount_ = names_.size();
 }
 
-void CsvRecords::FindColumns(ColumnNames const& names, bool hasHeader, std::string const& path) {
-    if (hasHeader && rows_.Next() && !rows_.Problem().empty())
-        throw Error(Error::Kind::Unreadable, fmt::format("{}:{}: no row of column names: {}", path,
-                                                         rows_.Line(), rows_.Problem()));
-    for (std::size_t i = 0; i < kColumnCount; ++i) {
-        auto const column = static_cast<Column>(i);
-        std::size_t best = kNone;
-        for (std::size_t at = 0; hasHeader && at < rows_.FieldCount(); ++at) {
-            std::size_t const rank = names.Rank(column, rows_.Field(at));
-            if (rank < best) {
-                best = rank;
-                columns_[i] = at;
-            }
+std::vector<std::string> CsvRecords::Fields() const {
+    std::vector<std::string> fields;
+    for (std::size_t i = 0; i < rows_.FieldCount(); ++i)
+        fields.push_back(rows_.Field(i));
+    if (!fields.empty() && fields[0].rfind(kUtf8Mark, 0) == 0)
+        fields[0].erase(0, kUtf8Mark.size()); // Of a file behind another one.
+    return fields;
+}
+
+bool CsvRecords::AreNames(std::vector<std::string> const& names) const {
+    auto const isThere = [&](Column column) {
+        return std::any_of(names.begin(), names.end(), [&](std::string const& name) {
+            return format_.names.Rank(column, name) != kNone;
+        });
+    };
+    return isThere(kColumnFrom) && isThere(kColumnTo);
+}
+
+/// The index of the column that fits best, by its name or number; kNone if none does.
+std::size_t CsvRecords::Find(std::size_t place) const {
+    bool const isColumn = place < kColumnCount;
+    auto const column = static_cast<Column>(place);
+    static std::vector<std::string> const none;
+    std::vector<std::string> const& wanted =
+        isColumn ? none : format_.wanted[place - kColumnCount].names;
+    std::size_t best = kNone;
+    std::size_t where = kNone;
+    for (std::size_t at = 0; at < names_.size(); ++at) {
+        std::size_t const rank =
+            isColumn ? format_.names.Rank(column, names_[at]) : RankAmong(wanted, names_[at]);
+        if (rank < best) {
+            best = rank;
+            where = at;
         }
-        std::string const& given = names.Given(column);
-        if (best == kNone)
-            columns_[i] = NumberOf(given);
-        if (columns_[i] == kNone && (i <= kColumnTo || !given.empty()))
-            throw Error(
-                Error::Kind::Unreadable,
-                !hasHeader
-                    ? fmt::format("{}: without a row of names {} takes the number of a column, "
-                                  "1 is the first",
-                                  path, ColumnNames::Option(column))
-                    : fmt::format("{}:{}: no column \"{}\" among: {}\nname it with {} (a number "
-                                  "will do); --no-header if this is a call already",
-                                  path, rows_.Line(),
-                                  given.empty() ? (i == 0 ? "from" : "to") : given, Found(rows_),
-                                  ColumnNames::Option(column)));
+    }
+    if (isColumn && best == kNone)
+        return NumberOf(format_.names.Given(column));
+    for (std::size_t i = 0; i < wanted.size() && where == kNone; ++i)
+        where = NumberOf(wanted[i]);
+    return where;
+}
+
+/// Says that a column is missing.
+std::string CsvRecords::NoColumn(std::size_t place) const {
+    bool const isColumn = place < kColumnCount;
+    std::string const option = isColumn ? ColumnNames::Option(static_cast<Column>(place))
+                                        : format_.wanted[place - kColumnCount].option;
+    if (names_.empty())
+        return fmt::format("{}: without a row of names {} takes the number of a column, 1 is the "
+                           "first",
+                           path_, option);
+    if (!isColumn)
+        return fmt::format("{}:{}: {}: no column \"{}\" among: {}", path_, rows_.Line(), option,
+                           format_.wanted[place - kColumnCount].names[0], Listed(names_));
+    std::string const& given = format_.names.Given(static_cast<Column>(place));
+    return fmt::format("{}:{}: no column \"{}\" among: {}\nname it with {} (a number will do); "
+                       "--no-header if this is a call already, --format if you know the format",
+                       path_, rows_.Line(),
+                       given.empty() ? (place == kColumnFrom ? "from" : "to") : given,
+                       Listed(names_), option);
+}
+
+/// Returns what is missing; empty when nothing is, and only then are the columns other ones.
+std::string CsvRecords::FindColumns() {
+    std::vector<std::size_t> where(kColumnCount + format_.wanted.size());
+    for (std::size_t place = 0; place < where.size(); ++place) {
+        where[place] = Find(place);
+        bool const isNeeded = place <= kColumnTo || place >= kColumnCount ||
+                              !format_.names.Given(static_cast<Column>(place)).empty();
+        if (where[place] == kNone && isNeeded)
+            return NoColumn(place);
+    }
+    if (where[kColumnDate] == where[kColumnTime])
+        where[kColumnDate] = kNone;
+    where_ = where;
+    for (std::size_t place = 0; place < kColumnCount; ++place)
+        used_[place] = where[place] == kNone          ? ""
+                       : where[place] < names_.size() ? names_[where[place]]
+                                                      : fmt::format("number {}", where[place] + 1);
+    return "";
+}
+
+void CsvRecords::BeginBehindNames() {
+    hasNames_ = true;
+    std::string const missing = FindColumns();
+    if (!missing.empty())
+        throw Error(Error::Kind::Unreadable, missing);
+}
+
+void CsvRecords::BeginWithCall(std::vector<std::string> names) {
+    names_ = std::move(names);
+    std::string const missing = FindColumns();
+    if (!missing.empty())
+        throw Error(Error::Kind::Unreadable, missing);
+    isFirstACall_ = rows_.FieldCount() > 0;
+}
+
+/// Files that were put together have rows of names among the calls. Such a row holds no digit.
+bool CsvRecords::TakeNames(CallRecord& record) {
+    if (!hasNames_)
+        return false;
+    for (std::size_t i = 0; i < rows_.FieldCount(); ++i)
+        if (HasDigit(rows_.Field(i)) && (i >= names_.size() || rows_.Field(i) != names_[i]))
+            return false;
+    std::vector<std::string> fields = Fields();
+    if (!AreNames(fields))
+        return false;
+    names_.swap(fields);
+    record.problem = FindColumns();
+    if (!record.problem.empty())
+        names_.swap(fields);
+    moreNames_ += record.problem.empty() ? 1 : 0;
+    return record.problem.empty();
+}
+
+bool CsvRecords::IsNoCall(CallRecord& record) {
+    KnownFormat const* const known = format_.known;
+    bool const isKnownAsNone = known != nullptr && !known->noCall.empty() &&
+                               rows_.FieldCount() > 0 && rows_.Field(0) == known->noCall;
+    return isKnownAsNone || TakeNames(record);
+}
+
+/// A quote that somebody forgot goes on to the next one, and takes whole rows with it.
+void CsvRecords::RefuseWhatAQuoteSwallowed() {
+    for (std::size_t i = 0; i < kColumnCount; ++i)
+        if (where_[i] < rows_.FieldCount() &&
+            rows_.Field(where_[i]).find('\n') != std::string::npos)
+            return rows_.Refuse(fmt::format("a quote is open at its end, and {} would have a line "
+                                            "break",
+                                            used_[i]));
+    if (fieldCount_ > 2 && rows_.HoldsARow(fieldCount_))
+        rows_.Refuse("a quote is open at its end, and the lines that follow are rows of their own");
+}
+
+void CsvRecords::Take(CallRecord& record) {
+    record.wanted.resize(where_.size() - kColumnCount);
+    for (std::size_t i = 0; i < where_.size(); ++i) {
+        std::string& value = i < kColumnCount ? record.values[i] : record.wanted[i - kColumnCount];
+        value.clear();
+        if (where_[i] == kNone)
+            continue;
+        if (where_[i] < rows_.FieldCount())
+            value = rows_.Field(where_[i]);
+        else if (record.problem.empty())
+            record.problem =
+                fmt::format("it has {} fields, and {} is number {}", rows_.FieldCount(),
+                            (i < kColumnCount ? ColumnNames::Option(static_cast<Column>(i))
+                                              : format_.wanted[i - kColumnCount].option.c_str()) +
+                                2,
+                            where_[i] + 1);
     }
 }
 
 bool CsvRecords::Next(CallRecord& record) {
-    if (!rows_.Next())
-        return false;
-    record.line = rows_.Line();
-    record.problem = rows_.Problem();
-    for (std::size_t i = 0; i < kColumnCount; ++i) {
-        record.values[i].clear();
-        if (columns_[i] == kNone || !record.problem.empty())
-            continue;
-        if (columns_[i] < rows_.FieldCount())
-            record.values[i] = rows_.Field(columns_[i]);
-        else
-            record.problem =
-                fmt::format("it has {} fields, and {} is number {}", rows_.FieldCount(),
-                            ColumnNames::Option(static_cast<Column>(i)) + 2, columns_[i] + 1);
-    }
+    do {
+        record.problem.clear();
+        if (!isFirstACall_ && !rows_.Next())
+            return false;
+        isFirstACall_ = false;
+        if (rows_.Problem().empty() && rows_.SpansLines())
+            RefuseWhatAQuoteSwallowed();
+        record.line = rows_.Line();
+    } while (rows_.Problem().empty() && IsNoCall(record));
+    if (record.problem.empty())
+        record.problem = rows_.Problem();
+    if (record.problem.empty())
+        Take(record);
+    if (!record.problem.empty())
+        record.wanted.clear();
     return true;
 }
 

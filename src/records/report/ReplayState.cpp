@@ -96,17 +96,58 @@ Timeline GetTimeline(json const& state) {
     return timeline;
 }
 
+json PutTexts(std::vector<std::string> const& texts) {
+    json state = json::array();
+    for (std::string const& text : texts)
+        state.push_back(ToUtf8(text));
+    return state;
+}
+
+json Put(CallReading const& reading) {
+    return {reading.format,
+            reading.title,
+            reading.isGuessed,
+            reading.isDocumented,
+            PutTexts({reading.columns.begin(), reading.columns.end()}),
+            PutTexts(reading.conditions),
+            ToUtf8(reading.distinct),
+            reading.leftOut,
+            PutTexts(reading.notes)};
+}
+
+std::vector<std::string> GetTexts(json const& state) {
+    std::vector<std::string> texts;
+    for (json const& text : state)
+        texts.push_back(GetText(text));
+    return texts;
+}
+
+CallReading GetReading(json const& state) {
+    CallReading reading;
+    reading.format = state.at(0);
+    reading.title = state.at(1);
+    reading.isGuessed = state.at(2);
+    reading.isDocumented = state.at(3);
+    for (std::size_t i = 0; i < kColumnCount; ++i)
+        reading.columns[i] = GetText(state.at(4).at(i));
+    reading.conditions = GetTexts(state.at(5));
+    reading.distinct = GetText(state.at(6));
+    reading.leftOut = state.at(7);
+    reading.notes = GetTexts(state.at(8));
+    return reading;
+}
+
 json PutFiles(std::vector<ReplayReport::File> const& files) {
     json state = json::array();
     for (ReplayReport::File const& file : files)
-        state.push_back({ToUtf8(file.path), file.calls, file.unreadable});
+        state.push_back({ToUtf8(file.path), file.calls, file.unreadable, Put(file.reading)});
     return state;
 }
 
 std::vector<ReplayReport::File> GetFiles(json const& state) {
     std::vector<ReplayReport::File> files;
     for (json const& file : state)
-        files.push_back({GetText(file.at(0)), file.at(1), file.at(2)});
+        files.push_back({GetText(file.at(0)), file.at(1), file.at(2), GetReading(file.at(3))});
     return files;
 }
 

@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "json/CallJson.h"
+#include "records/report/Reading.h"
 #include "json/Names.h"
 #include "json/RuleJson.h"
 
@@ -82,8 +82,10 @@ ordered_json ProblemToJson(ReplayReport::Problem const& problem) {
 ordered_json FilesToJson(ReplayReport const& report) {
     auto list = ordered_json::array();
     for (ReplayReport::File const& file : report.files)
-        list.push_back(
-            {{"path", file.path}, {"calls", file.calls}, {"unreadable", file.unreadable}});
+        list.push_back({{"path", file.path},
+                        {"calls", file.calls},
+                        {"unreadable", file.unreadable},
+                        {"reading", ToJson(file.reading)}});
     return list;
 }
 
@@ -167,19 +169,6 @@ ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts) {
         json["differences"] = DifferencesToJson(report, rules, facts.there->rules);
     }
     return json;
-}
-
-ordered_json ToJson(DecidedCall const& call, RuleList const& rules) {
-    CallRecord const& record = call.record;
-    return {
-        {"file", call.file},
-        {"line", record.line},
-        {"time", record.values[kColumnTime]},
-        {"read", {{kCallFrom, record.values[kColumnFrom]}, {kCallTo, record.values[kColumnTo]}}},
-        {kCallFrom, ToJson(call.from)},
-        {kCallTo, ToJson(call.to)},
-        {"recorded", call.decision != kNoRule && !ForbidsRecording(rules[call.decision])},
-        {"rule", OutcomeToJson(rules, call.decision)}};
 }
 
 } // namespace CallRecordingUtils

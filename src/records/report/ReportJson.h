@@ -27,9 +27,6 @@ struct ReplayFacts {
 
 nlohmann::ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts);
 
-/// One call with its decision.
-nlohmann::ordered_json ToJson(DecidedCall const& call, RuleList const& rules);
-
 /// The part of ToJson about calls that the other rules decide differently.
 nlohmann::ordered_json DifferencesToJson(ReplayReport const& report, RuleList const& here,
                                          RuleList const& there);

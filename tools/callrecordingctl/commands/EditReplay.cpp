@@ -3,14 +3,12 @@
 #include "commands/EditReplay.h"
 
 #include "commands/RunReplay.h"
-#include "model/CallTypeNames.h"
 
 namespace callrecordingctl {
 
 ReplayReport ReplayEdit(CallFiles const& calls, RuleEdit& edit) {
     Replay::Options options;
     options.format = calls.format;
-    options.parseCallType = ParseCallType;
     return RunReplay(calls.paths, edit.Before(), &edit.After(), options);
 }
 

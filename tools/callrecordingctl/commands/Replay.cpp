@@ -4,26 +4,31 @@
 #include <memory>
 #include <thread>
 
+#include <unistd.h>
+
 #include <fmt/format.h>
 
 #include "CommandLine.h"
 #include "Rules.h"
-#include "commands/ColumnOptions.h"
+#include "commands/ReadingOptions.h"
 #include "commands/RunReplay.h"
-#include "model/CallTypeNames.h"
 #include "output/ReplayPage.h"
 #include "output/ReplayText.h"
 #include "output/RuleText.h"
+#include "records/reading/CallFiles.h"
+#include "records/report/EachCall.h"
 #include "records/report/ReplayState.h"
+#include "text/Printable.h"
 
 namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(CALLS are files of call records: values separated by commas or semicolons below
-a row of names, or JSON, one object a line; plain or .gz; - is standard input.
-Columns are found by the names that call-record writers use, as src and dst,
-caller_id_number and destination_number, calldate. An address such as
+    R"(CALLS are files of call records, or folders of them: rows of separated values,
+JSON, or what a telephone system that --format names writes; plain or compressed
+with gzip, xz or zstd; - is standard input. Columns are found by the names that
+call-record writers use, as src and dst, caller_id_number and
+destination_number, calldate. The report says what was chosen. An address such as
 "Alice" <sip:201@pbx;user=phone> is read as a party, as decide does it; one with
 a call type in a column of its own is compared byte for byte. The report counts
 both, what was left out of addresses, and lines that cannot be read. Calls that
@@ -44,6 +49,7 @@ struct Options {
     std::string against;
     std::string page;
     bool each = false;
+    std::string key; // The column that comes first then.
     bool isPartial = false;
     bool strict = false;
     std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
@@ -68,28 +74,55 @@ ReplayFacts ReadFacts(std::string const& path, std::string const& against) {
     return facts;
 }
 
-void PrintEach(DecidedCall const& call, RuleList const& rules, bool json) {
-    if (json)
-        fmt::print(
-            "{}\n",
-            ToJson(call, rules).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
-    else
-        PrintCall(call, rules);
+/// Has a line printed for each call and each line that cannot be read, before more of a file is
+/// read.
+void PrintEach(Replay::Options& how, EachCall const& each, bool json) {
+    bool const isTerminal = isatty(STDOUT_FILENO) == 1;
+    auto const print = [isTerminal](std::string const& line) {
+        std::string_view rest = line; // No field has a tab.
+        for (std::size_t tab = 0; isTerminal && (tab = rest.find('\t')) != rest.npos;
+             rest.remove_prefix(tab + 1))
+            fmt::print("{}\t", Printable(rest.substr(0, tab)));
+        fmt::print("{}\n", isTerminal ? Printable(rest) : rest);
+    };
+    auto const dump = [](nlohmann::ordered_json const& object) {
+        return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    };
+    how.onCall = [=](DecidedCall const& call) {
+        print(json ? dump(each.Json(call)) : each.Text(call));
+    };
+    how.onUnreadable = [=](CallRecord const& record, std::string const& file) {
+        print(json ? dump(each.Json(record, file)) : each.Text(record));
+    };
+    how.onWait = [] { std::fflush(stdout); };
 }
 
 ReplayState Count(Context const& context, Options const& options) {
     ReplayFacts facts = ReadFacts(context.path, options.against);
     Replay::Options how;
     how.format = options.format;
-    how.parseCallType = ParseCallType;
     how.jobs = options.jobs;
+    std::optional<std::size_t> key;
+    if (!options.key.empty()) {
+        key = how.format.wanted.size();
+        how.format.wanted.push_back({{options.key}, "--key"});
+    }
     if (options.each)
-        how.onCall = [&](DecidedCall const& call) {
-            PrintEach(call, facts.here.rules, context.json);
-        };
+        PrintEach(how, EachCall(facts, key), context.json);
     ReplayReport report = RunReplay(options.calls, facts.here.rules,
                                     facts.there ? &facts.there->rules : nullptr, how);
     return {std::move(facts), std::move(report)};
+}
+
+/// A part knows nothing of what another one has seen.
+void RequireNoDistinct(ReplayReport const& report) {
+    for (ReplayReport::File const& file : report.files)
+        if (!file.reading.distinct.empty())
+            throw Failure(
+                kExitUsage,
+                fmt::format("--partial: {} is read as {}, of which only the first record of each "
+                            "{} counts; choose the records with --where",
+                            file.path, file.reading.title, file.reading.distinct));
 }
 
 ReplayState Merge(std::vector<std::string> const& parts) {
@@ -108,7 +141,7 @@ ExitCode ReplayCalls(Context const& context, Options const& options) {
         throw Failure(kExitUsage,
                       "replay: name either files of call records or parts, with --merge");
     if (!options.page.empty()) {
-        std::vector<std::string> used = options.calls;
+        std::vector<std::string> used = CallFilesIn(options.calls);
         used.insert(used.end(), options.parts.begin(), options.parts.end());
         used.insert(used.end(), {context.path, context.path + ".history", context.path + ".lock",
                                  options.against});
@@ -117,6 +150,8 @@ ExitCode ReplayCalls(Context const& context, Options const& options) {
     auto const [facts, report] =
         options.parts.empty() ? Count(context, options) : Merge(options.parts);
     if (options.isPartial)
+        RequireNoDistinct(report);
+    if (options.isPartial)
         fmt::print("{}\n", StateLine({facts, report}));
     else if (context.json && !options.each)
         PrintJson(ToJson(report, facts));
@@ -124,9 +159,13 @@ ExitCode ReplayCalls(Context const& context, Options const& options) {
         PrintReplay(report, facts);
     if (!options.page.empty())
         WriteReplayPage(options.page, report, facts);
+    if (options.each && report.isInterrupted)
+        Say("interrupted: {} calls and {} lines that cannot be read until then", report.all.calls,
+            report.unreadable);
     if (report.isInterrupted)
         return kExitStopped;
-    return options.strict && report.unreadable > 0 ? kExitNo : kExitYes;
+    bool const isAnyTooMany = options.strict || report.all.calls == 0;
+    return isAnyTooMany && report.unreadable > 0 ? kExitNo : kExitYes;
 }
 
 } // namespace
@@ -137,7 +176,7 @@ void AddReplay(CommandLine& line) {
         line.AddCommand("replay", "Show what the rules did with the calls of call records", kHelp,
                         options, ReplayCalls);
     replay.add_option("CALLS", options->calls, "Files of call records")->type_name("");
-    AddColumns(replay, options->format);
+    CLI::Option* const distinct = AddReading(replay, options->format);
     CLI::Option* const against = replay
                                      .add_option("--against", options->against,
                                                  "Compare with the rules of another rule file")
@@ -145,9 +184,13 @@ void AddReplay(CommandLine& line) {
     replay.add_option("--html", options->page, "Write a page for people, too")->type_name("FILE");
     CLI::Option* const each =
         replay.add_flag("--each", options->each, "Print each call with its decision instead");
+    replay.add_option("--key", options->key, "With --each: print this column first")
+        ->type_name("COLUMN")
+        ->needs(each);
     replay
         .add_flag("--partial", options->isPartial, "Print what was counted as one line for --merge")
-        ->excludes(each);
+        ->excludes(each)
+        ->excludes(distinct);
     replay.add_option("--merge", options->parts, "Add up what --partial printed")
         ->type_name("PARTS")
         ->excludes(each)

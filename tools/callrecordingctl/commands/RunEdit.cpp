@@ -17,7 +17,7 @@
 #include "administration/history/History.h"
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
-#include "commands/ColumnOptions.h"
+#include "commands/ReadingOptions.h"
 #include "commands/RecordEdit.h"
 #include "commands/WaitForServices.h"
 #include "database/RuleFileLock.h"
@@ -211,7 +211,7 @@ CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char
                                                 "records would be decided differently")
                                     ->type_name("CALLS")
                                     ->needs(dryRun);
-    AddColumns(edit, options->replay.format, replay);
+    AddReading(edit, options->replay.format, replay);
     edit.add_flag("-v,--verbose", options->verbose, "Show every rule that changes");
     AddGuards(edit, *options);
     return edit;

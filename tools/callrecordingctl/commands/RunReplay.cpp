@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "output/Progress.h"
+#include "records/reading/CallFiles.h"
 
 namespace callrecordingctl {
 namespace {
@@ -60,8 +61,9 @@ std::string ReadText(std::uint64_t taken, std::uint64_t calls, Progress const& p
 
 } // namespace
 
-ReplayReport RunReplay(std::vector<std::string> const& paths, RuleList const& rules,
+ReplayReport RunReplay(std::vector<std::string> const& files, RuleList const& rules,
                        RuleList const* others, Replay::Options options) {
+    std::vector<std::string> const paths = CallFilesIn(files);
     Progress progress(LookAt(paths, options.format));
     options.onProgress = [&](std::uint64_t bytes, std::uint64_t records) {
         if (progress.IsDue())

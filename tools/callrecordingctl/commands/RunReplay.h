@@ -12,10 +12,10 @@
 
 namespace callrecordingctl {
 
-/// Replays the files at paths one after the other; others are rules to compare with, or null.
-/// Returns what was counted, also when an interrupt ends it early. Throws an Error, before
+/// Replays the files, and those in folders, one after the other; others are rules to compare with,
+/// or null. Returns what was counted, also when an interrupt ends it early. Throws an Error, before
 /// a call is decided where the file at fault is a regular one.
-ReplayReport RunReplay(std::vector<std::string> const& paths, RuleList const& rules,
+ReplayReport RunReplay(std::vector<std::string> const& files, RuleList const& rules,
                        RuleList const* others, Replay::Options options);
 
 } // namespace callrecordingctl

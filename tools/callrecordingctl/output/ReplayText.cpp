@@ -6,6 +6,7 @@
 
 #include "output/RuleText.h"
 #include "output/Table.h"
+#include "records/report/Reading.h"
 #include "text/Printable.h"
 
 namespace callrecordingctl {
@@ -86,6 +87,12 @@ void PrintNeverApplied(ReplayReport const& report, RuleList const& rules) {
         fmt::print("never applied: {}\n", ids);
 }
 
+/// How the files were read.
+void PrintReading(ReplayReport const& report) {
+    for (std::string const& sentence : ReadingSentences(report.files))
+        fmt::print("{}\n", Printable(sentence));
+}
+
 /// How the calls were asked about, and what was left out of their addresses.
 void PrintQuestions(ReplayReport const& report) {
     if (report.all.calls > 0)
@@ -112,7 +119,8 @@ void PrintProblems(ReplayReport const& report) {
                    Printable(fmt::format("{}:{}: {}", problem.file, problem.line, problem.reason)));
     if (report.firstWithoutTime)
         fmt::print(
-            "{} not in a known format: {}\n", Plural(report.withoutTime, "time"),
+            "{} not in a known format, which --time-format can name: {}\n",
+            Plural(report.withoutTime, "time"),
             Printable(fmt::format("{}:{}: \"{}\"", report.firstWithoutTime->file,
                                   report.firstWithoutTime->line, report.firstWithoutTime->reason)));
 }
@@ -155,6 +163,7 @@ void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
     PrintTotals(report);
     PrintNotRecorded(report);
     PrintNeverApplied(report, facts.here.rules);
+    PrintReading(report);
     PrintQuestions(report);
     PrintProblems(report);
     if (facts.there) {
@@ -162,16 +171,6 @@ void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
         PrintDifferences(report, facts.here.rules, facts.there->rules,
                          {"HERE", "THERE", facts.there->path});
     }
-}
-
-void PrintCall(DecidedCall const& call, RuleList const& rules) {
-    Rule const* const rule = call.decision == kNoRule ? nullptr : &rules[call.decision];
-    auto const field = [&call](Column column) { return Printable(call.record.values[column]); };
-    fmt::print("{}\t{}\t{}\t{}\t{}\n", field(kColumnTime), field(kColumnFrom), field(kColumnTo),
-               rule != nullptr ? std::to_string(rule->callrecordingrule_id) : "-",
-               rule == nullptr           ? "not recorded"
-               : ForbidsRecording(*rule) ? "forbidden"
-                                         : Printable(rule->record_to));
 }
 
 } // namespace callrecordingctl

@@ -25,10 +25,6 @@ struct ListNames {
 void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList const& there,
                       ListNames const& names);
 
-/// Prints one call with its decision as a line of fields with tabs between them: time, from, to,
-/// identifier of the rule, destination; "forbidden" or "not recorded" for the last.
-void PrintCall(DecidedCall const& call, RuleList const& rules);
-
 /// What a rule does with a call: "archive:/sales (Sales)", "forbidden (Sales)", or "not recorded"
 /// for null.
 std::string OutcomeText(Rule const* rule);

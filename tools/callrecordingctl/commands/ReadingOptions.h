@@ -1,7 +1,7 @@
-// The options that say in which columns of call records the calls are.
+// The options that say how call records are read.
 
-#ifndef CALLRECORDINGCTL_COMMANDS_COLUMNOPTIONS_H
-#define CALLRECORDINGCTL_COMMANDS_COLUMNOPTIONS_H
+#ifndef CALLRECORDINGCTL_COMMANDS_READINGOPTIONS_H
+#define CALLRECORDINGCTL_COMMANDS_READINGOPTIONS_H
 
 #include "CommandLine.h"
 #include "records/reading/CallReader.h"
@@ -10,7 +10,8 @@ namespace callrecordingctl {
 
 /// Adds the options to command, which store what they say in format. With another option, needed,
 /// they are refused without that one, and the help lists them apart from the others.
-void AddColumns(CLI::App& command, CallFormat& format, CLI::Option* needed = nullptr);
+/// Returns --distinct, which not all can use.
+CLI::Option* AddReading(CLI::App& command, CallFormat& format, CLI::Option* needed = nullptr);
 
 } // namespace callrecordingctl
 
