@@ -81,6 +81,8 @@ callrecordingutils_room(json USES model validation calls text LIBRARIES nlohmann
 callrecordingutils_room(administration/inspection USES model database LIBRARIES fmt::fmt ${MD_LIBRARY})
 callrecordingutils_room(administration/check
   USES model database validation calls analysis text administration/inspection LIBRARIES fmt::fmt)
+callrecordingutils_room(administration/selection
+  USES model validation calls LIBRARIES fmt::fmt)
 callrecordingutils_room(administration/edit
   USES model database validation text administration/inspection LIBRARIES fmt::fmt)
 callrecordingutils_room(administration/history
@@ -93,8 +95,9 @@ add_library(callrecordingutils_administration STATIC EXCLUDE_FROM_ALL)
 target_link_libraries(callrecordingutils_administration
   PUBLIC callrecordingutils_core callrecordingutils_text callrecordingutils_json
     callrecordingutils_administration_inspection callrecordingutils_administration_check
-    callrecordingutils_administration_edit callrecordingutils_administration_history
-    callrecordingutils_administration_exchange callrecordingutils_administration_services)
+    callrecordingutils_administration_selection callrecordingutils_administration_edit
+    callrecordingutils_administration_history callrecordingutils_administration_exchange
+    callrecordingutils_administration_services)
 
 callrecordingutils_room(records/reading USES model text LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
 callrecordingutils_room(records/counting USES model calls records/reading LIBRARIES Threads::Threads)

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <random>
 #include <regex>
 #include <set>
@@ -18,11 +19,15 @@
 
 #include <nlohmann/json.hpp>
 
+#include "administration/edit/Origins.h"
 #include "administration/edit/RuleEdit.h"
 #include "administration/exchange/CsvRules.h"
 #include "administration/exchange/ImportedRules.h"
+#include "administration/exchange/RuleBlocks.h"
 #include "administration/inspection/ReadRules.h"
+#include "administration/selection/RuleSelection.h"
 #include "database/RuleKeys.h"
+#include "matching/PatternMatcher.h"
 #include "model/RuleSides.h"
 #include "support/TempDir.h"
 #include "json/Bytes.h"
@@ -402,6 +407,9 @@ TEST(Exchange, BringsBackEveryRuleFileByteForByte) {
                 EXPECT_TRUE(rule.isPresent && rule.faults.empty());
             edit.Replace(RulesAfter(edit.Before(), file.rules, true));
             EXPECT_EQ(edit.TextAfter(), edit.TextBefore());
+            FindSame(edit.Before(), file);
+            for (ImportedRule const& rule : file.rules)
+                EXPECT_TRUE(rule.same);
         }
     }
 }
@@ -479,6 +487,166 @@ TEST(Exchange, WritesEveryByteAsUtf8) {
     EXPECT_EQ(ToUtf8("\xFC"), "\xEE\xBF\xBC");
 }
 
+// --- Selection ---
+
+TEST(Selection, IsWhatASearchOfTheJsonFinds) {
+    std::size_t found = 0;
+    for (unsigned seed = 0; seed < 400; ++seed) {
+        Random random(seed);
+        RuleList rules;
+        for (std::int32_t id = 0; id < 9; ++id)
+            rules.push_back(RandomRule(random, id * 3 % 10));
+        RuleSelection selection;
+        auto const end = [&random] { return static_cast<std::int32_t>(random.Below(4)) + 5; };
+        for (std::size_t names = random.Below(3); names > 0; --names)
+            selection.names.push_back({{end() - 4, random.OneIn(2)}, end()});
+        RuleFilter& filter = selection.filter;
+        if (random.OneIn(2))
+            filter.text = random.Of({"1", "A", "b", " ", "@"});
+        if (random.OneIn(3))
+            filter.from = random.Of({"12", "4", "a"});
+        if (random.OneIn(4))
+            filter.recordTo = random.Of(kTexts);
+        if (random.OneIn(2))
+            filter.isEnabled = random.OneIn(2);
+        std::vector<std::size_t> wanted;
+        auto const has = [&filter](json const& rule, char const* member) {
+            std::string text = BytesOf(rule.at(member).get<std::string>());
+            std::transform(text.begin(), text.end(), text.begin(), ::tolower);
+            return text.find(static_cast<char>(std::tolower(filter.text->at(0)))) !=
+                   std::string::npos;
+        };
+        for (std::size_t place = 0; place < rules.size(); ++place) {
+            json const rule = ToJson(rules[place], place + 1);
+            auto const isNamed = [&](RuleRange const& range) {
+                int const number =
+                    rule.at(range.first.isPosition ? "position" : "callrecordingrule_id");
+                return number >= range.first.number && number <= *range.last;
+            };
+            std::string const type = rule.at("caller_call_type_name");
+            if ((selection.names.empty() ||
+                 std::any_of(selection.names.begin(), selection.names.end(), isNamed)) &&
+                (!filter.text || has(rule, "caller_pattern_entry") || has(rule, "record_to") ||
+                 has(rule, "called_pattern_entry") || has(rule, "description")) &&
+                (!filter.from || type == "any" || (type == "number" && *filter.from != "a")) &&
+                (!filter.from ||
+                 PatternMatcher(*filter.from, rules[place].caller_pattern).Matches()) &&
+                (!filter.recordTo ||
+                 BytesOf(rule.at("record_to").get<std::string>()) == *filter.recordTo) &&
+                rule.at("enabled") == filter.isEnabled.value_or(rule.at("enabled")))
+                wanted.push_back(place);
+        }
+        std::vector<std::size_t> places = Matching(rules, selection);
+        std::sort(places.begin(), places.end());
+        EXPECT_EQ(places, wanted) << seed;
+        found += places.size();
+    }
+    EXPECT_GT(found, 300U);
+}
+
+// --- Blocks in an editor ---
+
+std::string AllButId(Rule rule) {
+    rule.callrecordingrule_id = 0;
+    return AllFields(rule);
+}
+
+/// A block: of the rule at a place or a new one, with another destination unless that is empty.
+struct PlainBlock {
+    std::optional<std::size_t> place;
+    std::string recordTo;
+
+    Rule RuleIn(RuleList const& rules) const {
+        Rule rule;
+        rule.caller_pattern = rule.called_pattern = "*";
+        rule.caller_call_type = rule.called_call_type = CALL_TYPE_ANY;
+        if (place)
+            rule = rules[*place];
+        rule.record_to = recordTo.empty() ? rule.record_to : recordTo;
+        return rule;
+    }
+    std::string TextIn(RuleList const& rules) const {
+        if (!place)
+            return "Record-To: " + recordTo + "\r\n#c\n";
+        std::string const text = BlocksOf({rules, {*place}});
+        std::size_t const line = text.find("record_to:");
+        return recordTo.empty() ? text
+                                : text.substr(0, line) + "record_to:" + recordTo +
+                                      text.substr(text.find('\n', line));
+    }
+};
+
+// Random changes of the text, against the list that they should make.
+TEST(Blocks, ChangeWhatWasChangedInThemAndNothingElse) {
+    TempDir const dir;
+    for (unsigned seed = 0; seed < 600; ++seed) {
+        Random random(seed);
+        dir.WriteRules(OddFile(random).Text());
+        RuleEdit edit(dir.Path(TempDir::RULE_FILE));
+        OpenRules open{edit.Before(), {}};
+        std::vector<PlainBlock> blocks;
+        for (std::size_t place = 0; place < open.rules.size(); ++place)
+            if (random.OneIn(2)) {
+                open.places.push_back(place);
+                blocks.push_back({place, ""});
+            }
+        int changes = static_cast<int>(random.Below(4));
+        for (int change = 1; change <= changes && !blocks.empty(); ++change) {
+            auto const at =
+                blocks.begin() + static_cast<std::ptrdiff_t>(random.Below(blocks.size()));
+            std::size_t const kind = random.Below(4);
+            if (kind == 0)
+                std::swap(*at, blocks[random.Below(blocks.size())]);
+            else if (kind == 1)
+                blocks.insert(at, {std::nullopt, std::to_string(change)});
+            else if (kind == 2 && blocks.size() > 1)
+                blocks.erase(at);
+            else
+                at->recordTo = "changed " + std::to_string(change);
+        }
+        std::string text;
+        std::vector<std::size_t> kept;
+        for (PlainBlock const& block : blocks) {
+            text += "\n" + block.TextIn(open.rules);
+            if (block.place)
+                kept.push_back(*block.place);
+        }
+        std::sort(kept.begin(), kept.end());
+        ReadBlocks const read = ReadRuleBlocks(text, open);
+        ASSERT_TRUE(read.faults.empty()) << text << read.faults[0].message;
+        Apply(edit, open, read.blocks);
+        // New rules go with the rule above them, or else with the first one.
+        std::map<std::size_t, std::vector<std::string>> at;
+        std::size_t next = 0;
+        std::size_t place = kept.empty() && !open.places.empty() ? open.places[0] : 0;
+        for (PlainBlock const& block : blocks) {
+            if (block.place || (next == 0 && !kept.empty()))
+                place = kept[block.place ? next++ : 0];
+            at[place].push_back(AllButId(block.RuleIn(open.rules)));
+        }
+        std::vector<std::string> wanted, got;
+        for (std::size_t i = 0; i < open.rules.size(); ++i) {
+            if (std::count(open.places.begin(), open.places.end(), i) == 0)
+                wanted.push_back(AllButId(open.rules[i]));
+            wanted.insert(wanted.end(), at[i].begin(), at[i].end());
+        }
+        for (Rule const& rule : edit.After())
+            got.push_back(AllButId(rule));
+        EXPECT_EQ(got, wanted) << seed << text;
+        EXPECT_TRUE(changes > 0 || edit.TextAfter() == edit.TextBefore());
+    }
+}
+
+TEST(Blocks, HaveTheirFaultsShownAboveTheirLines) {
+    OpenRules open{{Rule()}, {0}};
+    open.rules[0].callrecordingrule_id = 0;
+    std::string const text = "#! old\nid: 0\nid: 0\nfrom: [1-\nx\n\nid: 0\n\nid: 7\nwho: 1\n";
+    std::string const marked = WithFaults(text, ReadRuleBlocks(text, open).faults);
+    std::string const lines = std::regex_replace(marked, std::regex("#! ?(.).*"), "!$1");
+    EXPECT_EQ(lines, "id: 0\n!i\nid: 0\n!f\n! \n! \nfrom: [1-\n!e\nx\n\n!r\nid: 0\n\n!n\n"
+                     "id: 7\n!t\nwho: 1\n");
+}
+
 // --- The client ---
 
 class EditCommands : public testing::Test {
@@ -526,7 +694,8 @@ TEST_F(EditCommands, DoWhatTheirDryRunsSay) {
                                     "modify '#3' --enabled",
                                     "delete 0 --twin",
                                     "delete '#2' '#3'",
-                                    "move '#3' --to 1",
+                                    "move --record-to-is c --to 1",
+                                    "modify 0-1 --record-to q",
                                     "up '#2'",
                                     "down 0 2",
                                     "enable '#3'",

@@ -42,9 +42,9 @@ def options_of(text):
 
 
 def listed_options(command):
-    """Those that the help has an entry for: --name, or -n,--name, at the beginning of a line."""
-    entry = r"^ +(?:-\w,)?(--[a-z][a-z-]*)"
-    return set(re.findall(entry, run("help " + command)[0], re.MULTILINE)) - {"--help"}
+    """Those that the help has an entry for: --name, -n,--name or --name,--other, at the beginning of a line."""
+    entry = r"^ +(?:-\w,)?((?:--[a-z-]+,)*--[a-z-]+)"
+    return options_of(" ".join(re.findall(entry, run("help " + command)[0], re.MULTILINE))) - {"--help"}
 
 
 frame = read("tools/callrecordingctl/callrecordingctl.1.md")

@@ -78,6 +78,14 @@ TEST(Suspicions, PointAtTheirPlace) {
         {CALL_TYPE_NUMBER, "{0-100,!?,!??,!???}", 0, nullptr}, // Too many to try.
         // Numbers that are greater than 32 bits are left.
         {CALL_TYPE_NUMBER, "{2147483646-2147483647,!2147483646,!2147483647}", 0, nullptr},
+        {CALL_TYPE_NUMBER, "+[0-9]{1-5}+", 11, R"("+" after a group)"},
+        {CALL_TYPE_NUMBER, "20[+]1+", 0, nullptr},
+        {CALL_TYPE_ANY, "_[1-3]ZX", 0, R"("_[1-3]ZX" is compared as it stands)"},
+        {CALL_TYPE_NUMBER, "_20.", 0, nullptr},
+        {CALL_TYPE_NUMBER, "2X.5", 0, nullptr},
+        {CALL_TYPE_SIP, "2XX@pbx", 0, nullptr},
+        {CALL_TYPE_NUMBER, "4E+09", 0, "all of its digits"},
+        {CALL_TYPE_NUMBER, "1.E+10", 0, nullptr},
         {CALL_TYPE_NUMBER, "[-1]", 0, nullptr}, // Malformed.
         {CALL_TYPE_ANY, "201@pbx", 0, nullptr}, // Malformed.
         {CALL_TYPE_SIP, "201@pbx:5060", 0, nullptr},

@@ -8,6 +8,7 @@
 #include "language/Elements.h"
 #include "language/Forms.h"
 #include "model/SipAddress.h"
+#include "validation/ForeignNotation.h"
 #include "validation/Sentence.h"
 #include "validation/SuspiciousItems.h"
 
@@ -79,6 +80,14 @@ constexpr Suspicions kSuspicions{{
      " excludes nothing that the other items take: correct it, or remove it"},
     {"[1,!1]", CALL_TYPE_NUMBER, FindExcludedItem,
      " has no effect, since all that it takes is excluded: remove it, or the exclusion"},
+    {"20[0-9]+", CALL_TYPE_NUMBER, FindPlusAfterGroup,
+     " after a group is the character itself: write * for any run of characters, or the group once "
+     "for each of them"},
+    {"_2XX.", CALL_TYPE_NUMBER, FindDialPlan,
+     " is compared as it stands, letters and all: write [0-9] for a digit, ? for any character and "
+     "* for any run of them"},
+    {"1.50E+10", CALL_TYPE_NUMBER, FindShortenedNumber,
+     " is a number as a spreadsheet shortens it: write all of its digits"},
 }};
 
 /// Returns the first suspicion about a piece, which is written as entry.

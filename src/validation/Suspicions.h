@@ -39,7 +39,7 @@ struct Suspicion {
 };
 
 /// Where several entries are about a piece, the first one is reported.
-using Suspicions = std::array<Suspicion, 13>;
+using Suspicions = std::array<Suspicion, 16>;
 Suspicions const& AllSuspicions();
 
 /// Returns what is suspicious in entry, a pattern in the entry form for a side of this call type.

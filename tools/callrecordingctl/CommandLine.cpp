@@ -42,13 +42,13 @@ void AskForHelp(std::vector<std::string>& words) {
 
 /// Words that people try, and the commands that do it.
 constexpr std::pair<char const*, char const*> kOtherWords[] = {
-    {"rm", "delete"},   {"remove", "delete"},  {"erase", "delete"},  {"ls", "list"},
-    {"print", "list"},  {"get", "show"},       {"cat", "show"},      {"mv", "move"},
-    {"edit", "modify"}, {"set", "modify"},     {"change", "modify"}, {"update", "modify"},
-    {"new", "add"},     {"create", "add"},     {"insert", "add"},    {"test", "decide"},
-    {"why", "decide"},  {"explain", "decide"}, {"on", "enable"},     {"off", "disable"},
-    {"history", "log"}, {"restore", "undo"},   {"load", "import"},   {"save", "export"},
-    {"dump", "export"}, {"validate", "check"}, {"lint", "check"},    {"simulate", "replay"}};
+    {"rm", "delete"},      {"remove", "delete"}, {"erase", "delete"},   {"ls", "list"},
+    {"print", "list"},     {"get", "show"},      {"cat", "show"},       {"mv", "move"},
+    {"set", "modify"},     {"change", "modify"}, {"update", "modify"},  {"new", "add"},
+    {"create", "add"},     {"insert", "add"},    {"test", "decide"},    {"why", "decide"},
+    {"explain", "decide"}, {"on", "enable"},     {"off", "disable"},    {"history", "log"},
+    {"restore", "undo"},   {"load", "import"},   {"save", "export"},    {"dump", "export"},
+    {"validate", "check"}, {"lint", "check"},    {"simulate", "replay"}};
 
 /// The name most similar to word; empty when none is similar.
 std::string MostSimilar(std::string const& word, std::vector<std::string> const& names) {
@@ -83,27 +83,53 @@ void RequireCommand(std::vector<std::string> const& names, std::vector<std::stri
                                                         : fmt::format("did you mean {}?", meant)));
 }
 
+std::vector<std::string> OptionNames(CLI::App const& command) {
+    std::vector<std::string> names;
+    for (CLI::Option const* option : command.get_options())
+        for (std::string const& name : option->get_lnames())
+            names.push_back("--" + name);
+    return names;
+}
+
+bool Has(std::vector<std::string> const& names, std::string const& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+constexpr char kNothingMeant[] = "unknown";
+
+/// What should have been written instead of word, as the end of a sentence; empty when word is
+/// right, or is none that looks like an option; kNothingMeant when nobody knows. isUnknown says
+/// that some word is not known.
+std::string MeantInsteadOf(std::string const& word, std::vector<std::string> const& names,
+                           bool isUnknown) {
+    std::string const option = word.substr(0, word.find('='));
+    if (option.size() > 2 && option[0] == '-' && Has(names, "-" + option))
+        return fmt::format("did you mean -{}?", option);
+    if (!isUnknown || option.compare(0, 2, "--") != 0 || option == "--config-dir" ||
+        Has(names, option))
+        return "";
+    if (option == "--all" && Has(names, "--is-enabled")) // It selects rules.
+        return "for all rules write '#1-', which is from the first position on";
+    std::string const meant = MostSimilar(option, names);
+    return meant.empty() ? kNothingMeant : fmt::format("did you mean {}?", meant);
+}
+
 /// What is wrong with the line and, for a mistyped option, a suggestion.
 std::string Explain(CLI::ParseError const& error, CLI::App& app,
                     std::vector<std::string> const& words) {
     std::vector<CLI::App*> const commands = app.get_subcommands();
     std::string const help = commands.empty() ? "callrecordingctl --help"
                                               : "callrecordingctl help " + commands[0]->get_name();
-    if (commands.empty() || dynamic_cast<CLI::ExtrasError const*>(&error) == nullptr)
+    if (commands.empty())
         return fmt::format("{} (see \"{}\")", error.what(), help);
-    std::vector<std::string> names;
-    for (CLI::Option const* option : commands[0]->get_options())
-        for (std::string const& name : option->get_lnames())
-            names.push_back("--" + name);
+    std::vector<std::string> const names = OptionNames(*commands[0]);
+    bool const isUnknown = dynamic_cast<CLI::ExtrasError const*>(&error) != nullptr;
     for (std::string const& word : words) {
-        std::string const option = word.substr(0, word.find('='));
-        bool const isKnown = std::find(names.begin(), names.end(), option) != names.end();
-        if (option.compare(0, 2, "--") != 0 || isKnown || option == "--config-dir")
-            continue;
-        std::string const meant = MostSimilar(option, names);
-        return fmt::format("{} is not an option of {}; {}", option, commands[0]->get_name(),
-                           meant.empty() ? fmt::format("see \"{}\"", help)
-                                         : fmt::format("did you mean {}?", meant));
+        std::string const meant = MeantInsteadOf(word, names, isUnknown);
+        if (!meant.empty())
+            return fmt::format("{} is not an option of {}; {}", word.substr(0, word.find('=')),
+                               commands[0]->get_name(),
+                               meant != kNothingMeant ? meant : fmt::format("see \"{}\"", help));
     }
     return fmt::format("{} (see \"{}\")", error.what(), help);
 }
@@ -225,12 +251,6 @@ std::int64_t ParseTime(std::string const& option, std::string const& text) {
                     option, text));
 }
 
-namespace {
-
-constexpr char kRuleHelp[] = "Identifier of the rule, or its position: '#5'";
-
-} // namespace
-
 RuleName ParseRuleName(std::string const& text) {
     bool const isPosition = text.compare(0, 1, "#") == 0;
     std::uint32_t const number =
@@ -240,21 +260,8 @@ RuleName ParseRuleName(std::string const& text) {
 
 void AddRuleName(CLI::App& command, RuleName& rule) {
     AddText(
-        command, "ID", "", kRuleHelp,
+        command, "ID", "", "Identifier of the rule, or its position: '#5'",
         [&rule](std::string const& text) { rule = ParseRuleName(text); })
-        ->required();
-}
-
-void AddRuleNames(CLI::App& command, std::vector<RuleName>& rules) {
-    command
-        .add_option_function<std::vector<std::string>>(
-            "ID",
-            [&rules](std::vector<std::string> const& texts) {
-                for (std::string const& text : texts)
-                    rules.push_back(ParseRuleName(text));
-            },
-            fmt::format("{}; any number of them", kRuleHelp))
-        ->type_name("")
         ->required();
 }
 

@@ -97,9 +97,6 @@ RuleName ParseRuleName(std::string const& text);
 /// The name of a rule, as a required argument.
 void AddRuleName(CLI::App& command, RuleName& rule);
 
-/// The names of one or more rules.
-void AddRuleNames(CLI::App& command, std::vector<RuleName>& rules);
-
 /// An option for a call type, by its name or number.
 void AddCallType(CLI::App& command, std::string const& name, std::string const& help,
                  std::optional<CallType>& type);

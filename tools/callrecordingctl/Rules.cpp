@@ -2,7 +2,6 @@
 
 #include "Rules.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -26,11 +25,48 @@ std::string RuleFilePath(std::optional<std::string> const& directory) {
     return RuleFilePathIn(configured != nullptr ? configured : kDefaultDirectory);
 }
 
-void RequireDirectory(std::string const& path) {
+namespace {
+
+/// The directory of the rule file at path.
+fs::path DirectoryOf(std::string const& path) {
     fs::path const directory = fs::path(path).parent_path();
+    return directory.empty() ? "." : directory;
+}
+
+} // namespace
+
+void RefuseMistakenDirectory(std::string const& path) {
+    std::error_code error;
+    fs::path const directory = DirectoryOf(path);
+    if (fs::exists(directory, error))
+        return;
+    fs::path const given = directory.parent_path();
+    auto const fail = [&given](char const* what, fs::path const& meant) {
+        throw Failure(kExitUnreadable,
+                      fmt::format("{}: is {}; the configuration directory is {}", given.string(),
+                                  what, meant.empty() ? "." : meant.string()));
+    };
+    fs::path const file(RuleFilePathIn("")); // telephony/callrecordingdb
+    if (directory.filename() != file.parent_path()) {
+        char const* const configured = std::getenv("QUVA_PATH");
+        if (configured != nullptr && path == RuleFilePathIn(configured))
+            throw Failure(kExitUnreadable,
+                          fmt::format("{}: no such directory; QUVA_PATH is {} and has to end in "
+                                      "\"/\"",
+                                      directory.string(), configured));
+    } else if (given.filename() == file.filename() && fs::is_regular_file(given, error)) {
+        fail("the rule file", given.parent_path().parent_path());
+    } else if (given.filename() == file.parent_path() && fs::is_directory(given, error)) {
+        fail("the directory with the rules itself", given.parent_path());
+    }
+}
+
+void RequireDirectory(std::string const& path) {
+    fs::path const directory = DirectoryOf(path);
     std::error_code error;
     if (fs::is_directory(directory, error))
         return;
+    RefuseMistakenDirectory(path);
     if (fs::exists(directory, error))
         throw Failure(kExitUnreadable, fmt::format("{}: is not a directory", directory.string()));
     fs::path const parent = directory.parent_path();
@@ -67,28 +103,6 @@ RuleList LoadRules(std::string const& path, std::string& digest) {
 RuleList LoadRules(std::string const& path) {
     std::string digest;
     return LoadRules(path, digest);
-}
-
-std::size_t FindRule(RuleList const& rules, RuleName name) {
-    constexpr char kHint[] = "\"callrecordingctl list\" shows which there are";
-    if (name.isPosition) {
-        if (name.number < 1 || static_cast<std::size_t>(name.number) > rules.size())
-            throw Failure(kExitNoSuchRule,
-                          fmt::format("there is no rule #{}; {}", name.number, kHint));
-        return static_cast<std::size_t>(name.number) - 1;
-    }
-    auto const hasId = [name](Rule const& rule) {
-        return rule.callrecordingrule_id == name.number;
-    };
-    auto const found = std::find_if(rules.begin(), rules.end(), hasId);
-    if (found == rules.end())
-        throw Failure(kExitNoSuchRule, fmt::format("there is no rule {}; {}", name.number, kHint));
-    if (std::count_if(found, rules.end(), hasId) > 1)
-        throw Failure(kExitNoSuchRule,
-                      fmt::format("there is more than one rule {}; name it by its position, as in "
-                                  "'#{}', or give them new identifiers with \"renumber\"",
-                                  name.number, found - rules.begin() + 1));
-    return static_cast<std::size_t>(found - rules.begin());
 }
 
 } // namespace callrecordingctl

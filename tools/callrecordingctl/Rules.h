@@ -3,12 +3,11 @@
 #ifndef CALLRECORDINGCTL_RULES_H
 #define CALLRECORDINGCTL_RULES_H
 
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string>
 
 #include "Names.h"
+#include "administration/selection/RuleSelection.h"
 #include "model/RuleList.h"
 
 namespace callrecordingctl {
@@ -20,6 +19,9 @@ std::string RuleFilePath(std::optional<std::string> const& directory);
 /// Throws a Failure when the directory of the rule file at path does not exist.
 void RequireDirectory(std::string const& path);
 
+/// Throws a Failure when that is because the configuration directory is surely another one.
+void RefuseMistakenDirectory(std::string const& path);
+
 /// Whether there is a rule file at path. Throws a Failure when its directory does not exist.
 bool HasRuleFile(std::string const& path);
 
@@ -29,16 +31,6 @@ RuleList LoadRules(std::string const& path);
 
 /// The same, with the digest of the file; of the empty text when there is no file.
 RuleList LoadRules(std::string const& path, std::string& digest);
-
-/// How the command line names a rule: by its identifier, or as #5 by its position.
-struct RuleName {
-    std::int32_t number = 0;
-    bool isPosition = false;
-};
-
-/// The place of the rule with this name. Throws a Failure when there is no such rule, or more than
-/// one.
-std::size_t FindRule(RuleList const& rules, RuleName name);
 
 } // namespace callrecordingctl
 

@@ -115,6 +115,12 @@ std::size_t RuleEdit::Append(Rule rule) {
     return slots_.size() - 1;
 }
 
+void RuleEdit::Insert(Rule const& rule, std::size_t place) {
+    std::size_t const last = Append(rule);
+    if (place != last)
+        Move(last, place);
+}
+
 void RuleEdit::Delete(std::size_t place) {
     if (auto const origin = At(place).edited.origin)
         deleted_.push_back(*origin);
@@ -132,6 +138,21 @@ void RuleEdit::Move(std::size_t from, std::size_t to) {
     std::rotate(first, from < to ? first + 1 : last - 1, last);
     for (std::size_t place = begin; place <= end; ++place)
         slots_[place].edited.rule.callrecordingrule_id = ids[place - begin];
+}
+
+void RuleEdit::Exchange(std::vector<std::size_t> const& places,
+                        std::vector<std::size_t> const& from) {
+    std::vector<std::int32_t> ids;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        ids.push_back(slots_[places[i]].edited.rule.callrecordingrule_id);
+        if (places[i] != from[i])
+            Mention(from[i]);
+    }
+    std::vector<Slot> const before = slots_;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        slots_[places[i]] = before[from[i]];
+        slots_[places[i]].edited.rule.callrecordingrule_id = ids[i];
+    }
 }
 
 std::size_t RuleEdit::PlaceOf(std::size_t origin) const {
@@ -192,9 +213,20 @@ RuleList const& RuleEdit::After() {
 }
 
 void RuleEdit::Save() {
-    WithKind(
-        Error::Kind::Unsaved,
-        [this] { HostPlatform::ReplaceFile(path_, TextAfter(), fileBefore_.stamp); });
+    try {
+        HostPlatform::ReplaceFile(path_, TextAfter(), fileBefore_.stamp);
+    } catch (std::exception const& error) {
+        throw Error(Error::Kind::Unsaved,
+                    (IsAsBefore() ? "nothing was changed: " : "") + std::string(error.what()));
+    }
+}
+
+bool RuleEdit::IsAsBefore() const {
+    try {
+        return HostPlatform::ReadFile(path_).text == TextBefore();
+    } catch (std::exception const&) {
+        return false; // Nobody knows.
+    }
 }
 
 std::vector<Change> RuleEdit::Changes() {

@@ -60,11 +60,18 @@ class RuleEdit {
     /// Adds rule after all others under the next free identifier. Returns its place.
     std::size_t Append(Rule rule);
 
+    /// Adds rule under the next free identifier, and moves it to place.
+    void Insert(Rule const& rule, std::size_t place);
+
     void Delete(std::size_t place);
 
     /// Moves a rule; the rules in between make room. Identifiers belong to places: each of these
     /// rules gets the one of its new place.
     void Move(std::size_t from, std::size_t to);
+
+    /// Has the rule at from[i] go to places[i]; both are the same places in another order.
+    /// Identifiers belong to places.
+    void Exchange(std::vector<std::size_t> const& places, std::vector<std::size_t> const& from);
 
     /// The place of the rule that was at the place origin before the edit. REQUIRES: it is not
     /// deleted.
@@ -91,7 +98,8 @@ class RuleEdit {
     /// Whether the text of the file changes.
     bool IsChanged() { return TextAfter() != TextBefore(); }
 
-    /// Saves the file atomically. Throws an Error if it is not the one any more that was read.
+    /// Saves the file atomically. Throws an Error if it is not the one any more that was read. When
+    /// the file is the same after a failure, the Error says so first.
     void Save();
 
     /// What the edit changes: first the rules that it was asked to change, in that order, then the
@@ -110,6 +118,7 @@ class RuleEdit {
     std::int32_t NextId() const;
     void SetSlots(RuleList const& rules);
     std::string Compose(std::string const& before) const;
+    bool IsAsBefore() const; // On the disk.
     std::vector<Change> NamedChanges();
 
     std::string path_;

@@ -1,71 +1,94 @@
 // Reads rules from comma-separated values and writes them.
 
+#include "administration/exchange/CsvRules.h"
+
 #include <algorithm>
-#include <array>
-#include <cctype>
 
 #include <fmt/format.h>
 
-#include "administration/exchange/CsvRules.h"
+#include "administration/exchange/RuleColumns.h"
 #include "administration/exchange/RuleRecord.h"
 #include "common/MemoryFile.h"
-#include "model/CallTypeNames.h"
 #include "text/CsvRows.h"
-#include "validation/SidePattern.h"
 
 namespace CallRecordingUtils {
 namespace {
 
-struct Column {
-    char const* name;
-    RuleMember member;
-};
-
-/// The columns in the order of export.
-constexpr std::array<Column, 10> kColumns{{{"id", RuleMember::Id},
-                                           {"from", RuleMember::CallerEntry},
-                                           {"from_type", RuleMember::CallerType},
-                                           {"to", RuleMember::CalledEntry},
-                                           {"to_type", RuleMember::CalledType},
-                                           {"record_to", RuleMember::RecordTo},
-                                           {"duration", RuleMember::Duration},
-                                           {"description", RuleMember::Description},
-                                           {"recording_type", RuleMember::RecordingType},
-                                           {"enabled", RuleMember::Enabled}}};
-
-std::string ColumnNames() {
-    std::string names;
-    for (Column const& column : kColumns)
-        names += fmt::format("{}{}", names.empty() ? "" : ",", column.name);
-    return names;
+/// Excel's first line, which names the separator: "sep=;", of which the separator makes two fields.
+bool IsSeparatorLine(CsvRows const& rows) {
+    return rows.FieldCount() == 2 && (rows.Field(0) == "sep=" || rows.Field(0) == "SEP=") &&
+           rows.Field(1).empty();
 }
 
-/// The column with this name, null if there is none. Blanks and capitals make no difference, nor
-/// does "-" for "_".
-Column const* ColumnOf(std::string const& name) {
-    std::string plain;
-    for (char const c : name)
-        if (c != ' ')
-            plain +=
-                c == '-' ? '_' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    auto const found = std::find_if(kColumns.begin(), kColumns.end(),
-                                    [&](Column const& column) { return column.name == plain; });
-    return found != kColumns.end() ? &*found : nullptr;
-}
-
-std::vector<Column const*> ReadHeader(CsvRows& rows, std::vector<ImportFault>& faults) {
-    std::vector<Column const*> columns;
-    for (std::size_t i = 0; i < rows.FieldCount(); ++i) {
-        columns.push_back(ColumnOf(rows.Field(i)));
-        if (columns.back() == nullptr)
-            faults.push_back({rows.Line(), fmt::format("there is no column \"{}\"; there are {}",
-                                                       rows.Field(i), ColumnNames())});
-        else if (std::count(columns.begin(), columns.end(), columns.back()) > 1)
-            faults.push_back(
-                {rows.Line(), fmt::format("the column {} is there twice", columns.back()->name)});
+/// Reads the row of names, and says which column each is.
+class Header {
+  public:
+    Header(CsvRows const& rows, RenamedColumns const& renamed, RuleRecords& result)
+        : rows_(rows), renamed_(renamed), result_(result) {
+        for (std::size_t i = 0; i < rows.FieldCount(); ++i)
+            columns_.push_back(ColumnAt(i));
+        Check();
     }
-    return columns;
-}
+
+    /// By their place; null where a column is spare.
+    std::vector<RuleColumn const*> const& Columns() const { return columns_; }
+
+  private:
+    RuleColumn const* ColumnAt(std::size_t place) {
+        std::string const& name = rows_.Field(place);
+        for (auto const& [column, theirs] : renamed_)
+            if (theirs == name || theirs == std::to_string(place + 1))
+                return column;
+        RuleColumn const* const column = ColumnOf(name);
+        auto const isColumn = [column](auto const& other) { return other.first == column; };
+        if (column != nullptr && std::any_of(renamed_.begin(), renamed_.end(), isColumn))
+            return nullptr; // Another one is to be read instead.
+        RuleColumn const* const similar = column == nullptr ? SimilarColumn(name) : nullptr;
+        if (similar != nullptr)
+            Blame(fmt::format("there is no column \"{}\"; is {} meant?", name, similar->name));
+        return column;
+    }
+
+    std::size_t Count(RuleColumn const* column) const {
+        return static_cast<std::size_t>(std::count(columns_.begin(), columns_.end(), column));
+    }
+
+    void Check() {
+        for (auto const& [column, theirs] : renamed_)
+            if (Count(column) == 0)
+                Blame(fmt::format("there is no column \"{}\", which is to be {}; there are {}",
+                                  theirs, column->name, Names(false)));
+        for (RuleColumn const& column : kRuleColumns)
+            if (Count(&column) > 1)
+                Blame(fmt::format("the column {} is there twice", column.name));
+        std::string const spare = Names(true);
+        if (Count(nullptr) == columns_.size())
+            Blame(fmt::format("none of the columns is known: {}; there are {}, and --column "
+                              "from=NAME says which one is from",
+                              spare, FieldNames()));
+        else if (!spare.empty())
+            result_.notes.push_back(
+                {rows_.Line(), fmt::format("not read, as no field of a rule is called so: {}; "
+                                           "--column from=NAME says which one is from",
+                                           spare)});
+    }
+
+    void Blame(std::string const& message) { result_.faults.push_back({rows_.Line(), message}); }
+
+    /// The names of the columns, or of the spare ones.
+    std::string Names(bool spareOnly) const {
+        std::string names;
+        for (std::size_t i = 0; i < columns_.size(); ++i)
+            if (!rows_.Field(i).empty() && (columns_[i] == nullptr || !spareOnly))
+                names += fmt::format("{}\"{}\"", names.empty() ? "" : ", ", rows_.Field(i));
+        return names;
+    }
+
+    CsvRows const& rows_;
+    RenamedColumns const& renamed_;
+    RuleRecords& result_;
+    std::vector<RuleColumn const*> columns_;
+};
 
 std::string Quoted(std::string const& text) {
     bool const isPlain = text.find_first_of(",;\t\"\r\n") == std::string::npos &&
@@ -78,47 +101,43 @@ std::string Quoted(std::string const& text) {
     return quoted + "\"";
 }
 
-/// The fields of rule in the order of the columns.
-std::array<std::string, kColumns.size()> FieldsOf(Rule const& rule) {
-    return {std::to_string(rule.callrecordingrule_id),
-            ToEntry(rule.caller_pattern, rule.caller_call_type),
-            CallTypeName(rule.caller_call_type),
-            ToEntry(rule.called_pattern, rule.called_call_type),
-            CallTypeName(rule.called_call_type),
-            rule.record_to,
-            rule.recording_duration,
-            rule.description,
-            std::to_string(rule.call_recording_type),
-            rule.recording_rule_state == RULE_ENABLED ? "yes" : "no"};
-}
-
 /// An empty field is left out.
-void Add(RuleRecord& record, Column const& column, std::string const& text) {
+void Add(RuleRecord& record, RuleColumn const& column, std::string const& text) {
     if (!text.empty())
         record.values[column.member] = {text, record.line, column.name};
 }
 
+/// What a row has behind the last column.
+bool HasMore(CsvRows const& rows, std::size_t columns) {
+    for (std::size_t i = columns; i < rows.FieldCount(); ++i)
+        if (!rows.Field(i).empty())
+            return true;
+    return false;
+}
+
 } // namespace
 
-RuleRecords ReadCsvRules(std::string const& text) {
+RuleRecords ReadCsvRules(std::string const& text, RenamedColumns const& renamed) {
     RuleRecords result;
     MemoryFile const file(text);
     Input input(file.Path());
     Lines lines(input);
     CsvRows rows(lines);
-    std::vector<Column const*> columns;
+    std::vector<RuleColumn const*> columns;
     while (rows.Next()) {
         if (!rows.Problem().empty()) {
             result.faults.push_back({rows.Line(), rows.Problem()});
             continue;
         }
         if (columns.empty()) {
-            columns = ReadHeader(rows, result.faults);
+            if (rows.Line() == 1 && IsSeparatorLine(rows))
+                continue;
+            columns = Header(rows, renamed, result).Columns();
             if (!result.faults.empty())
                 break; // Every row would be wrong.
             continue;
         }
-        if (rows.FieldCount() > columns.size()) {
+        if (HasMore(rows, columns.size())) {
             result.faults.push_back(
                 {rows.Line(), fmt::format("{} fields under {} columns; a field that contains a "
                                           "separator is written in quotes",
@@ -127,8 +146,9 @@ RuleRecords ReadCsvRules(std::string const& text) {
         }
         RuleRecord& record = result.records.emplace_back();
         record.line = rows.Line();
-        for (std::size_t i = 0; i < rows.FieldCount(); ++i)
-            Add(record, *columns[i], rows.Field(i));
+        for (std::size_t i = 0; i < std::min(rows.FieldCount(), columns.size()); ++i)
+            if (columns[i] != nullptr)
+                Add(record, *columns[i], rows.Field(i));
         if (record.values.empty())
             result.records.pop_back(); // Commas only: what a spreadsheet writes for an empty line.
     }
@@ -139,12 +159,12 @@ RuleRecord CsvRecordOf(Rule const& rule) {
     RuleRecord record;
     auto const fields = FieldsOf(rule);
     for (std::size_t i = 0; i < fields.size(); ++i)
-        Add(record, kColumns[i], fields[i]);
+        Add(record, kRuleColumns[i], fields[i]);
     return record;
 }
 
 std::string CsvHeader() {
-    return ColumnNames() + '\n';
+    return FieldNames() + '\n';
 }
 
 std::string CsvRow(Rule const& rule) {

@@ -6,8 +6,10 @@
 #include <cstddef>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "administration/exchange/RuleColumns.h"
 #include "model/RuleList.h"
 #include "json/Names.h"
 
@@ -35,14 +37,18 @@ struct RuleRecord {
 
 struct RuleRecords {
     std::vector<RuleRecord> records;
-    std::vector<ImportFault> faults; ///< What could not be read at all.
+    std::vector<ImportFault> faults;  ///< What could not be read at all.
+    std::vector<ImportFault> notes{}; ///< What was passed over.
 };
+
+/// Columns that a table calls otherwise, or that are meant by their number, counted from 1.
+using RenamedColumns = std::vector<std::pair<RuleColumn const*, std::string>>;
 
 /// Reads what "list --json" or "show --json" prints.
 RuleRecords ReadJsonRules(std::string const& text);
 
 /// Reads values separated by commas, semicolons or tabs below a row of column names.
-RuleRecords ReadCsvRules(std::string const& text);
+RuleRecords ReadCsvRules(std::string const& text, RenamedColumns const& renamed);
 
 /// Reads a rule file. Throws an Error with name, line and reason if it is malformed.
 RuleRecords ReadRuleFileRules(std::string const& text, std::string const& name);

@@ -64,7 +64,10 @@ std::optional<std::int64_t> Date(std::string const& text) {
         if (end == nullptr || *end != '\0')
             continue;
         time.tm_isdst = -1;
-        return std::mktime(&time);
+        std::tm const given = time;
+        std::int64_t const seconds = std::mktime(&time); // Makes March 2nd of February 30th.
+        bool const isDay = time.tm_mday == given.tm_mday && time.tm_mon == given.tm_mon;
+        return isDay ? std::optional(seconds) : std::nullopt;
     }
     return std::nullopt;
 }

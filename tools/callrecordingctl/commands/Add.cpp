@@ -24,18 +24,14 @@ struct Options {
     bool everyone = false;
 };
 
-void Insert(RuleEdit& edit, Rule const& rule, std::size_t place) {
-    std::size_t const last = edit.Append(rule);
-    if (place != last)
-        edit.Move(last, place);
-}
-
 ExitCode Add(RuleEdit& edit, Options const& options) {
     RuleFields fields = options.fields;
     Complete(fields.from);
     Complete(fields.to);
     Rule rule;
     Apply(fields, rule);
+    for (std::string const& note : NotesOn(fields, rule))
+        SayNote(note);
     RequireEveryone(rule, options.everyone);
     if (options.twin && MirrorsItself(rule))
         throw Failure(kExitUsage, "--twin: both sides are the same, so the rule mirrors itself");
@@ -43,9 +39,9 @@ ExitCode Add(RuleEdit& edit, Options const& options) {
     if (place > edit.Count())
         throw Failure(kExitUsage,
                       fmt::format("--at {}: there are only {} rules", place + 1, edit.Count()));
-    Insert(edit, rule, place);
+    edit.Insert(rule, place);
     if (options.twin)
-        Insert(edit, Mirrored(rule), place + 1);
+        edit.Insert(Mirrored(rule), place + 1);
     return kExitYes;
 }
 

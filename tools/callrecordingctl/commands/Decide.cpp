@@ -105,8 +105,7 @@ void PrintAsText(RuleSet const& rules, Rule const* deciding, Question const& que
                            : "not recorded: no enabled rule matches");
     if (!options.explain || deciding == nullptr)
         return;
-    Rule const* const next =
-        Next(rules.Rules(), rules.PlaceOf(*deciding), question.AsCall());
+    Rule const* const next = Next(rules.Rules(), rules.PlaceOf(*deciding), question.AsCall());
     PrintLines("if rule {} were off: {}\n", deciding->callrecordingrule_id,
                next != nullptr ? Printable(DecisionText(*next, rules.PlaceOf(*next) + 1))
                                : "not recorded: no other enabled rule matches");

@@ -5,20 +5,21 @@
 
 #include "administration/edit/Twins.h"
 #include "commands/RunEdit.h"
+#include "commands/SelectionOptions.h"
 #include "model/RuleSides.h"
 
 namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(With --twin, all rules before this one that mirror it are deleted too, or if
-there are none, the first one after it. If no rule mirrors it, nothing is
-deleted. The output has the commands that bring the rules back; "undo" does so
-too.
+    R"(With --twin, all rules before a rule that mirror it are deleted too, or if there
+are none, the first one after it. If no rule mirrors it, nothing is deleted. The
+output has the commands that bring the rules back; "undo" does so too.
+Example: callrecordingctl delete --record-to-is archive:/old --dry-run
 )";
 
 struct Options {
-    std::vector<RuleName> rules;
+    RuleSelection selection;
     bool twin = false;
 };
 
@@ -34,14 +35,12 @@ std::vector<std::size_t> TwinsToDelete(RuleList const& rules, std::size_t index)
 }
 
 ExitCode Delete(RuleEdit& edit, Options const& options) {
-    std::vector<std::size_t> places;
-    for (RuleName const rule : options.rules) {
-        std::size_t const index = FindRule(edit.Before(), rule);
-        places.push_back(index);
-        if (options.twin)
+    std::vector<std::size_t> const selected = Select(edit.Before(), options.selection);
+    std::vector<std::size_t> places = selected;
+    if (options.twin)
+        for (std::size_t const index : selected)
             for (std::size_t const twin : TwinsToDelete(edit.Before(), index))
                 places.push_back(twin);
-    }
     std::sort(places.rbegin(), places.rend());
     places.erase(std::unique(places.begin(), places.end()), places.end());
     for (std::size_t const place : places)
@@ -54,7 +53,7 @@ ExitCode Delete(RuleEdit& edit, Options const& options) {
 void AddDelete(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& command = AddEdit(line, "delete", "Delete rules", kHelp, options, Delete);
-    AddRuleNames(command, options->rules);
+    AddSelection(command, options->selection, WithoutSelection::IsRefused);
     command.add_flag("--twin", options->twin, "Delete the mirrored twin too");
 }
 

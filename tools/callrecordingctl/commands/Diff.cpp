@@ -63,8 +63,8 @@ void Show(Comparison const& comparison, Sides const& sides, CallKind calls,
         PrintLines("both decide every call alike\n");
     for (Difference const& difference : comparison.differences)
         PrintLines("{}\n{}  {} {}\n  {} {}\n", CallText(difference.call),
-                   WrappedCommand("  " + DecideCommand(difference.call, calls, context), 4), here.name,
-                   DecisionText(here.rules, difference.here), there.name,
+                   WrappedCommand("  " + DecideCommand(difference.call, calls, context), 4),
+                   here.name, DecisionText(here.rules, difference.here), there.name,
                    DecisionText(there.rules, difference.there));
 }
 

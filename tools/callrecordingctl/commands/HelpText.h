@@ -48,7 +48,10 @@ Finding out why a call is not recorded, or by which rule it is:
 Changing rules; ID is the identifier that list shows, or the position, '#4':
   callrecordingctl up 4          one place up; "up 4 99" makes it the first
   callrecordingctl modify 4 --to '[2-4]??' --duration 3600
-  callrecordingctl enable 5 6 7
+  callrecordingctl enable 5-7 12                   ranges, also '#5-#7'
+  callrecordingctl modify --record-to-is archive:/a --record-to archive:/b
+  callrecordingctl list --grep 213                 all rules about 213
+  callrecordingctl edit 5-7                        in your editor
 Moving exchanges identifiers: the output says which rule has which one now.
 Every edit takes --dry-run. "callrecordingctl help COMMAND" has all options.
 

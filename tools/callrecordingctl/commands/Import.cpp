@@ -3,17 +3,15 @@
 #include <algorithm>
 #include <memory>
 #include <set>
-#include <tuple>
 
 #include <fmt/format.h>
 
 #include "administration/exchange/ImportedRules.h"
 #include "administration/inspection/ReadRules.h"
+#include "administration/inspection/RuleNames.h"
 #include "commands/RuleFields.h"
 #include "commands/RunEdit.h"
 #include "output/RuleText.h"
-#include "text/Printable.h"
-#include "validation/SidePattern.h"
 
 namespace callrecordingctl {
 namespace {
@@ -23,15 +21,20 @@ constexpr char kHelp[] =
 with the separator , or ; whose first row names the columns: from, from_type,
 to, to_type, record_to, duration, description, recording_type, enabled, id.
 "-" is standard input. Columns mean what the options of add mean and may be left
-out. Everything is checked first, and each fault is printed with its line. Then
-all rules are saved at once: after the others, under new identifiers, or with
---replace instead of all others. Rules that are there already keep their lines
-of the file. With --replace a rule file is taken byte for byte.
+out; what LibreOffice and Excel save as text is understood, in UTF-8 or UTF-16.
+Everything is checked first, and each fault is printed with its line. Then all
+rules are saved at once: after the others, under new identifiers, or with
+--replace instead of all others. A rule that exists already, apart from its
+identifier and whether it is on, is not added again. With --replace, rules that
+exist keep their lines of the file, and a rule file is taken byte for byte.
+Example: callrecordingctl import desks.csv --column from=Extension --dry-run
 )";
 
 struct Options {
     std::string file;
+    RenamedColumns columns;
     bool replace = false;
+    bool again = false;
     bool everyone = false;
 };
 
@@ -49,9 +52,10 @@ void CheckRules(ImportFile& file, Options const& options) {
                 {imported.line, fmt::format("the identifier {} is given twice", id)});
         if (IsForEveryone(imported.rule) && !options.everyone && !imported.isPresent &&
             imported.faults.empty())
-            imported.faults.push_back({imported.line,
-                                       "this rule would record every call; give "
-                                       "from or to, or --everyone if you want that"});
+            imported.faults.push_back(
+                {imported.line, fmt::format("this rule would record {}; give from or to, or "
+                                            "--everyone if you want that",
+                                            EveryoneText(imported.rule))});
     }
 }
 
@@ -71,33 +75,45 @@ void RequireFaultless(ImportFile const& file, Options const& options) {
                                        faults.size() == 1 ? "fault" : "faults"));
 }
 
-/// Notes patterns of new rules that are well formed but suspicious.
-void NoteSuspicions(ImportFile const& file, Options const& options) {
-    for (ImportedRule const& imported : file.rules) {
-        if (imported.isPresent)
-            continue;
-        Rule const& rule = imported.rule;
-        for (auto const& [side, pattern, type] :
-             {std::tuple("from", rule.caller_pattern, rule.caller_call_type),
-              std::tuple("to", rule.called_pattern, rule.called_call_type)})
-            if (auto const suspicion = SuspectStored(pattern, type))
-                Say("{}:{}: {}: note: {}\n{}", FileName(options), imported.line, side,
-                    suspicion->message, CaretText(ToEntry(pattern, type), suspicion->position));
-    }
+/// Leaves out the rules that exist already, and says which these are.
+void LeaveOutSame(RuleList const& before, ImportFile& file, Options const& options) {
+    constexpr std::size_t kMostLines = 10;
+    FindSame(before, file);
+    std::size_t same = 0;
+    for (ImportedRule const& imported : file.rules)
+        if (imported.same && ++same <= kMostLines)
+            Say("{}:{}: exists already as {}", FileName(options), imported.line,
+                NameOf(before[*imported.same]));
+    if (same > kMostLines)
+        Say("and {} more rules of {} exist already", same - kMostLines, FileName(options));
+    if (same > 0)
+        Say("what exists already is not added; --again adds it once more");
+    auto const isSame = [](ImportedRule const& imported) { return imported.same.has_value(); };
+    file.rules.erase(std::remove_if(file.rules.begin(), file.rules.end(), isSame),
+                     file.rules.end());
 }
 
 ExitCode Import(RuleEdit& edit, Options const& options) {
-    ImportFile file = ReadImport(ReadInput(options.file), FileName(options));
+    ImportFile file = ReadImport(ReadInput(options.file), FileName(options), options.columns);
+    for (auto const& [line, text] : file.notes)
+        Say("{}:{}: note: {}", FileName(options), line, text);
     bool const replacesMalformed = options.replace && edit.Malformation();
     RuleList const before = replacesMalformed ? RuleList() : edit.Before();
+    bool const isEmpty = file.rules.empty();
     if (options.replace)
         KeepPresent(before, file);
+    else if (!options.again)
+        LeaveOutSame(before, file, options);
     CheckRules(file, options);
     RequireFaultless(file, options);
-    NoteSuspicions(file, options);
+    for (ImportedRule const& imported : file.rules)
+        if (!imported.isPresent)
+            NoteSuspicions(imported.rule, fmt::format("{}:{}", FileName(options), imported.line));
     // A file without rules is more likely what a failed command printed than the wish to have none.
-    if (file.rules.empty())
+    if (isEmpty)
         throw Failure(kExitNo, FileName(options) + ": holds no rules; nothing was imported");
+    if (file.rules.empty())
+        return kExitNo;
     if (options.replace && file.format == ImportFormat::RuleFile)
         edit.ReplaceText(file.text);
     else
@@ -105,7 +121,37 @@ ExitCode Import(RuleEdit& edit, Options const& options) {
     return kExitYes;
 }
 
+constexpr char kColumn[] = "--column";
+
+/// Reads FIELD=NAME.
+RenamedColumns::value_type ParseColumn(std::string const& text) {
+    std::size_t const equals = text.find('=');
+    if (equals == std::string::npos || equals + 1 == text.size())
+        throw CLI::ValidationError(
+            kColumn, fmt::format("\"{}\" is not FIELD=NAME, as in from=Extension", text));
+    std::string const field = text.substr(0, equals);
+    RuleColumn const* const column = ColumnOf(field);
+    if (column == nullptr)
+        throw CLI::ValidationError(
+            kColumn, fmt::format("\"{}\" is no field; there are {}", field, FieldNames()));
+    return {column, text.substr(equals + 1)};
+}
+
+void AddColumn(CLI::App& import, RenamedColumns& columns) {
+    import
+        .add_option_function<std::vector<std::string>>(
+            kColumn,
+            [&columns](std::vector<std::string> const& texts) {
+                for (std::string const& text : texts)
+                    columns.push_back(ParseColumn(text));
+},
+            "Read the column NAME of a table, by name or\nnumber, as this field (repeatable)")
+        ->type_name("FIELD=NAME")
+        ->expected(1)
+        ->take_all();
 } // namespace
+
+} // namespace callrecordingctl
 
 void AddImport(CommandLine& line) {
     auto const options = std::make_shared<Options>();
@@ -114,7 +160,11 @@ void AddImport(CommandLine& line) {
     import.add_option("FILE", options->file, "JSON, comma-separated values, or a rule file")
         ->type_name("")
         ->required();
-    import.add_flag("--replace", options->replace, "Replace all rules that there are");
+    AddColumn(import, options->columns);
+    CLI::Option* const again =
+        import.add_flag("--again", options->again, "Add also the rules that exist already");
+    import.add_flag("--replace", options->replace, "Replace all rules that there are")
+        ->excludes(again);
     AddEveryone(import, options->everyone);
 }
 

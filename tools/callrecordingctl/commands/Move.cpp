@@ -6,20 +6,20 @@
 #include <fmt/format.h>
 
 #include "commands/RunEdit.h"
+#include "commands/SelectionOptions.h"
 
 namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Several rules keep their order and follow one another, the first of them at
-PLACE. Identifiers belong to places: rules that change places exchange them too,
+    R"(Several rules keep their order and follow one another, the first at PLACE. Identifiers belong to places: rules that change places exchange them too,
 and the output says which rule has which identifier now. The comments directly
 above a rule move with it.
 Example: callrecordingctl move 17 18 --before 3
 )";
 
 struct Options {
-    std::vector<RuleName> rules;
+    RuleSelection selection;
     std::optional<std::size_t> to;
     std::optional<RuleName> before;
     std::optional<RuleName> after;
@@ -28,9 +28,17 @@ struct Options {
 /// How many of the rules that do not move come before those that do.
 std::size_t Ahead(RuleList const& rules, Options const& options,
                   std::vector<std::size_t> const& moved) {
-    std::size_t const others = rules.size() - moved.size();
-    if (options.to)
-        return std::min(*options.to - 1, others);
+    if (options.to) {
+        if (*options.to > rules.size())
+            throw Failure(kExitUsage, fmt::format("--to {}: there are only {} rules", *options.to,
+                                                  rules.size()));
+        std::size_t const last = rules.size() - moved.size() + 1;
+        if (*options.to > last)
+            throw Failure(kExitUsage,
+                          fmt::format("--to {}: the first of {} rules can be at most at {}",
+                                      *options.to, moved.size(), last));
+        return *options.to - 1;
+    }
     std::size_t const anchor = FindRule(rules, options.before ? *options.before : *options.after);
     if (std::find(moved.begin(), moved.end(), anchor) != moved.end())
         throw Failure(kExitUsage, "a rule cannot move before or after itself");
@@ -41,11 +49,8 @@ std::size_t Ahead(RuleList const& rules, Options const& options,
 
 ExitCode Move(RuleEdit& edit, Options const& options) {
     RuleList const& rules = edit.Before();
-    std::vector<std::size_t> moved;
-    for (RuleName const name : options.rules)
-        moved.push_back(FindRule(rules, name));
+    std::vector<std::size_t> moved = Select(rules, options.selection);
     std::sort(moved.begin(), moved.end());
-    moved.erase(std::unique(moved.begin(), moved.end()), moved.end());
     std::size_t const place = Ahead(rules, options, moved);
     // Rules that move toward the end go first, beginning with the last: so none passes another.
     auto const fromFront = [&](std::size_t i) { return moved[i] - i < place; };
@@ -72,7 +77,7 @@ ExitCode Move(RuleEdit& edit, Options const& options) {
 void AddMove(CommandLine& line) {
     auto const options = std::make_shared<Options>();
     CLI::App& move = AddEdit(line, "move", "Move rules to another position", kHelp, options, Move);
-    AddRuleNames(move, options->rules);
+    AddSelection(move, options->selection, WithoutSelection::IsRefused);
     CLI::Option_group* const target = move.add_option_group("Place", "One of these is required");
     AddNumber(
         *target, "--to", "PLACE", "Position of the first one; 1 is evaluated first", 1,

@@ -21,6 +21,7 @@ class CommandLine;
     COMMAND(Replay)                                                                                \
     COMMAND(Add)                                                                                   \
     COMMAND(Modify)                                                                                \
+    COMMAND(EditRules)                                                                             \
     COMMAND(Delete)                                                                                \
     COMMAND(UpAndDown)                                                                             \
     COMMAND(Move)                                                                                  \

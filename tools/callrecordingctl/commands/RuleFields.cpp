@@ -2,6 +2,8 @@
 
 #include "commands/RuleFields.h"
 
+#include <tuple>
+
 #include <fmt/format.h>
 
 #include "commands/HelpText.h"
@@ -37,14 +39,6 @@ void AddDestination(CLI::App& command, RuleFields& fields) {
             "--never", [&fields] { fields.recordTo = kNeverRecord; },
             "Forbid recording: the destination is never:")
         ->excludes(recordTo);
-}
-
-/// Says what hosts have to do so that a ban holds.
-void NoteOnBan(RuleFields const& fields, Rule const& rule) {
-    if (fields.recordTo && ForbidsRecording(rule))
-        Say("note: this rule forbids recording; a host that uses the C++ class has to ask "
-            "ForbidsRecording(rule) before it records, or it records to \"{}\"",
-            kNeverRecord);
 }
 
 void AddRecordingType(CLI::App& command, RuleFields& fields) {
@@ -104,16 +98,16 @@ void ApplySide(SideFields const& fields, std::string const& culprit, std::string
         throw Failure(kExitNo, fmt::format("{}: {}", culprit, *fault));
 }
 
-/// Notes escapes and suspicious patterns, which are well formed but often mistakes.
+/// Adds what there is to note on a side.
 void NoteOn(SideFields const& fields, std::string const& culprit, std::string const& pattern,
-            CallType type) {
+            CallType type, std::vector<std::string>& notes) {
     if (!fields.pattern)
         return;
     if (fields.pattern->find('\\') != std::string::npos)
-        Say("{}: {}", culprit, kEscapeNote);
+        notes.push_back(fmt::format("{}: {}", culprit, kEscapeNote));
     if (auto const suspicion = SuspectStored(pattern, type))
-        Say("{}: note: {}\n{}", culprit, suspicion->message,
-            CaretText(*fields.pattern, suspicion->position));
+        notes.push_back(fmt::format("{}: note: {}\n{}", culprit, suspicion->message,
+                                    CaretText(*fields.pattern, suspicion->position)));
 }
 
 } // namespace
@@ -123,14 +117,32 @@ void Apply(RuleFields const& fields, Rule& rule) {
               rule.caller_call_type);
     ApplySide(fields.to, fields.to.pattern ? "--to" : "--to-type", rule.called_pattern,
               rule.called_call_type);
-    NoteOn(fields.from, "--from", rule.caller_pattern, rule.caller_call_type);
-    NoteOn(fields.to, "--to", rule.called_pattern, rule.called_call_type);
     ApplyText(fields.recordTo, "--record-to", rule.record_to);
-    NoteOnBan(fields, rule);
     ApplyText(fields.duration, "--duration", rule.recording_duration);
     ApplyText(fields.description, "--description", rule.description);
     rule.call_recording_type = fields.recordingType.value_or(rule.call_recording_type);
     rule.recording_rule_state = fields.state.value_or(rule.recording_rule_state);
+}
+
+std::vector<std::string> NotesOn(RuleFields const& fields, Rule const& rule) {
+    std::vector<std::string> notes;
+    NoteOn(fields.from, "--from", rule.caller_pattern, rule.caller_call_type, notes);
+    NoteOn(fields.to, "--to", rule.called_pattern, rule.called_call_type, notes);
+    if (fields.recordTo && ForbidsRecording(rule))
+        notes.push_back(
+            fmt::format("note: this rule forbids recording; a host that uses the C++ class has to "
+                        "ask ForbidsRecording(rule) before it records, or it records to \"{}\"",
+                        kNeverRecord));
+    return notes;
+}
+
+void NoteSuspicions(Rule const& rule, std::string const& where) {
+    for (auto const& [side, pattern, type] :
+         {std::tuple("from", rule.caller_pattern, rule.caller_call_type),
+          std::tuple("to", rule.called_pattern, rule.called_call_type)})
+        if (auto const suspicion = SuspectStored(pattern, type))
+            Say("{}: {}: note: {}\n{}", where, side, suspicion->message,
+                CaretText(ToEntry(pattern, type), suspicion->position));
 }
 
 void AddEveryone(CLI::App& command, bool& everyone) {
@@ -140,9 +152,10 @@ void AddEveryone(CLI::App& command, bool& everyone) {
 void RequireEveryone(Rule const& rule, bool everyone) {
     if (IsForEveryone(rule) && !everyone)
         throw Failure(kExitUsage,
-                      fmt::format("this rule would {} every call; give --from or --to, or "
+                      fmt::format("this rule would {} {}; give --from or --to, or "
                                   "--everyone if you want that",
-                                  ForbidsRecording(rule) ? "forbid recording" : "record"));
+                                  ForbidsRecording(rule) ? "forbid recording" : "record",
+                                  EveryoneText(rule)));
 }
 
 } // namespace callrecordingctl

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "CommandLine.h"
 #include "Rules.h"
@@ -31,6 +32,13 @@ void AddRuleFields(CLI::App& command, RuleFields& fields, bool isNew);
 /// Checks the given fields and sets them in rule. Throws a Failure that names the option if the
 /// value of one is malformed.
 void Apply(RuleFields const& fields, Rule& rule);
+
+/// What is worth saying about fields that rule has been given: that an escape is stored as a code,
+/// that a pattern is surely not meant, what a ban takes.
+std::vector<std::string> NotesOn(RuleFields const& fields, Rule const& rule);
+
+/// Notes, after where, patterns of rule that are well formed but surely not meant.
+void NoteSuspicions(Rule const& rule, std::string const& where);
 
 /// Adds --everyone, without which no rule is made that records every call.
 void AddEveryone(CLI::App& command, bool& everyone);

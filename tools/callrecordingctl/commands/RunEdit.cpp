@@ -74,17 +74,6 @@ std::string WhatChanged(RuleEdit const& edit, std::string const& token) {
     }
 }
 
-void RequireState(RuleEdit const& edit, std::string const& token) {
-    std::string const digest = DigestOf(edit.TextBefore());
-    bool const isToken = token.size() >= StateToken(digest).size();
-    if (!isToken || digest.compare(0, token.size(), token) != 0)
-        throw Failure(kExitChanged,
-                      fmt::format("the rule file is another one by now: its state is {}, not {}; "
-                                  "nothing was changed{}",
-                                  StateToken(digest), token,
-                                  isToken ? WhatChanged(edit, token) : ""));
-}
-
 DryRun FindEffects(RuleEdit& edit, EditOptions const& options) {
     static RuleList const none;
     bool const isMalformed = edit.Malformation().has_value();
@@ -147,15 +136,30 @@ std::unique_ptr<RuleFileLock> Lock(std::string const& path, std::chrono::seconds
         Say("{}: another client is editing; waiting up to {} s", path, patience.count());
         return std::make_unique<RuleFileLock>(path, patience);
     } catch (std::exception const& error) {
-        throw Failure(kExitUnsaved, fmt::format("{}; nothing was changed", error.what()));
+        throw Failure(kExitUnsaved, fmt::format("nothing was changed: {}", error.what()));
     }
 }
 
 } // namespace
 
+void RequireState(RuleEdit const& edit, EditOptions const& options) {
+    if (!options.ifState)
+        return;
+    std::string const& token = *options.ifState;
+    std::string const digest = DigestOf(edit.TextBefore());
+    bool const isToken = token.size() >= StateToken(digest).size();
+    if (!isToken || digest.compare(0, token.size(), token) != 0)
+        throw Failure(kExitChanged,
+                      fmt::format("the rule file is another one by now: its state is {}, not {}; "
+                                  "nothing was changed{}",
+                                  StateToken(digest), token,
+                                  isToken ? WhatChanged(edit, token) : ""));
+}
+
 ExitCode RunEdit(Context const& context, EditOptions const& options, Changer const& change) {
     fs::path const directory = fs::path(context.path).parent_path();
     std::unique_ptr<RuleFileLock> lock;
+    RefuseMistakenDirectory(context.path);
     if (!options.dryRun) {
         MakeDirectory(directory);
         RequireDirectory(context.path);
@@ -163,8 +167,7 @@ ExitCode RunEdit(Context const& context, EditOptions const& options, Changer con
     }
     // Where a dry run misses the directory, a file in its place would be missing, too: no rules.
     RuleEdit edit(fs::exists(directory) ? context.path : directory.string());
-    if (options.ifState)
-        RequireState(edit, *options.ifState);
+    RequireState(edit, options);
     ExitCode const code = change(edit);
     bool const isSaved = lock && edit.IsChanged();
     if (isSaved)
@@ -187,13 +190,28 @@ void AddGuards(CLI::App& edit, EditOptions& options, CLI::Option* needed) {
     CLI::Option* const wait = AddNumber(
         edit, "--wait", "SECONDS", "How long to wait for another client's edit\n(default: 5)", 0,
         [&options](std::uint32_t seconds) { options.patience = std::chrono::seconds(seconds); });
-    CLI::Option* const message = AddText(
-        edit, "-m,--message", "TEXT",
-        "Keep this reason with the edit; log shows it\n(default: CALLRECORDINGCTL_MESSAGE)",
-        [&options](std::string const& text) { options.message = text; });
+    CLI::Option* const message =
+        AddText(edit, "-m,--message", "TEXT",
+                "Keep this reason with the edit; log shows it\n(default: CALLRECORDINGCTL_MESSAGE)",
+                [&options](std::string const& text) { options.message = text; });
     for (CLI::Option* const option : {ifState, wait, message})
         if (needed != nullptr)
             option->needs(needed);
+}
+
+void AddEditOptions(CLI::App& command, EditOptions& options) {
+    CLI::Option* const dryRun = command.add_flag(
+        "--dry-run", options.dryRun,
+        "Show the rule before and after, and calls that\nare decided differently; write nothing");
+    CLI::Option* const replay = command
+                                    .add_option("--replay", options.replay.paths,
+                                                "With --dry-run: show which calls of these call\n"
+                                                "records would be decided differently")
+                                    ->type_name("CALLS")
+                                    ->needs(dryRun);
+    AddReading(command, options.replay.format, replay);
+    command.add_flag("-v,--verbose", options.verbose, "Show every rule that changes");
+    AddGuards(command, options);
 }
 
 CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,
@@ -203,17 +221,7 @@ CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char
         line.AddCommand(name, summary, help, [options, change](Context const& context) {
             return RunEdit(context, *options, change);
         });
-    CLI::Option* const dryRun = edit.add_flag(
-        "--dry-run", options->dryRun,
-        "Show the rule before and after, and calls that\nare decided differently; write nothing");
-    CLI::Option* const replay = edit.add_option("--replay", options->replay.paths,
-                                                "With --dry-run: show which calls of these call\n"
-                                                "records would be decided differently")
-                                    ->type_name("CALLS")
-                                    ->needs(dryRun);
-    AddReading(edit, options->replay.format, replay);
-    edit.add_flag("-v,--verbose", options->verbose, "Show every rule that changes");
-    AddGuards(edit, *options);
+    AddEditOptions(edit, *options);
     return edit;
 }
 

@@ -35,9 +35,15 @@ using Changer = std::function<ExitCode(RuleEdit&)>;
 /// could be printed. A dry run saves nothing and takes no lock.
 ExitCode RunEdit(Context const& context, EditOptions const& options, Changer const& change);
 
-/// Adds --if-state, --wait and --message, of which each can be given beside needed only, unless that
-/// is null.
+/// Adds --if-state, --wait and --message, of which each can be given beside needed only, unless
+/// that is null.
 void AddGuards(CLI::App& edit, EditOptions& options, CLI::Option* needed = nullptr);
+
+/// Throws a Failure if the file is not in the state that options ask for.
+void RequireState(RuleEdit const& edit, EditOptions const& options);
+
+/// Adds the options that all edits have.
+void AddEditOptions(CLI::App& command, EditOptions& options);
 
 /// Adds a command that edits, with the options that all edits have; change runs as in RunEdit.
 CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,

@@ -81,9 +81,9 @@ std::string HistoryText(HistoryExtent const& history) {
         return "cannot be read: " + history.problem;
     if (history.edits == 0)
         return "no edit is recorded yet";
-    std::string text = fmt::format("{} {} since {}, {} KiB", history.edits,
-                                   history.edits == 1 ? "edit" : "edits",
-                                   WhenText(history.first->seconds), (history.bytes + 1023) / 1024);
+    std::string text =
+        fmt::format("{} {} since {}, {} KiB", history.edits, history.edits == 1 ? "edit" : "edits",
+                    WhenText(history.first->seconds), (history.bytes + 1023) / 1024);
     if (history.statesSince)
         text += fmt::format("; the rules of the time before {} are not kept any more",
                             WhenText(*history.statesSince));
@@ -98,9 +98,9 @@ void PrintItem(char const* name, std::string const& text) {
 nlohmann::ordered_json ToJson(std::optional<HistoryEntry> const& entry) {
     if (!entry)
         return nullptr;
-    return {{"number", entry->number},          {"time", WhenText(entry->seconds)},
-            {"user", entry->note.user},         {"command", entry->note.command},
-            {"message", entry->note.message},   {"outside", entry->IsOutside()}};
+    return {{"number", entry->number},        {"time", WhenText(entry->seconds)},
+            {"user", entry->note.user},       {"command", entry->note.command},
+            {"message", entry->note.message}, {"outside", entry->IsOutside()}};
 }
 
 } // namespace
@@ -122,9 +122,9 @@ StatusReport FindStatus(std::string const& path) {
 }
 
 void PrintStatus(StatusReport const& status) {
-    PrintItem("rule file", fmt::format("{}{}, state {}", status.path,
-                                       status.isMissing ? " (not there yet)" : "",
-                                       StateToken(status.digest)));
+    PrintItem("rule file",
+              fmt::format("{}{}, state {}", status.path, status.isMissing ? " (not there yet)" : "",
+                          StateToken(status.digest)));
     if (!status.problem.empty()) {
         PrintItem("rules", "cannot be read: " + status.problem);
     } else {

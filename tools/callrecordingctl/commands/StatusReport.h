@@ -20,9 +20,10 @@ namespace callrecordingctl {
 struct HistoryExtent {
     std::size_t edits = 0;
     std::optional<HistoryEntry> first, last;
-    std::optional<std::int64_t> statesSince; ///< From when on the rules are kept; nothing if always.
-    std::uintmax_t bytes = 0;                ///< Of the file.
-    std::string problem;                     ///< Why it cannot be read; empty if it can.
+    std::optional<std::int64_t>
+        statesSince;          ///< From when on the rules are kept; nothing if always.
+    std::uintmax_t bytes = 0; ///< Of the file.
+    std::string problem;      ///< Why it cannot be read; empty if it can.
 };
 
 /// What there is to say about the rule file of a path.

@@ -7,7 +7,10 @@
 #include <fmt/format.h>
 
 #include "Failure.h"
+#include "analysis/Everyone.h"
+#include "matching/PatternMatcher.h"
 #include "model/CallTypeNames.h"
+#include "model/RuleSides.h"
 #include "output/Table.h"
 
 namespace callrecordingctl {
@@ -33,12 +36,13 @@ std::string SidesText(Rule const& rule) {
 }
 
 bool IsForEveryone(Rule const& rule) {
-    auto const takesAll = [](std::string const& pattern, CallType type) {
-        return type == CALL_TYPE_ANY && !pattern.empty() &&
-               pattern.find_first_not_of('*') == std::string::npos;
-    };
-    return takesAll(rule.caller_pattern, rule.caller_call_type) &&
-           takesAll(rule.called_pattern, rule.called_call_type);
+    return TakesEveryone(SidesOf(rule));
+}
+
+char const* EveryoneText(Rule const& rule) {
+    bool const takesEmpty = PatternMatcher("", rule.caller_pattern).Matches() &&
+                            PatternMatcher("", rule.called_pattern).Matches();
+    return takesEmpty ? "every call" : "every call that has an address on both sides";
 }
 
 std::string RecordToText(Rule const& rule) {

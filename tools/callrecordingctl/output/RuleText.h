@@ -25,8 +25,11 @@ std::string SideText(std::string const& stored, CallType type);
 /// Both sides in words: from ... to ...
 std::string SidesText(Rule const& rule);
 
-/// Whether every call satisfies both sides.
+/// Whether every call whose addresses are not empty satisfies both sides.
 bool IsForEveryone(Rule const& rule);
+
+/// The calls that a rule for everyone takes, in words.
+char const* EveryoneText(Rule const& rule);
 
 /// The destination; of a rule that forbids recording it says so.
 std::string RecordToText(Rule const& rule);
