@@ -56,21 +56,39 @@ class Header {
     void Check() {
         for (auto const& [column, theirs] : renamed_)
             if (Count(column) == 0)
-                Blame(fmt::format("there is no column \"{}\", which is to be {}; there are {}",
-                                  theirs, column->name, Names(false)));
+                Blame(
+                    fmt::format("there is no column \"{}\" that could be read as {}; there are {}",
+                                theirs, column->name, Names(false)));
         for (RuleColumn const& column : kRuleColumns)
             if (Count(&column) > 1)
                 Blame(fmt::format("the column {} is there twice", column.name));
-        std::string const spare = Names(true);
         if (Count(nullptr) == columns_.size())
             Blame(fmt::format("none of the columns is known: {}; there are {}, and --column "
                               "from=NAME says which one is from",
-                              spare, FieldNames()));
-        else if (!spare.empty())
-            result_.notes.push_back(
-                {rows_.Line(), fmt::format("not read, as no field of a rule is called so: {}; "
-                                           "--column from=NAME says which one is from",
-                                           spare)});
+                              Names(true), FieldNames()));
+        if (result_.faults.empty())
+            CheckSpare();
+    }
+
+    /// Notes the columns that are not read. Where one of them may be that of a side, rules would
+    /// take more than is meant.
+    void CheckSpare() {
+        std::string const spare = Names(true);
+        if (spare.empty())
+            return;
+        bool const hasFrom = Count(ColumnOf("from")) > 0, hasTo = Count(ColumnOf("to")) > 0;
+        bool const isSideMissing = (!hasFrom && (!hasTo || Count(ColumnOf("from_type")) > 0)) ||
+                                   (!hasTo && Count(ColumnOf("to_type")) > 0);
+        if (isSideMissing)
+            return Blame(fmt::format("there is no column {}, and these are not known: {}; --column "
+                                     "{}=NAME says which one it is",
+                                     hasFrom ? "to" : "from", spare, hasFrom ? "to" : "from"));
+        result_.notes.push_back(
+            {rows_.Line(),
+             fmt::format("columns that are not read, as no field is called so: {}{}", spare,
+                         hasFrom && hasTo ? ""
+                         : hasFrom        ? "; there is no column to, so every called side is meant"
+                                   : "; there is no column from, so every calling side is meant")});
     }
 
     void Blame(std::string const& message) { result_.faults.push_back({rows_.Line(), message}); }

@@ -75,22 +75,26 @@ void RequireFaultless(ImportFile const& file, Options const& options) {
                                        faults.size() == 1 ? "fault" : "faults"));
 }
 
-/// Leaves out the rules that exist already, and says which these are.
-void LeaveOutSame(RuleList const& before, ImportFile& file, Options const& options) {
-    constexpr std::size_t kMostLines = 10;
+/// Takes the rules out of file that exist already.
+std::vector<ImportedRule> TakeSame(RuleList const& before, ImportFile& file) {
     FindSame(before, file);
-    std::size_t same = 0;
-    for (ImportedRule const& imported : file.rules)
-        if (imported.same && ++same <= kMostLines)
-            Say("{}:{}: exists already as {}", FileName(options), imported.line,
-                NameOf(before[*imported.same]));
-    if (same > kMostLines)
-        Say("and {} more rules of {} exist already", same - kMostLines, FileName(options));
-    if (same > 0)
+    auto const isNew = [](ImportedRule const& imported) { return !imported.same; };
+    auto const same = std::stable_partition(file.rules.begin(), file.rules.end(), isNew);
+    std::vector<ImportedRule> const taken(same, file.rules.end());
+    file.rules.erase(same, file.rules.end());
+    return taken;
+}
+
+void NameSame(RuleList const& before, std::vector<ImportedRule> const& same,
+              Options const& options) {
+    constexpr std::size_t kMost = 10;
+    for (std::size_t i = 0; i < std::min(same.size(), kMost); ++i)
+        Say("{}:{}: exists already as {}", FileName(options), same[i].line,
+            NameOf(before[*same[i].same]));
+    if (same.size() > kMost)
+        Say("and {} more of {} exist already", same.size() - kMost, FileName(options));
+    if (!same.empty())
         Say("what exists already is not added; --again adds it once more");
-    auto const isSame = [](ImportedRule const& imported) { return imported.same.has_value(); };
-    file.rules.erase(std::remove_if(file.rules.begin(), file.rules.end(), isSame),
-                     file.rules.end());
 }
 
 ExitCode Import(RuleEdit& edit, Options const& options) {
@@ -99,19 +103,20 @@ ExitCode Import(RuleEdit& edit, Options const& options) {
         Say("{}:{}: note: {}", FileName(options), line, text);
     bool const replacesMalformed = options.replace && edit.Malformation();
     RuleList const before = replacesMalformed ? RuleList() : edit.Before();
-    bool const isEmpty = file.rules.empty();
+    std::vector<ImportedRule> same;
     if (options.replace)
         KeepPresent(before, file);
     else if (!options.again)
-        LeaveOutSame(before, file, options);
+        same = TakeSame(before, file);
     CheckRules(file, options);
     RequireFaultless(file, options);
     for (ImportedRule const& imported : file.rules)
         if (!imported.isPresent)
             NoteSuspicions(imported.rule, fmt::format("{}:{}", FileName(options), imported.line));
     // A file without rules is more likely what a failed command printed than the wish to have none.
-    if (isEmpty)
+    if (file.rules.empty() && same.empty())
         throw Failure(kExitNo, FileName(options) + ": holds no rules; nothing was imported");
+    NameSame(before, same, options);
     if (file.rules.empty())
         return kExitNo;
     if (options.replace && file.format == ImportFormat::RuleFile)
