@@ -69,8 +69,8 @@ void AddSelection(CLI::App& command, RuleSelection& selection, WithoutSelection 
         ->type_name("");
     RuleFilter& filter = selection.filter;
     AddFilter(command, "--grep", "TEXT",
-              "Only rules with this text in their patterns,\ndestination or description",
-              filter.text, false);
+              "Only rules with this text\n(in a pattern, destination or description)", filter.text,
+              false);
     AddFilter(command, "--matching-from", "ADDR", "Only rules whose calling side takes this party",
               filter.from, true);
     AddFilter(command, "--matching-to", "ADDR", "Only rules whose called side takes this party",
