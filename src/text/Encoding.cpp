@@ -1,40 +1,14 @@
-// Converts with libunistring.
+// Looks at the bytes of texts.
 
 #include "text/Encoding.h"
 
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <vector>
 
 #include <unistr.h>
 
 #include "text/Printable.h"
 
 namespace CallRecordingUtils {
-
-std::optional<std::string> FromUtf16(std::string const& text) {
-    bool const isLittle = text.compare(0, 2, "\xFF\xFE") == 0;
-    if (!isLittle && text.compare(0, 2, "\xFE\xFF") != 0)
-        return text;
-    if (text.size() % 2 != 0)
-        return std::nullopt;
-    std::vector<std::uint16_t> units;
-    for (std::size_t i = 2; i < text.size(); i += 2) {
-        auto const first = static_cast<unsigned char>(text[i]);
-        auto const second = static_cast<unsigned char>(text[i + 1]);
-        units.push_back(
-            static_cast<std::uint16_t>(isLittle ? first | second << 8 : first << 8 | second));
-    }
-    if (units.empty())
-        return "";
-    std::size_t size = 0;
-    std::unique_ptr<std::uint8_t, void (*)(void*)> const converted(
-        u16_to_u8(units.data(), units.size(), nullptr, &size), std::free);
-    if (converted == nullptr)
-        return std::nullopt;
-    return std::string(reinterpret_cast<char const*>(converted.get()), size);
-}
 
 bool IsUtf8(std::string_view text) {
     return u8_check(reinterpret_cast<std::uint8_t const*>(text.data()), text.size()) == nullptr;

@@ -1,17 +1,12 @@
-// Texts that are not in UTF-8.
+// Which encoding a text is in.
 
 #ifndef TEXT_ENCODING_H
 #define TEXT_ENCODING_H
 
-#include <optional>
 #include <string>
 #include <string_view>
 
 namespace CallRecordingUtils {
-
-/// Returns text as UTF-8 if a mark says that it is UTF-16, else as it is; a mark of UTF-8 stays.
-/// Returns nothing when it is UTF-16 that is cut off or malformed.
-std::optional<std::string> FromUtf16(std::string const& text);
 
 bool IsUtf8(std::string_view text);
 

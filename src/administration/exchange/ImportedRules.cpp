@@ -13,8 +13,10 @@
 #include "administration/edit/Origins.h"
 #include "administration/inspection/ReadRules.h"
 #include "common/Error.h"
+#include "common/MemoryFile.h"
 #include "model/RuleSides.h"
 #include "text/Encoding.h"
+#include "text/Input.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -82,11 +84,21 @@ void BlameLatin1(RuleRecord const& record, ImportedRule& rule) {
                                          value.name, FromLatin1(value.text))});
 }
 
+/// The text as UTF-8 if it begins as UTF-16 does, else as it is.
 std::string InUtf8(std::string const& text, std::string const& name) {
-    if (auto converted = FromUtf16(text))
-        return *converted;
-    throw Error(Error::Kind::Unreadable,
-                name + ": begins as UTF-16 does, but is cut off or is not UTF-16");
+    if (text.compare(0, 2, "\xFF\xFE") != 0 && text.compare(0, 2, "\xFE\xFF") != 0)
+        return text;
+    MemoryFile const file(text);
+    Input input(file.Path());
+    std::string converted;
+    std::vector<char> block(65536);
+    try {
+        while (std::size_t const size = input.Read(block.data(), block.size()))
+            converted.append(block.data(), size);
+    } catch (std::runtime_error const& error) {
+        throw Error(Error::Kind::Unreadable, fmt::format("{}: {}", name, error.what()));
+    }
+    return converted;
 }
 
 } // namespace
