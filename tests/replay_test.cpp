@@ -137,7 +137,7 @@ class ReplayCommand : public testing::Test {
     }
 
     TempDir dir;
-    std::string const shipped = "replay " EXAMPLES_PATH "/calls/*";
+    std::string const shipped = "replay " EXAMPLES_PATH "/calls/[gnp]*";
 };
 
 /// The numbers in the elements data of the page behind where.
@@ -394,6 +394,15 @@ TEST_F(ReplayCommand, RefusesPartsThatDoNotBelongTogether) {
         EXPECT_EQ(outcome.code, 3) << parts;
         EXPECT_NE(outcome.err.find(reason), std::string::npos) << outcome.err;
     }
+}
+
+/// Without waiting for more: it is killed while it does.
+TEST_F(ReplayCommand, PrintsEachCallAsSoonAsItIsRead) {
+    Outcome const outcome =
+        Run("replay - --each", "{ printf 'from,to\\n1,112\\n2\\n'; sleep 2; } | "
+                               "timeout -s KILL 1 ");
+    EXPECT_EQ(outcome.out, "\\N\t1\t112\t0\tarchive:/emergency\n\\N\t\\N\t\\N\t\\N\tunreadable: "
+                           "it has 1 fields, and to-column is number 2\n");
 }
 
 TEST_F(ReplayCommand, WritesAPageThatSaysTheSameAndNothingOfItsOwn) {

@@ -63,7 +63,7 @@ bool AttributeRecords::Next(CallRecord& record) {
     if (lines_.IsTooLong() || IsIndented(lines_.Text()))
         problem = "no record begins with this line";
     else
-        values_.Take("Date", Trimmed(lines_.Text()));
+        values_.Take("Record-Time", Trimmed(lines_.Text()));
     while (lines_.Next() && !Trimmed(lines_.Text()).empty()) {
         if (!IsIndented(lines_.Text())) {
             lines_.Again();

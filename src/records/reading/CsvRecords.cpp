@@ -143,7 +143,7 @@ void CsvRecords::BeginWithCall(std::vector<std::string> names) {
 }
 
 /// Files that were put together have rows of names among the calls. Such a row holds no digit.
-bool CsvRecords::TakeNames(CallRecord& record) {
+bool CsvRecords::TakeNames() {
     if (!hasNames_)
         return false;
     for (std::size_t i = 0; i < rows_.FieldCount(); ++i)
@@ -153,18 +153,17 @@ bool CsvRecords::TakeNames(CallRecord& record) {
     if (!AreNames(fields))
         return false;
     names_.swap(fields);
-    record.problem = FindColumns();
-    if (!record.problem.empty())
+    lost_ = FindColumns();
+    if (!lost_.empty())
         names_.swap(fields);
-    moreNames_ += record.problem.empty() ? 1 : 0;
-    return record.problem.empty();
+    return lost_.empty();
 }
 
-bool CsvRecords::IsNoCall(CallRecord& record) {
+bool CsvRecords::IsNoCall() {
     KnownFormat const* const known = format_.known;
     bool const isKnownAsNone = known != nullptr && !known->noCall.empty() &&
                                rows_.FieldCount() > 0 && rows_.Field(0) == known->noCall;
-    return isKnownAsNone || TakeNames(record);
+    return isKnownAsNone || TakeNames();
 }
 
 /// A quote that somebody forgot goes on to the next one, and takes whole rows with it.
@@ -200,16 +199,14 @@ void CsvRecords::Take(CallRecord& record) {
 
 bool CsvRecords::Next(CallRecord& record) {
     do {
-        record.problem.clear();
         if (!isFirstACall_ && !rows_.Next())
             return false;
         isFirstACall_ = false;
         if (rows_.Problem().empty() && rows_.SpansLines())
             RefuseWhatAQuoteSwallowed();
         record.line = rows_.Line();
-    } while (rows_.Problem().empty() && IsNoCall(record));
-    if (record.problem.empty())
-        record.problem = rows_.Problem();
+    } while (rows_.Problem().empty() && IsNoCall());
+    record.problem = !lost_.empty() ? lost_ : rows_.Problem();
     if (record.problem.empty())
         Take(record);
     if (!record.problem.empty())

@@ -31,16 +31,14 @@ class CsvRecords : public RecordReader {
 
     bool Next(CallRecord& record) override;
     std::array<std::string, kColumnCount> const& Used() const override { return used_; }
-    /// How many rows of names were found among the calls.
-    std::size_t MoreNames() const { return moreNames_; }
 
   private:
     std::vector<std::string> Fields() const;
     std::size_t Find(std::size_t place) const;
     std::string FindColumns();
     std::string NoColumn(std::size_t place) const;
-    bool IsNoCall(CallRecord& record);
-    bool TakeNames(CallRecord& record);
+    bool IsNoCall();
+    bool TakeNames();
     void Take(CallRecord& record);
     void RefuseWhatAQuoteSwallowed();
 
@@ -54,7 +52,7 @@ class CsvRecords : public RecordReader {
         where_; // The columns in the row, those that are wanted behind the others.
     std::array<std::string, kColumnCount> used_;
     bool isFirstACall_ = false; // And is to be returned next.
-    std::size_t moreNames_ = 0;
+    std::string lost_;          // What is missing since a row of names without it.
 };
 
 } // namespace CallRecordingUtils

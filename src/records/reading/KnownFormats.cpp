@@ -90,7 +90,7 @@ title RADIUS detail
 kind attributes
 from Calling-Station-Id User-Name
 to Called-Station-Id
-time Timestamp Date
+time Timestamp Record-Time
 timeformat %a %b %d %H:%M:%S %Y
 where Acct-Status-Type!=Accounting-On Acct-Status-Type!=Accounting-Off
 distinct Acct-Unique-Session-Id Acct-Session-Id
