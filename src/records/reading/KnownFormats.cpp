@@ -87,6 +87,7 @@ time calldate
 
 format radius
 title RADIUS detail
+compared
 kind attributes
 from Calling-Station-Id User-Name
 to Called-Station-Id
