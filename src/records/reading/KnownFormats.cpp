@@ -72,6 +72,7 @@ timeformat %m/%d/%Y %H:%M:%S
 
 format acc
 title Kamailio's and OpenSIPS' acc
+compared
 marks method src_user dst_user
 from src_user
 to dst_user dst_ouser

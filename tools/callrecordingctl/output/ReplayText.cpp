@@ -119,7 +119,7 @@ void PrintProblems(ReplayReport const& report) {
                    Printable(fmt::format("{}:{}: {}", problem.file, problem.line, problem.reason)));
     if (report.firstWithoutTime)
         fmt::print(
-            "{} not in a known format, which --time-format can name: {}\n",
+            "{} not in a known format (see --time-format): {}\n",
             Plural(report.withoutTime, "time"),
             Printable(fmt::format("{}:{}: \"{}\"", report.firstWithoutTime->file,
                                   report.firstWithoutTime->line, report.firstWithoutTime->reason)));
