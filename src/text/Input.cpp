@@ -60,6 +60,7 @@ Input::Input(std::string const& path)
             close(file_);
         throw Error(Error::Kind::Unreadable, path + ": cannot be read: " + reason);
     }
+    read_.data = buffer_.data();
     size_ = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
