@@ -101,7 +101,9 @@ char const* CsvRows::FeedLine() {
     if (isEscaped_)
         return SplitAtTabs(), nullptr;
     char const* const problem = Feed(lines_.Text());
-    return problem != nullptr ? problem : Feed("\n");
+    if (problem != nullptr)
+        return problem;
+    return Feed(lines_.EndsInReturn() ? "\r" : "\n"); // Within quotes it is part of the field.
 }
 
 void CsvRows::SplitAtTabs() {

@@ -56,6 +56,11 @@ void Lines::PassLineFeed() {
     next_ += buffer_[next_] == '\n' ? 1 : 0;
 }
 
+bool Lines::EndsInReturn() {
+    PassLineFeed();
+    return next_ > begin_ && buffer_[next_ - 1] == '\r';
+}
+
 void Lines::SkipRestOfLine() {
     for (;;) {
         std::size_t const end = FindEnd(next_);

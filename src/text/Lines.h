@@ -29,6 +29,8 @@ class Lines {
     /// next call.
     std::string_view Text() const { return std::string_view(buffer_).substr(begin_, length_); }
     std::size_t Number() const { return number_; } // Counted from 1.
+    /// Whether the line ends in a carriage return alone. Text is not valid afterwards.
+    bool EndsInReturn();
     bool IsTooLong() const { return isTooLong_; }
 
     /// Makes this line, where a record begins, the next one again.

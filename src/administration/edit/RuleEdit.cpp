@@ -37,7 +37,7 @@ RuleEdit::RuleEdit(std::string const& path)
         malformation_ = error;
     } catch (std::system_error const& error) {
         // What cannot be read must not pass for malformed, which may be replaced.
-        throw Error(Error::Kind::Unsaved, std::string(error.what()) + "; nothing was changed");
+        throw Error(Error::Kind::Unsaved, std::string("nothing was changed: ") + error.what());
     }
     for (std::size_t i = 0; i < before_.size(); ++i)
         slots_.push_back({{i, before_[i]}});

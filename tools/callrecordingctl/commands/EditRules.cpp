@@ -26,9 +26,9 @@ removed deletes its rule, one without an id is a new rule behind the block above
 it, and blocks in another order have their rules exchange places. Faults are
 shown above their lines, and the text is opened again. Then the difference is
 shown, and you are asked before it is saved, all at once. Nobody else has to
-wait meanwhile. A text that is not saved stays in a file, which is named; to take
-it up again, use cp as the editor.
-Example: EDITOR='cp /tmp/callrecordingctl-x1Y2z3.rules' callrecordingctl edit 3-5
+wait meanwhile. A text that is not saved stays in a file, which is named; to
+take it up again, use cp as the editor.
+Example: EDITOR='cp /tmp/callrecordingctl-x1Y2z3.rules' callrecordingctl edit 3
 )";
 
 constexpr char kIntro[] =

@@ -17,8 +17,8 @@ namespace {
 
 constexpr char kHelp[] =
     R"(FROM and TO are call type and pattern, REC the recording type, FOR the duration.
---grep finds the rules about a number; those that merely take it are named apart.
-When nothing is found, the exit status is 5.
+--grep finds the rules about a number, and names apart those that only
+take it. When nothing is found, the exit status is 5.
 On a terminal the table fits the width; elsewhere a rule is one line, unless the
 environment variable COLUMNS says how wide. For scripts there is --json.
 )";

@@ -20,7 +20,7 @@ With --twin, the first rule that mirrors a rule gets its recording type,
 destination, duration and state, and mirrors its new sides if they change; the
 twin keeps its description. Without such a rule nothing is changed.
 "callrecordingctl --help" explains the patterns.
-Example: callrecordingctl modify --record-to-is archive:/a --record-to archive:/b
+Example: callrecordingctl modify --record-to-is /old --record-to /new --dry-run
 )";
 
 struct Options {

@@ -12,10 +12,11 @@ namespace callrecordingctl {
 namespace {
 
 constexpr char kHelp[] =
-    R"(Several rules keep their order and follow one another, the first at PLACE. Identifiers belong to places: rules that change places exchange them too,
-and the output says which rule has which identifier now. The comments directly
-above a rule move with it.
-Example: callrecordingctl move 17 18 --before 3
+    R"(Several rules keep their order and follow one another, the first at PLACE.
+Identifiers belong to places: rules that change places exchange them too, and
+the output says which rule has which identifier now. The comments directly above
+a rule move with it.
+Example: callrecordingctl move 17-20 --before 3
 )";
 
 struct Options {
