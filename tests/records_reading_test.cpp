@@ -102,6 +102,7 @@ TEST(CallReader, ReadsEachFormatAndGoesOnBehindWhatIsNone) {
         {"from,to\n\"a\nc\",2\n3,4\n", {"2 !from would have a line break", "3 !a quote", "4 3>4"}},
         {"x,from,to\n\"y,1,2\n,3,4\n,5,6\nz\",7,8\n",
          {"2 !rows of their own", "3 3>4", "4 5>6", "5 !a quote"}},
+        {"from,to\r\"a\rc\",2\r3,4\r", {"2 !from would have a line break", "3 !a quote", "4 3>4"}},
         {"{\"from\":\"1\\n2\",\"to\":3}", {"1 !an address has a line break"}},
         // Values between tabs have no quotes, but escapes, unless the names have quotes.
         {"clid\tsrc\tdst\n\"A\" <1>\t1\t2\n\"\t3\ta\\tb\\\\\n\\N\t\\N\t4\n",

@@ -170,7 +170,7 @@ bool CsvRecords::IsNoCall() {
 void CsvRecords::RefuseWhatAQuoteSwallowed() {
     for (std::size_t i = 0; i < kColumnCount; ++i)
         if (where_[i] < rows_.FieldCount() &&
-            rows_.Field(where_[i]).find('\n') != std::string::npos)
+            rows_.Field(where_[i]).find_first_of("\r\n") != std::string::npos)
             return rows_.Refuse(fmt::format("a quote is open at its end, and {} would have a line "
                                             "break",
                                             used_[i]));
