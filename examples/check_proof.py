@@ -27,83 +27,54 @@ class Wrong(Exception):
     """What is not true."""
 
 
-def sign(a, b):
-    return (a > b) - (a < b)
-
-
-class Value:
-    """A text in which "?" is any character; the state is how much of it has been read."""
+class Row:
+    """A character from each of some sets, None for any; the state is how many have been read."""
     start = 0
 
-    def __init__(self, text):
-        self.text = text
+    def __init__(self, sets):
+        self.sets = sets
 
     def step(self, n, c):
-        return n + 1 if n < len(self.text) and self.text[n] in (c, "?") else None
+        return n + 1 if n < len(self.sets) and (self.sets[n] is None or c in self.sets[n]) else None
 
     def accepts(self, n):
-        return n == len(self.text)
+        return n == len(self.sets)
 
 
-class FixedWidth:
-    """A range whose low end has a leading zero: texts as long as that, in the order of texts."""
-    start = (0, 0, 0)
-
-    def __init__(self, low, high):
-        self.low, self.high = low, high
-
-    def step(self, state, c):
-        n, low, high = state
-        return (n + 1, low or sign(c, self.low[n]), high or sign(c, self.high[n])) if n < len(self.low) else None
-
-    def accepts(self, state):
-        return state[0] == len(self.low) and state[1] >= 0 and state[2] <= 0
-
-
-class Numbers:
-    """A range of numbers: the leading digits count; a candidate is no shorter than the low end, no longer than the
-    high one, and begins with a digit. The state: characters, digits, comparisons with both ends, digits ended."""
+class Range:
+    """From one number to another. With a leading zero in the low end: texts of its width, in the order of texts. Else the
+    leading digits count, and a candidate is no shorter than the low end and no longer than the high one. The state:
+    how many characters were read, how many of them count, how these compare with both ends, and if no more of them count."""
     start = (0, 0, 0, 0, False)
 
     def __init__(self, low, high):
-        self.sizes = len(low), len(high)
-        self.low, self.high = str(int(low)), str(int(high))
-        if max(int(low), int(high)) >= 2 ** 31 - 1:
+        self.is_fixed = len(low) > 1 and low[0] == "0"
+        if self.is_fixed and len(high) < len(low):
+            raise Refused(f"the item {low}-{high}")
+        if not self.is_fixed and max(int(low), int(high)) >= 2 ** 31 - 1:
             raise Refused(f"the number range {low}-{high}")
+        self.sizes = len(low), len(low if self.is_fixed else high)
+        self.low, self.high = (low, high[:len(low)]) if self.is_fixed else (str(int(low)), str(int(high)))
 
     def step(self, state, c):
         n, m, low, high, ended = state
-        if n >= self.sizes[1] or (n == 0 and c not in DIGITS) or (n == 1 and low == "zero"):
+        is_digit = self.is_fixed or c in DIGITS
+        if n == self.sizes[1] or low == "zero" or not (n or is_digit):
             return None
-        if n == 0 and c == "0":
-            return 1, 1, "zero", 0, False
-        if ended or c not in DIGITS:
+        if ended or not is_digit:
             return n + 1, m, low, high, True
-        low = low or (sign(c, self.low[m]) if m < len(self.low) else 0)
-        high = high or (sign(c, self.high[m]) if m < len(self.high) else 0)
-        return n + 1, m + 1, low, high, False
+        if not self.is_fixed and n == 0 and c == "0":  # Nothing follows a zero.
+            return 1, 1, "zero", 0, False
+        sign = [(c > end[m:m + 1]) - (c < end[m:m + 1]) for end in (self.low, self.high)]
+        return n + 1, m + 1, low or sign[0], high or sign[1], False
 
     def accepts(self, state):
         n, m, low, high, _ = state
         if n == 0 or not self.sizes[0] <= n <= self.sizes[1]:
             return False
         if low == "zero":
-            return int(self.low) == 0
-        return (m > len(self.low) or (m == len(self.low) and low >= 0)) and \
-            (m < len(self.high) or (m == len(self.high) and high <= 0))
-
-
-class OneLetter:
-    start = 0
-
-    def __init__(self, low, high):
-        self.low, self.high = low, high
-
-    def step(self, state, c):
-        return 1 if state == 0 and c in LETTERS and self.low < c <= self.high else None
-
-    def accepts(self, state):
-        return state == 1
+            return self.low == "0"
+        return (m, low) >= (len(self.low), 0) and (m, high) <= (len(self.high), 0)
 
 
 def items(text):
@@ -112,22 +83,16 @@ def items(text):
     for item in text.split(","):
         excludes = item.startswith("!")
         item = item[excludes:]
-        if item and all(c in LITERALS or c == "?" for c in item):
-            found.append((excludes, Value(item)))
-            continue
-        low, dash, high = item.partition("-")
-        if not (dash and low and high and set(low + high) <= LITERALS):
-            raise Refused("the item " + item)
-        if set(low + high) <= set(DIGITS):
-            is_fixed = len(low) > 1 and low[0] == "0"
-            if is_fixed and len(high) < len(low):
-                raise Refused("the item " + item)
-            found.append((excludes, (FixedWidth if is_fixed else Numbers)(low, high)))
-        elif len(low) == 1 and len(high) == 1 and high in LETTERS:
-            found.append((excludes, OneLetter(low, high)))
+        low, _, high = item.partition("-")
+        if item and set(item) <= LITERALS | {"?"}:
+            low = item
+        elif low and high and set(low + high) <= set(DIGITS):
+            found.append((excludes, Range(low, high)))
+        elif len(low) == 1 and len(high) == 1 and low in LITERALS and high in LETTERS:
+            found.append((excludes, Row([{c for c in LETTERS if low < c <= high}])))
         else:
             raise Refused("the item " + item)
-        found.append((excludes, Value(low)))
+        found.append((excludes, Row([None if c == "?" else {c} for c in low])))
     return found
 
 
@@ -228,7 +193,7 @@ def symbols_for(sides):
         for c, list_of_items in side.elements:
             used.add(c)
             for _, item in list_of_items or []:
-                used |= set(getattr(item, "text", "")) | (set(LETTERS) if isinstance(item, OneLetter) else set())
+                used.update(*(chars for chars in getattr(item, "sets", []) if chars))
     used -= set("?*[<")
     others = [chr(byte) for byte in range(256) if chr(byte) not in used]
     return sorted(used) + [next(c for c in others if c < "0"), next(c for c in others if c > "9")]

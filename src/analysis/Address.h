@@ -124,6 +124,11 @@ struct Address {
     SymbolText text;
 };
 
+/// What the text holds beside the object.
+inline std::size_t BytesOf(Address const& address) {
+    return address.text.capacity() > SymbolText().capacity() ? address.text.capacity() : 0;
+}
+
 } // namespace CallRecordingUtils
 
 #endif

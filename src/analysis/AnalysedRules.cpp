@@ -57,46 +57,70 @@ CallAnswer AnalysedRules::FindDecided(std::size_t place) {
 
 CallAnswer const& AnalysedRules::Example(std::size_t place) {
     auto& example = examples_[place];
-    if (!example)
+    if (!example) {
         example = FindDecided(place);
+        space_.Reserve(example->takers.capacity() * sizeof(example->takers[0]) +
+                       BytesOf(example->call.caller) + BytesOf(example->call.called));
+    }
     return *example;
 }
 
-/// The enabled rules before end that may match a call that the rule with id matches, as far as the
-/// first characters tell.
-std::vector<std::uint32_t> AnalysedRules::Near(RuleSpace::RuleId id, std::size_t end) const {
+/// The enabled rules from begin up to end that may match a call that the rule with id matches, as
+/// far as the first characters tell.
+std::vector<std::uint32_t> AnalysedRules::Near(RuleSpace::RuleId id, std::size_t begin,
+                                               std::size_t end) const {
     SidePair const& sides = space_.SidesIn(id);
     SideOutline const& called = space_.Pool().OutlineOf(sides.called);
     SideOutline const& caller = space_.Pool().OutlineOf(sides.caller);
     bool const byCalled = meeting_[0].Effort(called) <= meeting_[1].Effort(caller);
     return meeting_[byCalled ? 0 : 1].Find(byCalled ? called : caller,
+                                           static_cast<std::uint32_t>(begin),
                                            static_cast<std::uint32_t>(end));
 }
 
 AnalysedRules::Places AnalysedRules::MayMeet(RuleSpace::RuleId id, std::size_t begin,
                                              std::size_t end) const {
     Places places;
-    for (std::size_t const place : Near(id, end))
-        if (place >= begin && space_.MayMeet(place, id))
-            places.push_back(place);
+    ForEachMeeting(id, begin, end, [&places](std::size_t place) {
+        places.push_back(place);
+        return true;
+    });
     return places;
+}
+
+std::optional<AnalysedRules::Places> AnalysedRules::Matching(FoundCall const& call,
+                                                             std::size_t end) {
+    constexpr std::size_t kMost = 1000;
+    Places matching;
+    ExampleCall const shown = Shown(call);
+    auto place = decider_.PlaceFor(shown);
+    for (; place && *place < end && matching.size() < kMost; place = decider_.PlaceFor(shown)) {
+        matching.push_back(*place);
+        decider_.LeaveOut(*place);
+    }
+    for (std::size_t const found : matching)
+        decider_.TakeIn(found);
+    if (place && *place < end)
+        return std::nullopt;
+    auto const isUnreadable = [this](std::size_t rule) { return !space_.IsReadable(rule); };
+    matching.erase(std::remove_if(matching.begin(), matching.end(), isUnreadable), matching.end());
+    return matching;
 }
 
 AnalysedRules::Takers AnalysedRules::TakersOf(std::size_t place, std::size_t most) {
     Takers takers{{}, true};
-    for (std::size_t const other : Near(place, place)) {
-        if (!space_.MayMeet(other, place))
-            continue;
+    ForEachMeeting(place, 0, place, [&](std::size_t other) {
         if (takers.places.size() == most) {
             takers.isComplete = false;
-            break;
+            return false;
         }
         CallAnswer const taken = FindTaken(other, place);
         if (taken.outcome == Outcome::Found)
             takers.places.push_back(other);
         else if (taken.outcome == Outcome::Undecided)
             takers.isComplete = false;
-    }
+        return true;
+    });
     return takers;
 }
 

@@ -4,6 +4,7 @@
 #ifndef ANALYSIS_ANALYSEDRULES_H
 #define ANALYSIS_ANALYSEDRULES_H
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -58,6 +59,20 @@ class AnalysedRules {
     /// The enabled rules that may match a call that the rule with id matches, from the place begin
     /// up to end, ascending.
     Places MayMeet(RuleSpace::RuleId id, std::size_t begin, std::size_t end) const;
+    /// The same one by one, until visit returns false.
+    template <typename Visit>
+    void ForEachMeeting(RuleSpace::RuleId id, std::size_t begin, std::size_t end,
+                        Visit const& visit) const {
+        constexpr std::size_t kFirst = 256; // Mostly the first few are enough.
+        for (std::size_t size = kFirst; begin < end; begin += size, size *= 4)
+            for (std::size_t const place : Near(id, begin, std::min(end, begin + size)))
+                if (space_.MayMeet(place, id) && !visit(place))
+                    return;
+    }
+
+    /// The enabled rules before end that match call and have automata; nothing when they are more
+    /// than anybody wants to look at. REQUIRES: no rule is left out of the decisions.
+    std::optional<Places> Matching(FoundCall const& call, std::size_t end);
 
     /// The enabled rules before place that decide calls which it matches.
     struct Takers {
@@ -69,7 +84,7 @@ class AnalysedRules {
     CallAnswer FindTaken(std::size_t taker, std::size_t place);
 
   private:
-    std::vector<std::uint32_t> Near(RuleSpace::RuleId id, std::size_t end) const;
+    std::vector<std::uint32_t> Near(RuleSpace::RuleId id, std::size_t begin, std::size_t end) const;
     bool DoExamplesShow(std::size_t taker, std::size_t place, FoundCall& call);
     Fate FateBefore(std::size_t place, RuleSpace::RuleIds const& must, FoundCall const& call);
 

@@ -129,6 +129,7 @@ Outcome CheapestAddresses::Find(Sides const& sides, Allowance& allowance, Addres
     if (isSingle) {
         known_.resize(std::max<std::size_t>(known_.size(), sides[0] + std::size_t{1}));
         known_[sides[0]] = found;
+        bytesOfTexts_ += BytesOf(found);
     }
     return outcome;
 }

@@ -34,11 +34,12 @@ class CheapestAddresses {
     /// Finds the cheapest address that all of sides accept; they are a set.
     Outcome Find(std::vector<SideId> const& sides, Allowance& allowance, Address& found);
 
-    std::size_t Bytes() const { return known_.size() * sizeof(known_[0]); }
+    std::size_t Bytes() const { return known_.capacity() * sizeof(known_[0]) + bytesOfTexts_; }
 
   private:
     AutomatonPool& pool_;
     std::vector<std::optional<Address>> known_; // By side.
+    std::size_t bytesOfTexts_ = 0;
 };
 
 /// Returns a cheap call that all of must match and none of avoid does. What one side must satisfy

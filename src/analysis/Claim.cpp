@@ -164,8 +164,14 @@ class Prover {
     std::vector<std::size_t> Covering(RuleIds const& must, RuleIds const& known) {
         if (known.empty())
             return {};
-        Cover cover =
-            FindSmallestCover(rules_.Space(), must, exceptions_, Wanted(must, EndFor(must)), known);
+        auto const isOther = [this](std::size_t rule) { return !claim_.Wants(rules_, rule); };
+        auto const matching = [&](FoundCall const& call) {
+            auto rules = rules_.Matching(call, EndFor(must));
+            if (rules)
+                rules->erase(std::remove_if(rules->begin(), rules->end(), isOther), rules->end());
+            return rules;
+        };
+        Cover cover = FindSmallestCover(rules_.Space(), must, exceptions_, matching, known);
         proof_.isSmallest = proof_.isSmallest && cover.isSmallest;
         return cover.rules;
     }

@@ -151,7 +151,7 @@ class Comparer {
         SideOutline const& called = space_.Pool().OutlineOf(space_.SidesIn(id).called);
         std::vector<std::size_t> meeting;
         for (std::size_t const at :
-             list.index.Find(called, static_cast<std::uint32_t>(list.Count())))
+             list.index.Find(called, 0, static_cast<std::uint32_t>(list.Count())))
             if (space_.MayMeet(id, list.ids[at]))
                 meeting.push_back(at);
         return meeting;
@@ -185,10 +185,11 @@ class Comparer {
             return rules;
         };
         CallAnswer const answer = FindCall(space_, sought);
-        if (answer.outcome == Outcome::Found)
+        if (answer.outcome == Outcome::Found) {
             result_.differences.push_back(
                 {ExampleOf(answer.call, space_.Calls()), here_.Place(a), there_.Place(b)});
-        else if (answer.outcome == Outcome::Undecided)
+            space_.Reserve(sizeof(Difference));
+        } else if (answer.outcome == Outcome::Undecided)
             AddUndecided(a, b, *answer.why);
     }
 

@@ -44,12 +44,13 @@ std::size_t MeetIndex::Effort(SideOutline const& outline) const {
     return effort;
 }
 
-std::vector<std::uint32_t> MeetIndex::Find(SideOutline const& outline, std::uint32_t end) const {
+std::vector<std::uint32_t> MeetIndex::Find(SideOutline const& outline, std::uint32_t begin,
+                                           std::uint32_t end) const {
     Buckets const buckets = BucketsOf(outline);
     std::vector<std::uint32_t> found;
     auto const add = [&](std::vector<std::uint32_t> const& numbers) {
-        found.insert(found.end(), numbers.begin(),
-                     std::lower_bound(numbers.begin(), numbers.end(), end));
+        auto const first = std::lower_bound(numbers.begin(), numbers.end(), begin);
+        found.insert(found.end(), first, std::lower_bound(first, numbers.end(), end));
     };
     if (buckets.empty()) {
         add(all_);

@@ -22,8 +22,9 @@ class MeetIndex {
 
     /// How many numbers Find looks at.
     std::size_t Effort(SideOutline const& outline) const;
-    /// Returns the numbers below end of all outlines that may meet outline, ascending.
-    std::vector<std::uint32_t> Find(SideOutline const& outline, std::uint32_t end) const;
+    /// Returns the numbers from begin up to end of all outlines that may meet outline, ascending.
+    std::vector<std::uint32_t> Find(SideOutline const& outline, std::uint32_t begin,
+                                    std::uint32_t end) const;
 
     std::size_t Bytes() const { return bytes_; }
 

@@ -41,14 +41,15 @@ RuleReport RuleAnalysis::Report(std::size_t place, std::size_t mostTakers) {
 
 /// Rules that never decide themselves are no reason.
 std::vector<std::size_t> RuleAnalysis::ReasonFor(std::size_t place, bool& isSmallest) {
-    std::vector<std::size_t> candidates = rules_.MayMeet(place, 0, place);
-    auto const isUseless = [this](std::size_t rule) {
-        return !rules_.Space().IsReadable(rule) || rules_.IsKnownToBeHidden(rule);
+    auto const isHidden = [this](std::size_t rule) { return rules_.IsKnownToBeHidden(rule); };
+    auto const matching = [&](FoundCall const& call) {
+        auto rules = rules_.Matching(call, place);
+        if (rules)
+            rules->erase(std::remove_if(rules->begin(), rules->end(), isHidden), rules->end());
+        return rules;
     };
-    candidates.erase(std::remove_if(candidates.begin(), candidates.end(), isUseless),
-                     candidates.end());
     Cover cover =
-        FindSmallestCover(rules_.Space(), {place}, {}, candidates, rules_.Example(place).takers);
+        FindSmallestCover(rules_.Space(), {place}, {}, matching, rules_.Example(place).takers);
     isSmallest = cover.isSmallest;
     return std::move(cover.rules);
 }
@@ -56,23 +57,22 @@ std::vector<std::size_t> RuleAnalysis::ReasonFor(std::size_t place, bool& isSmal
 HiddenRule RuleAnalysis::Judge(std::size_t place, std::vector<std::size_t> const& takenBy) {
     HiddenRule hidden{true, std::nullopt, std::nullopt, false, false};
     CallRecordingRuleParams const* const rule = rules_.Rule(place);
-    for (std::size_t const other : rules_.MayMeet(place, 0, place)) {
+    rules_.ForEachMeeting(place, 0, place, [&](std::size_t other) {
         CallRecordingRuleParams const* const by = rules_.Rule(other);
         bool const wouldBeForbidden = Records(rule) && ForbidsRecording(*by);
         if (HaveSameOutcome(by, rule) || (hidden.call && !wouldBeForbidden))
-            continue;
+            return true;
         CallAnswer const taken = rules_.FindTaken(other, place);
         if (taken.outcome == Outcome::Undecided && !hidden.call)
             hidden.isTakenAlike.reset();
         if (taken.outcome != Outcome::Found)
-            continue;
+            return true;
         hidden.isTakenAlike = false;
         hidden.call = rules_.Shown(taken.call);
         hidden.taker = other;
         hidden.isForbidden = wouldBeForbidden;
-        if (wouldBeForbidden || !Records(rule))
-            break;
-    }
+        return !wouldBeForbidden && Records(rule);
+    });
     hidden.isBehindWider = takenBy.size() == 1 && !HaveSameOutcome(rules_.Rule(takenBy[0]), rule) &&
                            !IsCovered(takenBy[0], place);
     return hidden;

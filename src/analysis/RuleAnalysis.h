@@ -98,6 +98,9 @@ class RuleAnalysis {
     explicit RuleAnalysis(RuleParamsList const& rules, std::size_t memory = kAnalysisMemory,
                           CallKind calls = CallKind::Typed);
 
+    /// The caller holds results of this many bytes, which count.
+    void Reserve(std::size_t bytes) { rules_.Space().Reserve(bytes); }
+
     /// What the rule at place does. Of a rule that decides, takenBy names at most the first
     /// mostTakers; it costs a search for some of the rules before it.
     RuleReport Report(std::size_t place,

@@ -9,7 +9,7 @@ namespace {
 
 // A step takes some ten nanoseconds, so that all questions together end within seconds, and longer
 // only where there are many rules.
-constexpr std::uint64_t kSteps = std::uint64_t{1} << 26;
+constexpr std::uint64_t kSteps = std::uint64_t{1} << 25;
 constexpr std::uint64_t kStepsForRule = 4096;
 constexpr std::uint64_t kFreeSteps = 8192;
 constexpr std::size_t kFreeQuestions = 1000;

@@ -5,8 +5,7 @@
 #include "analysis/SmallestCover.h"
 
 #include <algorithm>
-#include <iterator>
-#include <optional>
+#include <utility>
 
 namespace CallRecordingUtils {
 namespace {
@@ -68,21 +67,20 @@ class CoverSearch {
     CoverSearch(RuleSpace& space, RuleIds const& must, RuleIds const& avoid)
         : space_(space), must_(must), avoid_(avoid) {}
 
-    std::optional<RuleIds> Fewest(RuleIds const& candidates) {
-        std::vector<RuleIds> matching; // For each call, the candidates that match it.
+    std::optional<RuleIds> Fewest(MatchingCandidates const& matching) {
+        std::vector<RuleIds> sets; // For each call, the candidates that match it.
         RuleIds guess;
-        while (matching.size() < kMostCalls) {
+        while (sets.size() < kMostCalls) {
             CallFinding const left = Search(guess);
             if (left.outcome == Outcome::None)
                 return guess;
             if (left.outcome == Outcome::Undecided)
                 return std::nullopt;
-            RuleIds& rules = matching.emplace_back();
-            std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(rules),
-                         [&](RuleSpace::RuleId rule) { return space_.Matches(rule, left.call); });
-            if (rules.empty())
+            auto rules = matching(left.call);
+            if (!rules || rules->empty())
                 return std::nullopt;
-            auto next = HittingSet(matching).Find();
+            sets.push_back(std::move(*rules));
+            auto next = HittingSet(sets).Find();
             if (!next)
                 return std::nullopt;
             guess = std::move(*next);
@@ -119,9 +117,11 @@ class CoverSearch {
 } // namespace
 
 Cover FindSmallestCover(RuleSpace& space, RuleIds const& must, RuleIds const& avoid,
-                        RuleIds const& candidates, RuleIds const& known) {
+                        MatchingCandidates const& matching, RuleIds const& known) {
+    if (known.size() == 1)
+        return {known, true};
     CoverSearch search(space, must, avoid);
-    if (auto fewest = search.Fewest(candidates)) {
+    if (auto fewest = search.Fewest(matching)) {
         std::sort(fewest->begin(), fewest->end());
         return {std::move(*fewest), true};
     }

@@ -3,6 +3,9 @@
 #ifndef ANALYSIS_SMALLESTCOVER_H
 #define ANALYSIS_SMALLESTCOVER_H
 
+#include <functional>
+#include <optional>
+
 #include "analysis/RuleSpace.h"
 
 namespace CallRecordingUtils {
@@ -13,11 +16,15 @@ struct Cover {
                               // too many to try.
 };
 
-/// Returns rules that match every call that all of must match and none of avoid does: of
-/// candidates, which are ascending, the fewest, and of these the first; where that would take too
-/// long, of known, which are known to match all these calls. All of them have automata.
+/// The candidates that match a call, ascending; nothing when they are too many.
+using MatchingCandidates = std::function<std::optional<RuleSpace::RuleIds>(FoundCall const&)>;
+
+/// Returns rules that match every call that all of must match and none of avoid does: of the
+/// candidates the fewest, and of these the first; where that would take too long, of known, which
+/// are known to match all these calls. All of them have automata.
+/// REQUIRES: known are candidates, and one of them is the first one that matches some such call.
 Cover FindSmallestCover(RuleSpace& space, RuleSpace::RuleIds const& must,
-                        RuleSpace::RuleIds const& avoid, RuleSpace::RuleIds const& candidates,
+                        RuleSpace::RuleIds const& avoid, MatchingCandidates const& matching,
                         RuleSpace::RuleIds const& known);
 
 } // namespace CallRecordingUtils

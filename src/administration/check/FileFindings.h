@@ -71,11 +71,11 @@ bool IsPlainId(StoredRule const& stored);
 
 struct CheckOptions {
     CallKind calls = CallKind::Typed;
-    std::size_t memory = kAnalysisMemory; ///< In bytes, for the analysis of each kind of calls.
+    std::size_t memory = kAnalysisMemory; ///< In bytes, the findings among what is held.
     /// How many rules that take calls of another one are looked for.
     std::size_t mostTakers = 100;
-    /// Called after each rule of which it is known what it decides, with how many these are.
-    std::function<void(std::size_t)> onProgress{};
+    /// Called now and then with how much is done, and how much there is to do.
+    std::function<void(std::size_t, std::size_t)> onProgress{};
 };
 
 /// Returns the faults in the order of their lines, and then the notes.

@@ -2,6 +2,9 @@
 
 #include "administration/check/ReachFindings.h"
 
+#include <optional>
+#include <utility>
+
 #include <fmt/format.h>
 
 #include "administration/check/Reasons.h"
@@ -23,23 +26,45 @@ class ReachChecker {
   public:
     ReachChecker(std::vector<StoredRule> const& stored, CheckOptions const& options)
         : stored_(stored), options_(options), rules_(RulesOf(stored)), calls_(options.calls),
-          analysis_(rules_, options.memory, calls_),
-          other_(rules_, options.memory,
-                 calls_ == CallKind::Typed ? CallKind::Parties : CallKind::Typed) {}
+          standings_(stored.size()) {}
 
+    /// One kind of calls after the other, so that only one analysis is held at a time.
     std::vector<FileFinding> Run() {
-        for (place_ = 0; place_ < stored_.size(); ++place_) {
-            RuleReport const report = analysis_.Report(place_, options_.mostTakers);
-            CheckReport(report);
-            CheckParties();
-            CheckOther(report);
-            if (options_.onProgress)
-                options_.onProgress(place_ + 1);
-        }
+        Analyse(
+            calls_,
+            [this] {
+                RuleReport const report = analysis_->Report(place_, options_.mostTakers);
+                standings_[place_] = report.standing;
+                CheckReport(report);
+                CheckParties();
+            });
+        Analyse(OtherThan(calls_), [this] { CheckOther(); });
         return std::move(findings_);
     }
 
   private:
+    template <typename Check>
+    void Analyse(CallKind calls, Check const& check) {
+        analysis_.reset();
+        analysis_.emplace(rules_, options_.memory, calls);
+        for (FileFinding const& finding : findings_)
+            Count(finding);
+        for (place_ = 0; place_ < stored_.size(); ++place_) {
+            std::size_t const before = findings_.size();
+            check();
+            for (std::size_t i = before; i < findings_.size(); ++i)
+                Count(findings_[i]);
+            if (options_.onProgress)
+                options_.onProgress(++done_, 2 * stored_.size());
+        }
+    }
+
+    /// What was found is held, too.
+    void Count(FileFinding const& finding) {
+        analysis_->Reserve(sizeof(finding) + finding.message.capacity() +
+                           finding.takenBy.capacity() * sizeof(finding.takenBy[0]));
+    }
+
     FileFinding& Find(std::string_view kind, std::string const& message) {
         FileFinding finding{};
         finding.kind = kind;
@@ -69,7 +94,7 @@ class ReachChecker {
     }
 
     void CheckHidden(RuleReport const& report) {
-        HiddenRule const hidden = analysis_.Judge(place_, report.takenBy);
+        HiddenRule const hidden = analysis_->Judge(place_, report.takenBy);
         std::string message = WhyItDecidesNothing(report, rules_);
         std::string_view kind = kNeverDecides;
         if (hidden.isTakenAlike == true) {
@@ -93,7 +118,7 @@ class ReachChecker {
     }
 
     void CheckDeciding(RuleReport const& report) {
-        Removal const removal = analysis_.WithoutRule(place_);
+        Removal const removal = analysis_->WithoutRule(place_);
         if (removal.changesNothing == true)
             Find(kCouldGo, removal.heirs.empty()
                                ? "could go without any call being decided differently"
@@ -128,9 +153,9 @@ class ReachChecker {
     }
 
     /// Says when the rule decides calls of the one kind only, unless no party can match it anyway.
-    void CheckOther(RuleReport const& report) {
-        RuleReport const other = other_.Report(place_, 0);
-        if (other.standing == report.standing || other.standing == RuleReport::kMatchesNothing)
+    void CheckOther() {
+        RuleReport const other = analysis_->Report(place_, 0);
+        if (other.standing == standings_[place_] || other.standing == RuleReport::kMatchesNothing)
             return;
         char const* const which = calls_ == CallKind::Typed ? "calls of parties" : "typed calls";
         if (other.standing == RuleReport::kDecides)
@@ -143,8 +168,9 @@ class ReachChecker {
     CheckOptions const& options_;
     RuleList const rules_;
     CallKind const calls_;
-    RuleAnalysis analysis_;
-    RuleAnalysis other_;
+    std::optional<RuleAnalysis> analysis_;
+    std::vector<RuleReport::Standing> standings_; // Of rules, for calls_.
+    std::size_t done_ = 0;
     std::size_t place_ = 0;
     std::vector<FileFinding> findings_;
 };

@@ -86,12 +86,14 @@ std::size_t MostTakers(std::size_t rules, bool areNotesShown) {
 
 std::vector<FileFinding> Find(std::vector<StoredRule> const& stored, Options const& options,
                               bool json) {
-    Progress progress(stored.size());
     CheckOptions check = options.check;
     check.mostTakers = MostTakers(stored.size(), options.notes || json);
-    check.onProgress = [&progress](std::size_t done) {
-        if (progress.IsDue())
-            progress.Show(done, fmt::format("{} of {} rules", done, progress.Size()));
+    std::optional<Progress> progress;
+    check.onProgress = [&progress](std::size_t done, std::size_t all) {
+        if (!progress)
+            progress.emplace(all);
+        if (progress->IsDue())
+            progress->Show(done, fmt::format("{} % of the rules checked", 100 * done / all));
     };
     return FindFaults(stored, check);
 }
