@@ -3,11 +3,15 @@
 #include "analysis/AnalysedRules.h"
 
 #include <algorithm>
+#include <map>
+#include <string_view>
+#include <tuple>
 
 namespace CallRecordingUtils {
 
 AnalysedRules::AnalysedRules(RuleParamsList const& rules, std::size_t memory, CallKind calls)
     : rules_(rules), space_(calls, memory), decider_(rules, calls), examples_(rules.size()) {
+    NumberOutcomes();
     for (std::size_t place = 0; place < rules.size(); ++place) {
         RuleSpace::RuleId const id = space_.Add(SidesOf(rules[place]));
         if (!IsEnabled(place))
@@ -18,6 +22,20 @@ AnalysedRules::AnalysedRules(RuleParamsList const& rules, std::size_t memory, Ca
     }
     space_.Reserve(rules.size() * (CallDecider::kBytesForRule + sizeof(examples_[0])) +
                    meeting_[0].Bytes() + meeting_[1].Bytes());
+}
+
+void AnalysedRules::NumberOutcomes() {
+    using Outcome = std::tuple<std::int32_t, std::string_view, std::string_view>;
+    std::map<Outcome, std::uint32_t> numbers;
+    for (std::size_t place = 0; place < rules_.size(); ++place) {
+        CallRecordingRuleParams const& rule = rules_[place];
+        bool const isForbidding = ForbidsRecording(rule);
+        Outcome const outcome{rule.call_recording_type, rule.record_to, rule.recording_duration};
+        auto const number = static_cast<std::uint32_t>(numbers.size() + 1);
+        outcomes_.push_back(isForbidding ? 0 : numbers.emplace(outcome, number).first->second);
+        if (isForbidding && IsEnabled(place))
+            forbidding_.push_back(place);
+    }
 }
 
 bool AnalysedRules::Matches(std::size_t place, ExampleCall const& call) const {

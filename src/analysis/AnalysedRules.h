@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -43,6 +44,10 @@ class AnalysedRules {
         return place ? &rules_[*place] : nullptr;
     }
     bool Matches(std::size_t place, ExampleCall const& call) const;
+    /// Whether both rules make the same of a call; quick.
+    bool AreAlike(std::size_t a, std::size_t b) const { return outcomes_[a] == outcomes_[b]; }
+    /// The enabled rules that forbid recording, ascending.
+    Places const& Forbidding() const { return forbidding_; }
 
     /// A call that the rule at place decides. What was found is kept.
     CallAnswer const& Example(std::size_t place);
@@ -84,6 +89,7 @@ class AnalysedRules {
     CallAnswer FindTaken(std::size_t taker, std::size_t place);
 
   private:
+    void NumberOutcomes();
     std::vector<std::uint32_t> Near(RuleSpace::RuleId id, std::size_t begin, std::size_t end) const;
     bool DoExamplesShow(std::size_t taker, std::size_t place, FoundCall& call);
     Fate FateBefore(std::size_t place, RuleSpace::RuleIds const& must, FoundCall const& call);
@@ -91,6 +97,8 @@ class AnalysedRules {
     RuleParamsList const& rules_;
     RuleSpace space_;
     CallDecider decider_;
+    std::vector<std::uint32_t> outcomes_; // Numbers of what rules make of calls, by place.
+    Places forbidding_;
     std::array<MeetIndex, 2> meeting_; // By the called and the calling side.
     std::vector<std::optional<CallAnswer>> examples_;
 };

@@ -56,25 +56,33 @@ std::vector<std::size_t> RuleAnalysis::ReasonFor(std::size_t place, bool& isSmal
 
 HiddenRule RuleAnalysis::Judge(std::size_t place, std::vector<std::size_t> const& takenBy) {
     HiddenRule hidden{true, std::nullopt, std::nullopt, false, false};
-    CallRecordingRuleParams const* const rule = rules_.Rule(place);
-    rules_.ForEachMeeting(place, 0, place, [&](std::size_t other) {
-        CallRecordingRuleParams const* const by = rules_.Rule(other);
-        bool const wouldBeForbidden = Records(rule) && ForbidsRecording(*by);
-        if (HaveSameOutcome(by, rule) || (hidden.call && !wouldBeForbidden))
-            return true;
+    // Returns whether other takes a call of the rule.
+    auto const isTaken = [&](std::size_t other) {
         CallAnswer const taken = rules_.FindTaken(other, place);
-        if (taken.outcome == Outcome::Undecided && !hidden.call)
+        if (taken.outcome == Outcome::Undecided)
             hidden.isTakenAlike.reset();
         if (taken.outcome != Outcome::Found)
-            return true;
+            return false;
         hidden.isTakenAlike = false;
         hidden.call = rules_.Shown(taken.call);
         hidden.taker = other;
-        hidden.isForbidden = wouldBeForbidden;
-        return !wouldBeForbidden && Records(rule);
-    });
-    hidden.isBehindWider = takenBy.size() == 1 && !HaveSameOutcome(rules_.Rule(takenBy[0]), rule) &&
-                           !IsCovered(takenBy[0], place);
+        return true;
+    };
+    // Rules that forbid come first: a call that is not recorded at all says most.
+    AnalysedRules::Places const& forbidding = rules_.Forbidding();
+    for (auto other = forbidding.begin(); !hidden.isForbidden && Records(rules_.Rule(place)) &&
+                                          other != forbidding.end() && *other < place;
+         ++other)
+        hidden.isForbidden = rules_.Space().MayMeet(*other, place) && isTaken(*other);
+    if (!hidden.isForbidden)
+        rules_.ForEachMeeting(place, 0, place, [&](std::size_t other) {
+            bool const isNew =
+                !rules_.AreAlike(other, place) &&
+                (!ForbidsRecording(rules_.Rules()[other]) || !Records(rules_.Rule(place)));
+            return !isNew || !isTaken(other);
+        });
+    hidden.isBehindWider =
+        takenBy.size() == 1 && !rules_.AreAlike(takenBy[0], place) && !IsCovered(takenBy[0], place);
     return hidden;
 }
 
@@ -128,15 +136,19 @@ CallAnswer RuleAnalysis::FindChange(std::size_t place) {
             return result;
         end = result.takers.empty() ? 0 : result.takers.back();
     }
-    for (std::size_t const other : rules_.MayMeet(place, place + 1, end)) {
-        if (!rules_.Deciding().Has(other) ||
-            HaveSameOutcome(rules_.Rule(other), rules_.Rule(place)))
-            continue;
-        CallAnswer const answer = find({place, other});
-        if (answer.outcome != Outcome::None)
-            return answer;
+    rules_.ForEachMeeting(place, place + 1, end, [&](std::size_t other) {
+        if (!rules_.Deciding().Has(other) || rules_.AreAlike(other, place))
+            return true;
+        CallAnswer answer = find({place, other});
+        if (answer.outcome != Outcome::None) {
+            result = std::move(answer);
+            return false;
+        }
         result.takers.insert(result.takers.end(), answer.takers.begin(), answer.takers.end());
-    }
+        return true;
+    });
+    if (result.outcome != Outcome::None)
+        return result;
     std::sort(result.takers.begin(), result.takers.end());
     auto const unique = std::unique(result.takers.begin(), result.takers.end());
     result.takers.erase(unique, result.takers.end());
