@@ -61,9 +61,10 @@ AutomatonPool::AutomatonPool(CallKind calls, std::size_t mostBytes)
     states_.push_back({{}, 0, 0, 0, kNever, false, false});
 }
 
+/// What a vector has in reserve is memory that was never touched.
 std::size_t AutomatonPool::Bytes() const {
-    return states_.capacity() * sizeof(State) + targets_.capacity() * sizeof(StateId) +
-           sides_.capacity() * sizeof(Side) + bytesOfKeys_;
+    return states_.size() * sizeof(State) + targets_.size() * sizeof(StateId) +
+           sides_.size() * sizeof(Side) + bytesOfKeys_;
 }
 
 SideId AutomatonPool::Add(RuleSide const& side) {
