@@ -26,24 +26,24 @@ bool HasForm(std::string_view text, std::string_view form) {
 
 /// Whether the blank at this place is the one in 2026-11-25 14:03.
 bool IsInTime(std::string_view text, std::size_t blank) {
-    constexpr std::string_view kDate = "0000-00-00";
-    return blank >= kDate.size() && HasForm(text.substr(blank - kDate.size()), kDate) &&
-           HasForm(text.substr(blank + 1), "00:00");
+    constexpr std::size_t kDate = 10;
+    return blank >= kDate && HasForm(text.substr(blank - kDate), "0000-00-00 00:00");
 }
 
 /// Where to break text, which is longer than length bytes.
 std::size_t BreakAt(std::string_view text, std::size_t length) {
     std::size_t const first = std::min(text.find_first_not_of(' '), text.size());
-    for (std::size_t at = length; at > first; --at)
-        if (text[at] == ' ' && !IsInTime(text, at))
-            return at;
+    for (bool const breaksTimes : {false, true})
+        for (std::size_t at = length; at > first; --at)
+            if (text[at] == ' ' && (breaksTimes || !IsInTime(text, at)))
+                return at;
     for (std::size_t at = length; at > first + (length - std::min(first, length)) / 4; --at)
         if (IsJoint(text[at - 1], text[at]))
             return at;
     return length;
 }
 
-/// Where the words of a shell begin that the blanks before them may be broken at.
+/// Where the word of a shell ends that begins at this place.
 std::size_t EndOfWord(std::string_view command, std::size_t at) {
     bool isQuoted = false,
          isEscaping = true; // In $'...' a backslash escapes, in '...' it does not.
@@ -58,7 +58,28 @@ std::size_t EndOfWord(std::string_view command, std::size_t at) {
     return at;
 }
 
+std::string_view TakeUntilLineEnd(std::string_view& text) {
+    std::size_t const end = std::min(text.find('\n'), text.size());
+    std::string_view const line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return line;
+}
+
+/// The part of line that fits, and a caret under this column.
+std::string AroundCaret(std::string_view line, std::size_t column, std::size_t width) {
+    std::size_t const left =
+        DisplayWidth(line) > width && column > width / 2 ? column - width / 2 : 0;
+    line.remove_prefix(BytesWithin(line, left));
+    line = line.substr(0, BytesWithin(line, width));
+    return std::string(line) + '\n' + std::string(column - left, ' ') + "^\n";
+}
+
 } // namespace
+
+bool IsTime(std::string_view text) {
+    constexpr std::string_view kForm = "0000-00-00 00:00:00";
+    return text.size() == kForm.size() && HasForm(text, kForm);
+}
 
 std::string_view TakeLine(std::string_view& text, std::size_t width) {
     std::size_t length =
@@ -79,6 +100,24 @@ std::string WrapText(std::string_view text, std::size_t width, std::size_t inden
     indent = std::min(indent, width / 2);
     while (!text.empty())
         wrapped.append(indent, ' ').append(TakeLine(text, width - indent)) += '\n';
+    return wrapped;
+}
+
+std::string WrapLines(std::string_view text, std::size_t width) {
+    std::string wrapped;
+    while (!text.empty()) {
+        std::string_view const line = TakeUntilLineEnd(text);
+        std::string_view rest = text;
+        std::string_view const next = TakeUntilLineEnd(rest);
+        std::size_t const caret = next.find_first_not_of(' ');
+        if (caret != std::string_view::npos && next.substr(caret) == "^") {
+            wrapped += AroundCaret(line, caret, width);
+            text = rest;
+        } else {
+            wrapped +=
+                WrapText(line, width, std::min(line.find_first_not_of(' '), line.size()) + 2);
+        }
+    }
     return wrapped;
 }
 

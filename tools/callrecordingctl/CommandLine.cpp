@@ -148,6 +148,7 @@ CommandLine::CommandLine()
 CLI::App& CommandLine::AddCommand(char const* name, char const* summary, char const* help,
                                   Command const& command) {
     CLI::App& added = *app_.add_subcommand(name, summary);
+    added.group(group_);
     added.footer(help);
     added.callback([this, command] { command_ = command; });
     AddConfigDir(added, [this](std::string const& directory) { context_.directory = directory; });

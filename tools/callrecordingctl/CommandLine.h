@@ -35,6 +35,9 @@ class CommandLine {
   public:
     CommandLine();
 
+    /// The commands that are added from now on are under this heading of the help.
+    void BeginGroup(char const* heading) { group_ = heading; }
+
     /// Adds a command with the options that all share. help is printed below the options; command
     /// runs after the whole line has been read.
     CLI::App& AddCommand(char const* name, char const* summary, char const* help,
@@ -58,6 +61,7 @@ class CommandLine {
     int RunCommand();
 
     CLI::App app_;
+    std::string group_;
     Command command_; // Of the line.
     Context context_;
     std::vector<std::string> rest_; // The words after "--".

@@ -2,12 +2,15 @@
 
 #include "Completion.h"
 
+#include <algorithm>
+#include <map>
 #include <optional>
 
 #include <fmt/format.h>
 
 #include "Failure.h"
 #include "Rules.h"
+#include "administration/history/History.h"
 #include "administration/inspection/Digest.h"
 #include "administration/inspection/ReadRules.h"
 #include "model/CallTypeNames.h"
@@ -18,8 +21,15 @@
 namespace callrecordingctl {
 namespace {
 
-std::string FirstLine(std::string const& text) {
-    return text.substr(0, text.find('\n'));
+/// As much of text as stands beside a candidate, cut at a word.
+std::string Brief(std::string text) {
+    constexpr std::size_t kMost = 60;
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    std::size_t const length = BytesWithin(text, kMost);
+    if (length == text.size())
+        return text;
+    std::size_t const blank = text.rfind(' ', length);
+    return text.substr(0, blank != std::string::npos && blank > 0 ? blank : length) + " ...";
 }
 
 class Completer {
@@ -82,9 +92,10 @@ class Completer {
         return option != nullptr && option->get_expected_min() > 0 ? option : nullptr;
     }
 
+    /// A word that a shell would split is left out.
     void Offer(std::string const& word, std::string const& what) {
-        if (word.compare(0, current_.size(), current_) == 0)
-            fmt::print("{}{}\t{}\n", prefix_, word, Printable(what));
+        if (word.find(' ') == std::string::npos && word.compare(0, current_.size(), current_) == 0)
+            fmt::print("{}{}\t{}\n", prefix_, Printable(word), Printable(Brief(what)));
     }
 
     void OfferCommands() {
@@ -97,12 +108,12 @@ class Completer {
     void OfferOptions() {
         for (CLI::Option const* option : Scope().get_options())
             for (std::string const& name : option->get_lnames())
-                Offer("--" + name, FirstLine(option->get_description()));
+                Offer("--" + name, option->get_description());
         for (CLI::App const* group :
              Scope().get_subcommands([](CLI::App* app) { return app->get_name().empty(); }))
             for (CLI::Option const* option : group->get_options())
                 for (std::string const& name : option->get_lnames())
-                    Offer("--" + name, FirstLine(option->get_description()));
+                    Offer("--" + name, option->get_description());
     }
 
     void OfferValues(CLI::Option const* option) {
@@ -114,6 +125,14 @@ class Completer {
             OfferRules();
         else if (type == "TOKEN")
             OfferState();
+        else if (option != nullptr && option->get_name().compare(0, 11, "--record-to") == 0)
+            OfferDestinations();
+        else if (type == "PLACE")
+            OfferPlaces();
+        else if (type == "NUMBER")
+            OfferEdits();
+        else if (type == "NAME")
+            OfferUsers();
         else if (type == "0|1")
             for (char const* value : {"0", "1"})
                 Offer(value, "recording type");
@@ -127,28 +146,87 @@ class Completer {
         for (CLI::Option const* option :
              Scope().get_options([](CLI::Option const* o) { return o->get_positional(); })) {
             std::string const name = option->get_name();
-            if (name == "ID")
+            if (name.compare(0, 2, "ID") == 0)
                 OfferRules();
+            else if (name == "NUMBER")
+                OfferEdits();
             else if (name == "FILE" || name == "CALLS")
                 fmt::print(":files\n");
         }
     }
 
-    /// Offers nothing when the rules cannot be read.
-    void OfferRules() {
+    /// Nothing is offered when the rules or the history cannot be read.
+    template <typename Action>
+    void With(Action action) {
         try {
-            for (Rule const& rule : ReadRules(RuleFilePath(directory_)))
-                Offer(std::to_string(rule.callrecordingrule_id),
-                      rule.description.empty() ? SidesText(rule) : rule.description);
+            action(RuleFilePath(directory_));
         } catch (std::exception const&) {
         }
     }
 
+    static std::string Text(Rule const& rule) {
+        return rule.description.empty() ? SidesText(rule) : rule.description;
+    }
+
+    /// The identifiers that are not on the line yet.
+    void OfferRules() {
+        With([this](std::string const& path) {
+            for (Rule const& rule : ReadRules(path)) {
+                std::string const id = std::to_string(rule.callrecordingrule_id);
+                if (std::find(words_.begin(), words_.end(), id) == words_.end())
+                    Offer(id, Text(rule));
+            }
+        });
+    }
+
+    void OfferPlaces() {
+        With([this](std::string const& path) {
+            std::size_t place = 0;
+            for (Rule const& rule : ReadRules(path))
+                Offer(std::to_string(++place),
+                      fmt::format("now rule {}: {}", rule.callrecordingrule_id, Text(rule)));
+        });
+    }
+
+    void OfferDestinations() {
+        With([this](std::string const& path) {
+            std::map<std::string, std::size_t> counts;
+            for (Rule const& rule : ReadRules(path))
+                if (!rule.record_to.empty())
+                    ++counts[rule.record_to];
+            for (auto const& [destination, count] : counts)
+                Offer(destination, fmt::format("of {} {}", count, count == 1 ? "rule" : "rules"));
+        });
+    }
+
+    /// The last edits.
+    void OfferEdits() {
+        With([this](std::string const& path) {
+            constexpr std::size_t kMost = 20;
+            std::vector<HistoryEntry> const entries = History(path).Read().entries;
+            for (std::size_t i = entries.size(); i-- > 0 && entries.size() - i <= kMost;)
+                if (entries[i].number > 0)
+                    Offer(std::to_string(entries[i].number), entries[i].IsOutside()
+                                                                 ? "changed outside the history"
+                                                                 : entries[i].note.command);
+        });
+    }
+
+    void OfferUsers() {
+        With([this](std::string const& path) {
+            std::map<std::string, std::size_t> counts;
+            for (HistoryEntry const& entry : History(path).Read().entries)
+                if (!entry.IsOutside())
+                    ++counts[entry.note.user.substr(0, entry.note.user.find(' '))];
+            for (auto const& [user, count] : counts)
+                Offer(user, fmt::format("made {} {}", count, count == 1 ? "edit" : "edits"));
+        });
+    }
+
     void OfferState() {
-        try {
-            Offer(StateToken(DigestOf(ReadInput(RuleFilePath(directory_)))), "the state now");
-        } catch (std::exception const&) {
-        }
+        With([this](std::string const& path) {
+            Offer(StateToken(DigestOf(ReadInput(path))), "the state now");
+        });
     }
 
     CLI::App& app_;

@@ -4,10 +4,13 @@
 
 #include <cstdio>
 
+#include <unistd.h>
+
 #include <nlohmann/json.hpp>
 
-#include "output/Table.h"
+#include "output/Screen.h"
 #include "text/Printable.h"
+#include "text/Wrap.h"
 
 namespace callrecordingctl {
 namespace {
@@ -22,13 +25,13 @@ void Print(nlohmann::ordered_json const& message) {
 
 /// Makes each line safe for a terminal, and keeps the line ends.
 void Print(std::string const& message) {
-    std::string printed = "callrecordingctl: ";
+    std::string lines = "callrecordingctl: ";
     for (std::size_t begin = 0; begin <= message.size();) {
         std::size_t const end = std::min(message.find('\n', begin), message.size());
-        printed += Printable(message.substr(begin, end - begin)) + '\n';
+        lines += Printable(message.substr(begin, end - begin)) + '\n';
         begin = end + 1;
     }
-    std::fputs(printed.c_str(), stderr);
+    std::fputs(WrapLines(lines, ScreenWidth(STDERR_FILENO)).c_str(), stderr);
 }
 
 } // namespace

@@ -1,43 +1,30 @@
-// Help texts that fit a terminal of 80 columns.
+// Help texts that fit the terminal, and 80 columns where it is wider.
 
 #ifndef CALLRECORDINGCTL_HELPFORMATTER_H
 #define CALLRECORDINGCTL_HELPFORMATTER_H
 
+#include <cstddef>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
 namespace callrecordingctl {
 
-/// Breaks the lines that would not fit.
+/// Texts are written for 80 columns. Where there are fewer, their lines are joined and broken anew.
 class HelpFormatter : public CLI::Formatter {
   public:
-    HelpFormatter() { column_width(kColumn); }
+    HelpFormatter();
 
-    std::string make_option_desc(CLI::Option const* option) const override {
-        return Wrapped(Formatter::make_option_desc(option), kWidth - kColumn);
-    }
-    std::string make_usage(CLI::App const* app, std::string name) const override {
-        return Wrapped(Formatter::make_usage(app, std::move(name)), kWidth);
-    }
+    std::string make_option_desc(CLI::Option const* option) const override;
+    std::string make_usage(CLI::App const* app, std::string name) const override;
+    std::string make_subcommand(CLI::App const* app) const override;
+    std::string make_footer(CLI::App const* app) const override;
 
   private:
-    static constexpr std::size_t kWidth = 80;
-    static constexpr std::size_t kColumn = 24;
+    bool IsNarrow() const;
+    std::string Description(std::string text) const;
 
-    static std::string Wrapped(std::string text, std::size_t width) {
-        for (std::size_t begin = 0; begin < text.size();) {
-            std::size_t const end = std::min(text.find('\n', begin), text.size());
-            std::size_t const blank = text.rfind(' ', begin + width);
-            if (end - begin > width && blank != std::string::npos && blank > begin) {
-                text[blank] = '\n';
-                begin = blank + 1;
-            } else {
-                begin = end + 1;
-            }
-        }
-        return text;
-    }
+    std::size_t width_;
 };
 
 } // namespace callrecordingctl

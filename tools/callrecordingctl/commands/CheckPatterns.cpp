@@ -9,6 +9,7 @@
 #include "commands/HelpText.h"
 #include "model/CallTypeNames.h"
 #include "output/RuleText.h"
+#include "output/Screen.h"
 #include "text/Printable.h"
 #include "validation/SidePattern.h"
 
@@ -62,10 +63,10 @@ ExitCode CheckPatterns(std::vector<std::string> const& patterns, CallType type, 
         if (json)
             document.push_back(PatternToJson(pattern, type, converted));
         else if (converted.problem)
-            fmt::print("{}\n    {}\n", CaretText(pattern, converted.problem->position),
+            PrintLines("{}\n    {}\n", CaretText(pattern, converted.problem->position),
                        converted.problem->message);
         else
-            fmt::print("{}\n", converted.stored);
+            PrintLines("{}\n", converted.stored);
         NoteOn(pattern, type, converted);
     }
     if (json)

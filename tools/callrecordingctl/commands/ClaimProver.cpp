@@ -9,6 +9,7 @@
 #include "administration/inspection/RuleNames.h"
 #include "output/CallText.h"
 #include "output/Certificate.h"
+#include "output/Screen.h"
 #include "json/Names.h"
 
 namespace callrecordingctl {
@@ -27,12 +28,12 @@ nlohmann::ordered_json ToJson(Gaps const& gaps) {
 
 void Print(Gaps const& gaps) {
     if (!gaps.calls.areExact) {
-        fmt::print("no patterns were found that cover exactly the calls for which it is false; "
+        PrintLines("no patterns were found that cover exactly the calls for which it is false; "
                    "examples:\n");
         for (ExampleCall const& call : gaps.examples)
-            fmt::print("  {}\n", CallText(call));
+            PrintLines("  {}\n", CallText(call));
     } else if (!gaps.calls.patterns.empty()) {
-        fmt::print("it is false for exactly these calls{}:\n",
+        PrintLines("it is false for exactly these calls{}:\n",
                    gaps.calls.count ? fmt::format(", {} in number", *gaps.calls.count) : "");
         PrintPatterns(gaps.calls);
     }
@@ -123,13 +124,14 @@ std::string ClaimProver::Sentence(Proof const& proof) const {
 }
 
 void ClaimProver::Print(ClaimAnswer const& answer) const {
-    fmt::print("{}\n", Sentence(answer.proof));
+    PrintLines("{}\n", Sentence(answer.proof));
     if (answer.proof.counterexample)
-        fmt::print("  {}\n", DecideCommand(*answer.proof.counterexample, calls_, context_));
+        PrintText(WrappedCommand(
+            "  " + DecideCommand(*answer.proof.counterexample, calls_, context_), 4));
     if (answer.gaps)
         callrecordingctl::Print(*answer.gaps);
     if (answer.other)
-        fmt::print("with --calls {} it is otherwise: {}\n", CallsName(OtherThan(calls_)),
+        PrintLines("with --calls {} it is otherwise: {}\n", CallsName(OtherThan(calls_)),
                    Sentence(*answer.other));
 }
 

@@ -6,6 +6,7 @@
 
 #include "administration/check/Needless.h"
 #include "administration/inspection/RuleNames.h"
+#include "output/Screen.h"
 
 namespace callrecordingctl {
 
@@ -19,14 +20,14 @@ ExitCode DropNeedless(RuleEdit& edit, CheckOptions const& options, bool json) {
         edit.Delete(rule->place);
     for (auto const& [place, insteadOf] : needless.rules)
         if (!json)
-            fmt::print("rule {} can go: {}\n", rules[place].callrecordingrule_id,
+            PrintLines("rule {} can go: {}\n", rules[place].callrecordingrule_id,
                        insteadOf.empty()
                            ? "no call is decided differently without it"
                            : fmt::format("{} {} the same with the calls that it matches or decides",
                                          RulesText(rules, insteadOf),
                                          insteadOf.size() == 1 ? "does" : "do"));
     if (needless.rules.empty() && !json)
-        fmt::print("no rule can go\n");
+        PrintLines("no rule can go\n");
     return needless.rules.empty() ? kExitNo : kExitYes;
 }
 

@@ -11,6 +11,7 @@
 #include "commands/AnalysisOptions.h"
 #include "output/CallText.h"
 #include "output/RuleText.h"
+#include "output/Screen.h"
 #include "json/Names.h"
 
 namespace callrecordingctl {
@@ -69,13 +70,13 @@ nlohmann::ordered_json ToJson(RuleReport const& report) {
 
 void Print(RuleReport const& report, RuleList const& rules, std::size_t place, CallKind calls,
            Context const& context) {
-    fmt::print("rule {} {}\n", rules[place].callrecordingrule_id, Sentence(report, rules));
+    PrintLines("rule {} {}\n", rules[place].callrecordingrule_id, Sentence(report, rules));
     if (report.standing != RuleReport::kDecides)
         return;
-    fmt::print("  {}\n", DecideCommand(*report.call, calls, context));
+    PrintText(WrappedCommand("  " + DecideCommand(*report.call, calls, context), 4));
     std::string const takers = TakersText(report, rules);
     if (!takers.empty())
-        fmt::print("{}\n", takers);
+        PrintLines("{}\n", takers);
 }
 
 ExitCode Example(Context const& context, Options const& options) {
@@ -101,7 +102,7 @@ ExitCode Example(Context const& context, Options const& options) {
     } else {
         Print(report, rules, place, calls, context);
         if (isOtherwise)
-            fmt::print("with --calls {} it {}\n", CallsName(OtherThan(calls)),
+            PrintLines("with --calls {} it {}\n", CallsName(OtherThan(calls)),
                        Sentence(other, rules));
     }
     if (report.standing == RuleReport::kUndecided)

@@ -13,6 +13,7 @@
 #include "output/ComparisonText.h"
 #include "output/LossText.h"
 #include "output/RuleText.h"
+#include "output/Screen.h"
 #include "json/Names.h"
 
 namespace callrecordingctl {
@@ -40,7 +41,7 @@ class Explainer {
         : rules_(rules), place_(place), calls_(calls), explanation_(explanation) {}
 
     void Print() const {
-        fmt::print("rule {}: {}\n", rules_[place_].callrecordingrule_id, SidesText(rules_[place_]));
+        PrintLines("rule {}: {}\n", rules_[place_].callrecordingrule_id, SidesText(rules_[place_]));
         PrintDecided();
         PrintLosses();
         PrintChanges(explanation_.ifGone, "without it,");
@@ -77,16 +78,16 @@ class Explainer {
     void PrintDecided() const {
         RuleReport const& report = explanation_.report;
         if (report.standing == RuleReport::kOff) {
-            fmt::print("it is off, and decides no call\n");
+            PrintLines("it is off, and decides no call\n");
         } else if (report.standing == RuleReport::kUndecided) {
-            fmt::print("{}\n", WhyItDecidesNothing(report, rules_));
+            PrintLines("{}\n", WhyItDecidesNothing(report, rules_));
         } else if (report.standing != RuleReport::kDecides) {
-            fmt::print("it {}\n", WhyItDecidesNothing(report, rules_));
+            PrintLines("it {}\n", WhyItDecidesNothing(report, rules_));
         } else if (explanation_.decides.areExact) {
-            fmt::print("it decides exactly these calls:\n");
+            PrintLines("it decides exactly these calls:\n");
             PrintPatterns(explanation_.decides);
         } else {
-            fmt::print("no patterns were found that cover exactly the calls that it decides; an "
+            PrintLines("no patterns were found that cover exactly the calls that it decides; an "
                        "example:\n  {}\n",
                        CallText(*report.call));
         }
@@ -94,26 +95,26 @@ class Explainer {
 
     void PrintLosses() const {
         if (!explanation_.losses.empty())
-            fmt::print("earlier rules take calls from it, of which these are examples:\n");
+            PrintLines("earlier rules take calls from it, of which these are examples:\n");
         for (Explanation::Loss const& loss : explanation_.losses)
-            fmt::print("  {}\n", LossText(rules_, place_, loss.taker, loss.call));
+            PrintLines("  {}\n", LossText(rules_, place_, loss.taker, loss.call));
         if (!explanation_.areLossesComplete)
-            fmt::print("{} earlier rules may take calls from it\n",
+            PrintLines("{} earlier rules may take calls from it\n",
                        explanation_.losses.empty() ? "some" : "more");
     }
 
     void PrintChanges(Comparison const& comparison, char const* when) const {
         if (comparison.same == true)
-            fmt::print("{} no call would be decided differently\n", when);
+            PrintLines("{} no call would be decided differently\n", when);
         if (!comparison.differences.empty())
-            fmt::print("{} calls would be decided differently; one for each pair of rules:\n",
+            PrintLines("{} calls would be decided differently; one for each pair of rules:\n",
                        when);
         for (Difference const& difference : comparison.differences)
-            fmt::print("  {}\n    now {}\n    then {}\n", CallText(difference.call),
+            PrintLines("  {}\n    now {}\n    then {}\n", CallText(difference.call),
                        DecisionText(rules_, difference.here),
                        DecisionText(rules_, difference.there));
         if (IsIncomplete(comparison))
-            fmt::print("{} whether {}calls would be decided differently is undecided: {}\n", when,
+            PrintLines("{} whether {}calls would be decided differently is undecided: {}\n", when,
                        comparison.differences.empty() ? "" : "further ",
                        WhyIncomplete(comparison, rules_, rules_));
     }

@@ -45,6 +45,10 @@ Finding out why a call is not recorded, or by which rule it is:
   callrecordingctl example 7                       a call that rule 7 decides
   callrecordingctl prove --to 112 --recorded       that all such calls are
   callrecordingctl diff FILE                       calls that FILE decides otherwise
+Looking back:
+  callrecordingctl status                          rules, last edit, history
+  callrecordingctl log --since monday -p           who changed what
+  callrecordingctl revert 12                       takes back edit 12 alone
 Changing rules; ID is the identifier that list shows, or the position, '#4':
   callrecordingctl up 4          one place up; "up 4 99" makes it the first
   callrecordingctl modify 4 --to '[2-4]??' --duration 3600

@@ -10,6 +10,7 @@
 #include "commands/AnalysisOptions.h"
 #include "commands/ClaimProver.h"
 #include "output/RuleText.h"
+#include "output/Screen.h"
 
 namespace callrecordingctl {
 namespace {
@@ -48,7 +49,7 @@ ExitCode ProveOne(ClaimProver& prover, Options const& options, bool isJson) {
     if (isJson) {
         PrintJson(prover.ToJson(claim, answer));
     } else {
-        fmt::print("{}\n", prover.Heading(claim));
+        PrintLines("{}\n", prover.Heading(claim));
         prover.Print(answer);
     }
     return CodeOf(answer.proof);
@@ -97,7 +98,7 @@ class Policy {
             entry.update(prover_.ToJson(claim, answer));
             document_.push_back(entry);
         } else {
-            fmt::print("{}:{}: {}\n", path_, number, prover_.Heading(claim));
+            PrintLines("{}:{}: {}\n", path_, number, prover_.Heading(claim));
             prover_.Print(answer);
         }
     }

@@ -9,6 +9,7 @@
 #include "administration/inspection/Digest.h"
 #include "commands/TextAt.h"
 #include "output/RuleText.h"
+#include "output/Screen.h"
 #include "output/Table.h"
 #include "text/Printable.h"
 #include "validation/SidePattern.h"
@@ -33,7 +34,9 @@ void PrintRule(Rule const& rule, std::size_t position, std::string const& state)
     names.insert(names.end(), {"FROM, STORED", "TO, STORED", "FILE STATE"});
     values.insert(values.end(), {rule.caller_pattern, rule.called_pattern, state});
     for (std::size_t i = 0; i < names.size(); ++i)
-        fmt::print("{:<12}{}{}\n", names[i], values[i].empty() ? "" : "  ", Printable(values[i]));
+        PrintText(Wrapped(fmt::format("{:<12}{}{}", names[i], values[i].empty() ? "" : "  ",
+                                      Printable(values[i])),
+                          14));
     ExplainPattern("from", rule.caller_pattern, rule.caller_call_type);
     ExplainPattern("to", rule.called_pattern, rule.called_call_type);
 }

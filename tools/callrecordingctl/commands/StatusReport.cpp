@@ -92,7 +92,8 @@ std::string HistoryText(HistoryExtent const& history) {
 
 void PrintItem(char const* name, std::string const& text) {
     constexpr std::size_t kColumn = 11;
-    fmt::print("{}", Wrapped(fmt::format("{:<{}}{}", name, kColumn, Printable(text)), kColumn));
+    std::string line = Wrapped(std::string(kColumn, ' ') + Printable(text), kColumn);
+    PrintText(line.replace(0, std::string(name).size(), name));
 }
 
 nlohmann::ordered_json ToJson(std::optional<HistoryEntry> const& entry) {

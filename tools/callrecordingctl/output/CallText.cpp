@@ -8,6 +8,7 @@
 
 #include "model/CallTypeNames.h"
 #include "output/RuleText.h"
+#include "output/Screen.h"
 #include "output/ShellText.h"
 #include "output/Table.h"
 #include "text/Printable.h"
@@ -127,7 +128,7 @@ nlohmann::ordered_json CallsToJson(std::vector<ExampleCall> const& calls) {
 
 void PrintPatterns(CallPatterns const& calls) {
     for (CallPattern const& pattern : calls.patterns)
-        fmt::print("  from {} to {}\n", PatternText(pattern.caller), PatternText(pattern.called));
+        PrintLines("  from {} to {}\n", PatternText(pattern.caller), PatternText(pattern.called));
 }
 
 } // namespace callrecordingctl

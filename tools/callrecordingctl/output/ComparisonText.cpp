@@ -6,6 +6,7 @@
 
 #include "administration/check/Reasons.h"
 #include "output/CallText.h"
+#include "output/Screen.h"
 
 namespace callrecordingctl {
 
@@ -46,14 +47,14 @@ void PrintCallChanges(Comparison const& comparison, RuleList const& before, Rule
     std::size_t shown = 0;
     for (auto const& [call, here, there] : comparison.differences)
         if (++shown <= kMost)
-            fmt::print("dry run: the call {}\n  now: {}\n  then: {}\n", CallText(call),
+            PrintLines("dry run: the call {}\n  now: {}\n  then: {}\n", CallText(call),
                        DecisionText(before, here), DecisionText(after, there));
     if (shown > kMost)
-        fmt::print("dry run: and a call for each of {} more pairs of rules\n", shown - kMost);
+        PrintLines("dry run: and a call for each of {} more pairs of rules\n", shown - kMost);
     if (comparison.same == true)
-        fmt::print("dry run: no call is decided differently\n");
+        PrintLines("dry run: no call is decided differently\n");
     if (IsIncomplete(comparison))
-        fmt::print("dry run: whether {}calls are decided differently is undecided: {}\n",
+        PrintLines("dry run: whether {}calls are decided differently is undecided: {}\n",
                    comparison.differences.empty() ? "" : "further ",
                    WhyIncomplete(comparison, before, after));
 }

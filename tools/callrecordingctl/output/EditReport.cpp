@@ -9,6 +9,7 @@
 #include "output/ComparisonText.h"
 #include "output/ReplayText.h"
 #include "output/RuleText.h"
+#include "output/Screen.h"
 #include "output/ShellText.h"
 #include "output/Table.h"
 #include "text/Printable.h"
@@ -52,21 +53,21 @@ void PrintSentences(std::vector<Change> const& changes, ReportOptions const& opt
         ++(change.isMeant ? meant : others);
         if (!options.verbose && (!change.isMeant || meant > kMostSentences))
             continue;
-        fmt::print("{}{}\n", prefix, Printable(Sentence(change, options.count)));
+        PrintLines("{}{}\n", prefix, Printable(Sentence(change, options.count)));
         if (change.after != nullptr || options.dryRun != nullptr)
             continue;
         if (auto const line = AddCommandFor(*change.before, change.beforePosition, context))
-            fmt::print("  to bring it back: {}\n", Printable(*line));
+            PrintText(WrappedCommand("  to bring it back: " + Printable(*line), 4));
         else
-            fmt::print("  to bring it back: callrecordingctl undo\n"); // No options describe it.
+            PrintLines("  to bring it back: callrecordingctl undo\n"); // No options describe it.
     }
     if (options.verbose)
         return;
     if (meant > kMostSentences)
-        fmt::print("{}and {} more; -v shows each\n{}{}\n", prefix, meant - kMostSentences, prefix,
+        PrintLines("{}and {} more; -v shows each\n{}{}\n", prefix, meant - kMostSentences, prefix,
                    Summary(changes));
     if (others > 0)
-        fmt::print("{}{} {} made room and changed identifiers; -v shows each\n", prefix, others,
+        PrintLines("{}{} {} made room and changed identifiers; -v shows each\n", prefix, others,
                    others == 1 ? "rule" : "rules");
 }
 
@@ -178,7 +179,7 @@ void PrintCalls(DryRun const& dryRun) {
     if (dryRun.calls)
         PrintCallChanges(*dryRun.calls, dryRun.before, dryRun.after);
     else
-        fmt::print("dry run: which calls are decided differently is unknown, since the file as it "
+        PrintLines("dry run: which calls are decided differently is unknown, since the file as it "
                    "is cannot be read\n");
 }
 
@@ -191,7 +192,7 @@ void ReportEdit(std::vector<Change> const& changes, ReportOptions const& options
         return PrintJson(dryRun != nullptr ? ToJson(changes, *dryRun) : ChangesToJson(changes));
     PrintSentences(changes, options, context);
     if (changes.empty())
-        fmt::print("no rule changes\n");
+        PrintLines("no rule changes\n");
     else if (dryRun != nullptr)
         PrintTable(changes, options.verbose);
     if (dryRun != nullptr)

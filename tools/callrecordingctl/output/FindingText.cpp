@@ -9,6 +9,7 @@
 #include "commands/AnalysisOptions.h"
 #include "output/CallText.h"
 #include "output/LossText.h"
+#include "output/Screen.h"
 #include "json/Names.h"
 
 namespace callrecordingctl {
@@ -33,10 +34,10 @@ void PrintFindings(std::vector<FileFinding> const& findings, RuleList const& rul
     for (FileFinding const& finding : findings) {
         if (IsNote(finding) && !withNotes)
             continue;
-        fmt::print("{}:{}: {}rule {}: {}{}\n", name, finding.line, IsNote(finding) ? "note: " : "",
+        PrintLines("{}:{}: {}rule {}: {}{}\n", name, finding.line, IsNote(finding) ? "note: " : "",
                    finding.id, finding.message, finding.caret);
         if (finding.loss)
-            fmt::print("    {}\n", LossText(rules, finding.position - 1, finding.loss->taker,
+            PrintLines("    {}\n", LossText(rules, finding.position - 1, finding.loss->taker,
                                             finding.loss->call));
     }
 }
@@ -47,17 +48,17 @@ void PrintSummary(std::vector<FileFinding> const& findings, RuleList const& rule
         static_cast<std::size_t>(std::count_if(findings.begin(), findings.end(), IsNote));
     auto const others = static_cast<std::size_t>(std::count_if(
         findings.begin(), findings.end(), [](auto const& f) { return f.kind == kOtherCalls; }));
-    fmt::print("{} {}, ", rules.size(), rules.size() == 1 ? "rule" : "rules");
+    PrintLines("{} {}, ", rules.size(), rules.size() == 1 ? "rule" : "rules");
     if (notes == findings.size())
-        fmt::print("nothing found");
+        PrintLines("nothing found");
     else
-        fmt::print("{} found", findings.size() - notes);
+        PrintLines("{} found", findings.size() - notes);
     if (notes > 0)
-        fmt::print(", {} {}{}", notes, notes == 1 ? "note" : "notes",
+        PrintLines(", {} {}{}", notes, notes == 1 ? "note" : "notes",
                    withNotes ? "" : " (--notes shows them)");
-    fmt::print("\n");
+    PrintLines("\n");
     if (others > 0)
-        fmt::print("with --calls {} it is otherwise for {} {}\n", CallsName(OtherThan(calls)),
+        PrintLines("with --calls {} it is otherwise for {} {}\n", CallsName(OtherThan(calls)),
                    others, others == 1 ? "rule" : "rules");
 }
 

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "output/RuleText.h"
+#include "output/Screen.h"
 #include "output/Table.h"
 #include "records/report/Reading.h"
 #include "text/Printable.h"
@@ -50,18 +51,18 @@ void PrintRules(ReplayReport const& report, RuleList const& rules) {
 }
 
 void PrintTotals(ReplayReport const& report) {
-    fmt::print("\n{} in {}", Plural(report.all.calls, "call"), Plural(report.files.size(), "file"));
+    PrintLines("\n{} in {}", Plural(report.all.calls, "call"), Plural(report.files.size(), "file"));
     if (report.all.first)
-        fmt::print(" from {} to {}", WhenText(report.all.first), WhenText(report.all.last));
-    fmt::print(": {} recorded ({}), ", report.Recorded(),
+        PrintLines(" from {} to {}", WhenText(report.all.first), WhenText(report.all.last));
+    PrintLines(": {} recorded ({}), ", report.Recorded(),
                Percent(report.Recorded(), report.all.calls));
     if (report.forbidden.calls > 0)
-        fmt::print("{} forbidden ({}), {} that no rule takes\n", report.forbidden.calls,
+        PrintLines("{} forbidden ({}), {} that no rule takes\n", report.forbidden.calls,
                    Percent(report.forbidden.calls, report.all.calls), report.noRule.calls);
     else
-        fmt::print("{} not\n", report.noRule.calls);
+        PrintLines("{} not\n", report.noRule.calls);
     if (report.isInterrupted)
-        fmt::print("interrupted: these figures do not cover all calls\n");
+        PrintLines("interrupted: these figures do not cover all calls\n");
 }
 
 void PrintNotRecorded(ReplayReport const& report) {
@@ -74,7 +75,7 @@ void PrintNotRecorded(ReplayReport const& report) {
     if (rest.calls > 0)
         text += fmt::format(", others {}", rest.calls);
     if (!text.empty())
-        fmt::print("taken by no rule, by the leading digits of the number called: {}\n", text);
+        PrintLines("taken by no rule, by the leading digits of the number called: {}\n", text);
 }
 
 void PrintNeverApplied(ReplayReport const& report, RuleList const& rules) {
@@ -84,26 +85,26 @@ void PrintNeverApplied(ReplayReport const& report, RuleList const& rules) {
             ids += fmt::format("{}{}{}", ids.empty() ? "" : ", ", rules[i].callrecordingrule_id,
                                rules[i].recording_rule_state == RULE_ENABLED ? "" : " (off)");
     if (!ids.empty())
-        fmt::print("never applied: {}\n", ids);
+        PrintLines("never applied: {}\n", ids);
 }
 
 /// How the files were read.
 void PrintReading(ReplayReport const& report) {
     for (std::string const& sentence : ReadingSentences(report.files))
-        fmt::print("{}\n", Printable(sentence));
+        PrintLines("{}\n", Printable(sentence));
 }
 
 /// How the calls were asked about, and what was left out of their addresses.
 void PrintQuestions(ReplayReport const& report) {
     if (report.all.calls > 0)
-        fmt::print("how calls were asked about: {}\n", QuestionsText(report));
+        PrintLines("how calls were asked about: {}\n", QuestionsText(report));
     std::string text;
     for (std::size_t i = 0; i < report.cleaned.size(); ++i)
         if (report.cleaned[i] > 0)
             text += fmt::format("{}{} {}", text.empty() ? "" : ", ", kCleaningWords[i],
                                 report.cleaned[i]);
     if (!text.empty())
-        fmt::print(
+        PrintLines(
             "removed from addresses: {}; the telephone system may hand them over differently\n",
             text);
 }
@@ -112,13 +113,13 @@ void PrintQuestions(ReplayReport const& report) {
 
 void PrintProblems(ReplayReport const& report) {
     if (report.unreadable > 0)
-        fmt::print("{} could not be read{}\n", Plural(report.unreadable, "line"),
+        PrintLines("{} could not be read{}\n", Plural(report.unreadable, "line"),
                    report.unreadable > report.problems.size() ? "; the first:" : ":");
     for (ReplayReport::Problem const& problem : report.problems)
-        fmt::print("  {}\n",
+        PrintLines("  {}\n",
                    Printable(fmt::format("{}:{}: {}", problem.file, problem.line, problem.reason)));
     if (report.firstWithoutTime)
-        fmt::print(
+        PrintLines(
             "{} not in a known format (see --time-format): {}\n",
             Plural(report.withoutTime, "time"),
             Printable(fmt::format("{}:{}: \"{}\"", report.firstWithoutTime->file,
@@ -141,7 +142,7 @@ std::string OutcomeText(Rule const* rule) {
 
 void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList const& there,
                       ListNames const& names) {
-    fmt::print("{} of {} decided differently by {}\n", report.different.calls,
+    PrintLines("{} of {} decided differently by {}\n", report.different.calls,
                Plural(report.all.calls, "call"), Printable(names.others));
     if (report.different.calls == 0)
         return;
@@ -167,7 +168,7 @@ void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
     PrintQuestions(report);
     PrintProblems(report);
     if (facts.there) {
-        fmt::print("\n");
+        PrintLines("\n");
         PrintDifferences(report, facts.here.rules, facts.there->rules,
                          {"HERE", "THERE", facts.there->path});
     }

@@ -31,15 +31,14 @@ std::string WrappedCommand(std::string const& command, std::size_t indent) {
 }
 
 void PrintText(std::string const& text) {
-    std::string wrapped;
-    for (std::size_t begin = 0; begin < text.size();) {
-        std::size_t const end = std::min(text.find('\n', begin), text.size());
-        std::string const line = text.substr(begin, end - begin);
-        std::size_t const indent = std::min(line.find_first_not_of(' '), line.size());
-        wrapped += Wrapped(line, indent + 2);
-        begin = end + 1;
-    }
-    fmt::print("{}", wrapped);
+    static std::string line; // What has been printed of a line that is not complete.
+    line += text;
+    std::size_t const end = line.rfind('\n');
+    if (end == std::string::npos)
+        return;
+    fmt::print("{}",
+               WrapLines(std::string_view(line).substr(0, end + 1), ScreenWidth(STDOUT_FILENO)));
+    line.erase(0, end + 1);
 }
 
 } // namespace callrecordingctl

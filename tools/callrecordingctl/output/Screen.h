@@ -23,7 +23,7 @@ std::string Wrapped(std::string const& text, std::size_t indent);
 /// The same for a command that people paste into a shell.
 std::string WrappedCommand(std::string const& command, std::size_t indent);
 
-/// Prints lines of text wrapped; what a line goes on with is indented a little more than the line.
+/// Prints text with its lines wrapped (WrapLines); a line when it is complete.
 void PrintText(std::string const& text);
 
 template <typename... Values>

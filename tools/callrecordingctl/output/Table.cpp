@@ -28,26 +28,28 @@ std::size_t Total(std::vector<std::size_t> const& widths) {
     return std::accumulate(widths.begin(), widths.end(), kGap * (widths.size() - 1));
 }
 
-/// A run of columns that share their lines.
-struct Columns {
-    std::size_t first;
-    std::size_t indent;
-    std::vector<std::size_t> widths;
-};
-
-/// Narrows the widest columns step by step until they fit the screen.
-void Narrow(Columns& columns, std::size_t screen) {
+/// Narrows the widest columns step by step until they fit the screen; those with times only if that
+/// is not enough.
+void Narrow(TableColumns& columns, std::vector<bool> const& haveTimes, std::size_t screen) {
     constexpr std::size_t kNarrowest = 8;
-    while (columns.indent + Total(columns.widths) > screen) {
-        auto const widest = std::max_element(columns.widths.begin(), columns.widths.end());
-        if (*widest <= kNarrowest)
-            break;
-        --*widest;
-    }
+    for (bool const mayBreakTimes : {false, true})
+        while (columns.indent + Total(columns.widths) > screen) {
+            std::size_t widest = 0;
+            std::size_t* narrowed = nullptr;
+            for (std::size_t i = 0; i < columns.widths.size(); ++i)
+                if (columns.widths[i] > widest &&
+                    (mayBreakTimes || !haveTimes[columns.first + i])) {
+                    widest = columns.widths[i];
+                    narrowed = &columns.widths[i];
+                }
+            if (widest <= kNarrowest)
+                break;
+            --*narrowed;
+        }
 }
 
 /// The cells of one row that belong to columns, on as many lines as they need.
-std::string CellsText(std::vector<std::string> const& cells, Columns const& columns,
+std::string CellsText(std::vector<std::string> const& cells, TableColumns const& columns,
                       char const* style) {
     std::string text;
     auto const first = cells.begin() + static_cast<std::ptrdiff_t>(columns.first);
@@ -74,23 +76,30 @@ char const* Escape(RowStyle style) {
     }
 }
 
-/// The columns of each line that a row takes: one line if that fits the screen or if there is no
-/// second column to break at, else two.
-std::vector<Columns> Lines(std::vector<std::size_t> const& widths, std::size_t second,
-                           std::size_t under, std::size_t screen) {
-    auto const at = [&](std::size_t i) { return widths.begin() + static_cast<std::ptrdiff_t>(i); };
-    std::vector<Columns> lines{{0, 0, widths}};
-    if (second > 0 && Total(widths) > screen) {
-        lines[0].widths.assign(widths.begin(), at(second));
-        std::size_t const indent = std::accumulate(widths.begin(), at(under), kGap * under);
-        lines.push_back({second, indent, {at(second), widths.end()}});
-    }
-    for (Columns& line : lines)
-        Narrow(line, screen);
-    return lines;
+std::size_t CountLines(std::string const& text) {
+    return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
 } // namespace
+
+/// The columns of each line that a row takes: all on one, or those from second_ on on a line below.
+std::vector<TableColumns> Table::Lines(std::size_t screen, bool isSplit) const {
+    std::vector<std::size_t> const widths = NaturalWidths();
+    std::vector<bool> haveTimes(widths.size());
+    for (Row const& row : rows_)
+        for (std::size_t i = 0; i < row.cells.size(); ++i)
+            haveTimes[i] = haveTimes[i] || IsTime(row.cells[i]);
+    auto const at = [&](std::size_t i) { return widths.begin() + static_cast<std::ptrdiff_t>(i); };
+    std::vector<TableColumns> lines{{0, 0, widths}};
+    if (isSplit) {
+        lines[0].widths.assign(widths.begin(), at(second_));
+        std::size_t const indent = std::accumulate(widths.begin(), at(under_), kGap * under_);
+        lines.push_back({second_, indent, {at(second_), widths.end()}});
+    }
+    for (TableColumns& line : lines)
+        Narrow(line, haveTimes, screen);
+    return lines;
+}
 
 bool HasColour() {
     char const* const refusal = std::getenv("NO_COLOR");
@@ -138,16 +147,16 @@ std::string Table::WithoutEqualColumns() {
     return said;
 }
 
-std::string Table::Text(std::size_t screen) const {
+std::string Table::Text(std::size_t screen, bool isSplit, std::size_t& headerLines) const {
     bool const hasColour = HasColour();
-    std::vector<Columns> const lines = Lines(NaturalWidths(), second_, under_, screen);
+    std::vector<TableColumns> const lines = Lines(screen, isSplit);
     std::size_t border = 0;
-    for (Columns const& line : lines)
+    for (TableColumns const& line : lines)
         border = std::max(border, line.indent + Total(line.widths));
     std::string text;
     for (Row const& row : rows_) {
         bool const isHeader = &row == &rows_.front();
-        for (Columns const& line : lines) {
+        for (TableColumns const& line : lines) {
             // The first of several lines is bold, so that one sees where a row begins.
             bool const isBold = isHeader || (lines.size() > 1 && &line == &lines.front() &&
                                              row.style == RowStyle::Plain);
@@ -158,6 +167,8 @@ std::string Table::Text(std::size_t screen) const {
         }
         if (isHeader && IsTerminal())
             text += std::string(std::min(border, screen), '-') + '\n';
+        if (isHeader)
+            headerLines = CountLines(text);
     }
     return text;
 }
@@ -168,8 +179,17 @@ void Table::Print() const {
     std::string said;
     if (Total(NaturalWidths()) > screen)
         said = table.WithoutEqualColumns();
-    std::string const text = table.Text(screen);
-    Page(said.empty() ? text : text + said + '\n');
+    std::size_t headerLines = 0;
+    std::string text = table.Text(screen, false, headerLines);
+    if (table.second_ > 0 && Total(table.NaturalWidths()) > screen) {
+        std::size_t splitHeaderLines = 0;
+        std::string split = table.Text(screen, true, splitHeaderLines);
+        if (CountLines(split) <= CountLines(text)) {
+            text = std::move(split);
+            headerLines = splitHeaderLines;
+        }
+    }
+    Page(said.empty() ? text : text + WrapText(said, screen, 2), headerLines);
 }
 
 } // namespace callrecordingctl

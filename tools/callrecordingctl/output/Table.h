@@ -16,11 +16,19 @@ bool HasColour();
 
 enum class RowStyle { Plain, Pale, Alarm };
 
+/// A run of columns that share their lines.
+struct TableColumns {
+    std::size_t first;
+    std::size_t indent;
+    std::vector<std::size_t> widths;
+};
+
 /// Rows of cells under headers. On a terminal, or when COLUMNS is set, the table is made to fit the
 /// width: first, columns that may give way and are the same for all rows are left out and printed
-/// once below; then the columns from `second` on get a line of their own, indented to the column
-/// `under`; and what is still too long is wrapped. Otherwise every row is one line, for grep and
-/// awk. A table that is longer than the terminal goes through a pager.
+/// once below; then the widest columns are narrowed, and what is too long for them is wrapped.
+/// Where the table is not longer if the columns from `second` on get a line of their own, indented
+/// to the column `under`, they do. Otherwise every row is one line, for grep and awk. A table that
+/// is longer than the terminal goes through a pager.
 class Table {
   public:
     explicit Table(std::vector<std::string> headers, std::size_t second = 0, std::size_t under = 0)
@@ -40,7 +48,8 @@ class Table {
     };
     std::vector<std::size_t> NaturalWidths() const;
     std::string WithoutEqualColumns();
-    std::string Text(std::size_t screen) const;
+    std::vector<TableColumns> Lines(std::size_t screen, bool isSplit) const;
+    std::string Text(std::size_t screen, bool isSplit, std::size_t& headerLines) const;
 
     std::vector<Row> rows_; // The first holds the headers.
     std::size_t second_;

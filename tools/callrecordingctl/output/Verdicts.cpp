@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "output/Screen.h"
 #include "output/Table.h"
 
 namespace callrecordingctl {
@@ -42,7 +43,7 @@ void PrintNearest(Verdicts const& verdicts, RuleList const& rules) {
         table.Add(Row(verdicts[places[i]], rules[places[i]], places[i]));
     table.Print();
     if (shown < places.size())
-        fmt::print("and {} more, which --all shows\n", places.size() - shown);
+        PrintLines("and {} more, which --all shows\n", places.size() - shown);
 }
 
 void PrintAll(Verdicts const& verdicts, RuleList const& rules) {
