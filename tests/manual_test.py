@@ -49,7 +49,7 @@ def listed_options(command):
 
 frame = read("tools/callrecordingctl/callrecordingctl.1.md")
 generated = run("__manual")[0]
-commands = re.findall(r"^  ([a-z]+) ", run("--help")[0].split("Subcommands:")[1].split("\n\n")[0], re.MULTILINE)
+commands = re.findall(r"^  ([a-z]+) ", run("--help")[0].split("\n\nA rule has")[0], re.MULTILINE)
 
 # Every option of every command is described in the command's section, or in the list of those that it shares.
 shared, *sections = re.split(r"^## ", generated[generated.index("# COMMANDS"):], flags=re.MULTILINE)
