@@ -100,7 +100,8 @@ target_link_libraries(callrecordingutils_administration
     callrecordingutils_administration_services)
 
 callrecordingutils_room(records/reading USES model text LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
-callrecordingutils_room(records/counting USES model calls records/reading LIBRARIES Threads::Threads)
+callrecordingutils_room(records/counting USES model calls text records/reading
+  LIBRARIES fmt::fmt nlohmann_json::nlohmann_json Threads::Threads)
 callrecordingutils_room(records/report
   USES model calls text json records/reading records/counting LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
 callrecordingutils_room(records/page

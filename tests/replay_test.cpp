@@ -15,6 +15,7 @@
 
 #include <callrecordingutils/callrecordingutils.h>
 
+#include "administration/history/History.h"
 #include "administration/inspection/ReadRules.h"
 #include "calls/RuleSet.h"
 #include "records/counting/LeadingDigits.h"
@@ -225,6 +226,11 @@ std::string AnswerOf(RuleSet const& rules, nlohmann::json const& call) {
                                  (ForbidsRecording(*rule) ? " forbidden" : " recorded");
 }
 
+/// The last word of an answer.
+std::string Word(std::string const& answer) {
+    return answer.substr(answer.rfind(' ') + 1);
+}
+
 std::string AnswerOf(nlohmann::json const& printed) {
     if (printed["rule"].is_null())
         return printed["recorded"] == false ? "none" : "recorded without a rule";
@@ -381,6 +387,130 @@ TEST_F(ReplayCommand, AddsPartsToTheReportOfOneRun) {
     unsetenv("SOURCE_DATE_EPOCH");
 }
 
+/// A month with edits: each call is decided by the rules that were in the file at its time, in one
+/// run and in parts; and by those of one time.
+TEST_F(ReplayCommand, DecidesByTheRulesOfTheTime) {
+    std::mt19937 random(23);
+    RandomCalls calls(29);
+    std::vector<std::string> texts{calls.Rules()};
+    dir.WriteRules(texts.back());
+    for (int edit = 0; edit < 6; ++edit) {
+        texts.push_back(calls.Rules());
+        std::optional<HistoryWriter> writer;
+        if (edit != 3) // From outside, and found by the next edit.
+            writer.emplace(dir.Path("telephony/callrecordingdb"))
+                .Begin({"ann", "edit", "", "", 0}, dir.ReadRules(), texts.back());
+        dir.WriteRules(texts.back());
+        if (writer)
+            writer->Finish();
+    }
+    constexpr std::int64_t kStart = 1790000000, kDay = 86400;
+    Database(dir.Path("telephony/callrecordingdb.history"), Database::Access::Write)
+        .Run("UPDATE edits SET seconds = " + std::to_string(kStart) + " + number * " +
+             std::to_string(5 * kDay));
+    std::string file, other;
+    std::map<std::string, int> counts, asOf;
+    for (int i = 0; i < 600; ++i) {
+        nlohmann::json call = calls.Call();
+        std::int64_t const time = kStart + static_cast<std::int64_t>(random() % (35 * kDay));
+        call["time"] = TimeText(time);
+        (random() % 2 == 0 ? file : other) += call.dump() + "\n";
+        auto const era = static_cast<std::size_t>((time - kStart) / (5 * kDay));
+        ++counts[era == 0 ? "before"
+                          : Word(AnswerOf(
+                                RuleSet(RulesOf(texts[std::min<std::size_t>(era, 6)], "")), call))];
+        ++asOf[Word(AnswerOf(RuleSet(RulesOf(texts[3], "")), call))];
+    }
+    dir.Write("a", file + "{\"from\":1,\"to\":2}\n");
+    dir.Write("b", other);
+    std::string const both = dir.Path("a") + " " + dir.Path("b");
+    auto const expect = [](nlohmann::json const& report, std::map<std::string, int>& expected) {
+        EXPECT_EQ(report["recorded"], expected["recorded"]);
+        EXPECT_EQ(report["forbidden"], expected["forbidden"]);
+        EXPECT_EQ(report["not_recorded"]["calls"], expected["none"]);
+        int all = 0;
+        for (nlohmann::json const& rule : report["rules"])
+            all += int{rule["calls"]};
+        EXPECT_EQ(all, expected["recorded"] + expected["forbidden"]);
+    };
+    nlohmann::json const report = Json("replay --as-of history " + both);
+    expect(report, counts);
+    EXPECT_EQ(report["without_rules"]["before_history"]["calls"], counts["before"]);
+    EXPECT_EQ(report["without_rules"]["without_time"]["calls"], 1);
+    EXPECT_EQ(report["edits"].size(), 6U);
+    ASSERT_EQ(Run("replay --as-of history --partial " + dir.Path("a") + " >" + dir.Path("p")).code,
+              0);
+    ASSERT_EQ(Run("replay --as-of history --partial " + dir.Path("b") + " >>" + dir.Path("p")).code,
+              0);
+    EXPECT_EQ(Json("replay --merge " + dir.Path("p")), report);
+    asOf["none"] +=
+        Word(AnswerOf(RuleSet(RulesOf(texts[3], "")), {{"from", "1"}, {"to", "2"}})) == "none";
+    expect(Json("replay --as-of '" + TimeText(kStart + 16 * kDay) + "' " + both), asOf);
+}
+
+/// Four counts, however it is known which calls were recorded.
+TEST_F(ReplayCommand, ComparesWithWhatWasRecorded) {
+    std::mt19937 random(31);
+    RandomCalls calls(37);
+    std::string const text = calls.Rules();
+    dir.WriteRules(text);
+    RuleSet const rules(RulesOf(text, "rules"));
+    std::string file, answers;
+    std::map<std::string, std::uint64_t> byColumn, byFolder, byAnswer;
+    dir.Write("recordings/2026/empty-call-0-x.wav", "");
+    for (std::size_t i = 0; i < 300; ++i) {
+        nlohmann::json call = calls.Call();
+        bool const should = Word(AnswerOf(rules, call)) == "recorded";
+        std::string const id = "call-" + std::to_string(i) + "@host";
+        char const* const values[] = {"", "0", "No", "false", "1", "yes", "a.wav", "/x/y.wav"};
+        std::size_t const value = random() % 8;
+        bool const isThere = i != 0 && random() % 2 == 0;
+        call["id"] = id;
+        call["Recording_File"] = values[value];
+        if (isThere)
+            dir.Write("recordings/2026/" +
+                          std::string(i % 2 == 0 ? "call-" + std::to_string(i) + "%40host" : id) +
+                          "-0a.wav",
+                      "x");
+        std::size_t const said = random() % 4;
+        if (said < 3)
+            answers += nlohmann::json{{"id", id},
+                                      {"recorded",
+                                       said == 2 ? nlohmann::json() : nlohmann::json(said == 1)}}
+                           .dump() +
+                       "\n";
+        auto const name = [](bool wanted, bool was) {
+            return wanted ? was ? "recorded" : "missing" : was ? "unexpected" : "not_recorded";
+        };
+        ++byColumn[name(should, value >= 4)];
+        ++byFolder[name(should, isThere)];
+        ++byAnswer[name(said < 2 ? said == 1 : should, isThere)];
+        file += call.dump() + "\n";
+    }
+    dir.Write("calls", file);
+    dir.Write("answers", answers);
+    std::string const folder = " --recordings " + dir.Path("recordings") + " --id-column id";
+    for (auto const& [options, expected] :
+         {std::pair(std::string(), byColumn),
+          std::pair(std::string(" --recorded-column recordingfile"), byColumn),
+          std::pair(folder, byFolder),
+          std::pair(folder + " --answers " + dir.Path("answers"), byAnswer)}) {
+        nlohmann::json const found =
+            Json("replay " + dir.Path("calls") + options)["reconciliation"];
+        for (auto const& [outcome, count] : expected) {
+            EXPECT_EQ(found[outcome], count) << outcome << options;
+            std::uint64_t sum = 0;
+            for (nlohmann::json const& example : found["examples"][outcome])
+                sum += std::uint64_t{example["calls"]};
+            EXPECT_EQ(sum, count) << outcome << options;
+        }
+    }
+    EXPECT_EQ(Run("replay " + dir.Path("calls") + folder + " --strict-recordings").code, 1);
+    Run("replay --partial " + dir.Path("calls") + folder + " >" + dir.Path("part"));
+    EXPECT_EQ(Json("replay --merge " + dir.Path("part")),
+              Json("replay " + dir.Path("calls") + folder));
+}
+
 TEST_F(ReplayCommand, RefusesPartsThatDoNotBelongTogether) {
     std::string const part = dir.Path("part"), other = dir.Path("other-part");
     Run(shipped + " --partial >" + part);
@@ -430,14 +560,16 @@ TEST_F(ReplayCommand, WritesAPageThatSaysTheSameAndNothingOfItsOwn) {
     EXPECT_EQ(drawn, report["calls"]);
     for (char const* const part :
          {"&lt;script&gt;alert(1)&lt;/script&gt;\xEF\xBF\xBD\xEF\xBF\xBD", "&lt;b&gt;.csv:2",
-          "&lt;img src=x", "it is disabled", "callrecordingctl 1.", "gateway.csv: 8 calls"})
+          "&lt;img src=x", "it is disabled", "callrecordingctl 1.", "gateway.csv</td>"})
         EXPECT_NE(page.find(part), std::string::npos) << part;
-    std::string const digest = report["rule_file"]["sha256"];
-    EXPECT_NE(page.find(digest), std::string::npos);
-    EXPECT_EQ(std::system(("echo '" + digest + "  " + dir.Path("other/telephony/callrecordingdb") +
-                           "' | sha256sum -c --quiet")
-                              .c_str()),
-              0);
+    std::vector<nlohmann::json> files = report["files"];
+    files.push_back(report["rule_file"]);
+    for (nlohmann::json const& file : files) {
+        std::string const digest = file["sha256"], path = file["path"];
+        EXPECT_NE(page.find(digest), std::string::npos) << path;
+        EXPECT_EQ(
+            std::system(("echo '" + digest + "  " + path + "' | sha256sum -c --quiet").c_str()), 0);
+    }
     for (char const* const bad : {"<script", "<img", "http", "\xE2\x80\xAE", "\xFF"})
         EXPECT_EQ(page.find(bad), std::string::npos) << bad;
 }

@@ -13,6 +13,7 @@ import os
 import pathlib
 import re
 import shutil
+import socket
 import subprocess
 import sys
 import tempfile
@@ -40,6 +41,7 @@ def play(client, commands):
             for pattern, replacement in REPLACED:
                 text = re.sub(pattern, replacement, text)
             text = re.sub(rf'\b{re.escape(user)}\b', 'USER', text)
+            text = text.replace(socket.gethostname(), 'HOST')
             yield text if text.endswith('\n') or not text else text + '\n', run.returncode
 
 

@@ -36,75 +36,119 @@ Decision Decide(RuleSet const& rules, PartyCall const& call) {
 
 } // namespace
 
-void CallCounter::CountQuestion(AskedSide const& from, AskedSide const& to) {
+Example CallCounter::ExampleOf(CallRecord const& record, RecordPlace place,
+                               std::string const& path) {
+    return {Shortened(record.values[kColumnFrom]),
+            Shortened(record.values[kColumnTo]),
+            record.time,
+            path,
+            record.line,
+            place};
+}
+
+ReplayReport::File& CallCounter::FileOf(ReplayReport& report, RecordPlace place,
+                                        std::string const& path) {
+    while (report.files.size() <= place.first)
+        report.files.emplace_back();
+    ReplayReport::File& file = report.files[place.first];
+    file.path = path;
+    return file;
+}
+
+void CallCounter::TakeUnreadable(CallRecord const& record, RecordPlace place,
+                                 std::string const& path) {
+    ReplayReport& report = calls_.apart;
+    ++FileOf(report, place, path).unreadable;
+    ++report.unreadable;
+    if (report.problems.size() < ReplayReport::kMostProblems)
+        report.AddProblem({path, record.line, Shortened(record.problem), place});
+    if (options_.onUnreadable)
+        options_.onUnreadable(record, path);
+}
+
+/// Counts what is known of a call without any rule.
+template <typename MakeExample>
+void CallCounter::CountCall(CallRecord const& record, AskedSide const& from, AskedSide const& to,
+                            ReplayReport& report, MakeExample const& example) const {
+    report.all.Count(record.time, example);
     for (std::size_t i = 0; i < kCleaningCount; ++i)
-        report_.cleaned[i] += (from.cleanings[i] ? 1U : 0U) + (to.cleanings[i] ? 1U : 0U);
-    ++(from.type && to.type   ? report_.asTyped
-       : from.type || to.type ? report_.asBoth
-                              : report_.asParties);
+        report.cleaned[i] += (from.cleanings[i] ? 1U : 0U) + (to.cleanings[i] ? 1U : 0U);
+    ++(from.type && to.type   ? report.asTyped
+       : from.type || to.type ? report.asBoth
+                              : report.asParties);
+    std::string const& time = record.values[kColumnTime];
+    if (!record.time && !time.empty() && report.withoutTime++ == 0) {
+        Example const first = example();
+        report.firstWithoutTime = {first.file, first.line, Shortened(time), first.place};
+    }
+}
+
+template <typename MakeExample>
+void CallCounter::CountDecision(DecidedCall const& call, RuleSet const& rules, ReplayReport& report,
+                                MakeExample const& example) const {
+    std::optional<CallTime> const time = call.record.time;
+    Rule const* const rule = RuleOf(rules, call.decision);
+    if (rule == nullptr) {
+        report.noRule.Count(time, example);
+        report.noRuleByDigits.Count(call.to.texts.Shown(CALL_TYPE_ANY), time, example);
+    } else {
+        report.byRule[call.decision].Count(time, example);
+        if (ForbidsRecording(*rule))
+            report.forbidden.Count(time, example);
+    }
+    if (time)
+        report.timeline.Count(*time, call.decision);
+    Reconcile(call, Records(rule), report, example);
+    if (!call.other || HaveSameOutcome(rule, RuleOf(*others_, *call.other)))
+        return;
+    report.different.Count(time, example);
+    report.DifferenceOf({call.decision, *call.other}).Count(time, example);
+}
+
+template <typename MakeExample>
+void CallCounter::Reconcile(DecidedCall const& call, bool byRules, ReplayReport& report,
+                            MakeExample const& example) const {
+    std::optional<WasRecorded> was;
+    if (options_.wasRecorded)
+        was = options_.wasRecorded(call.record);
+    Answer const answer = options_.answerTo ? options_.answerTo(call.record) : Answer::None;
+    std::optional<CallTime> const time = call.record.time;
+    if (was)
+        report.reconciliation
+            .TallyOf(Reconciliation::OutcomeOf(Reconciliation::Should(answer, byRules), *was),
+                     call.decision)
+            .Count(time, example);
+    if (options_.answerTo)
+        report.reconciliation.TallyOf({answer, byRules, was.value_or(WasRecorded::Unknown)})
+            .Count(time, example);
 }
 
 void CallCounter::Take(CallRecord const& record, RecordPlace place, std::string const& path) {
-    while (report_.files.size() <= place.first)
-        report_.files.emplace_back();
-    ReplayReport::File& file = report_.files[place.first];
-    file.path = path;
-    if (!record.problem.empty()) {
-        ++file.unreadable;
-        ++report_.unreadable;
-        if (report_.problems.size() < ReplayReport::kMostProblems)
-            report_.AddProblem({path, record.line, Shortened(record.problem), place});
-        if (options_.onUnreadable)
-            options_.onUnreadable(record, path);
-        return;
-    }
-    ++file.calls;
+    if (!record.problem.empty())
+        return TakeUnreadable(record, place, path);
+    auto const example = [&] { return ExampleOf(record, place, path); };
+    std::optional<std::size_t> const era = rules_.EraOf(record.time);
+    RuleSet const* const rules = era ? rules_.In(*era) : nullptr;
+    ReplayReport& report = rules != nullptr ? calls_.byEra[*era] : calls_.apart;
+    ++FileOf(report, place, path).calls;
     AskedSide const from = ReadSide(record.from);
     AskedSide const to = ReadSide(record.to);
-    CountQuestion(from, to);
+    CountCall(record, from, to, report, example);
+    if (rules == nullptr) {
+        Tally& undecided = !record.time ? report.withoutRulesOfNoTime
+                           : era        ? report.withoutRulesNotKept
+                                        : report.withoutRulesBefore;
+        return undecided.Count(record.time, example);
+    }
+    report.byRule.resize(rules->Rules().size());
     PartyCall const call{from.texts, to.texts};
     std::optional<Decision> other;
     if (others_ != nullptr)
         other = Decide(*others_, call);
-    DecidedCall const decided{path, record, from, to, Decide(rules_, call), other};
-    Count(decided, place);
+    DecidedCall const decided{path, record, from, to, Decide(*rules, call), other};
+    CountDecision(decided, *rules, report, example);
     if (options_.onCall)
         options_.onCall(decided);
-}
-
-void CallCounter::CountTime(DecidedCall const& call, RecordPlace place) {
-    std::string const& text = call.record.values[kColumnTime];
-    if (!call.record.time && !text.empty() && report_.withoutTime++ == 0)
-        report_.firstWithoutTime = {call.file, call.record.line, Shortened(text), place};
-}
-
-void CallCounter::Count(DecidedCall const& call, RecordPlace place) {
-    CountTime(call, place);
-    std::optional<CallTime> const time = call.record.time;
-    auto const example = [&call, &time, &place] {
-        return Example{Shortened(call.record.values[kColumnFrom]),
-                       Shortened(call.record.values[kColumnTo]),
-                       time,
-                       call.file,
-                       call.record.line,
-                       place};
-    };
-    report_.all.Count(time, example);
-    Rule const* const rule = RuleOf(rules_, call.decision);
-    if (rule == nullptr) {
-        report_.noRule.Count(time, example);
-        report_.noRuleByDigits.Count(call.to.texts.Shown(CALL_TYPE_ANY), time, example);
-    } else {
-        report_.byRule[call.decision].Count(time, example);
-        if (ForbidsRecording(*rule))
-            report_.forbidden.Count(time, example);
-    }
-    if (time)
-        report_.timeline.Count(*time, call.decision);
-    if (!call.other || HaveSameOutcome(rule, RuleOf(*others_, *call.other)))
-        return;
-    report_.different.Count(time, example);
-    report_.DifferenceOf({call.decision, *call.other}).Count(time, example);
 }
 
 } // namespace CallRecordingUtils

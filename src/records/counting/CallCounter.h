@@ -10,7 +10,8 @@
 #include "calls/AskedSide.h"
 #include "calls/RuleSet.h"
 #include "model/RuleList.h"
-#include "records/counting/ReplayReport.h"
+#include "records/counting/CountedCalls.h"
+#include "records/counting/RulesOverTime.h"
 #include "records/reading/CallRecord.h"
 
 namespace CallRecordingUtils {
@@ -32,28 +33,41 @@ class CallCounter {
         std::function<void(DecidedCall const&)> onCall;
         /// Called for each line that cannot be read.
         std::function<void(CallRecord const&, std::string const& path)> onUnreadable;
+        /// Tells whether a call was recorded; nothing where its file does not say. May be missing,
+        /// like the next one; several threads ask.
+        std::function<std::optional<WasRecorded>(CallRecord const&)> wasRecorded;
+        /// Tells what was answered when the call was set up.
+        std::function<Answer(CallRecord const&)> answerTo;
     };
 
     /// others are the rules to compare with, or null. All are borrowed.
-    CallCounter(RuleSet const& rules, RuleSet const* others, Options const& options)
-        : rules_(rules), others_(others), options_(options) {
-        report_.byRule.resize(rules.Rules().size());
-    }
+    CallCounter(RulesOverTime const& rules, RuleSet const* others, Options const& options)
+        : rules_(rules), others_(others), options_(options) {}
 
     /// Takes the record at this place, in a file with this path.
     void Take(CallRecord const& record, RecordPlace place, std::string const& path);
 
-    ReplayReport const& Report() const { return report_; }
+    CountedCalls const& Calls() const { return calls_; }
 
   private:
-    void CountQuestion(AskedSide const& from, AskedSide const& to);
-    void CountTime(DecidedCall const& call, RecordPlace place);
-    void Count(DecidedCall const& call, RecordPlace place);
+    void TakeUnreadable(CallRecord const& record, RecordPlace place, std::string const& path);
+    template <typename MakeExample>
+    void CountCall(CallRecord const& record, AskedSide const& from, AskedSide const& to,
+                   ReplayReport& report, MakeExample const& example) const;
+    template <typename MakeExample>
+    void CountDecision(DecidedCall const& call, RuleSet const& rules, ReplayReport& report,
+                       MakeExample const& example) const;
+    template <typename MakeExample>
+    void Reconcile(DecidedCall const& call, bool byRules, ReplayReport& report,
+                   MakeExample const& example) const;
+    static Example ExampleOf(CallRecord const& record, RecordPlace place, std::string const& path);
+    static ReplayReport::File& FileOf(ReplayReport& report, RecordPlace place,
+                                      std::string const& path);
 
-    RuleSet const& rules_;
+    RulesOverTime const& rules_;
     RuleSet const* others_;
     Options const& options_;
-    ReplayReport report_;
+    CountedCalls calls_;
 };
 
 } // namespace CallRecordingUtils

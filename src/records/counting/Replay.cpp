@@ -3,6 +3,7 @@
 
 #include "records/counting/Replay.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <memory>
@@ -10,6 +11,8 @@
 #include <thread>
 
 #include <signal.h>
+
+#include "records/counting/FileDigest.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -49,6 +52,46 @@ class InterruptsBlocked {
 
   private:
     sigset_t before_{};
+};
+
+} // namespace
+
+namespace {
+
+/// The digests of files, found by a thread of its own while the files are read.
+class Digests {
+  public:
+    /// paths is borrowed. Nothing is done unless they are wanted.
+    Digests(std::vector<std::string> const& paths, bool areWanted) : digests_(paths.size()) {
+        if (!areWanted)
+            return;
+        InterruptsBlocked const blocked;
+        thread_ = std::thread([this, &paths] {
+            for (std::size_t i = 0; i < paths.size() && !isStopping_; ++i)
+                digests_[i] = DigestOfFile(paths[i]);
+        });
+    }
+    ~Digests() {
+        isStopping_ = true;
+        Finish();
+    }
+    Digests(Digests const&) = delete;
+    Digests& operator=(Digests const&) = delete;
+
+    std::string const& Of(std::size_t index) {
+        Finish();
+        return digests_[index];
+    }
+
+  private:
+    void Finish() {
+        if (thread_.joinable())
+            thread_.join();
+    }
+
+    std::vector<std::string> digests_;
+    std::atomic<bool> isStopping_{false};
+    std::thread thread_;
 };
 
 } // namespace
@@ -95,14 +138,14 @@ class Replay::Crew {
     }
 
     /// Waits for all threads. Throws what one of them threw.
-    ReplayReport Report() {
+    CountedCalls Calls() {
         Finish();
         if (failure_)
             std::rethrow_exception(failure_);
-        ReplayReport report = counters_.front().Report();
+        CountedCalls calls = counters_.front().Calls();
         for (std::size_t i = 1; i < counters_.size(); ++i)
-            report.Add(counters_[i].Report());
-        return report;
+            calls.Add(counters_[i].Calls());
+        return calls;
     }
 
   private:
@@ -158,27 +201,30 @@ class Replay::Crew {
     bool isFinishing_ = false;
 };
 
-Replay::Replay(RuleList const& rules, RuleList const* others, Options options)
+Replay::Replay(RulesOverTime const& rules, RuleList const* others, Options options)
     : rules_(rules), options_(std::move(options)) {
     if (others != nullptr)
         others_.emplace(*others);
 }
 
-ReplayReport Replay::Run(std::vector<std::string> const& paths) {
+CountedCalls Replay::Run(std::vector<std::string> const& paths) {
     Crew crew(*this);
+    Digests digests(paths, options_.withDigests);
     std::size_t read = 0;
     while (read < paths.size() && !MustStop()) {
         ReadFile(paths[read], read, crew);
         ++read;
     }
-    ReplayReport report = crew.Report();
-    report.files.resize(read);
+    CountedCalls calls = crew.Calls();
+    calls.apart.files.resize(read);
     for (std::size_t i = 0; i < read; ++i) {
-        report.files[i].path = paths[i];
-        report.files[i].reading = readings_[i];
+        calls.apart.files[i].path = paths[i];
+        calls.apart.files[i].reading = readings_[i];
+        if (options_.withDigests && !MustStop())
+            calls.apart.files[i].digest = digests.Of(i);
     }
-    report.isInterrupted = MustStop();
-    return report;
+    calls.apart.isInterrupted = MustStop();
+    return calls;
 }
 
 void Replay::ReadFile(std::string const& path, std::size_t index, Crew& crew) {

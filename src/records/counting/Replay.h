@@ -26,13 +26,15 @@ class Replay {
         volatile std::sig_atomic_t const* stop = nullptr;
         /// Threads, this one included. With onCall, which sees the calls one by one, only this one.
         std::size_t jobs = 1;
+        /// Whether the report shall have the digests of the files.
+        bool withDigests = false;
     };
 
-    /// others are the rules to compare with, or null.
-    Replay(RuleList const& rules, RuleList const* others, Options options);
+    /// rules is borrowed; others are the rules to compare with, or null.
+    Replay(RulesOverTime const& rules, RuleList const* others, Options options);
 
     /// Decides the calls of the files at paths, one file after the other. Throws an Error.
-    ReplayReport Run(std::vector<std::string> const& paths);
+    CountedCalls Run(std::vector<std::string> const& paths);
 
   private:
     class Crew;
@@ -40,7 +42,7 @@ class Replay {
     bool MustStop() const { return options_.stop != nullptr && *options_.stop != 0; }
     void ReadFile(std::string const& path, std::size_t index, Crew& crew);
 
-    RuleSet const rules_;
+    RulesOverTime const& rules_;
     std::optional<RuleSet> others_;
     Options options_;
     std::uint64_t bytesBefore_ = 0; // Of the files that are done.

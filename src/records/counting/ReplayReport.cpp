@@ -38,29 +38,18 @@ Tally& ReplayReport::DifferenceOf(std::pair<Decision, Decision> const& rules) {
     return tally;
 }
 
-void ReplayReport::Add(ReplayReport const& other) {
+void ReplayReport::AddFiles(ReplayReport const& other) {
     files.resize(std::max(files.size(), other.files.size()));
     for (std::size_t i = 0; i < other.files.size(); ++i) {
         if (files[i].path.empty())
             files[i].path = other.files[i].path;
         if (files[i].reading.title.empty())
             files[i].reading = other.files[i].reading;
+        if (files[i].digest.empty())
+            files[i].digest = other.files[i].digest;
         files[i].calls += other.files[i].calls;
         files[i].unreadable += other.files[i].unreadable;
     }
-    all.Add(other.all);
-    byRule.resize(std::max(byRule.size(), other.byRule.size()));
-    for (std::size_t i = 0; i < other.byRule.size(); ++i)
-        byRule[i].Add(other.byRule[i]);
-    noRule.Add(other.noRule);
-    forbidden.Add(other.forbidden);
-    noRuleByDigits.Add(other.noRuleByDigits);
-    timeline.Add(other.timeline);
-    asParties += other.asParties;
-    asTyped += other.asTyped;
-    asBoth += other.asBoth;
-    for (std::size_t i = 0; i < cleaned.size(); ++i)
-        cleaned[i] += other.cleaned[i];
     unreadable += other.unreadable;
     for (Problem const& problem : other.problems)
         AddProblem(problem);
@@ -68,9 +57,34 @@ void ReplayReport::Add(ReplayReport const& other) {
     if (other.firstWithoutTime &&
         (!firstWithoutTime || IsBefore(*other.firstWithoutTime, *firstWithoutTime)))
         firstWithoutTime = other.firstWithoutTime;
+    asParties += other.asParties;
+    asTyped += other.asTyped;
+    asBoth += other.asBoth;
+    for (std::size_t i = 0; i < cleaned.size(); ++i)
+        cleaned[i] += other.cleaned[i];
+}
+
+void ReplayReport::Add(ReplayReport const& other, std::vector<std::size_t> const* places) {
+    auto const here = [places](Decision decision) {
+        return places == nullptr || decision == kNoRule ? decision : (*places)[decision];
+    };
+    AddFiles(other);
+    all.Add(other.all);
+    for (std::size_t i = 0; i < other.byRule.size(); ++i) {
+        byRule.resize(std::max(byRule.size(), here(i) + 1));
+        byRule[here(i)].Add(other.byRule[i]);
+    }
+    noRule.Add(other.noRule);
+    forbidden.Add(other.forbidden);
+    noRuleByDigits.Add(other.noRuleByDigits);
+    withoutRulesBefore.Add(other.withoutRulesBefore);
+    withoutRulesOfNoTime.Add(other.withoutRulesOfNoTime);
+    withoutRulesNotKept.Add(other.withoutRulesNotKept);
+    timeline.Add(other.timeline, here);
+    reconciliation.Add(other.reconciliation, here);
     different.Add(other.different);
     for (auto const& [rules, tally] : other.differences)
-        differences[rules].Add(tally);
+        differences[{here(rules.first), rules.second}].Add(tally);
     moreDifferences.Add(other.moreDifferences);
     KeepFirstDifferences();
     isInterrupted |= other.isInterrupted;
@@ -81,8 +95,10 @@ void ReplayReport::MoveBehind(std::size_t count) {
         if (tally.example)
             tally.example->place.first += count;
     };
-    for (Tally* const tally : {&all, &noRule, &forbidden, &different, &moreDifferences})
+    for (Tally* const tally : {&all, &noRule, &forbidden, &different, &moreDifferences,
+                               &withoutRulesBefore, &withoutRulesOfNoTime, &withoutRulesNotKept})
         move(*tally);
+    reconciliation.ForEachTally(move);
     for (Tally& tally : byRule)
         move(tally);
     for (auto& entry : noRuleByDigits.Counts())

@@ -13,6 +13,7 @@
 
 #include "calls/Cleanings.h"
 #include "records/counting/LeadingDigits.h"
+#include "records/counting/Reconciliation.h"
 #include "records/counting/Tally.h"
 #include "records/counting/Timeline.h"
 #include "records/reading/CallFormat.h"
@@ -30,6 +31,7 @@ struct ReplayReport {
         std::uint64_t calls = 0;
         std::uint64_t unreadable = 0;
         CallReading reading;
+        std::string digest; // Empty: not asked for, or not known.
     };
     struct Problem {
         std::string file;
@@ -45,6 +47,10 @@ struct ReplayReport {
     Tally noRule;                 // Calls that no rule takes,
     Tally forbidden;              // and calls that a rule takes which forbids recording.
     LeadingDigits noRuleByDigits; // Of the number called.
+    /// Calls that were not decided, since the rules of their time are not known: it is before all
+    /// that is known, there is no time, or these rules are not kept any more.
+    Tally withoutRulesBefore, withoutRulesOfNoTime, withoutRulesNotKept;
+    Reconciliation reconciliation;
     Timeline timeline;
     /// How the calls were asked about.
     std::uint64_t asParties = 0, asTyped = 0, asBoth = 0;
@@ -60,19 +66,26 @@ struct ReplayReport {
 
     bool isInterrupted = false;
 
-    std::uint64_t Recorded() const { return all.calls - noRule.calls - forbidden.calls; }
+    std::uint64_t WithoutRules() const {
+        return withoutRulesBefore.calls + withoutRulesOfNoTime.calls + withoutRulesNotKept.calls;
+    }
+    std::uint64_t Recorded() const {
+        return all.calls - noRule.calls - forbidden.calls - WithoutRules();
+    }
 
     /// Notes what could not be read; what does not belong to the first ones is forgotten.
     void AddProblem(Problem problem);
     /// The tally for calls that these rules decide differently.
     Tally& DifferenceOf(std::pair<Decision, Decision> const& rules);
 
-    /// Adds other, which counted other calls of the same files by the same rules.
-    void Add(ReplayReport const& other);
+    /// Adds other, which counted other calls of the same files. places says where each of its rules
+    /// is here; null: at the same place.
+    void Add(ReplayReport const& other, std::vector<std::size_t> const* places = nullptr);
     /// Makes the files of this report those behind the first ones of another report.
     void MoveBehind(std::size_t files);
 
   private:
+    void AddFiles(ReplayReport const& other);
     void KeepFirstDifferences();
 };
 

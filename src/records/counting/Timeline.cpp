@@ -53,15 +53,6 @@ void Timeline::AddStretch(CallTime begin, Counts const& counts) {
     KeepFew();
 }
 
-/// How long the stretches become depends on the calls alone, and not on the order in which they are
-/// added: the more calls there are, the more stretches of any length they are in.
-void Timeline::Add(Timeline const& other) {
-    WidenToWidth(other.Width());
-    for (auto const& [begin, counts] : other.stretches_)
-        AddStretch(begin, counts);
-    outside_ += other.outside_;
-}
-
 Timeline::Counts Timeline::Totals() const {
     Counts totals;
     for (auto const& stretch : stretches_)

@@ -23,8 +23,21 @@ class Timeline {
 
     void Count(CallTime time, Decision decidedBy);
 
-    /// Adds what other counted: all of it, or what is in one stretch of it and of this width.
-    void Add(Timeline const& other);
+    /// Adds what other counted, with its decisions under other names. How long the stretches become
+    /// depends on the calls alone, and not on the order in which they are added: the more calls
+    /// there are, the more stretches of any length they are in.
+    template <typename NewName>
+    void Add(Timeline const& other, NewName newName) {
+        WidenToWidth(other.Width());
+        for (auto const& [begin, counts] : other.stretches_) {
+            Counts renamed;
+            for (auto const& [decidedBy, calls] : counts)
+                renamed[newName(decidedBy)] += calls;
+            AddStretch(begin, renamed);
+        }
+        outside_ += other.outside_;
+    }
+    /// Adds calls in one stretch of this width.
     void AddStretch(CallTime begin, Counts const& counts);
     void AddOutside(std::uint64_t calls) { outside_ += calls; }
 

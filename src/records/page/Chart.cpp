@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include "records/page/Cells.h"
 #include "records/page/Html.h"
 
 namespace CallRecordingUtils {
@@ -54,11 +55,19 @@ class Legend {
 
     std::string Html() const {
         std::string html = "<ul class=\"legend\">";
+        for (std::size_t const i : Shown())
+            html +=
+                fmt::format("<li><i class=\"{}\"></i>{}</li>", series_[i].style, series_[i].name);
+        return html + "</ul>";
+    }
+
+    /// The series that have calls.
+    std::vector<std::size_t> Shown() const {
+        std::vector<std::size_t> shown;
         for (std::size_t i = 0; i < series_.size(); ++i)
             if (i < named_.size() || (i == named_.size() ? hasOthers_ : hasNone_))
-                html += fmt::format("<li><i class=\"{}\"></i>{}</li>", series_[i].style,
-                                    series_[i].name);
-        return html + "</ul>";
+                shown.push_back(i);
+        return shown;
     }
 
   private:
@@ -108,9 +117,10 @@ class Chart {
     std::string Html() const {
         return fmt::format("<p>Each bar is {}.</p>{}<div class=\"chart\"><div class=\"scale\">"
                            "<span>{}</span><span>{}</span><span>0</span></div>{}<div "
-                           "class=\"times\">{}</div></div>",
+                           "class=\"times\">{}</div></div>\n{}",
                            StretchName(timeline_.Width()), legend_.Html(), Grouped(most_),
-                           Grouped(most_ / 2), Svg(), Times());
+                           Grouped(most_ / 2), Svg(), Times(),
+                           Details("The numbers of the chart", Numbers(), false));
     }
 
   private:
@@ -125,9 +135,7 @@ class Chart {
     }
 
     void AddBar(std::string& svg, CallTime begin, Timeline::Counts const& counts) const {
-        std::vector<std::uint64_t> bySeries(legend_.All().size());
-        for (auto const& [decision, calls] : counts)
-            bySeries[legend_.Of(decision)] += calls;
+        std::vector<std::uint64_t> const bySeries = BySeries(counts);
         double top = 100;
         for (std::size_t i = 0; i < bySeries.size(); ++i) {
             if (bySeries[i] == 0)
@@ -141,6 +149,29 @@ class Chart {
                                height, LabelOf(begin, timeline_.Width()), legend_.All()[i].name,
                                Grouped(bySeries[i]));
         }
+    }
+
+    std::string Numbers() const {
+        std::vector<std::string> headings{"From"};
+        for (std::size_t const series : legend_.Shown())
+            headings.push_back("#" + legend_.All()[series].name);
+        HtmlTable table("over-time", "Calls over time, by what decided them", headings);
+        for (auto const& [begin, counts] : timeline_.Stretches()) {
+            std::vector<std::uint64_t> const calls = BySeries(counts);
+            std::string cells = Cell(LabelOf(begin, timeline_.Width()));
+            for (std::size_t const series : legend_.Shown())
+                cells += fmt::format("<td class=\"number\" data-name=\"{}\">{}</td>",
+                                     legend_.All()[series].name, Grouped(calls[series]));
+            table.Add(cells);
+        }
+        return table.Html();
+    }
+
+    std::vector<std::uint64_t> BySeries(Timeline::Counts const& counts) const {
+        std::vector<std::uint64_t> bySeries(legend_.All().size());
+        for (auto const& [decision, calls] : counts)
+            bySeries[legend_.Of(decision)] += calls;
+        return bySeries;
     }
 
     /// Up to five labels, evenly spaced; a narrow page shows the first, the middle and the last.
@@ -170,15 +201,25 @@ std::string RuleHtml(Rule const& rule) {
     return rule.description.empty() ? name : name + ", " + Escaped(rule.description);
 }
 
-std::string ChartOf(Timeline timeline, RuleList const& rules) {
-    std::uint64_t const left = timeline.LeaveOutStragglers();
+std::string ChartOf(ReplayReport const& report, RuleList const& rules) {
+    Timeline timeline = report.timeline;
+    std::uint64_t const stragglers = timeline.LeaveOutStragglers();
     timeline.WidenTo(kMostBars);
     if (timeline.Stretches().empty())
         return "";
     std::string html = Chart(timeline, rules).Html();
-    if (left > 0)
-        html += fmt::format("<p>{} calls far before or after all others are not drawn.</p>",
-                            Grouped(left));
+    std::uint64_t drawn = 0;
+    for (auto const& entry : timeline.Totals())
+        drawn += entry.second;
+    std::pair<std::uint64_t, char const*> const leftOut[] = {
+        {stragglers, "far before or after all others"},
+        {timeline.Outside(), "before 1990 or after 2089"},
+        {report.WithoutRules(), "that were not decided"},
+        {report.all.calls - drawn - stragglers - timeline.Outside() - report.WithoutRules(),
+         "without a time"}};
+    for (auto const& [calls, what] : leftOut)
+        if (calls > 0)
+            html += fmt::format("<p>Not drawn: {} calls {}.</p>\n", Grouped(calls), what);
     return html;
 }
 

@@ -10,8 +10,9 @@
 namespace CallRecordingUtils {
 
 /// A bar for each stretch of time, divided by what decided the calls: the rules with the most
-/// calls, the other rules, no rule. Empty when no call has a time.
-std::string ChartOf(Timeline timeline, RuleList const& rules);
+/// calls, the other rules, no rule; below it the same numbers as a table, and what is left out.
+/// Empty when no call that was decided has a time.
+std::string ChartOf(ReplayReport const& report, RuleList const& rules);
 
 /// "rule 4, Sales", escaped.
 std::string RuleHtml(Rule const& rule);

@@ -2,297 +2,131 @@
 
 #include "records/page/Page.h"
 
-#include <algorithm>
-
 #include <fmt/format.h>
 
+#include "records/page/Cells.h"
 #include "records/page/Chart.h"
 #include "records/page/Html.h"
 #include "records/page/PageStyle.h"
+#include "records/page/Sections.h"
 
 namespace CallRecordingUtils {
+
+std::string Heading(char const* text) {
+    return fmt::format("<h2>{}</h2>\n", text);
+}
+
 namespace {
 
-/// The percent sign stays on the line of its number.
-std::string PercentHtml(std::uint64_t calls, std::uint64_t all) {
-    std::string const text = Percent(calls, all);
-    return Escaped(text.substr(0, text.size() - 2)) + "&nbsp;%";
+/// "Call recording on pbx, 2026-11-02 to 2026-11-06, by /etc/quva-conf/telephony/callrecordingdb"
+std::string TitleOf(PageSource const& source) {
+    Tally const& all = source.report.all;
+    std::string period;
+    if (all.first) {
+        std::string const first = TimeText(*all.first).substr(0, 10);
+        std::string const last = TimeText(*all.last).substr(0, 10);
+        period = first == last ? ", " + first : fmt::format(", {} to {}", first, last);
+    }
+    return fmt::format("Call recording on {}{}, by {}", source.page.system, period,
+                       source.facts.here.path);
 }
 
-std::string BarCell(std::uint64_t calls, std::uint64_t most) {
-    if (calls == 0 || calls > most)
-        return "<td class=\"bar\"></td>";
-    return fmt::format("<td class=\"bar\"><i style=\"width:{:.2f}%\"></i></td>",
-                       100 * Share(calls, most));
+/// text as a string in a style sheet, where nothing may end the string or the sheet.
+std::string StyleString(std::string const& text) {
+    std::string string = "\"";
+    for (char const c : text)
+        if ((c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+            std::string_view(" ,.-_/:").find(c) != std::string_view::npos)
+            string += c;
+        else
+            string += static_cast<unsigned char>(c) < 0x80
+                          ? fmt::format("\\{:06x}", static_cast<unsigned char>(c))
+                          : "?";
+    return string + "\"";
 }
 
-std::string ExampleHtml(std::optional<Example> const& example) {
-    if (!example)
-        return "";
-    return fmt::format("{} &rarr; {}<br><small>{}:{}</small>", Escaped(example->from),
-                       Escaped(example->to), Escaped(example->file), example->line);
+std::string RuleFileHtml(char const* name, RuleFileFacts const& file, std::string const& which) {
+    return fmt::format(
+        "<dt>{}</dt><dd>{}, {} rules{}<br><small>SHA-256 <code>{}</code></small></dd>\n", name,
+        Escaped(file.path), file.rules.size(), which,
+        file.digest.empty() ? "none: there is no such file" : file.digest);
 }
 
-std::string OutcomeHtml(RuleList const& rules, Decision decision) {
-    if (decision == kNoRule)
-        return "not recorded";
-    Rule const& rule = rules[decision];
-    if (ForbidsRecording(rule))
-        return fmt::format("forbidden<br><small>{}</small>", RuleHtml(rule));
-    std::string html = rule.record_to.empty() ? "no destination" : Escaped(rule.record_to);
-    if (!rule.recording_duration.empty())
-        html += ", duration " + Escaped(rule.recording_duration);
-    return fmt::format("{}, type {}<br><small>{}</small>", html,
-                       static_cast<int>(rule.call_recording_type), RuleHtml(rule));
+std::string FactsHtml(PageSource const& source) {
+    auto const& [report, facts, page] = source;
+    std::string const which =
+        facts.asked.areOfTheirTime
+            ? ", each call decided by those of its time; the digest is that of the file now"
+        : !facts.asked.asOf.empty() ? ", as of " + facts.asked.asOf
+                                    : ", as they are now";
+    std::string html = "<dl>\n" + RuleFileHtml("Rule file", facts.here, which);
+    if (facts.there)
+        html += RuleFileHtml("Compared with", *facts.there, "");
+    if (report.all.first)
+        html += fmt::format("<dt>Calls from</dt><dd>{} to {}, zone {}</dd>\n",
+                            TimeText(*report.all.first), TimeText(*report.all.last),
+                            Escaped(page.zone));
+    std::string options;
+    for (std::string const& option : facts.options)
+        options += (options.empty() ? "" : " ") + Escaped(option);
+    html += fmt::format("<dt>Options</dt><dd>{}</dd>\n<dt>Made</dt><dd>{} by {}</dd>\n</dl>\n",
+                        options.empty() ? "none" : options, Escaped(page.made), Escaped(page.by));
+    if (report.isInterrupted)
+        html += "<p class=\"warning\">The replay was interrupted: the figures do not cover all "
+                "calls.</p>\n";
+    return html;
 }
 
-class Page {
-  public:
-    Page(ReplayReport const& report, ReplayFacts const& facts, PageFacts const& page)
-        : report_(report), facts_(facts), page_(page), rules_(facts.here.rules) {
-        for (Tally const& tally : report.byRule)
-            most_ = std::max(most_, tally.calls);
+std::string Figure(char const* id, std::uint64_t count, std::string const& text) {
+    return fmt::format("<li id=\"{}\">{}{}</li>\n", id, DataElement(count), text);
+}
+
+std::string FiguresHtml(PageSource const& source) {
+    ReplayReport const& report = source.report;
+    std::uint64_t const all = report.all.calls;
+    std::string html = "<ul class=\"figures\">\n";
+    if (report.reconciliation.IsKnown()) {
+        html += Figure("missing", report.reconciliation.Total(Reconciliation::kMissing).calls,
+                       "recordings missing");
+        html += Figure("unexpected", report.reconciliation.Total(Reconciliation::kUnexpected).calls,
+                       "recordings unexpected");
     }
-
-    std::string Html() {
-        html_ = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-                "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
-                "<title>What the call-recording rules did</title>\n<link rel=\"icon\" "
-                "href=\"data:,\">\n<style>";
-        html_ += kPageStyle;
-        html_ += "</style>\n</head>\n<body>\n<h1>What the call-recording rules did</h1>\n";
-        Facts();
-        Figures();
-        Rules();
-        OverTime();
-        NeverApplied();
-        NotRecorded();
-        Differences();
-        Reading();
-        html_ += "</body>\n</html>\n";
-        return std::move(html_);
-    }
-
-  private:
-    void Add(std::string const& html) { html_ += html + "\n"; }
-    void Heading(char const* text) { Add(fmt::format("<h2>{}</h2>", text)); }
-
-    void RuleFile(char const* name, RuleFileFacts const& file) {
-        Add(fmt::format(
-            "<dt>{}</dt><dd>{}, {} rules<br><small>SHA-256 <code>{}</code></small></dd>", name,
-            Escaped(file.path), file.rules.size(),
-            file.digest.empty() ? "none: there is no such file" : file.digest));
-    }
-
-    void Facts() {
-        Add("<dl>");
-        RuleFile("Rule file", facts_.here);
-        if (facts_.there)
-            RuleFile("Compared with", *facts_.there);
-        Add("<dt>Call files</dt><dd>");
-        for (ReplayReport::File const& file : report_.files)
-            Add(fmt::format(
-                "{}: {} calls{}<br>", file.path == "-" ? "standard input" : Escaped(file.path),
-                Grouped(file.calls),
-                file.unreadable > 0 ? fmt::format(", {} lines not read", Grouped(file.unreadable))
-                                    : ""));
-        Add("</dd>");
-        if (report_.all.first)
-            Add(fmt::format("<dt>Calls from</dt><dd>{} to {}</dd>", TimeText(*report_.all.first),
-                            TimeText(*report_.all.last)));
-        Add(fmt::format("<dt>Made</dt><dd>{} by {}</dd></dl>", Escaped(page_.made),
-                        Escaped(page_.by)));
-        if (report_.isInterrupted)
-            Add("<p class=\"warning\">The replay was interrupted: the figures do not cover all "
-                "calls.</p>");
-    }
-
-    void Figure(char const* id, std::uint64_t count, std::string const& text) {
-        Add(fmt::format("<li id=\"{}\">{}{}</li>", id, DataElement(count), text));
-    }
-
-    void Figures() {
-        std::uint64_t const all = report_.all.calls;
-        std::uint64_t const recorded = report_.Recorded();
-        std::uint64_t const none = report_.noRule.calls;
-        std::uint64_t const forbidden = report_.forbidden.calls;
-        Add("<ul class=\"figures\">");
-        Figure("calls", all, "calls");
-        Figure("recorded", recorded, "recorded, " + PercentHtml(recorded, all));
-        Figure("forbidden", forbidden, "forbidden, " + PercentHtml(forbidden, all));
-        Figure("not-recorded", none, "taken by no rule, " + PercentHtml(none, all));
-        Figure("unreadable", report_.unreadable, "lines not read");
-        if (facts_.there)
-            Figure("different", report_.different.calls, "decided differently");
-        Add("</ul>");
-    }
-
-    void TallyCells(Tally const& tally) {
-        std::string const times = tally.first
-                                      ? fmt::format("<span class=\"time\">{}</span><br><span "
-                                                    "class=\"time\">{}</span>",
-                                                    TimeText(*tally.first), TimeText(*tally.last))
-                                      : "";
-        Add(fmt::format("<td class=\"number\" data-name=\"Calls\">{}</td><td "
-                        "class=\"number\">{}</td>{}<td class=\"wide\">{}</td><td "
-                        "class=\"wide\">{}</td></tr>",
-                        DataElement(tally.calls), PercentHtml(tally.calls, report_.all.calls),
-                        BarCell(tally.calls, most_), times, ExampleHtml(tally.example)));
-    }
-
-    std::string SidesOf(std::size_t index) const {
-        return fmt::format("from {} to {}", Escaped(page_.sides[index].from),
-                           Escaped(page_.sides[index].to));
-    }
-
-    void Rules() {
-        Heading("The rules, in order");
-        Add("<table><thead><tr><th>#</th><th>Rule</th><th class=\"number\">Calls</th><th "
-            "class=\"number\">Share</th><th></th><th>First and last</th><th>Example</th></tr>"
-            "</thead><tbody>");
-        for (std::size_t i = 0; i < rules_.size(); ++i) {
-            Rule const& rule = rules_[i];
-            Tally const& tally = report_.byRule[i];
-            bool const isOn = rule.recording_rule_state == RULE_ENABLED;
-            Add(fmt::format(
-                "<tr id=\"rule-{}\"{}><td>{}</td><td class=\"wide name\"><b>{}</b>{}<br>"
-                "<small>{}<br>{}</small></td>",
-                i + 1, tally.calls == 0 ? " class=\"never\"" : "", i + 1, RuleHtml(rule),
-                isOn ? "" : " (disabled)", SidesOf(i),
-                ForbidsRecording(rule)   ? "never recorded"
-                : rule.record_to.empty() ? "recorded to no destination"
-                                         : "recorded to " + Escaped(rule.record_to)));
-            TallyCells(tally);
-        }
-        Add("<tr id=\"rule-none\"><td></td><td class=\"wide name\"><b>taken by no rule</b></td>");
-        TallyCells(report_.noRule);
-        Add("</tbody></table>");
-    }
-
-    void OverTime() {
-        std::string const chart = ChartOf(report_.timeline, rules_);
-        if (chart.empty())
-            return;
-        Heading("Calls over time");
-        Add(chart);
-    }
-
-    void NeverApplied() {
-        Heading("Rules that never applied");
-        std::string rows;
-        for (std::size_t i = 0; i < rules_.size(); ++i) {
-            if (report_.byRule[i].calls > 0)
-                continue;
-            auto const why = page_.whyNever.find(i);
-            rows += fmt::format(
-                "<tr><td>{}</td><td class=\"wide name\">{}<br><small>{}</small></td><td "
-                "class=\"wide\">{}</td></tr>\n",
-                i + 1, RuleHtml(rules_[i]), SidesOf(i),
-                rules_[i].recording_rule_state != RULE_ENABLED ? "it is disabled"
-                : why != page_.whyNever.end()                  ? Escaped(why->second)
-                                              : "it decided no call of these files");
-        }
-        Add(rows.empty() ? "<p>None: every rule decided a call.</p>"
-                         : "<table id=\"never\"><thead><tr><th>#</th><th>Rule</th><th>Why</th></tr>"
-                           "</thead><tbody>" +
-                               rows + "</tbody></table>");
-    }
-
-    void NotRecorded() {
-        Heading("Calls that no rule takes");
-        if (report_.noRule.calls == 0)
-            return Add("<p>None.</p>");
-        Add("<p>By the leading digits of the number called.</p>"
-            "<table id=\"digits\"><thead><tr><th>Digits</th><th class=\"number\">Calls</th><th "
-            "class=\"number\">Share</th><th></th><th>Example</th></tr></thead><tbody>");
-        Tally rest;
-        std::vector<LeadingDigits::Group> groups = report_.noRuleByDigits.Groups(rest);
-        if (rest.calls > 0)
-            groups.push_back({"others", rest});
-        std::uint64_t const all = report_.noRule.calls;
-        for (LeadingDigits::Group const& group : groups)
-            Add(fmt::format("<tr><td>{}</td><td class=\"number\" data-name=\"Calls\">{}</td><td "
-                            "class=\"number\">{}</td>{}<td class=\"wide\">{}</td></tr>",
-                            group.digits.empty() ? "no digits" : Escaped(group.digits),
-                            DataElement(group.tally.calls), PercentHtml(group.tally.calls, all),
-                            BarCell(group.tally.calls, groups.front().tally.calls),
-                            ExampleHtml(group.tally.example)));
-        Add("</tbody></table>");
-    }
-
-    void Differences() {
-        if (!facts_.there)
-            return;
-        Heading("What the other rules would have done");
-        Add(fmt::format("<p>{} of {} calls are decided differently by {}.</p>",
-                        Grouped(report_.different.calls), Grouped(report_.all.calls),
-                        Escaped(facts_.there->path)));
-        if (report_.different.calls == 0)
-            return;
-        Add("<table id=\"differences\"><thead><tr><th class=\"number\">Calls</th><th>Here</th><th>"
-            "There</th><th>Example</th></tr></thead><tbody>");
-        for (auto const& [pair, tally] : report_.differences)
-            Add(fmt::format(
-                "<tr><td class=\"number\" data-name=\"Calls\">{}</td><td class=\"wide\" "
-                "data-name=\"Here\">{}</td><td class=\"wide\" data-name=\"There\">{}"
-                "</td><td class=\"wide\">{}</td></tr>",
-                DataElement(tally.calls), OutcomeHtml(rules_, pair.first),
-                OutcomeHtml(facts_.there->rules, pair.second), ExampleHtml(tally.example)));
-        if (report_.moreDifferences.calls > 0)
-            Add(fmt::format(
-                "<tr><td class=\"number\">{}</td><td>of further pairs of rules</td><td></td><td>"
-                "</td></tr>",
-                DataElement(report_.moreDifferences.calls)));
-        Add("</tbody></table>");
-    }
-
-    void Problem(ReplayReport::Problem const& problem) {
-        Add(fmt::format("<li>{}:{}: {}</li>", Escaped(problem.file), problem.line,
-                        Escaped(problem.reason)));
-    }
-
-    void Reading() {
-        Heading("How the call files were read");
-        if (report_.all.calls > 0)
-            Add(fmt::format("<p>How calls were asked about: {}.</p>", QuestionsText(report_)));
-        std::string cleaned;
-        for (std::size_t i = 0; i < report_.cleaned.size(); ++i)
-            if (report_.cleaned[i] > 0)
-                cleaned += fmt::format("{}{} {}", cleaned.empty() ? "" : ", ", kCleaningWords[i],
-                                       Grouped(report_.cleaned[i]));
-        Add(cleaned.empty()
-                ? "<p>Addresses were taken as they are.</p>"
-                : fmt::format(
-                      "<p>Removed from addresses: {}. The telephone system may hand them over "
-                      "differently.</p>",
-                      cleaned));
-        if (report_.unreadable > 0) {
-            Add(fmt::format("<p>{} lines could not be read; the first of them:</p><ul>",
-                            Grouped(report_.unreadable)));
-            for (ReplayReport::Problem const& problem : report_.problems)
-                Problem(problem);
-            Add("</ul>");
-        }
-        if (report_.firstWithoutTime) {
-            Add(fmt::format("<p>{} times are not in a known format; the first of them:</p><ul>",
-                            Grouped(report_.withoutTime)));
-            Problem(*report_.firstWithoutTime);
-            Add("</ul>");
-        }
-    }
-
-    ReplayReport const& report_;
-    ReplayFacts const& facts_;
-    PageFacts const& page_;
-    RuleList const& rules_;
-    std::uint64_t most_ = 0; // Calls of the rule with the longest bar.
-    std::string html_;
-};
+    auto const share = [&](char const* id, std::uint64_t count, char const* what) {
+        html += Figure(id, count, fmt::format("{}, {}", what, PercentHtml(count, all)));
+    };
+    html += Figure("calls", all, "calls");
+    share("recorded", report.Recorded(), "to be recorded");
+    share("forbidden", report.forbidden.calls, "forbidden");
+    share("not-recorded", report.noRule.calls, "taken by no rule");
+    if (source.facts.asked.areOfTheirTime)
+        share("without-rules", report.WithoutRules(),
+              "not decided: the rules of their time are not known");
+    html += Figure("unreadable", report.unreadable, "lines not read");
+    if (source.facts.there)
+        html += Figure("different", report.different.calls, "decided differently");
+    return html + "</ul>\n";
+}
 
 } // namespace
 
 std::string PageOf(ReplayReport const& report, ReplayFacts const& facts, PageFacts const& page) {
-    return Page(report, facts, page).Html();
+    PageSource const source{report, facts, page};
+    std::string const title = TitleOf(source);
+    std::string html = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+                       "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
+                       "<title>" +
+                       Escaped(title) + "</title>\n<link rel=\"icon\" href=\"data:,\">\n<style>";
+    html += kPageStyle;
+    html += fmt::format("@page {{ @top-left {{ content: {}; }} }}\n", StyleString(title));
+    html += "</style>\n</head>\n<body>\n<h1>" + Escaped(title) + "</h1>\n";
+    html += FactsHtml(source) + FiguresHtml(source) + ReconciliationSection(source) +
+            RulesSection(source);
+    std::string const chart = ChartOf(report, facts.here.rules);
+    if (!chart.empty())
+        html += Heading("Calls over time") + chart;
+    html += EditsSection(source) + ClaimsSection(source) + NeverAppliedSection(source) +
+            NotRecordedSection(source) + DifferencesSection(source) + ReadingSection(source);
+    return html + "</body>\n</html>\n";
 }
 
 } // namespace CallRecordingUtils

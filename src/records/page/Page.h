@@ -3,6 +3,7 @@
 #ifndef RECORDS_PAGE_PAGE_H
 #define RECORDS_PAGE_PAGE_H
 
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -17,10 +18,14 @@ struct PageFacts {
         std::string from, to; // Call type and pattern, for people.
     };
     std::vector<Sides> sides; // Of the rules, in order.
-    /// Why a rule never applied, by its place, where that is known.
+    /// Why a rule never applied, by its place, where that is known,
     std::map<std::size_t, std::string> whyNever;
-    std::string made; // When,
-    std::string by;   // and by which program.
+    std::size_t lookedInto = 0; // for so many of the rules that never applied.
+    std::string system;         // Whose calls they are.
+    std::string made;           // When,
+    std::string by;             // by which program, and by whom, where.
+    std::string zone;           // Of all times.
+    std::string policy;         // The file of the claims; empty for none.
 };
 
 /// A page in one file: no network, no scripts.

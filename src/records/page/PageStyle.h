@@ -8,12 +8,19 @@ namespace CallRecordingUtils {
 // People who see few colours can tell the colours of the series apart.
 constexpr char kPageStyle[] = R"(
 :root { color-scheme: light dark; --back: #fff; --text: #1d2126; --dim: #5b6470; --line: #d9dde3;
-  --bar: #2f6fb2; --s0: #0072b2; --s1: #e69f00; --s2: #009e73; --s3: #cc79a7; --s4: #56b4e9;
-  --s5: #d55e00; --others: #7a828c; --none: #d3d8df; }
-@media (prefers-color-scheme: dark) { :root { --back: #15181c; --text: #e4e7eb; --dim: #9aa4b0;
-  --line: #343b44; --bar: #5b9bd8; --s0: #4fa3e0; --others: #9aa4b0; --none: #454d57; } }
-@media print { :root { --back: #fff; --text: #000; --dim: #444; --line: #bbb; --bar: #2f6fb2;
-  --s0: #0072b2; --others: #7a828c; --none: #d3d8df; } }
+  --bar: #2f6fb2; --s0: #0072b2; --s1: #8f6400; --s2: #00735a; --s3: #a3427c; --s4: #7a4fa3;
+  --s5: #b84a00; --others: #5f6873; --none: #3d434b; --warn: #b00020; }
+@media screen and (prefers-color-scheme: dark) { :root { --back: #15181c; --text: #e4e7eb;
+  --dim: #9aa4b0; --line: #343b44; --bar: #5b9bd8; --s0: #4fa3e0; --s1: #e69f00; --s2: #1fb98a;
+  --s3: #dd93bd; --s4: #b79be0; --s5: #f07a2e; --others: #9aa4b0; --none: #c9d1da;
+  --warn: #ff8a80; } }
+@page { size: A4; margin: 18mm 14mm 16mm; @top-left { font: 8pt sans-serif; width: 100%; }
+  @bottom-right { font: 8pt sans-serif; content: "page " counter(page) " of " counter(pages); } }
+@media print { :root { color-scheme: light; --text: #000; --dim: #444; --line: #bbb; }
+  body { font-size: 9pt; padding: 0; max-width: none; }
+  #over-time { font-size: 8pt; }
+  details::details-content { content-visibility: visible; }
+  details:has(.never):not([open])::details-content { content-visibility: hidden; display: none; } }
 * { box-sizing: border-box; }
 body { margin: 0 auto; max-width: 84rem; padding: 1.5rem; background: var(--back);
   color: var(--text); font: 15px/1.45 system-ui, sans-serif; overflow-wrap: break-word; }
@@ -30,8 +37,11 @@ dd, td.wide, .legend li, ul { overflow-wrap: anywhere; }
 .figures li { list-style: none; flex: 1 1 9rem; border: 1px solid var(--line);
   border-radius: .5rem; padding: .6rem .9rem; color: var(--dim); }
 .figures data { display: block; color: var(--text); font-size: 1.5rem; font-weight: 600; }
-.warning { border-left: 4px solid var(--s5); padding: .3rem .8rem; font-weight: 600; }
+.warning { border-left: 4px solid var(--warn); padding: .3rem .8rem; font-weight: 600; }
 table { border-collapse: collapse; width: 100%; }
+caption { text-align: left; padding: .3rem 0; color: var(--dim); }
+summary { cursor: pointer; padding: .3rem 0; }
+tr.missing td:first-child, #missing data { color: var(--warn); font-weight: 600; }
 th { text-align: left; color: var(--dim); font-weight: 500; font-size: .85rem; }
 th, td { padding: .4rem .7rem .4rem 0; border-bottom: 1px solid var(--line);
   vertical-align: top; }
@@ -43,6 +53,7 @@ td.bar { width: 16%; min-width: 6rem; }
   -webkit-print-color-adjust: exact; }
 .time { white-space: nowrap; font-variant-numeric: tabular-nums; }
 tr.never { color: var(--dim); }
+#over-time th { white-space: normal; overflow-wrap: anywhere; }
 .legend { display: flex; flex-wrap: wrap; gap: .2rem 1.2rem; padding: 0; margin: .4rem 0 .8rem; }
 .legend li { list-style: none; }
 .legend i { display: inline-block; width: .8rem; height: .8rem; border-radius: 2px;
@@ -65,13 +76,13 @@ tr.never { color: var(--dim); }
 .s4 { fill: var(--s4); background: var(--s4); } .s5 { fill: var(--s5); background: var(--s5); }
 .others { fill: var(--others); background: var(--others); }
 .none { fill: var(--none); background: var(--none); }
-@media (max-width: 45rem) {
+@media screen and (max-width: 45rem) {
   body { padding: 1rem; }
   dl { grid-template-columns: 1fr; gap: 0; }
   dd { margin-bottom: .4rem; }
   .times span:nth-child(even) { display: none; }
   thead { display: none; }
-  table, tbody { display: block; }
+  table, tbody, caption { display: block; }
   tr { display: flex; flex-wrap: wrap; gap: .1rem .8rem; border-bottom: 1px solid var(--line);
     padding: .6rem 0; }
   td { border: 0; padding: 0; }

@@ -15,7 +15,8 @@ namespace CallRecordingUtils {
 struct KnownFormat;
 
 /// A column whose values are wanted besides those that make up the call, with the option that asks
-/// for it. Names are alternatives, the preferred first; a number counts columns from 1.
+/// for it. Names are alternatives, the preferred first; a number counts columns from 1. Without an
+/// option it may be missing.
 struct WantedColumn {
     std::vector<std::string> names;
     std::string option;

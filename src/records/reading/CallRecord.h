@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -39,6 +40,7 @@ struct CallRecord {
     /// Begins with the values of the columns that CallFormat::wanted names, in that order; "" where
     /// a record has no such value. Empty when the line is no record.
     std::vector<std::string> wanted;
+    std::uint32_t lacks = 0; ///< Bit i: there is no column for value i of wanted.
 
     // What the values mean.
     Side from, to;

@@ -112,8 +112,10 @@ std::string CsvRecords::FindColumns() {
     std::vector<std::size_t> where(kColumnCount + format_.wanted.size());
     for (std::size_t place = 0; place < where.size(); ++place) {
         where[place] = Find(place);
-        bool const isNeeded = place <= kColumnTo || place >= kColumnCount ||
-                              !format_.names.Given(static_cast<Column>(place)).empty();
+        bool const isNeeded =
+            place >= kColumnCount
+                ? !format_.wanted[place - kColumnCount].option.empty()
+                : place <= kColumnTo || !format_.names.Given(static_cast<Column>(place)).empty();
         if (where[place] == kNone && isNeeded)
             return NoColumn(place);
     }
@@ -180,11 +182,14 @@ void CsvRecords::RefuseWhatAQuoteSwallowed() {
 
 void CsvRecords::Take(CallRecord& record) {
     record.wanted.resize(where_.size() - kColumnCount);
+    record.lacks = 0;
     for (std::size_t i = 0; i < where_.size(); ++i) {
         std::string& value = i < kColumnCount ? record.values[i] : record.wanted[i - kColumnCount];
         value.clear();
-        if (where_[i] == kNone)
+        if (where_[i] == kNone) {
+            record.lacks |= i < kColumnCount ? 0 : 1U << (i - kColumnCount);
             continue;
+        }
         if (where_[i] < rows_.FieldCount())
             value = rows_.Field(where_[i]);
         else if (record.problem.empty())

@@ -55,6 +55,10 @@ void NamedValues::Take(std::string const& name, std::string_view value) {
 }
 
 void NamedValues::End() {
+    record_->lacks = 0;
+    for (std::size_t i = 0; i < format_.wanted.size(); ++i)
+        if (ranks_[kColumnCount + i] == ColumnNames::kNone)
+            record_->lacks |= 1U << i;
     for (Column const column : {kColumnFrom, kColumnTo})
         if (ranks_[column] == ColumnNames::kNone && record_->problem.empty()) {
             std::string const& given = format_.names.Given(column);

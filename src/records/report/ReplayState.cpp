@@ -1,12 +1,15 @@
-// Writes and reads states. Texts may hold any bytes, so they go through ToUtf8 and BytesOf.
+// Writes and reads states: what was counted, and the rules and edits that it is about.
 
 #include "records/report/ReplayState.h"
+
+#include <algorithm>
+#include <tuple>
 
 #include <fmt/format.h>
 
 #include "common/Error.h"
+#include "records/report/StateValues.h"
 #include "text/Input.h"
-#include "json/Bytes.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -14,204 +17,7 @@ namespace {
 using nlohmann::json;
 
 /// Changes with everything that a state holds: one version does not read the states of another.
-constexpr int kVersion = 1;
-
-// Each Put has its Get, which takes what Put returns.
-
-template <typename Number>
-json PutOptional(std::optional<Number> const& number) {
-    return number ? json(*number) : json();
-}
-
-std::optional<CallTime> GetTime(json const& state) {
-    return state.is_null() ? std::nullopt : std::optional(state.get<CallTime>());
-}
-
-std::string GetText(json const& state) {
-    return BytesOf(state.get<std::string>());
-}
-
-json Put(Tally const& tally) {
-    if (tally.calls == 0)
-        return nullptr;
-    Example const& example = *tally.example;
-    return {tally.calls,
-            PutOptional(tally.first),
-            PutOptional(tally.last),
-            ToUtf8(example.from),
-            ToUtf8(example.to),
-            PutOptional(example.time),
-            ToUtf8(example.file),
-            example.line,
-            example.place};
-}
-
-Tally GetTally(json const& state) {
-    Tally tally;
-    if (state.is_null())
-        return tally;
-    tally.calls = state.at(0);
-    tally.first = GetTime(state.at(1));
-    tally.last = GetTime(state.at(2));
-    tally.example = {GetText(state.at(3)), GetText(state.at(4)), GetTime(state.at(5)),
-                     GetText(state.at(6)), state.at(7),          state.at(8)};
-    return tally;
-}
-
-json Put(ReplayReport::Problem const& problem) {
-    return {ToUtf8(problem.file), problem.line, ToUtf8(problem.reason), problem.place};
-}
-
-ReplayReport::Problem GetProblem(json const& state) {
-    return {GetText(state.at(0)), state.at(1), GetText(state.at(2)), state.at(3)};
-}
-
-json Put(LeadingDigits const& digits) {
-    json state = json::object();
-    for (auto const& [prefix, tally] : digits.Counts())
-        state[prefix] = Put(tally);
-    return state;
-}
-
-LeadingDigits GetDigits(json const& state) {
-    LeadingDigits digits;
-    for (auto const& [prefix, tally] : state.items())
-        digits.Add(prefix, GetTally(tally));
-    return digits;
-}
-
-json Put(Timeline const& timeline) {
-    json stretches = json::array();
-    for (auto const& [begin, counts] : timeline.Stretches())
-        stretches.push_back({begin, json(counts)});
-    return {{"width", timeline.Width()}, {"outside", timeline.Outside()}, {"stretches", stretches}};
-}
-
-Timeline GetTimeline(json const& state) {
-    Timeline timeline;
-    timeline.WidenToWidth(state.at("width"));
-    timeline.AddOutside(state.at("outside"));
-    for (json const& stretch : state.at("stretches"))
-        timeline.AddStretch(stretch.at(0), stretch.at(1).get<Timeline::Counts>());
-    return timeline;
-}
-
-json PutTexts(std::vector<std::string> const& texts) {
-    json state = json::array();
-    for (std::string const& text : texts)
-        state.push_back(ToUtf8(text));
-    return state;
-}
-
-json Put(CallReading const& reading) {
-    return {reading.format,
-            reading.title,
-            reading.isGuessed,
-            reading.isDocumented,
-            PutTexts({reading.columns.begin(), reading.columns.end()}),
-            PutTexts(reading.conditions),
-            ToUtf8(reading.distinct),
-            reading.leftOut,
-            PutTexts(reading.notes)};
-}
-
-std::vector<std::string> GetTexts(json const& state) {
-    std::vector<std::string> texts;
-    for (json const& text : state)
-        texts.push_back(GetText(text));
-    return texts;
-}
-
-CallReading GetReading(json const& state) {
-    CallReading reading;
-    reading.format = state.at(0);
-    reading.title = state.at(1);
-    reading.isGuessed = state.at(2);
-    reading.isDocumented = state.at(3);
-    for (std::size_t i = 0; i < kColumnCount; ++i)
-        reading.columns[i] = GetText(state.at(4).at(i));
-    reading.conditions = GetTexts(state.at(5));
-    reading.distinct = GetText(state.at(6));
-    reading.leftOut = state.at(7);
-    reading.notes = GetTexts(state.at(8));
-    return reading;
-}
-
-json PutFiles(std::vector<ReplayReport::File> const& files) {
-    json state = json::array();
-    for (ReplayReport::File const& file : files)
-        state.push_back({ToUtf8(file.path), file.calls, file.unreadable, Put(file.reading)});
-    return state;
-}
-
-std::vector<ReplayReport::File> GetFiles(json const& state) {
-    std::vector<ReplayReport::File> files;
-    for (json const& file : state)
-        files.push_back({GetText(file.at(0)), file.at(1), file.at(2), GetReading(file.at(3))});
-    return files;
-}
-
-json Put(ReplayReport const& report) {
-    json rules = json::array();
-    for (std::size_t i = 0; i < report.byRule.size(); ++i)
-        if (report.byRule[i].calls > 0)
-            rules.push_back({i, Put(report.byRule[i])});
-    json problems = json::array();
-    for (ReplayReport::Problem const& problem : report.problems)
-        problems.push_back(Put(problem));
-    json differences = json::array();
-    for (auto const& [pair, tally] : report.differences)
-        differences.push_back({pair, Put(tally)});
-    return {
-        {"files", PutFiles(report.files)},
-        {"all", Put(report.all)},
-        {"rule_count", report.byRule.size()},
-        {"rules", rules},
-        {"no_rule", Put(report.noRule)},
-        {"forbidden", Put(report.forbidden)},
-        {"leading_digits", Put(report.noRuleByDigits)},
-        {"timeline", Put(report.timeline)},
-        {"asked", {report.asParties, report.asTyped, report.asBoth}},
-        {"cleaned", report.cleaned},
-        {"unreadable", report.unreadable},
-        {"problems", problems},
-        {"without_time", report.withoutTime},
-        {"first_without_time", report.firstWithoutTime ? Put(*report.firstWithoutTime) : json()},
-        {"different", Put(report.different)},
-        {"differences", differences},
-        {"more_differences", Put(report.moreDifferences)},
-        {"interrupted", report.isInterrupted}};
-}
-
-ReplayReport GetReport(json const& state) {
-    ReplayReport report;
-    report.files = GetFiles(state.at("files"));
-    report.all = GetTally(state.at("all"));
-    report.byRule.resize(state.at("rule_count"));
-    for (json const& rule : state.at("rules"))
-        report.byRule.at(rule.at(0)) = GetTally(rule.at(1));
-    report.noRule = GetTally(state.at("no_rule"));
-    report.forbidden = GetTally(state.at("forbidden"));
-    report.noRuleByDigits = GetDigits(state.at("leading_digits"));
-    report.timeline = GetTimeline(state.at("timeline"));
-    json const& asked = state.at("asked");
-    report.asParties = asked.at(0);
-    report.asTyped = asked.at(1);
-    report.asBoth = asked.at(2);
-    report.cleaned = state.at("cleaned");
-    report.unreadable = state.at("unreadable");
-    for (json const& problem : state.at("problems"))
-        report.problems.push_back(GetProblem(problem));
-    report.withoutTime = state.at("without_time");
-    if (json const& first = state.at("first_without_time"); !first.is_null())
-        report.firstWithoutTime = GetProblem(first);
-    report.different = GetTally(state.at("different"));
-    for (json const& difference : state.at("differences"))
-        report.differences[difference.at(0)] = GetTally(difference.at(1));
-    report.moreDifferences = GetTally(state.at("more_differences"));
-    report.isInterrupted = state.at("interrupted");
-    return report;
-}
+constexpr int kVersion = 2;
 
 json Put(Rule const& rule) {
     return {rule.callrecordingrule_id,   ToUtf8(rule.caller_pattern),     rule.caller_call_type,
@@ -235,59 +41,169 @@ Rule GetRule(json const& state) {
     return rule;
 }
 
+json PutRules(RuleList const& rules) {
+    json state = json::array();
+    for (Rule const& rule : rules)
+        state.push_back(Put(rule));
+    return state;
+}
+
+RuleList GetRules(json const& state) {
+    RuleList rules;
+    for (json const& rule : state)
+        rules.push_back(GetRule(rule));
+    return rules;
+}
+
 json Put(RuleFileFacts const& file) {
-    json rules = json::array();
-    for (Rule const& rule : file.rules)
-        rules.push_back(Put(rule));
-    return {{"path", ToUtf8(file.path)}, {"sha256", file.digest}, {"rules", rules}};
+    return {ToUtf8(file.path), file.digest, PutRules(file.rules)};
 }
 
 RuleFileFacts GetRuleFile(json const& state) {
-    RuleFileFacts file{GetText(state.at("path")), state.at("sha256"), {}};
-    for (json const& rule : state.at("rules"))
-        file.rules.push_back(GetRule(rule));
-    return file;
+    return {GetText(state.at(0)), state.at(1), GetRules(state.at(2))};
 }
 
-/// Whether all decisions are about rules that there are.
-bool IsWhole(ReplayState const& state) {
-    std::size_t const rules = state.facts.here.rules.size();
-    std::size_t const others = state.facts.there ? state.facts.there->rules.size() : 0;
+json Put(EditFacts const& edit) {
+    return {edit.number,
+            edit.time,
+            PutOptional(edit.earliest),
+            edit.isOutside,
+            ToUtf8(edit.user),
+            ToUtf8(edit.command),
+            ToUtf8(edit.message),
+            PutTexts(edit.changes)};
+}
+
+EditFacts GetEdit(json const& state) {
+    return {state.at(0),          state.at(1),          GetTime(state.at(2)),
+            state.at(3),          GetText(state.at(4)), GetText(state.at(5)),
+            GetText(state.at(6)), GetTexts(state.at(7))};
+}
+
+json Put(ReplayFacts const& facts) {
+    json edits = json::array();
+    for (EditFacts const& edit : facts.edits)
+        edits.push_back(Put(edit));
+    return {{"rule_file", Put(facts.here)},
+            {"against", facts.there ? Put(*facts.there) : json()},
+            {"of_their_time", facts.asked.areOfTheirTime},
+            {"as_of", facts.asked.asOf},
+            {"edits", edits},
+            {"options", PutTexts(facts.options)}};
+}
+
+ReplayFacts GetFacts(json const& state) {
+    ReplayFacts facts;
+    facts.here = GetRuleFile(state.at("rule_file"));
+    if (json const& there = state.at("against"); !there.is_null())
+        facts.there = GetRuleFile(there);
+    facts.asked = {state.at("of_their_time"), state.at("as_of")};
+    for (json const& edit : state.at("edits"))
+        facts.edits.push_back(GetEdit(edit));
+    facts.options = GetTexts(state.at("options"));
+    return facts;
+}
+
+/// What was counted in one era, with its rules where it has some of its own.
+json PutEra(std::size_t era, ReplayState const& state) {
+    json put{{"era", era}, {"report", Put(state.calls.byEra.at(era))}, {"rules", nullptr}};
+    if (auto const facts = state.eras.find(era); facts != state.eras.end())
+        put["rules"] = {PutOptional(facts->second.from), PutOptional(facts->second.to),
+                        facts->second.digest, PutRules(facts->second.rules)};
+    return put;
+}
+
+/// Throws unless all decisions are about rules that there are.
+void RequireRules(ReplayReport const& report, std::size_t rules, std::size_t others) {
     auto const isAbout = [](Decision decision, std::size_t count) {
         return decision == kNoRule || decision < count;
     };
-    for (auto const& entry : state.report.timeline.Totals())
-        if (!isAbout(entry.first, rules))
-            return false;
-    for (auto const& entry : state.report.differences)
-        if (!isAbout(entry.first.first, rules) || !isAbout(entry.first.second, others))
-            return false;
-    return state.report.byRule.size() == rules;
+    bool isWhole = report.byRule.size() <= rules;
+    for (auto const& entry : report.timeline.Totals())
+        isWhole &= isAbout(entry.first, rules);
+    for (std::size_t i = 0; i < Reconciliation::kOutcomeCount; ++i)
+        for (auto const& entry : report.reconciliation.Of(Reconciliation::Outcome(i)))
+            isWhole &= isAbout(entry.first, rules);
+    for (auto const& entry : report.differences)
+        isWhole &= isAbout(entry.first.first, rules) && isAbout(entry.first.second, others);
+    if (!isWhole)
+        throw std::runtime_error("it counts calls of rules that it does not have");
+}
+
+void GetEra(json const& put, ReplayState& state) {
+    std::size_t const era = put.at("era");
+    bool const hasOwnRules = state.facts.asked.areOfTheirTime;
+    if (hasOwnRules) {
+        json const& rules = put.at("rules");
+        state.eras[era] = {GetTime(rules.at(0)), GetTime(rules.at(1)), rules.at(2),
+                           GetRules(rules.at(3))};
+    }
+    ReplayReport& report = state.calls.byEra[era] = GetReport(put.at("report"));
+    RequireRules(report, (hasOwnRules ? state.eras[era].rules : state.facts.here.rules).size(),
+                 state.facts.there ? state.facts.there->rules.size() : 0);
 }
 
 ReplayState GetState(json const& state) {
     if (state.at("callrecording_replay_state") != kVersion)
         throw std::runtime_error("it was written by another version of this program");
-    ReplayState read{{GetRuleFile(state.at("rule_file")), std::nullopt},
-                     GetReport(state.at("report"))};
-    if (json const& there = state.at("against"); !there.is_null())
-        read.facts.there = GetRuleFile(there);
-    if (!IsWhole(read))
-        throw std::runtime_error("it counts calls of rules that it does not have");
+    ReplayState read;
+    read.facts = GetFacts(state.at("facts"));
+    read.calls.apart = GetReport(state.at("apart"));
+    RequireRules(read.calls.apart, 0, 0);
+    for (json const& era : state.at("eras"))
+        GetEra(era, read);
     return read;
 }
 
-std::string RulesOf(RuleFileFacts const& file) {
-    return fmt::format("{} (SHA-256 {})", file.path, file.digest.empty() ? "none" : file.digest);
+/// What must be the same in all parts, in words.
+std::string WayOf(ReplayFacts const& facts) {
+    auto const file = [](RuleFileFacts const& rules) {
+        return fmt::format("{} (SHA-256 {})", rules.path,
+                           rules.digest.empty() ? "none" : rules.digest);
+    };
+    std::string way =
+        facts.asked.areOfTheirTime ? "the history of " + facts.here.path : file(facts.here);
+    if (facts.there)
+        way += " and " + file(*facts.there);
+    return way +
+           (facts.options.empty() ? "" : fmt::format(", with {}", fmt::join(facts.options, " ")));
+}
+
+void AddEdits(std::vector<EditFacts>& edits, std::vector<EditFacts> const& others) {
+    auto const isBefore = [](EditFacts const& left, EditFacts const& right) {
+        // One that is not in the history yet comes last.
+        return std::tuple(left.number == 0, left.number, left.time) <
+               std::tuple(right.number == 0, right.number, right.time);
+    };
+    for (EditFacts const& edit : others) {
+        auto const at = std::lower_bound(edits.begin(), edits.end(), edit, isBefore);
+        if (at == edits.end() || isBefore(edit, *at))
+            edits.insert(at, edit);
+    }
+}
+
+/// Returns whether the eras that both have are the same ones.
+bool AddEras(std::map<std::size_t, EraFacts>& eras, std::map<std::size_t, EraFacts> const& others) {
+    bool areAlike = true;
+    for (auto const& [era, facts] : others) {
+        EraFacts& known = eras.emplace(era, facts).first->second;
+        areAlike &= known.digest == facts.digest && known.from == facts.from;
+        if (facts.to) // It may have ended between the parts.
+            known.to = facts.to;
+    }
+    return areAlike;
 }
 
 } // namespace
 
 std::string StateLine(ReplayState const& state) {
+    json eras = json::array();
+    for (auto const& entry : state.calls.byEra)
+        eras.push_back(PutEra(entry.first, state));
     json const line{{"callrecording_replay_state", kVersion},
-                    {"rule_file", Put(state.facts.here)},
-                    {"against", state.facts.there ? Put(*state.facts.there) : json()},
-                    {"report", Put(state.report)}};
+                    {"facts", Put(state.facts)},
+                    {"apart", Put(state.calls.apart)},
+                    {"eras", eras}};
     return line.dump();
 }
 
@@ -322,18 +238,17 @@ std::vector<ReplayState> ReadStates(std::string const& path) {
 }
 
 void AddState(ReplayState& to, ReplayState&& state, std::string const& name) {
-    auto const require = [&name](std::string const& first, std::string const& other) {
-        if (first != other)
-            throw Error(Error::Kind::Unreadable,
-                        fmt::format("{}: counted by the rules of {}, and the parts before it by "
-                                    "those of {}",
-                                    name, other, first));
-    };
-    require(RulesOf(to.facts.here), RulesOf(state.facts.here));
-    require(to.facts.there ? RulesOf(*to.facts.there) : "no other file to compare with",
-            state.facts.there ? RulesOf(*state.facts.there) : "no other file to compare with");
-    state.report.MoveBehind(to.report.files.size());
-    to.report.Add(state.report);
+    if (WayOf(to.facts) != WayOf(state.facts))
+        throw Error(Error::Kind::Unreadable,
+                    fmt::format("{}: counted by the rules of {}, and the parts before it by those "
+                                "of {}",
+                                name, WayOf(state.facts), WayOf(to.facts)));
+    if (!AddEras(to.eras, state.eras))
+        throw Error(Error::Kind::Unreadable,
+                    name + ": counted by another history than the parts before it");
+    AddEdits(to.facts.edits, state.facts.edits);
+    state.calls.MoveBehind(to.calls.apart.files.size());
+    to.calls.Add(state.calls);
 }
 
 } // namespace CallRecordingUtils

@@ -6,15 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "records/report/ReportJson.h"
+#include "records/report/ReplayFacts.h"
 
 namespace CallRecordingUtils {
-
-/// A report with the rules that it is about.
-struct ReplayState {
-    ReplayFacts facts;
-    ReplayReport report;
-};
 
 /// One line of JSON, without the line end, from which ReadStates makes the same state.
 std::string StateLine(ReplayState const& state);
@@ -24,7 +18,7 @@ std::string StateLine(ReplayState const& state);
 std::vector<ReplayState> ReadStates(std::string const& path);
 
 /// Adds a state whose calls come after those of to. Throws an Error that names name, where it is
-/// from, if it was counted by other rules.
+/// from, if it was counted by other rules or in another way.
 void AddState(ReplayState& to, ReplayState&& state, std::string const& name);
 
 } // namespace CallRecordingUtils

@@ -2,6 +2,8 @@
 
 #include "records/report/ReportJson.h"
 
+#include <limits>
+
 #include <fmt/format.h>
 
 #include "records/report/Reading.h"
@@ -42,11 +44,18 @@ ordered_json OutcomeToJson(RuleList const& rules, Decision decision) {
     return OutcomeToJson(rules[decision], decision + 1);
 }
 
-ordered_json RulesToJson(ReplayReport const& report, RuleList const& rules) {
+ordered_json RulesToJson(ReplayReport const& report, ReplayFacts const& facts) {
+    RuleList const& rules = facts.here.rules;
     auto list = ordered_json::array();
     for (std::size_t i = 0; i < rules.size(); ++i) {
         ordered_json rule = OutcomeToJson(rules, i);
         rule[NameOf(RuleMember::Enabled)] = rules[i].recording_rule_state == RULE_ENABLED;
+        if (!facts.spans.empty()) {
+            if (!facts.spans[i].isStillThere)
+                rule[NameOf(RuleMember::Position)] = nullptr;
+            rule["since"] = TimeToJson(facts.spans[i].since);
+            rule["until"] = TimeToJson(facts.spans[i].until);
+        }
         AddTally(rule, report.byRule[i], report.all.calls);
         list.push_back(rule);
     }
@@ -82,11 +91,91 @@ ordered_json ProblemToJson(ReplayReport::Problem const& problem) {
 ordered_json FilesToJson(ReplayReport const& report) {
     auto list = ordered_json::array();
     for (ReplayReport::File const& file : report.files)
-        list.push_back({{"path", file.path},
-                        {"calls", file.calls},
-                        {"unreadable", file.unreadable},
-                        {"reading", ToJson(file.reading)}});
+        list.push_back(
+            {{"path", file.path},
+             {"sha256", file.digest.empty() ? ordered_json() : ordered_json(file.digest)},
+             {"calls", file.calls},
+             {"unreadable", file.unreadable},
+             {"reading", ToJson(file.reading)}});
     return list;
+}
+
+ordered_json RulesOfToJson(RulesAsked const& asked) {
+    return asked.areOfTheirTime ? "history" : asked.asOf.empty() ? "now" : asked.asOf;
+}
+
+ordered_json EditsToJson(std::vector<EditFacts> const& edits) {
+    auto list = ordered_json::array();
+    for (EditFacts const& edit : edits) {
+        ordered_json entry{{"number", edit.number},   {"time", TimeText(edit.time)},
+                           {"earliest", nullptr},     {"outside", edit.isOutside},
+                           {"user", edit.user},       {"command", edit.command},
+                           {"message", edit.message}, {"changes", edit.changes}};
+        if (edit.earliest && *edit.earliest != std::numeric_limits<CallTime>::min())
+            entry["earliest"] = TimeText(*edit.earliest);
+        list.push_back(entry);
+    }
+    return list;
+}
+
+ordered_json ClaimsToJson(std::vector<ClaimFacts> const& claims) {
+    auto list = ordered_json::array();
+    for (ClaimFacts const& claim : claims)
+        list.push_back({{"line", claim.line},
+                        {"text", claim.text},
+                        {"rules_of", claim.rules},
+                        {"proved", claim.isProved},
+                        {"reason", claim.verdict}});
+    return list;
+}
+
+ordered_json WithoutRulesToJson(ReplayReport const& report) {
+    ordered_json json;
+    std::pair<char const*, Tally const*> const tallies[] = {
+        {"before_history", &report.withoutRulesBefore},
+        {"without_time", &report.withoutRulesOfNoTime},
+        {"not_kept", &report.withoutRulesNotKept}};
+    for (auto const& [name, tally] : tallies) {
+        json[name] = ordered_json::object();
+        AddTally(json[name], *tally, report.all.calls);
+    }
+    return json;
+}
+
+ordered_json AnswersToJson(Reconciliation const& reconciliation) {
+    auto list = ordered_json::array();
+    for (auto const& [which, tally] : reconciliation.Cases()) {
+        auto const& [answer, byRules, was] = which;
+        ordered_json entry{{"answered", AnswerWord(answer)},
+                           {"by_rules", byRules},
+                           {"recorded", nullptr},
+                           {"calls", tally.calls},
+                           {"example", ExampleToJson(tally.example)}};
+        if (was != WasRecorded::Unknown)
+            entry["recorded"] = was == WasRecorded::Yes;
+        list.push_back(entry);
+    }
+    return list;
+}
+
+ordered_json ReconciliationToJson(Reconciliation const& reconciliation, RuleList const& rules) {
+    if (!reconciliation.IsKnown())
+        return nullptr;
+    ordered_json json;
+    auto examples = ordered_json::object();
+    for (std::size_t i = 0; i < Reconciliation::kOutcomeCount; ++i) {
+        auto const outcome = static_cast<Reconciliation::Outcome>(i);
+        json[kOutcomeNames[i]] = reconciliation.Total(outcome).calls;
+        auto list = ordered_json::array();
+        for (auto const& [decision, tally] : reconciliation.Of(outcome))
+            list.push_back({{"calls", tally.calls},
+                            {"rule", OutcomeToJson(rules, decision)},
+                            {"example", ExampleToJson(tally.example)}});
+        examples[kOutcomeNames[i]] = list;
+    }
+    json["examples"] = examples;
+    json["answers"] = AnswersToJson(reconciliation);
+    return json;
 }
 
 ordered_json RuleFileToJson(RuleFileFacts const& file) {
@@ -97,6 +186,15 @@ ordered_json RuleFileToJson(RuleFileFacts const& file) {
 }
 
 } // namespace
+
+char const* AnswerWord(Answer answer) {
+    switch (answer) {
+    case Answer::Yes: return "yes";
+    case Answer::No: return "no";
+    case Answer::Undecided: return "undecided";
+    default: return "none";
+    }
+}
 
 ordered_json UnreadableToJson(ReplayReport const& report) {
     auto list = ordered_json::array();
@@ -149,11 +247,17 @@ ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts) {
                       {"calls", report.all.calls},
                       {"first", TimeToJson(report.all.first)},
                       {"last", TimeToJson(report.all.last)},
+                      {"rules_of", RulesOfToJson(facts.asked)},
+                      {"edits", EditsToJson(facts.edits)},
+                      {"edits_since", facts.laterEdits},
+                      {"claims", ClaimsToJson(facts.claims)},
                       {"recorded", report.Recorded()},
                       {"forbidden", report.forbidden.calls},
-                      {"rules", RulesToJson(report, rules)},
+                      {"rules", RulesToJson(report, facts)},
                       {"not_recorded", NotRecordedToJson(report)},
                       {"never_applied", NeverApplied(report, rules)},
+                      {"without_rules", nullptr},
+                      {"reconciliation", ReconciliationToJson(report.reconciliation, rules)},
                       {"asked",
                        {{"parties", report.asParties},
                         {"typed", report.asTyped},
@@ -164,6 +268,8 @@ ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts) {
                       {"against", nullptr},
                       {"differences", nullptr},
                       {"interrupted", report.isInterrupted}};
+    if (facts.asked.areOfTheirTime)
+        json["without_rules"] = WithoutRulesToJson(report);
     if (facts.there) {
         json["against"] = RuleFileToJson(*facts.there);
         json["differences"] = DifferencesToJson(report, rules, facts.there->rules);

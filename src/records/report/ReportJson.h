@@ -9,21 +9,9 @@
 #include <nlohmann/json.hpp>
 
 #include "records/counting/Replay.h"
+#include "records/report/ReplayFacts.h"
 
 namespace CallRecordingUtils {
-
-/// A rule file, as it was when it was read.
-struct RuleFileFacts {
-    std::string path;
-    std::string digest; // Empty when there is no such file.
-    RuleList rules;
-};
-
-/// The rules that a report is about.
-struct ReplayFacts {
-    RuleFileFacts here;
-    std::optional<RuleFileFacts> there; // The rules to compare with.
-};
 
 nlohmann::ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts);
 
@@ -36,6 +24,9 @@ nlohmann::ordered_json UnreadableToJson(ReplayReport const& report);
 
 /// How the calls were asked about: "parties 12, typed 3, one side typed 1", without zeros.
 std::string QuestionsText(ReplayReport const& report);
+
+/// "yes", "no", "undecided", or "none" for a call about which nobody asked.
+char const* AnswerWord(Answer answer);
 
 /// The share of calls of all, from 0 to 1.
 double Share(std::uint64_t calls, std::uint64_t all);

@@ -9,7 +9,12 @@ namespace callrecordingctl {
 ReplayReport ReplayEdit(CallFiles const& calls, RuleEdit& edit) {
     Replay::Options options;
     options.format = calls.format;
-    return RunReplay(calls.paths, edit.Before(), &edit.After(), options);
+    RulesOverTime const before(edit.Before());
+    CountedCalls const counted = RunReplay(calls.paths, before, &edit.After(), options);
+    ReplayReport report = counted.apart;
+    for (auto const& entry : counted.byEra)
+        report.Add(entry.second);
+    return report;
 }
 
 } // namespace callrecordingctl

@@ -1,6 +1,6 @@
 // replay: what the rules did with the calls of call records, and what other rules would have done.
 
-#include <filesystem>
+#include <algorithm>
 #include <memory>
 #include <thread>
 
@@ -9,8 +9,10 @@
 #include <fmt/format.h>
 
 #include "CommandLine.h"
-#include "Rules.h"
+#include "commands/PolicyClaims.h"
 #include "commands/ReadingOptions.h"
+#include "commands/ReplayRules.h"
+#include "commands/ReplayTruth.h"
 #include "commands/RunReplay.h"
 #include "output/ReplayPage.h"
 #include "output/ReplayText.h"
@@ -47,32 +49,16 @@ struct Options {
     std::vector<std::string> parts; // To merge, instead of calls.
     CallFormat format;
     std::string against;
-    std::string page;
+    PageOptions page;
+    TruthOptions truth;
+    std::string asOf;               // Empty: by the rules of now.
+    std::vector<std::string> given; // What makes a difference to the counts, as it was written.
     bool each = false;
     std::string key; // The column that comes first then.
     bool isPartial = false;
     bool strict = false;
     std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
 };
-
-RuleFileFacts ReadRuleFile(std::string const& path) {
-    RuleFileFacts facts{path, "", {}};
-    facts.rules = LoadRules(path, facts.digest);
-    if (!HasRuleFile(path))
-        facts.digest.clear();
-    return facts;
-}
-
-ReplayFacts ReadFacts(std::string const& path, std::string const& against) {
-    ReplayFacts facts{ReadRuleFile(path), std::nullopt};
-    if (against.empty())
-        return facts;
-    if (!std::filesystem::exists(against))
-        throw Failure(kExitUnreadable, against + ": there is no such file");
-    // A name without a directory would read as one in none.
-    facts.there = ReadRuleFile(std::filesystem::absolute(against).string());
-    return facts;
-}
 
 /// Has a line printed for each call and each line that cannot be read, before more of a file is
 /// read.
@@ -98,20 +84,23 @@ void PrintEach(Replay::Options& how, EachCall const& each, bool json) {
 }
 
 ReplayState Count(Context const& context, Options const& options) {
-    ReplayFacts facts = ReadFacts(context.path, options.against);
+    ReplayRules rules(context.path, options.asOf, options.against);
     Replay::Options how;
     how.format = options.format;
     how.jobs = options.jobs;
+    how.withDigests =
+        !options.each && (context.json || options.isPartial || !options.page.path.empty());
     std::optional<std::size_t> key;
     if (!options.key.empty()) {
         key = how.format.wanted.size();
         how.format.wanted.push_back({{options.key}, "--key"});
     }
     if (options.each)
-        PrintEach(how, EachCall(facts, key), context.json);
-    ReplayReport report = RunReplay(options.calls, facts.here.rules,
-                                    facts.there ? &facts.there->rules : nullptr, how);
-    return {std::move(facts), std::move(report)};
+        PrintEach(how, EachCall(rules.Facts(), key), context.json);
+    ReplayTruth const truth(options.truth, how);
+    ReplayState state = rules.StateOf(RunReplay(options.calls, rules.Here(), rules.There(), how));
+    state.facts.options = options.given;
+    return state;
 }
 
 /// A part knows nothing of what another one has seen.
@@ -137,35 +126,73 @@ ReplayState Merge(std::vector<std::string> const& parts) {
 }
 
 ExitCode ReplayCalls(Context const& context, Options const& options) {
+    if (options.each && options.asOf == "history")
+        throw Failure(kExitUsage, "replay: --each takes no --as-of history, only a time");
     if (options.calls.empty() == options.parts.empty())
         throw Failure(kExitUsage,
                       "replay: name either files of call records or parts, with --merge");
-    if (!options.page.empty()) {
+    if (!options.parts.empty() && !options.given.empty())
+        throw Failure(kExitUsage,
+                      fmt::format("replay: --merge takes no {}: the parts were counted already",
+                                  options.given.front()));
+    if (!options.page.path.empty()) {
         std::vector<std::string> used = CallFilesIn(options.calls);
         used.insert(used.end(), options.parts.begin(), options.parts.end());
         used.insert(used.end(), {context.path, context.path + ".history", context.path + ".lock",
-                                 options.against});
-        RequireSparePage(options.page, used);
+                                 options.against, options.page.policy, options.truth.answers});
+        RequireSparePage(options.page.path, used);
     }
-    auto const [facts, report] =
-        options.parts.empty() ? Count(context, options) : Merge(options.parts);
+    ReplayState state = options.parts.empty() ? Count(context, options) : Merge(options.parts);
+    std::string const line = options.isPartial ? StateLine(state) : "";
+    WholeReport whole = InOne(std::move(state));
+    if (!options.page.policy.empty())
+        whole.facts.claims = ProveClaims(options.page.policy, whole);
+    ReplayFacts const& facts = whole.facts;
+    ReplayReport const& report = whole.report;
+    if (options.truth.isStrict && report.all.calls > 0 && !report.reconciliation.IsKnown())
+        throw Failure(
+            kExitUnreadable,
+            "--strict-recordings: nothing tells which of the calls were recorded; name it "
+            "with --recorded-column or --recordings");
     if (options.isPartial)
         RequireNoDistinct(report);
     if (options.isPartial)
-        fmt::print("{}\n", StateLine({facts, report}));
+        fmt::print("{}\n", line);
     else if (context.json && !options.each)
         PrintJson(ToJson(report, facts));
     else if (!options.each)
         PrintReplay(report, facts);
-    if (!options.page.empty())
+    if (!options.page.path.empty())
         WriteReplayPage(options.page, report, facts);
     if (options.each && report.isInterrupted)
         Say("interrupted: {} calls and {} lines that cannot be read until then", report.all.calls,
             report.unreadable);
     if (report.isInterrupted)
         return kExitStopped;
+    bool const isMissing =
+        options.truth.isStrict && report.reconciliation.Total(Reconciliation::kMissing).calls > 0;
     bool const isAnyTooMany = options.strict || report.all.calls == 0;
-    return isAnyTooMany && report.unreadable > 0 ? kExitNo : kExitYes;
+    return isMissing || (isAnyTooMany && report.unreadable > 0) ? kExitNo : kExitYes;
+}
+
+/// The options of the line that make a difference to what is counted.
+std::vector<std::string> GivenOptions(CLI::App const& replay) {
+    std::vector<std::string> given;
+    constexpr std::string_view kOthers[] = {
+        "--html",   "--partial", "--merge", "--jobs",       "--strict", "--strict-recordings",
+        "--system", "--policy",  "--json",  "--config-dir", "--each",   "--against",
+        "--key"};
+    for (CLI::Option const* const option : replay.get_options()) {
+        std::string const name = option->get_name();
+        if (option->count() == 0 || option->get_positional() ||
+            std::find(std::begin(kOthers), std::end(kOthers), name) != std::end(kOthers))
+            continue;
+        given.push_back(name);
+        for (std::string const& value : option->results())
+            if (option->get_type_size() > 0)
+                given.push_back(value);
+    }
+    return given;
 }
 
 } // namespace
@@ -181,7 +208,23 @@ void AddReplay(CommandLine& line) {
                                      .add_option("--against", options->against,
                                                  "Compare with the rules of another rule file")
                                      ->type_name("FILE");
-    replay.add_option("--html", options->page, "Write a page for people, too")->type_name("FILE");
+    replay.add_option("--html", options->page.path, "Write a page for people, too")
+        ->type_name("FILE");
+    replay
+        .add_option("--system", options->page.system,
+                    "Name of the telephone system, for the page\n(default: this computer's)")
+        ->type_name("NAME");
+    CLI::Option* const policy =
+        replay
+            .add_option(
+                "--policy", options->page.policy,
+                "Prove the claims of this file about the rules,\nas \"prove --file\" takes them")
+            ->type_name("POLICY");
+    CLI::Option* const asOf = AddText(
+        replay, "--as-of", "history|WHEN",
+        "Decide each call by the rules that the file had then,\nor all of them by those of a time",
+        [options](std::string const& text) { options->asOf = text; });
+    AddTruth(replay, options->truth);
     CLI::Option* const each =
         replay.add_flag("--each", options->each, "Print each call with its decision instead");
     replay.add_option("--key", options->key, "With --each: print this column first")
@@ -189,15 +232,18 @@ void AddReplay(CommandLine& line) {
         ->needs(each);
     replay
         .add_flag("--partial", options->isPartial, "Print what was counted as one line for --merge")
+        ->excludes(policy)
         ->excludes(each)
         ->excludes(distinct);
     replay.add_option("--merge", options->parts, "Add up what --partial printed")
         ->type_name("PARTS")
         ->excludes(each)
+        ->excludes(asOf)
         ->excludes(against);
     AddNumber(replay, "--jobs", "N", "Threads; without it one for each processor", 1,
               [options](std::uint32_t jobs) { options->jobs = jobs; });
     replay.add_flag("--strict", options->strict, "Exit with 1 when a line cannot be read");
+    replay.parse_complete_callback([options, &replay] { options->given = GivenOptions(replay); });
 }
 
 } // namespace callrecordingctl

@@ -61,7 +61,7 @@ std::string ReadText(std::uint64_t taken, std::uint64_t calls, Progress const& p
 
 } // namespace
 
-ReplayReport RunReplay(std::vector<std::string> const& files, RuleList const& rules,
+CountedCalls RunReplay(std::vector<std::string> const& files, RulesOverTime const& rules,
                        RuleList const* others, Replay::Options options) {
     std::vector<std::string> const paths = CallFilesIn(files);
     Progress progress(LookAt(paths, options.format));

@@ -15,7 +15,7 @@ namespace callrecordingctl {
 /// Replays the files, and those in folders, one after the other; others are rules to compare with,
 /// or null. Returns what was counted, also when an interrupt ends it early. Throws an Error, before
 /// a call is decided where the file at fault is a regular one.
-ReplayReport RunReplay(std::vector<std::string> const& files, RuleList const& rules,
+CountedCalls RunReplay(std::vector<std::string> const& files, RulesOverTime const& rules,
                        RuleList const* others, Replay::Options options);
 
 } // namespace callrecordingctl

@@ -11,6 +11,7 @@
 #include <optional>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <fmt/format.h>
 
@@ -18,12 +19,15 @@
 
 #include "Failure.h"
 #include "administration/check/Reasons.h"
+#include "administration/history/SaveRecorded.h"
 #include "analysis/RuleAnalysis.h"
 #include "output/RuleText.h"
 #include "records/page/Page.h"
 
 namespace callrecordingctl {
 namespace {
+
+constexpr std::size_t kMostReasons = 300; // Why rules never applied.
 
 /// Empty where nothing is known.
 std::string Why(RuleReport const& report, RuleList const& rules) {
@@ -34,17 +38,34 @@ std::string Why(RuleReport const& report, RuleList const& rules) {
         AddressText(report.call->caller), AddressText(report.call->called));
 }
 
-std::map<std::size_t, std::string> WhyNever(ReplayReport const& report, RuleList const& rules) {
-    std::map<std::size_t, std::string> why;
+/// Looks into the first rules only where there are many: nobody waits for the reasons of thousands,
+/// and check has them.
+void LookIntoRules(PageFacts& page, ReplayReport const& report, RuleList const& rules) {
     RuleAnalysis analysis(rules);
-    for (std::size_t i = 0; i < rules.size(); ++i) {
+    page.lookedInto = 0;
+    for (std::size_t i = 0; i < rules.size() && page.lookedInto < kMostReasons; ++i) {
         if (report.byRule[i].calls > 0)
             continue;
+        ++page.lookedInto;
         std::string const reason = Why(analysis.Report(i, 0), rules);
         if (!reason.empty())
-            why[i] = reason;
+            page.whyNever[i] = reason;
     }
-    return why;
+}
+
+std::string HostName() {
+    char name[256] = "";
+    return gethostname(name, sizeof name - 1) == 0 ? name : "an unknown host";
+}
+
+/// "CET (+0100)", as it is now.
+std::string ZoneName() {
+    std::time_t const now = std::time(nullptr);
+    std::tm parts{};
+    char text[64] = "";
+    if (localtime_r(&now, &parts) != nullptr)
+        std::strftime(text, sizeof text, "%Z (%z)", &parts);
+    return text;
 }
 
 /// The time; where pages are to be the same in every run, the one that SOURCE_DATE_EPOCH gives.
@@ -95,16 +116,22 @@ void RequireSparePage(std::string const& page, std::vector<std::string> const& u
                                                   path == "-" ? "standard input" : path));
 }
 
-void WriteReplayPage(std::string const& path, ReplayReport const& report,
+void WriteReplayPage(PageOptions const& options, ReplayReport const& report,
                      ReplayFacts const& facts) {
     PageFacts page;
     for (Rule const& rule : facts.here.rules)
         page.sides.push_back({SideText(rule.caller_pattern, rule.caller_call_type),
                               SideText(rule.called_pattern, rule.called_call_type)});
-    page.whyNever = WhyNever(report, facts.here.rules);
+    page.lookedInto = facts.here.rules.size();
+    if (!facts.asked.areOfTheirTime) // Rules of several times are no list that decides.
+        LookIntoRules(page, report, facts.here.rules);
+    page.system = options.system.empty() ? HostName() : options.system;
     page.made = Now();
-    page.by = "callrecordingctl " CALLRECORDINGCTL_VERSION;
-    Write(path, PageOf(report, facts, page));
+    page.by = fmt::format("callrecordingctl {}, user {}, on {}", CALLRECORDINGCTL_VERSION,
+                          EditorName(), HostName());
+    page.zone = ZoneName();
+    page.policy = options.policy;
+    Write(options.path, PageOf(report, facts, page));
 }
 
 } // namespace callrecordingctl

@@ -11,9 +11,16 @@
 
 namespace callrecordingctl {
 
-/// Writes the page to the file at path, with the reasons why rules never applied as far as analysis
+struct PageOptions {
+    std::string path;
+    std::string system; ///< Whose calls they are; empty: this computer's.
+    std::string policy; ///< The file of the claims in the facts.
+};
+
+/// Writes the page to its file, with the reasons why rules never applied as far as analysis
 /// knows them. Throws a Failure when it cannot be written.
-void WriteReplayPage(std::string const& path, ReplayReport const& report, ReplayFacts const& facts);
+void WriteReplayPage(PageOptions const& options, ReplayReport const& report,
+                     ReplayFacts const& facts);
 
 /// Throws a Failure if the page would overwrite one of the files that are used.
 void RequireSparePage(std::string const& page, std::vector<std::string> const& used);

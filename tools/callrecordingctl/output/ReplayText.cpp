@@ -2,6 +2,8 @@
 
 #include "output/ReplayText.h"
 
+#include <limits>
+
 #include <fmt/format.h>
 
 #include "output/RuleText.h"
@@ -25,12 +27,23 @@ std::string WhenText(std::optional<CallTime> time) {
     return time ? TimeText(*time) : "";
 }
 
-void PrintRules(ReplayReport const& report, RuleList const& rules) {
+/// "until 2026-11-12 10:00:00" for a rule that is not there any more.
+std::string SpanText(RuleSpan const& span) {
+    return span.isStillThere ? (span.since ? "since " + WhenText(span.since) : "")
+                             : "until " + WhenText(span.until);
+}
+
+void PrintRules(ReplayReport const& report, ReplayFacts const& facts) {
+    RuleList const& rules = facts.here.rules;
+    std::vector<RuleSpan> const& spans = facts.spans;
     bool const hasTimes = report.all.first.has_value();
     std::vector<std::string> headers{"#", "ID", "STATE", "CALLS", "SHARE"};
     if (hasTimes)
         headers.insert(headers.end(), {"FIRST", "LAST"});
-    headers.insert(headers.end(), {"EXAMPLE", "RECORD TO", "DESCRIPTION"});
+    headers.push_back("EXAMPLE");
+    if (!spans.empty())
+        headers.push_back("IN FORCE");
+    headers.insert(headers.end(), {"RECORD TO", "DESCRIPTION"});
     Table table(headers, hasTimes ? 7 : 5, 2);
     auto const add = [&](std::vector<std::string> row, Tally const& tally,
                          std::vector<std::string> const& rest) {
@@ -42,12 +55,69 @@ void PrintRules(ReplayReport const& report, RuleList const& rules) {
         row.insert(row.end(), rest.begin(), rest.end());
         table.Add(row, tally.calls == 0 ? RowStyle::Pale : RowStyle::Plain);
     };
-    for (std::size_t i = 0; i < rules.size(); ++i)
-        add({std::to_string(i + 1), std::to_string(rules[i].callrecordingrule_id),
-             StateText(rules[i])},
-            report.byRule[i], {RecordToText(rules[i]), rules[i].description});
-    add({"-", "-", "-"}, report.noRule, {"", "taken by no rule"});
+    for (std::size_t i = 0; i < rules.size(); ++i) {
+        std::vector<std::string> rest{RecordToText(rules[i]), rules[i].description};
+        if (!spans.empty())
+            rest.insert(rest.begin(), SpanText(spans[i]));
+        add({spans.empty() || spans[i].isStillThere ? std::to_string(i + 1) : "-",
+             std::to_string(rules[i].callrecordingrule_id), StateText(rules[i])},
+            report.byRule[i], rest);
+    }
+    add({"-", "-", "-"}, report.noRule,
+        spans.empty() ? std::vector<std::string>{"", "taken by no rule"}
+                      : std::vector<std::string>{"", "", "taken by no rule"});
     table.Print();
+}
+
+/// Who made an edit and, if wanted, what it changed.
+void PrintEdit(EditFacts const& edit, bool withChanges) {
+    bool const isKnown = edit.earliest.value_or(edit.time) != std::numeric_limits<CallTime>::min();
+    std::string const who =
+        edit.isOutside ? "changed outside the history, first seen then" +
+                             (isKnown ? ", made after " + WhenText(edit.earliest) : std::string())
+                       : edit.user + ": " + edit.command;
+    fmt::print("  {}  {}{}\n", TimeText(edit.time), Printable(who),
+               edit.message.empty() ? "" : Printable(" (" + edit.message + ")"));
+    for (std::string const& change : edit.changes)
+        if (withChanges)
+            fmt::print("    {}\n", Printable(change));
+}
+
+void PrintReconciliation(Reconciliation const& reconciliation, RuleList const& rules) {
+    if (!reconciliation.IsKnown())
+        return;
+    auto const count = [&](Reconciliation::Outcome outcome) {
+        return reconciliation.Total(outcome).calls;
+    };
+    fmt::print("\nrecorded as it should: {}, not recorded as it should: {}, missing: {}, "
+               "unexpected: {}{}\n",
+               count(Reconciliation::kRecorded), count(Reconciliation::kNotRecorded),
+               count(Reconciliation::kMissing), count(Reconciliation::kUnexpected),
+               count(Reconciliation::kUnknown) > 0
+                   ? fmt::format(", not known: {}", count(Reconciliation::kUnknown))
+                   : "");
+    Table table({"RECORDING", "CALLS", "ID", "RULE", "EXAMPLE"});
+    for (Reconciliation::Outcome const outcome :
+         {Reconciliation::kMissing, Reconciliation::kUnexpected})
+        for (auto const& [decision, tally] : reconciliation.Of(outcome))
+            table.Add(
+                {kOutcomeNames[outcome], std::to_string(tally.calls),
+                 decision == kNoRule ? "-" : std::to_string(rules[decision].callrecordingrule_id),
+                 decision == kNoRule ? "taken by no rule" : rules[decision].description,
+                 ExampleText(tally.example)});
+    if (count(Reconciliation::kMissing) + count(Reconciliation::kUnexpected) > 0)
+        table.Print();
+    if (reconciliation.Cases().empty())
+        return;
+    fmt::print("\n");
+    Table answers({"ANSWERED", "BY THE RULES", "RECORDED", "CALLS", "EXAMPLE"});
+    for (auto const& [which, tally] : reconciliation.Cases())
+        answers.Add({AnswerWord(std::get<0>(which)), std::get<1>(which) ? "yes" : "no",
+                     std::get<2>(which) == WasRecorded::Unknown ? "not known"
+                     : std::get<2>(which) == WasRecorded::Yes   ? "yes"
+                                                                : "no",
+                     std::to_string(tally.calls), ExampleText(tally.example)});
+    answers.Print();
 }
 
 void PrintTotals(ReplayReport const& report) {
@@ -63,6 +133,32 @@ void PrintTotals(ReplayReport const& report) {
         PrintLines("{} not\n", report.noRule.calls);
     if (report.isInterrupted)
         PrintLines("interrupted: these figures do not cover all calls\n");
+}
+
+void PrintRulesAsked(ReplayReport const& report, ReplayFacts const& facts) {
+    RulesAsked const& asked = facts.asked;
+    if (asked.areOfTheirTime)
+        fmt::print("each call decided by the rules that the file held at its time\n");
+    else if (!asked.asOf.empty())
+        fmt::print("decided by the rules as of {}, state {}\n", asked.asOf,
+                   facts.here.digest.substr(0, 8));
+    else if (!facts.here.digest.empty())
+        fmt::print("decided by the rules of now, state {}\n", facts.here.digest.substr(0, 8));
+    std::pair<char const*, Tally const*> const tallies[] = {
+        {"before the history of the rules begins", &report.withoutRulesBefore},
+        {"without a time", &report.withoutRulesOfNoTime},
+        {"of a time whose rules are not kept any more", &report.withoutRulesNotKept}};
+    for (auto const& [what, tally] : tallies)
+        if (tally->calls > 0)
+            fmt::print("not decided: {} {}\n", Plural(tally->calls, "call"), what);
+    if (facts.edits.empty() && facts.laterEdits == 0)
+        return;
+    fmt::print(
+        "edits between the first and the last call: {}, later ones: {}{}\n", facts.edits.size(),
+        facts.laterEdits,
+        asked.areOfTheirTime ? "" : "; --as-of history decides each call by the rules of its time");
+    for (EditFacts const& edit : facts.edits)
+        PrintEdit(edit, asked.areOfTheirTime);
 }
 
 void PrintNotRecorded(ReplayReport const& report) {
@@ -160,13 +256,18 @@ void PrintDifferences(ReplayReport const& report, RuleList const& here, RuleList
 }
 
 void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
-    PrintRules(report, facts.here.rules);
+    PrintRules(report, facts);
     PrintTotals(report);
+    PrintRulesAsked(report, facts);
     PrintNotRecorded(report);
     PrintNeverApplied(report, facts.here.rules);
     PrintReading(report);
     PrintQuestions(report);
     PrintProblems(report);
+    for (ClaimFacts const& claim : facts.claims)
+        fmt::print("claim in line {} ({}): {}: {}\n", claim.line, claim.rules,
+                   Printable(claim.text), Printable(claim.verdict));
+    PrintReconciliation(report.reconciliation, facts.here.rules);
     if (facts.there) {
         PrintLines("\n");
         PrintDifferences(report, facts.here.rules, facts.there->rules,
