@@ -14,13 +14,6 @@ constexpr char kPageStyle[] = R"(
   --dim: #9aa4b0; --line: #343b44; --bar: #5b9bd8; --s0: #4fa3e0; --s1: #e69f00; --s2: #1fb98a;
   --s3: #dd93bd; --s4: #b79be0; --s5: #f07a2e; --others: #9aa4b0; --none: #c9d1da;
   --warn: #ff8a80; } }
-@page { size: A4; margin: 18mm 14mm 16mm; @top-left { font: 8pt sans-serif; width: 100%; }
-  @bottom-right { font: 8pt sans-serif; content: "page " counter(page) " of " counter(pages); } }
-@media print { :root { color-scheme: light; --text: #000; --dim: #444; --line: #bbb; }
-  body { font-size: 9pt; padding: 0; max-width: none; }
-  #over-time { font-size: 8pt; }
-  details::details-content { content-visibility: visible; }
-  details:has(.never):not([open])::details-content { content-visibility: hidden; display: none; } }
 * { box-sizing: border-box; }
 body { margin: 0 auto; max-width: 84rem; padding: 1.5rem; background: var(--back);
   color: var(--text); font: 15px/1.45 system-ui, sans-serif; overflow-wrap: break-word; }
@@ -90,6 +83,16 @@ tr.never { color: var(--dim); }
   td.name { flex-basis: 80%; }
   td[data-name]:not(:empty)::before { content: attr(data-name) " "; color: var(--dim); }
 }
+@page { size: A4; margin: 18mm 14mm 16mm; @top-left { font: 8pt sans-serif; width: 100%; }
+  @bottom-right { font: 8pt sans-serif; content: "page " counter(page) " of " counter(pages); } }
+@media print { :root { color-scheme: light; --text: #000; --dim: #444; --line: #bbb; }
+  body { font-size: 9pt; line-height: 1.3; padding: 0; max-width: none; }
+  h1 { font-size: 14pt; } h2 { font-size: 11pt; margin-top: 1.2rem; }
+  small, #over-time { font-size: 7.5pt; line-height: 1.25; } .figures data { font-size: 12pt; }
+  th, td { padding: .2rem .4rem .2rem 0; } td.name { min-width: 11rem; }
+  td.bar { width: 8%; min-width: 2rem; }
+  details::details-content { content-visibility: visible; }
+  details:has(.never):not([open])::details-content { content-visibility: hidden; display: none; } }
 )";
 
 } // namespace CallRecordingUtils
