@@ -76,11 +76,11 @@ void PrintEdit(EditFacts const& edit, bool withChanges) {
         edit.isOutside ? "changed outside the history, first seen then" +
                              (isKnown ? ", made after " + WhenText(edit.earliest) : std::string())
                        : edit.user + ": " + edit.command;
-    fmt::print("  {}  {}{}\n", TimeText(edit.time), Printable(who),
+    PrintLines("  {}  {}{}\n", TimeText(edit.time), Printable(who),
                edit.message.empty() ? "" : Printable(" (" + edit.message + ")"));
     for (std::string const& change : edit.changes)
         if (withChanges)
-            fmt::print("    {}\n", Printable(change));
+            PrintLines("    {}\n", Printable(change));
 }
 
 void PrintReconciliation(Reconciliation const& reconciliation, RuleList const& rules) {
@@ -89,7 +89,7 @@ void PrintReconciliation(Reconciliation const& reconciliation, RuleList const& r
     auto const count = [&](Reconciliation::Outcome outcome) {
         return reconciliation.Total(outcome).calls;
     };
-    fmt::print("\nrecorded as it should: {}, not recorded as it should: {}, missing: {}, "
+    PrintLines("\nrecorded as it should: {}, not recorded as it should: {}, missing: {}, "
                "unexpected: {}{}\n",
                count(Reconciliation::kRecorded), count(Reconciliation::kNotRecorded),
                count(Reconciliation::kMissing), count(Reconciliation::kUnexpected),
@@ -109,7 +109,7 @@ void PrintReconciliation(Reconciliation const& reconciliation, RuleList const& r
         table.Print();
     if (reconciliation.Cases().empty())
         return;
-    fmt::print("\n");
+    PrintLines("\n");
     Table answers({"ANSWERED", "BY THE RULES", "RECORDED", "CALLS", "EXAMPLE"});
     for (auto const& [which, tally] : reconciliation.Cases())
         answers.Add({AnswerWord(std::get<0>(which)), std::get<1>(which) ? "yes" : "no",
@@ -138,22 +138,22 @@ void PrintTotals(ReplayReport const& report) {
 void PrintRulesAsked(ReplayReport const& report, ReplayFacts const& facts) {
     RulesAsked const& asked = facts.asked;
     if (asked.areOfTheirTime)
-        fmt::print("each call decided by the rules that the file held at its time\n");
+        PrintLines("each call decided by the rules that the file held at its time\n");
     else if (!asked.asOf.empty())
-        fmt::print("decided by the rules as of {}, state {}\n", asked.asOf,
+        PrintLines("decided by the rules as of {}, state {}\n", asked.asOf,
                    facts.here.digest.substr(0, 8));
     else if (!facts.here.digest.empty())
-        fmt::print("decided by the rules of now, state {}\n", facts.here.digest.substr(0, 8));
+        PrintLines("decided by the rules of now, state {}\n", facts.here.digest.substr(0, 8));
     std::pair<char const*, Tally const*> const tallies[] = {
         {"before the history of the rules begins", &report.withoutRulesBefore},
         {"without a time", &report.withoutRulesOfNoTime},
         {"of a time whose rules are not kept any more", &report.withoutRulesNotKept}};
     for (auto const& [what, tally] : tallies)
         if (tally->calls > 0)
-            fmt::print("not decided: {} {}\n", Plural(tally->calls, "call"), what);
+            PrintLines("not decided: {} {}\n", Plural(tally->calls, "call"), what);
     if (facts.edits.empty() && facts.laterEdits == 0)
         return;
-    fmt::print(
+    PrintLines(
         "edits between the first and the last call: {}, later ones: {}{}\n", facts.edits.size(),
         facts.laterEdits,
         asked.areOfTheirTime ? "" : "; --as-of history decides each call by the rules of its time");
@@ -265,7 +265,7 @@ void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
     PrintQuestions(report);
     PrintProblems(report);
     for (ClaimFacts const& claim : facts.claims)
-        fmt::print("claim in line {} ({}): {}: {}\n", claim.line, claim.rules,
+        PrintLines("claim in line {} ({}): {}: {}\n", claim.line, claim.rules,
                    Printable(claim.text), Printable(claim.verdict));
     PrintReconciliation(report.reconciliation, facts.here.rules);
     if (facts.there) {
