@@ -3,11 +3,14 @@
 
    The loop that decides never reads the file: a thread of its own does, since reading many rules takes as
    long as thousands of calls. That thread waits for the directory to change. (An edit replaces the rule
-   file by rename, so a watch on the file itself would stay with the old file and never report again.) */
+   file by rename, so a watch on the file itself would stay with the old file and never report again.) It
+   also looks once a second: where the directory is a link that is pointed to another folder, as container
+   platforms exchange configuration, nothing happens in the folder that is watched. */
 
 #define _POSIX_C_SOURCE 200809L
 
 #include <limits.h>
+#include <poll.h>
 #include <pthread.h>
 #include <stdio.h>
 #include <string.h>
@@ -35,9 +38,13 @@ static int watch(char const *directory) {
     return inotify;
 }
 
+/* Says what came of a look at the file, and of a failure only what was not said before. */
 static void report(callrecording_rules *rules, int32_t answer, callrecording_failure const *failure) {
-    if (answer == CALLRECORDING_ERROR)
-        printf("the rules stay as they were: %s\n", failure->text);
+    static char said[sizeof failure->text];
+    if (answer != CALLRECORDING_ERROR)
+        said[0] = '\0';
+    if (answer == CALLRECORDING_ERROR && strcmp(said, failure->text) != 0)
+        printf("the rules stay as they were: %s\n", strcpy(said, failure->text));
     else if (answer == CALLRECORDING_YES)
         printf("%d rules\n", (int)callrecording_count(rules));
 }
@@ -45,9 +52,12 @@ static void report(callrecording_rules *rules, int32_t answer, callrecording_fai
 /* Which file has changed, and whether events were lost, does not matter: one stat tells. */
 static void *follow(void *argument) {
     struct watcher const *const watcher = argument;
+    struct pollfd watched = {watcher->inotify, POLLIN, 0};
     char events[16 * (sizeof(struct inotify_event) + NAME_MAX + 1)];
-    while (read(watcher->inotify, events, sizeof events) > 0) {
+    for (;;) {
         callrecording_failure failure = CALLRECORDING_FAILURE_INIT;
+        if (poll(&watched, 1, 1000) > 0 && read(watcher->inotify, events, sizeof events) <= 0)
+            break;
         report(watcher->rules, callrecording_reload_if_changed(watcher->rules, &failure), &failure);
     }
     return NULL;

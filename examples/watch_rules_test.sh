@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Edits rules under a running watch_rules: a file moved into place, a broken one, a whole one again.
+# Edits rules under a running watch_rules: a file moved into place, a broken one, a whole one again, and a folder
+# exchanged for another one.
 # Usage: watch_rules_test.sh PROGRAM SAMPLE
 set -euo pipefail
 
@@ -35,4 +36,11 @@ expect "recorded"
 expect "0 rules"
 echo "500 0900" >&"${watch[1]}"
 expect "not recorded"
+mv "$directory/telephony" "$directory/v1"
+mkdir "$directory/v2"
+printf '{\n}\n{\n}\n' >"$directory/v2/callrecordingdb"
+ln -s v1 "$directory/telephony"
+ln -s v2 "$directory/new"
+mv -T "$directory/new" "$directory/telephony"
+expect "2 rules"
 echo "the running program has followed every change"

@@ -87,6 +87,8 @@ callrecordingutils_room(administration/edit
   USES model database validation text administration/inspection LIBRARIES fmt::fmt)
 callrecordingutils_room(administration/history
   USES administration/inspection LIBRARIES fmt::fmt SQLite::SQLite3 ZLIB::ZLIB)
+callrecordingutils_room(administration/pull
+  USES administration/inspection administration/history LIBRARIES fmt::fmt)
 callrecordingutils_room(administration/exchange
   USES model validation text json administration/inspection administration/edit LIBRARIES fmt::fmt)
 callrecordingutils_room(administration/services
@@ -96,8 +98,8 @@ target_link_libraries(callrecordingutils_administration
   PUBLIC callrecordingutils_core callrecordingutils_text callrecordingutils_json
     callrecordingutils_administration_inspection callrecordingutils_administration_check
     callrecordingutils_administration_selection callrecordingutils_administration_edit
-    callrecordingutils_administration_history callrecordingutils_administration_exchange
-    callrecordingutils_administration_services)
+    callrecordingutils_administration_history callrecordingutils_administration_pull
+    callrecordingutils_administration_exchange callrecordingutils_administration_services)
 
 callrecordingutils_room(records/reading USES model text LIBRARIES fmt::fmt nlohmann_json::nlohmann_json)
 callrecordingutils_room(records/counting USES model calls text records/reading

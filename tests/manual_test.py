@@ -95,6 +95,13 @@ lines = ["list", "list --basic", "show 3", "show --at today", "show 99", "decide
          "modify 3 --from 21* --dry-run", f"modify 3 --from 21* --dry-run --replay {calls}", "delete 2", "up 3",
          "move 3 --to 1", "disable 3", "renumber --all", "undo", "import {}/policy", "export", "log",
          "status --socket {}/none"]
+if shutil.which("git"):
+    git = ["git", "-C", path("git"), "-c", "user.name=ada", "-c", "user.email=ada@example.com"]
+    subprocess.run(["git", "init", "-q", "-b", "main", path("git")], check=True)
+    shutil.copy(os.path.join(source, "examples/rules-as-code/callrecordingdb"), path("git"))
+    subprocess.run(git + ["add", "."], check=True)
+    subprocess.run(git + ["commit", "-q", "-m", "rules"], check=True)
+    lines += ["pull {}/git --cache {}/cache --over"] * 2
 named = set(re.findall(r"\*\*([a-z_]+)\*\*", frame)) | set(re.findall(r"`([a-z0-9_:]+)`", read("docs/replay.md")))
 kinds = set()
 

@@ -435,6 +435,11 @@ TEST(Save, RefusesAFileInAFolderThatIsExchanged) {
             << row.name;
         EXPECT_EQ(dir.Read("v1/rules"), row.isRefused ? before : before + "{\n}\n");
     }
+    dir.Write("v1/folder/rules", kTwo);
+    std::filesystem::create_directory_symlink("..data/folder", dir.Path("folder"));
+    RuleFile file(dir.Path("folder/rules"));
+    EXPECT_NE(SaveError(file).find("which is a link too"), std::string::npos);
+    EXPECT_EQ(dir.Read("v1/folder/rules"), kTwo);
 }
 
 TEST(MultiSectionFileTest, SaveKeepsTheModeAndFollowsLinks) {

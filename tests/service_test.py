@@ -89,6 +89,7 @@ def test_answers(it):
     shown = json.loads(subprocess.run([client, 'show', '1', '--config-dir', it.folder, '--json'],
                                       capture_output=True, text=True).stdout)
     expect('state', answer['state'], shown.pop('file_state'))
+    expect('the beginning of the digest', shown.pop('file_digest')[:8], answer['state'])
     expect('the rule as the client prints it', (status, answer['recorded'], answer['rule']), (200, True, shown))
     listed = json.loads(subprocess.run([client, 'list', '--config-dir', it.folder, '--json'],
                                        capture_output=True, text=True).stdout)
@@ -210,6 +211,10 @@ with tempfile.TemporaryDirectory() as folder:
     again = Service(folder, descriptors=64)  # The socket of the one that was killed is replaced.
     expect('answers', 'callrecording_answers_total{answer="yes",rule="0"} 1\n' in
            (again.decide('1', '112'), again.get('/metrics')[1])[1], True)
+    state = json.loads(again.get('/state')[1])
+    expect('who decides since when', (f'digest="{state["digest"]}"' in again.get('/metrics')[1],
+                                      f'rules_timestamp_seconds {state["loaded"]}\n' in again.get('/metrics')[1]),
+           (True, True))
     test_full_table(again)
     test_status(again)
     again.end()

@@ -78,6 +78,24 @@ void RefuseExchangedFolder(std::string const& path, std::string const& directory
                          "edit; nothing is written");
 }
 
+/// Calls visit as Resolve does, for the links among the folders of a path.
+template <typename Visit>
+void VisitFolders(std::string path, Visit visit) {
+    constexpr int kMostLinks = 40;
+    int links = 0;
+    for (std::size_t end = path.find('/', 1); end != std::string::npos && links < kMostLinks;
+         end = path.find('/', end + 1)) {
+        Place const place = Split(path.substr(0, end));
+        auto const text = LinkText(path.substr(0, end));
+        if (!text)
+            continue;
+        visit(place.directory, *text);
+        path.replace(0, end, text->front() == '/' ? *text : place.directory + "/" + *text);
+        end = 0;
+        ++links;
+    }
+}
+
 int OpenDirectory(std::string const& path) {
     int const directory = Uninterrupted(
         [&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK); });
@@ -223,9 +241,11 @@ FileText ReadFile(std::string const& path) {
 void ReplaceFile(std::string const& path, std::string_view content,
                  std::optional<FileStamp>& stamp) {
     RequireSize(content.size(), path);
-    Place const target = Resolve(path, [&path](auto const& directory, auto const& text) {
+    auto const refuse = [&path](std::string const& directory, std::string const& text) {
         RefuseExchangedFolder(path, directory, text);
-    });
+    };
+    Place const target = Resolve(path, refuse);
+    VisitFolders(target.directory + "/", refuse);
     // All checks that can be made before anything is written.
     Descriptor const directory(OpenDirectory(target.directory));
     RemoveLeftovers(directory, target.name);

@@ -32,11 +32,12 @@ enum class RuleMember {
     State,
     StateName,
     Enabled,
-    FileState
+    FileState,
+    FileDigest
 };
 
 /// By RuleMember.
-inline constexpr std::array<char const*, 20> kRuleMembers{"position",
+inline constexpr std::array<char const*, 21> kRuleMembers{"position",
                                                           "callrecordingrule_id",
                                                           "caller_pattern",
                                                           "caller_pattern_entry",
@@ -55,7 +56,8 @@ inline constexpr std::array<char const*, 20> kRuleMembers{"position",
                                                           "recording_rule_state",
                                                           "recording_rule_state_name",
                                                           "enabled",
-                                                          "file_state"};
+                                                          "file_state",
+                                                          "file_digest"};
 
 constexpr char const* NameOf(RuleMember member) {
     return kRuleMembers[static_cast<std::size_t>(member)];

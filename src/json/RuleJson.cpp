@@ -30,7 +30,7 @@ void AddSettings(nlohmann::ordered_json& json, Rule const& rule) {
 
 } // namespace
 
-nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position, std::string const& state) {
+nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position, std::string const& digest) {
     nlohmann::ordered_json json;
     json[NameOf(RuleMember::Position)] = position;
     json[NameOf(RuleMember::Id)] = rule.callrecordingrule_id;
@@ -40,8 +40,10 @@ nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position, std::strin
     json[NameOf(RuleMember::State)] = rule.recording_rule_state;
     json[NameOf(RuleMember::StateName)] = kStateNames[rule.recording_rule_state];
     json[NameOf(RuleMember::Enabled)] = rule.recording_rule_state == RULE_ENABLED;
-    if (!state.empty())
-        json[NameOf(RuleMember::FileState)] = state;
+    if (!digest.empty()) {
+        json[NameOf(RuleMember::FileState)] = digest.substr(0, 8);
+        json[NameOf(RuleMember::FileDigest)] = digest;
+    }
     return json;
 }
 
@@ -54,10 +56,10 @@ nlohmann::ordered_json OutcomeToJson(Rule const& rule, std::size_t position) {
 }
 
 nlohmann::ordered_json ToJson(RuleList const& rules, std::vector<std::size_t> const& positions,
-                              std::string const& state) {
+                              std::string const& digest) {
     auto document = nlohmann::ordered_json::array();
     for (std::size_t i = 0; i < rules.size(); ++i)
-        document.push_back(ToJson(rules[i], positions[i], state));
+        document.push_back(ToJson(rules[i], positions[i], digest));
     return document;
 }
 

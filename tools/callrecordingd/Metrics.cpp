@@ -62,8 +62,13 @@ std::string MetricsText(LiveRules const& rules, AnswerCounts const& answers,
     AddAnswers(writer, answers.Now());
     if (auto const now = rules.Now()) {
         writer.Family("callrecording_rules_info", "gauge",
-                      "Always 1; the label is the state of the rules that decide.");
-        writer.Sample(fmt::format("state=\"{}\"", now->state), 1);
+                      "Always 1; the labels are the state of the rules that decide, and the SHA-256 "
+                      "of their file.");
+        writer.Sample(
+            fmt::format("state=\"{}\",digest=\"{}\"", now->state, now->loaded->digest), 1);
+        writer.Family("callrecording_rules_timestamp_seconds", "gauge",
+                      "Since when these rules decide, in seconds since 1970.");
+        writer.Sample("", static_cast<std::int64_t>(now->loaded->time));
         writer.Family("callrecording_rules", "gauge", "Number of rules, disabled ones included.");
         writer.Sample("", now->texts.size());
     }

@@ -18,6 +18,7 @@ using nlohmann::json;
 /// the file that the rule was in.
 bool IsGiven(RuleMember member) {
     return member != RuleMember::Position && member != RuleMember::FileState &&
+           member != RuleMember::FileDigest &&
            member != RuleMember::CallerMalformed && member != RuleMember::CalledMalformed;
 }
 

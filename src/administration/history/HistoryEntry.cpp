@@ -5,14 +5,10 @@
 #include <algorithm>
 
 namespace CallRecordingUtils {
-namespace {
 
-/// The state of the file that an entry leads to. That of an unknown edit counts as unchanged.
 std::string const& EndOf(HistoryEntry const& entry) {
     return entry.state == EditState::Unknown ? entry.before : entry.after;
 }
-
-} // namespace
 
 void Settle(std::vector<HistoryEntry>& entries, std::string const& current, std::int64_t seconds) {
     if (!entries.empty() && entries.back().state == EditState::Begun) {
@@ -36,7 +32,7 @@ std::vector<HistoryEntry> EditsInEffect(std::vector<HistoryEntry> const& entries
     std::vector<HistoryEntry> effective;
     for (HistoryEntry const& entry : entries) {
         bool const isUndo = entry.note.undone > 0 && entry.state == EditState::Saved;
-        if (!isUndo)
+        if (!isUndo && entry.before != entry.after)
             effective.push_back(entry);
         for (std::int64_t i = 0; isUndo && i < entry.note.undone && !effective.empty(); ++i)
             effective.pop_back();

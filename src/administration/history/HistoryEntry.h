@@ -37,14 +37,17 @@ struct HistoryEntry {
     bool IsOutside() const { return state == EditState::Outside; }
 };
 
+/// The digest of the file that an entry leads to. That of an unknown edit counts as unchanged.
+std::string const& EndOf(HistoryEntry const& entry);
+
 /// Brings entries up to date for a rule file that now has the digest current: tells from it what
 /// became of an edit that was begun, and adds an outside edit, of that time, if the last entry does
 /// not lead to current. Only the last entry matters. After an unknown edit the outside edit begins
 /// where the unknown one did, and so tells what both changed together.
 void Settle(std::vector<HistoryEntry>& entries, std::string const& current, std::int64_t seconds);
 
-/// The edits that are in effect, the latest last: without those that were undone, and without the
-/// edits that undid them.
+/// The edits that are in effect, the latest last: without those that were undone, without the edits
+/// that undid them, and without those that changed nothing.
 std::vector<HistoryEntry> EditsInEffect(std::vector<HistoryEntry> const& entries);
 
 } // namespace CallRecordingUtils

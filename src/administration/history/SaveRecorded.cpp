@@ -52,15 +52,9 @@ std::string RecordSaved(std::string const& path, EditNote const& note, std::stri
     }
 }
 
-} // namespace
-
-std::string SaveRecorded(std::string const& path, EditNote const& note, std::string const& before,
-                         std::string const& after, std::function<void()> const& save) {
-    if (before == after) { // Nothing that could be told from the file, or undone.
-        save();
-        return "";
-    }
-    auto history = Begin(path, note, before, after);
+/// Saves what history has begun to record.
+void SaveBegun(std::unique_ptr<HistoryWriter> history, std::string const& path,
+               std::string const& after, std::function<void()> const& save) {
     try {
         save();
     } catch (...) {
@@ -70,13 +64,33 @@ std::string SaveRecorded(std::string const& path, EditNote const& note, std::str
         throw;
     }
     if (!history)
-        return RecordSaved(path, note, before, after);
+        return;
     bool const isFinished = Try([&] { history->Finish(); });
     history.reset();
     if (!isFinished)
         Try([&] { HistoryWriter(path).Settle(after); });
     Try([&] { PrepareHistoryFile(path); }); // The first save has just created the rule file.
-    return "";
+}
+
+} // namespace
+
+std::string SaveRecorded(std::string const& path, EditNote const& note, std::string const& before,
+                         std::string const& after, std::function<void()> const& save) {
+    if (before == after) { // Nothing that could be told from the file, or undone.
+        save();
+        return "";
+    }
+    auto history = Begin(path, note, before, after);
+    bool const hasBegun = history != nullptr;
+    SaveBegun(std::move(history), path, after, save);
+    return hasBegun ? "" : RecordSaved(path, note, before, after);
+}
+
+void SaveIfRecorded(std::string const& path, EditNote const& note, std::string const& before,
+                    std::string const& after, std::function<void()> const& save) {
+    auto history = std::make_unique<HistoryWriter>(path);
+    history->Begin(note, before, after);
+    SaveBegun(std::move(history), path, after, save);
 }
 
 std::string EditorName() {

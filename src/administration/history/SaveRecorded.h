@@ -16,6 +16,11 @@ namespace CallRecordingUtils {
 std::string SaveRecorded(std::string const& path, EditNote const& note, std::string const& before,
                          std::string const& after, std::function<void()> const& save);
 
+/// The same for edits that must not be made without a record: throws, before save is called, what a
+/// history throws that cannot be written. An edit that changes nothing is recorded, too.
+void SaveIfRecorded(std::string const& path, EditNote const& note, std::string const& before,
+                    std::string const& after, std::function<void()> const& save);
+
 /// Who this process works for, for an EditNote: its user; under sudo, also who called that.
 std::string EditorName();
 

@@ -3,6 +3,7 @@
 #include "commands/ClaimOptions.h"
 
 #include <algorithm>
+#include <fstream>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -119,6 +120,25 @@ ClaimOptions ReadClaim(std::vector<std::string> words) {
         throw Failure(kExitUsage, error.what());
     }
     return claim;
+}
+
+std::vector<std::pair<std::size_t, ClaimOptions>> ReadPolicy(std::string const& path) {
+    std::vector<std::pair<std::size_t, ClaimOptions>> claims;
+    std::ifstream file(path);
+    std::string line;
+    for (std::size_t number = 1; std::getline(file, line); ++number)
+        try {
+            std::vector<std::string> const words = WordsOf(line);
+            if (!words.empty())
+                claims.emplace_back(number, ReadClaim(words));
+        } catch (Failure const& failure) {
+            throw Failure(failure.Code(), fmt::format("{}:{}: {}", path, number, failure.what()));
+        }
+    if (!file.is_open() || file.bad())
+        throw Failure(kExitUnreadable, path + ": cannot be read");
+    if (claims.empty())
+        throw Failure(kExitUsage, path + ": there is no claim in this file");
+    return claims;
 }
 
 NamedClaim::NamedClaim(ClaimOptions const& options, RuleList const& rules)

@@ -37,6 +37,10 @@ void AddClaim(CLI::App& command, ClaimOptions& claim);
 std::vector<std::string> WordsOf(std::string const& line);
 ClaimOptions ReadClaim(std::vector<std::string> words);
 
+/// The claims of a policy with the numbers of their lines. Throws a Failure with path, line and
+/// reason; also when there is none.
+std::vector<std::pair<std::size_t, ClaimOptions>> ReadPolicy(std::string const& path);
+
 /// A claim about the rules of one list.
 class NamedClaim {
   public:

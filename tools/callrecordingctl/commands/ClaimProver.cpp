@@ -4,11 +4,10 @@
 
 #include <fmt/format.h>
 
-#include "administration/check/Reasons.h"
 #include "administration/inspection/Digest.h"
-#include "administration/inspection/RuleNames.h"
 #include "output/CallText.h"
 #include "output/Certificate.h"
+#include "output/ProofText.h"
 #include "output/Screen.h"
 #include "json/Names.h"
 
@@ -41,12 +40,6 @@ void Print(Gaps const& gaps) {
 
 } // namespace
 
-ExitCode CodeOf(Proof const& proof) {
-    if (!proof.proved)
-        return kExitUndecided;
-    return *proof.proved && !proof.isOfNoCall ? kExitYes : kExitNo;
-}
-
 ClaimProver::ClaimProver(Context const& context, AnalysisOptions const& options)
     : context_(context), rules_(LoadRules(context.path, digest_)), calls_(options.calls),
       analysis_(rules_, options.memory, calls_), other_(rules_, options.memory, OtherThan(calls_)) {
@@ -78,7 +71,8 @@ nlohmann::ordered_json ClaimProver::ToJson(NamedClaim const& claim,
                                            ClaimAnswer const& answer) const {
     nlohmann::ordered_json json{{"claim", claim.ToJson()},
                                 {"calls", CallsName(calls_)},
-                                {NameOf(RuleMember::FileState), StateToken(digest_)}};
+                                {NameOf(RuleMember::FileState), StateToken(digest_)},
+                                {NameOf(RuleMember::FileDigest), digest_}};
     json.update(ToJson(answer.proof));
     if (answer.gaps)
         json["gaps"] = callrecordingctl::ToJson(*answer.gaps);
@@ -109,22 +103,8 @@ std::string ClaimProver::Heading(NamedClaim const& claim) const {
                        StateToken(digest_));
 }
 
-std::string ClaimProver::Sentence(Proof const& proof) const {
-    if (!proof.proved)
-        return "undecided: " + WhyUndecided(rules_, proof.why);
-    if (!*proof.proved)
-        return fmt::format("false: the call {} is {}", CallText(*proof.counterexample),
-                           DecisionText(rules_, proof.decidedBy));
-    if (proof.isOfNoCall)
-        return "true of no call: there is no such call";
-    return proof.covering.empty()
-               ? "proved"
-               : fmt::format("proved: {} {} all these calls", RulesText(rules_, proof.covering),
-                             proof.covering.size() == 1 ? "covers" : "cover");
-}
-
 void ClaimProver::Print(ClaimAnswer const& answer) const {
-    PrintLines("{}\n", Sentence(answer.proof));
+    PrintLines("{}\n", ProofText(rules_, answer.proof));
     if (answer.proof.counterexample)
         PrintText(WrappedCommand(
             "  " + DecideCommand(*answer.proof.counterexample, calls_, context_), 4));
@@ -132,7 +112,7 @@ void ClaimProver::Print(ClaimAnswer const& answer) const {
         callrecordingctl::Print(*answer.gaps);
     if (answer.other)
         PrintLines("with --calls {} it is otherwise: {}\n", CallsName(OtherThan(calls_)),
-                   Sentence(*answer.other));
+                   ProofText(rules_, *answer.other));
 }
 
 } // namespace callrecordingctl

@@ -16,9 +16,6 @@
 
 namespace callrecordingctl {
 
-/// The exit code of one claim.
-ExitCode CodeOf(Proof const& proof);
-
 struct ClaimAnswer {
     Proof proof;
     std::optional<Gaps> gaps;   ///< If they were asked for.
@@ -45,7 +42,6 @@ class ClaimProver {
 
   private:
     nlohmann::ordered_json ToJson(Proof const& proof) const;
-    std::string Sentence(Proof const& proof) const;
 
     Context const& context_;
     std::string digest_; // Read with the rules.

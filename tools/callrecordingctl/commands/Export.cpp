@@ -8,7 +8,6 @@
 
 #include "CommandLine.h"
 #include "administration/exchange/CsvRules.h"
-#include "administration/inspection/Digest.h"
 #include "administration/inspection/RuleNames.h"
 #include "commands/TextAt.h"
 #include "output/RuleText.h"
@@ -44,7 +43,7 @@ ExitCode Export(Context const& context, Options const& options) {
     std::string digest;
     RuleList const rules = RulesAt(context.path, options.at, digest);
     if (context.json) {
-        PrintJson(ListToJson(rules, StateToken(digest)));
+        PrintJson(ListToJson(rules, digest));
         return kExitYes;
     }
     fmt::print("{}", CsvHeader());

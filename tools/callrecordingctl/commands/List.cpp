@@ -5,7 +5,6 @@
 
 #include "CommandLine.h"
 #include "Rules.h"
-#include "administration/inspection/Digest.h"
 #include "administration/inspection/RuleNames.h"
 #include "commands/SelectionOptions.h"
 #include "model/BasicView.h"
@@ -63,7 +62,6 @@ void NoteOthers(RuleList const& rules, RuleSelection const& selection) {
 ExitCode List(Context const& context, Options const& options) {
     std::string digest;
     RuleList rules = LoadRules(context.path, digest);
-    std::string const state = StateToken(digest);
     if (options.basic)
         rules = InBasicView(rules);
     RuleList wanted;
@@ -76,7 +74,7 @@ ExitCode List(Context const& context, Options const& options) {
     }
     NoteOthers(rules, options.selection);
     if (!wanted.empty() || !options.selection.IsGiven()) {
-        PrintRules(wanted, positions, state, context.json);
+        PrintRules(wanted, positions, digest, context.json);
         return kExitYes;
     }
     if (context.json)

@@ -1,7 +1,6 @@
 // prove: proves that all calls of a kind are recorded, and how, or are not, or refutes it; one
 // claim, or all those of a file.
 
-#include <fstream>
 #include <memory>
 
 #include <fmt/format.h>
@@ -9,6 +8,7 @@
 #include "CommandLine.h"
 #include "commands/AnalysisOptions.h"
 #include "commands/ClaimProver.h"
+#include "output/ProofText.h"
 #include "output/RuleText.h"
 #include "output/Screen.h"
 
@@ -62,33 +62,21 @@ class Policy {
         : path_(path), prover_(prover), options_(options), isJson_(json) {}
 
     ExitCode Run() {
-        std::ifstream file(path_);
-        if (!file)
-            throw Failure(kExitUnreadable, path_ + ": cannot be read");
-        std::string line;
-        for (std::size_t number = 1; std::getline(file, line); ++number)
+        for (auto const& [number, claim] : ReadPolicy(path_))
             try {
-                ProveLine(line, number);
+                ProveLine(claim, number);
             } catch (Failure const& failure) {
                 throw Failure(failure.Code(),
                               fmt::format("{}:{}: {}", path_, number, failure.what()));
             }
-        if (file.bad())
-            throw Failure(kExitUnreadable, path_ + ": cannot be read");
-        if (!hasClaims_)
-            throw Failure(kExitUsage, path_ + ": there is no claim in this file");
         if (isJson_)
             PrintJson(document_);
         return result_;
     }
 
   private:
-    void ProveLine(std::string const& line, std::size_t number) {
-        std::vector<std::string> const words = WordsOf(line);
-        if (words.empty())
-            return;
-        hasClaims_ = true;
-        NamedClaim const claim(ReadClaim(words), prover_.Rules());
+    void ProveLine(ClaimOptions const& options, std::size_t number) {
+        NamedClaim const claim(options, prover_.Rules());
         ClaimAnswer const answer = prover_.Find(claim, options_.allGaps);
         ExitCode const code = CodeOf(answer.proof);
         if (result_ != kExitNo && code != kExitYes)
@@ -107,7 +95,6 @@ class Policy {
     ClaimProver& prover_;
     Options const& options_;
     bool const isJson_;
-    bool hasClaims_ = false;
     ExitCode result_ = kExitYes;
     nlohmann::ordered_json document_ = nlohmann::ordered_json::array();
 };

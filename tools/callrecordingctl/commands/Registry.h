@@ -33,6 +33,7 @@ namespace callrecordingctl {
     GROUP("Move in and out, and compare")                                                          \
     COMMAND(Import)                                                                                \
     COMMAND(Export)                                                                                \
+    COMMAND(Pull)                                                                                  \
     COMMAND(Diff)                                                                                  \
     GROUP("Audit")                                                                                 \
     COMMAND(Check)                                                                                 \

@@ -20,16 +20,12 @@
 #include "commands/ReadingOptions.h"
 #include "commands/RecordEdit.h"
 #include "commands/WaitForServices.h"
-#include "database/RuleFileLock.h"
 #include "output/EditReport.h"
 
 namespace callrecordingctl {
 namespace {
 
 namespace fs = std::filesystem;
-constexpr char kReloadNote[] =
-    "note: telephony processes decide by the old rules until they reload (see \"Reloading\" in "
-    "\"callrecordingctl --help\")";
 
 /// So that the directory outlives a loss of power as the file in it does.
 void MakeDurable(fs::path const& directory) {
@@ -114,7 +110,7 @@ void Report(RuleEdit& edit, EditOptions const& options, DryRun const* dryRun,
         reason = error.what();
     }
     if (isSaved)
-        SayNote(WhoDecidesByThem(context.path).value_or(kReloadNote));
+        SayNote(WhoDecidesByThem(context.path));
     if (!reason.empty() && !isSaved)
         throw Failure(kExitUnsaved, "standard output cannot be written: " + reason);
     if (!reason.empty()) {
@@ -123,8 +119,9 @@ void Report(RuleEdit& edit, EditOptions const& options, DryRun const* dryRun,
     }
 }
 
-/// Takes the lock. Edits take milliseconds; a wait as short as that is not worth a word.
-std::unique_ptr<RuleFileLock> Lock(std::string const& path, std::chrono::seconds patience) {
+} // namespace
+
+std::unique_ptr<RuleFileLock> LockRules(std::string const& path, std::chrono::seconds patience) {
     try {
         using namespace std::chrono_literals;
         try {
@@ -139,8 +136,6 @@ std::unique_ptr<RuleFileLock> Lock(std::string const& path, std::chrono::seconds
         throw Failure(kExitUnsaved, fmt::format("nothing was changed: {}", error.what()));
     }
 }
-
-} // namespace
 
 void RequireState(RuleEdit const& edit, EditOptions const& options) {
     if (!options.ifState)
@@ -163,7 +158,7 @@ ExitCode RunEdit(Context const& context, EditOptions const& options, Changer con
     if (!options.dryRun) {
         MakeDirectory(directory);
         RequireDirectory(context.path);
-        lock = Lock(context.path, options.patience);
+        lock = LockRules(context.path, options.patience);
     }
     // Where a dry run misses the directory, a file in its place would be missing, too: no rules.
     RuleEdit edit(fs::exists(directory) ? context.path : directory.string());

@@ -13,6 +13,7 @@
 #include "CommandLine.h"
 #include "administration/edit/RuleEdit.h"
 #include "commands/EditReplay.h"
+#include "database/RuleFileLock.h"
 
 namespace callrecordingctl {
 
@@ -44,6 +45,9 @@ void RequireState(RuleEdit const& edit, EditOptions const& options);
 
 /// Adds the options that all edits have.
 void AddEditOptions(CLI::App& command, EditOptions& options);
+
+/// Takes the lock of the rule file at path; a wait that people notice is said. Throws a Failure.
+std::unique_ptr<RuleFileLock> LockRules(std::string const& path, std::chrono::seconds patience);
 
 /// Adds a command that edits, with the options that all edits have; change runs as in RunEdit.
 CLI::App& AddEdit(CommandLine& line, char const* name, char const* summary, char const* help,

@@ -49,16 +49,15 @@ struct Options {
 ExitCode Show(Context const& context, Options const& options) {
     std::string digest;
     RuleList const rules = RulesAt(context.path, options.at, digest);
-    std::string const state = StateToken(digest);
     if (!options.rule) {
-        PrintRules(rules, state, context.json);
+        PrintRules(rules, digest, context.json);
         return kExitYes;
     }
     std::size_t const index = FindRule(rules, *options.rule);
     if (context.json)
-        PrintJson(ToJson(rules[index], index + 1, state));
+        PrintJson(ToJson(rules[index], index + 1, digest));
     else
-        PrintRule(rules[index], index + 1, state);
+        PrintRule(rules[index], index + 1, StateToken(digest));
     return kExitYes;
 }
 

@@ -67,7 +67,7 @@ void PrintAsText(AskedService const& service, ServiceState state) {
 
 nlohmann::ordered_json ToJson(AskedService const& service, ServiceState state) {
     nlohmann::ordered_json json{{"socket", service.socket}, {"state", NameOf(state)}};
-    for (char const* name : {"file", "file_state", "loaded", "started", "last_load",
+    for (char const* name : {"file", "file_state", "file_digest", "loaded", "started", "last_load",
                              "last_load_time", "last_load_failed"})
         json[name] = nullptr;
     json["problem"] = service.problem;
@@ -77,6 +77,7 @@ nlohmann::ordered_json ToJson(AskedService const& service, ServiceState state) {
     json["file"] = report.file;
     if (report.digest) {
         json["file_state"] = StateToken(*report.digest);
+        json["file_digest"] = *report.digest;
         json["loaded"] = WhenText(report.loaded);
     }
     json["started"] = WhenText(report.started);

@@ -16,6 +16,9 @@ namespace {
 
 using namespace std::chrono_literals;
 using Services = std::vector<AskedService>;
+constexpr char kReloadNote[] =
+    "note: telephony processes decide by the old rules until they reload (see \"Reloading\" in "
+    "\"callrecordingctl --help\")";
 using Deadline = std::chrono::steady_clock::time_point;
 
 /// Leaves out the sockets of services that have ended, and services with another rule file.
@@ -49,7 +52,7 @@ std::string Note(Services const& services, std::string const& path, std::string 
 
 } // namespace
 
-std::optional<std::string> WhoDecidesByThem(std::string const& path) {
+std::string WhoDecidesByThem(std::string const& path) {
     try {
         auto const deadline = std::chrono::steady_clock::now() + 1s;
         for (;;) {
@@ -58,7 +61,7 @@ std::optional<std::string> WhoDecidesByThem(std::string const& path) {
             auto const now = std::chrono::steady_clock::now();
             Services const services = AskAbout(path, digest, std::min(deadline, now + 200ms));
             if (services.empty())
-                return std::nullopt;
+                return kReloadNote;
             bool const isDone =
                 std::all_of(services.begin(), services.end(), [&](AskedService const& service) {
                     return StateOf(service, path, digest) == ServiceState::Current;
@@ -68,7 +71,7 @@ std::optional<std::string> WhoDecidesByThem(std::string const& path) {
             std::this_thread::sleep_for(20ms);
         }
     } catch (std::exception const&) {
-        return std::nullopt; // The edit has been saved; the general note is true without services.
+        return kReloadNote; // The edit has been saved; the general note is true without services.
     }
 }
 

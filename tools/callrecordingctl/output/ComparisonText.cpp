@@ -42,19 +42,22 @@ nlohmann::ordered_json ComparisonToJson(Comparison const& comparison, RuleList c
     return json;
 }
 
-void PrintCallChanges(Comparison const& comparison, RuleList const& before, RuleList const& after) {
+void PrintCallChanges(Comparison const& comparison, RuleList const& before, RuleList const& after,
+                      bool isDryRun) {
+    char const* const prefix = isDryRun ? "dry run: " : "";
     constexpr std::size_t kMost = 20;
     std::size_t shown = 0;
     for (auto const& [call, here, there] : comparison.differences)
         if (++shown <= kMost)
-            PrintLines("dry run: the call {}\n  now: {}\n  then: {}\n", CallText(call),
-                       DecisionText(before, here), DecisionText(after, there));
+            PrintLines("{}the call {}\n  {}: {}\n  {}: {}\n", prefix, CallText(call),
+                       isDryRun ? "now" : "before", DecisionText(before, here),
+                       isDryRun ? "then" : "now", DecisionText(after, there));
     if (shown > kMost)
-        PrintLines("dry run: and a call for each of {} more pairs of rules\n", shown - kMost);
+        PrintLines("{}and a call for each of {} more pairs of rules\n", prefix, shown - kMost);
     if (comparison.same == true)
-        PrintLines("dry run: no call is decided differently\n");
+        PrintLines("{}no call is decided differently\n", prefix);
     if (IsIncomplete(comparison))
-        PrintLines("dry run: whether {}calls are decided differently is undecided: {}\n",
+        PrintLines("{}whether {}calls are decided differently is undecided: {}\n", prefix,
                    comparison.differences.empty() ? "" : "further ",
                    WhyIncomplete(comparison, before, after));
 }

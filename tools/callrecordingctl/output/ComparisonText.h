@@ -24,8 +24,9 @@ std::string WhyIncomplete(Comparison const& comparison, RuleList const& here,
 nlohmann::ordered_json ComparisonToJson(Comparison const& comparison, RuleList const& here,
                                         RuleList const& there);
 
-/// Prints which calls a dry run found to be decided differently.
-void PrintCallChanges(Comparison const& comparison, RuleList const& before, RuleList const& after);
+/// Prints which calls are decided differently, now, if the edit is made, or then.
+void PrintCallChanges(Comparison const& comparison, RuleList const& before, RuleList const& after,
+                      bool isDryRun = true);
 
 } // namespace callrecordingctl
 

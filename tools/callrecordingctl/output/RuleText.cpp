@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "Failure.h"
+#include "administration/inspection/Digest.h"
 #include "analysis/Everyone.h"
 #include "matching/PatternMatcher.h"
 #include "model/CallTypeNames.h"
@@ -82,14 +83,14 @@ RowStyle StyleOf(Rule const& rule) {
 
 } // namespace
 
-nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state) {
-    return ToJson(rules, AllPositions(rules), state);
+nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& digest) {
+    return ToJson(rules, AllPositions(rules), digest);
 }
 
 void PrintRules(RuleList const& rules, std::vector<std::size_t> const& positions,
-                std::string const& state, bool json) {
+                std::string const& digest, bool json) {
     if (json)
-        return PrintJson(ToJson(rules, positions, state));
+        return PrintJson(ToJson(rules, positions, digest));
     Table table(ListHeaders(), 6, 3);
     table.MayGiveWay({"REC", "FOR", "STATE"});
     for (std::size_t i = 0; i < rules.size(); ++i)
@@ -98,11 +99,11 @@ void PrintRules(RuleList const& rules, std::vector<std::size_t> const& positions
         Say("there are no rules");
     else
         table.Print();
-    Say("the file is in state {}", state);
+    Say("the file is in state {}", StateToken(digest));
 }
 
-void PrintRules(RuleList const& rules, std::string const& state, bool json) {
-    PrintRules(rules, AllPositions(rules), state, json);
+void PrintRules(RuleList const& rules, std::string const& digest, bool json) {
+    PrintRules(rules, AllPositions(rules), digest, json);
 }
 
 void PrintJson(nlohmann::ordered_json const& document) {

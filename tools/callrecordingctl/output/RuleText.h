@@ -39,14 +39,14 @@ std::vector<std::string> ListRow(Rule const& rule, std::size_t position);
 std::vector<std::string> ListHeaders();
 
 /// All of them, as list prints them.
-nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& state);
+nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& digest);
 
-/// Prints all rules as list does, with the state of their file.
-void PrintRules(RuleList const& rules, std::string const& state, bool json);
+/// Prints all rules as list does, with the state of their file, which has this digest.
+void PrintRules(RuleList const& rules, std::string const& digest, bool json);
 
 /// The same for some of the rules of the file, with their positions.
 void PrintRules(RuleList const& rules, std::vector<std::size_t> const& positions,
-                std::string const& state, bool json);
+                std::string const& digest, bool json);
 
 /// Prints a document. Bytes that are not UTF-8 are printed as U+FFFD.
 void PrintJson(nlohmann::ordered_json const& document);
