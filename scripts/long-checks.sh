@@ -14,7 +14,7 @@ for toolchain in cmake/toolchains/*.cmake; do
     name=$(basename "$toolchain" .cmake)
     [ "$name" = debian ] || architectures+=("$name")
 done
-names=("${architectures[@]}" valgrind tidy clang reproducible trixie fuzzing telephony asterisk)
+names=("${architectures[@]}" valgrind tidy clang reproducible trixie fuzzing telephony asterisk fleet)
 
 valgrind() {
     scripts/install-packages.sh valgrind
@@ -62,6 +62,13 @@ asterisk() {
     scripts/build.sh "$work/telephony" -DCMAKE_BUILD_TYPE=Release -DCALLRECORDINGUTILS_BUILD_TESTS=OFF &&
         scripts/in-debian.sh bullseye "$work/bullseye" scripts/install-packages.sh asterisk &&
         timeout 600 python3 tests/telephony/check_asterisk.py "$work/telephony" "$work/bullseye"
+}
+
+fleet() {
+    scripts/test.sh "$work/fleet" -DCMAKE_BUILD_TYPE=Release &&
+        python3 tests/fleet/pull_test.py "$work/fleet/tools/callrecordingctl/callrecordingctl" \
+            "$work/fleet/tests/libclient_faults.so" --all &&
+        scripts/check-fleet.sh "$work/fleet"
 }
 
 is_in() { # NAME NAME...: the first is one of the others.

@@ -13,8 +13,9 @@
 
 namespace CallRecordingUtils {
 
-/// All fields of rule, its position, and what its numbers mean. digest is that of the file that holds
-/// the rule, or empty to leave it out; its first digits are the state. Bytes that are no UTF-8 are written as ToUtf8 does.
+/// All fields of rule, its position, and what its numbers mean. digest is that of the file that
+/// holds the rule, or empty to leave it out; its first digits are the state. Bytes that are no
+/// UTF-8 are written as ToUtf8 does.
 nlohmann::ordered_json ToJson(Rule const& rule, std::size_t position,
                               std::string const& digest = "");
 

@@ -107,9 +107,8 @@ def test_what_is_taken(folder):
     os.rename(repository, f'{repository}.gone')
     pulls(it, 'cut off', 3, 'cannot be asked', last)
     os.rename(f'{repository}.gone', repository)
-    entry = {'origin': '', 'message': '', **it.log()[0]}
+    entry = it.log()[0]
     expect('the history', ('signed by ada@example.com' in entry['origin'], entry['message']), (True, 'a change'))
-
     new = Machine(f'{folder}/new', client, repository)
     new.file.write_text(rules)
     pulls(new, 'rules from nowhere', 7, 'taken from no commit', rules)

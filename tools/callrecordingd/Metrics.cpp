@@ -61,11 +61,12 @@ std::string MetricsText(LiveRules const& rules, AnswerCounts const& answers,
     Writer writer;
     AddAnswers(writer, answers.Now());
     if (auto const now = rules.Now()) {
-        writer.Family("callrecording_rules_info", "gauge",
-                      "Always 1; the labels are the state of the rules that decide, and the SHA-256 "
-                      "of their file.");
-        writer.Sample(
-            fmt::format("state=\"{}\",digest=\"{}\"", now->state, now->loaded->digest), 1);
+        writer.Family(
+            "callrecording_rules_info", "gauge",
+            "Always 1; the labels are the state of the rules that decide, and the SHA-256 "
+            "of their file.");
+        writer.Sample(fmt::format("state=\"{}\",digest=\"{}\"", now->state, now->loaded->digest),
+                      1);
         writer.Family("callrecording_rules_timestamp_seconds", "gauge",
                       "Since when these rules decide, in seconds since 1970.");
         writer.Sample("", static_cast<std::int64_t>(now->loaded->time));

@@ -196,8 +196,8 @@ Response Service::Rules() const {
     for (std::string const& rule : now->texts) {
         body += body.size() > 1 ? ",\n" : "\n";
         body.append(rule, 0, rule.size() - 1); // Without the brace.
-        body += ",\"file_state\":\"" + now->state + "\",\"file_digest\":\"" +
-                now->loaded->digest + "\"}";
+        body += ",\"file_state\":\"" + now->state + "\",\"file_digest\":\"" + now->loaded->digest +
+                "\"}";
     }
     return {kOk, kJson, body + "\n]\n"};
 }

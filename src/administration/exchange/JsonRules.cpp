@@ -18,8 +18,8 @@ using nlohmann::json;
 /// the file that the rule was in.
 bool IsGiven(RuleMember member) {
     return member != RuleMember::Position && member != RuleMember::FileState &&
-           member != RuleMember::FileDigest &&
-           member != RuleMember::CallerMalformed && member != RuleMember::CalledMalformed;
+           member != RuleMember::FileDigest && member != RuleMember::CallerMalformed &&
+           member != RuleMember::CalledMalformed;
 }
 
 /// Iterates over text and counts lines.

@@ -25,11 +25,25 @@ using HostPlatform::Descriptor;
 using HostPlatform::FailOf;
 
 /// What a program over a network needs of the environment. Not what tells git to do other things.
-constexpr char const* kKept[] = {"HOME",           "PATH",         "USER",         "LOGNAME",
-                                 "TMPDIR",         "SSH_AUTH_SOCK", "GIT_SSH_COMMAND",
-                                 "XDG_CONFIG_HOME", "KRB5CCNAME",  "SSL_CERT_FILE", "SSL_CERT_DIR",
-                                 "http_proxy",     "https_proxy",  "HTTPS_PROXY",  "all_proxy",
-                                 "ALL_PROXY",      "no_proxy",     "NO_PROXY",     "TZ"};
+constexpr char const* kKept[] = {"HOME",
+                                 "PATH",
+                                 "USER",
+                                 "LOGNAME",
+                                 "TMPDIR",
+                                 "SSH_AUTH_SOCK",
+                                 "GIT_SSH_COMMAND",
+                                 "XDG_CONFIG_HOME",
+                                 "KRB5CCNAME",
+                                 "SSL_CERT_FILE",
+                                 "SSL_CERT_DIR",
+                                 "http_proxy",
+                                 "https_proxy",
+                                 "HTTPS_PROXY",
+                                 "all_proxy",
+                                 "ALL_PROXY",
+                                 "no_proxy",
+                                 "NO_PROXY",
+                                 "TZ"};
 
 std::vector<std::string> CleanEnvironment() {
     std::vector<std::string> kept{"LC_ALL=C.UTF-8", "GIT_TERMINAL_PROMPT=0", "GIT_ASKPASS=false",

@@ -39,12 +39,21 @@ constexpr char kConfiguration[] = "[core]\n\trepositoryformatversion = 0\n\tbare
 
 /// What counts more than the configuration of the user and the machine, which say how to reach
 /// networks: no hook and no housekeeping is run, and OpenPGP has no say in signatures.
-constexpr char const* kSettings[] = {
-    "core.hooksPath=/dev/null", "core.fsmonitor=false", "core.attributesFile=/dev/null",
-    "gc.auto=0",                "gc.autoDetach=false",  "maintenance.auto=false",
-    "submodule.recurse=false",  "protocol.ext.allow=never", "gpg.format=ssh",
-    "gpg.program=false",        "gpg.x509.program=false",   "gpg.ssh.program=ssh-keygen",
-    "gpg.ssh.revocationFile=",  "gpg.minTrustLevel=fully",  "log.showSignature=false"};
+constexpr char const* kSettings[] = {"core.hooksPath=/dev/null",
+                                     "core.fsmonitor=false",
+                                     "core.attributesFile=/dev/null",
+                                     "gc.auto=0",
+                                     "gc.autoDetach=false",
+                                     "maintenance.auto=false",
+                                     "submodule.recurse=false",
+                                     "protocol.ext.allow=never",
+                                     "gpg.format=ssh",
+                                     "gpg.program=false",
+                                     "gpg.x509.program=false",
+                                     "gpg.ssh.program=ssh-keygen",
+                                     "gpg.ssh.revocationFile=",
+                                     "gpg.minTrustLevel=fully",
+                                     "log.showSignature=false"};
 
 [[noreturn]] void Refuse(std::string const& message) {
     throw Error(Error::Kind::Unreadable, message);
@@ -155,8 +164,8 @@ std::string GitCopy::FromCopy(std::vector<std::string> const& words, std::string
 std::string GitCopy::Newest() {
     std::string const name = "refs/heads/" + branch_.name;
     // Not the configuration of the copy, which is written anew for a fetch only.
-    ChildResult const result = RunAt(
-        "/dev/null", {"ls-remote", "--quiet", "--", branch_.repository, name}, kMostSaid);
+    ChildResult const result =
+        RunAt("/dev/null", {"ls-remote", "--quiet", "--", branch_.repository, name}, kMostSaid);
     if (result.status != 0)
         Fail(result, "cannot be asked");
     // Another branch may end in the same words.
@@ -171,8 +180,8 @@ std::string GitCopy::Newest() {
 void GitCopy::PrepareAt(std::string const& path) {
     if (!fs::exists(path + "/HEAD")) {
         Remove(path);
-        ChildResult const made =
-            RunChild({"git", "init", "--quiet", "--bare", "--template=", path}, kPatience, kMostSaid);
+        ChildResult const made = RunChild({"git", "init", "--quiet", "--bare", "--template=", path},
+                                          kPatience, kMostSaid);
         if (made.status != 0)
             Fail(made, "no copy can be made");
     }
@@ -213,9 +222,8 @@ std::string GitCopy::Fetch() {
         Remove(path_);
         fs::rename(anew, path_);
     }
-    std::string const commit =
-        FirstLine(FromCopy({"rev-parse", "--verify", "--quiet", std::string(kHead) + "^{commit}"},
-                         "has no commit"));
+    std::string const commit = FirstLine(FromCopy(
+        {"rev-parse", "--verify", "--quiet", std::string(kHead) + "^{commit}"}, "has no commit"));
     if (!IsCommit(commit))
         Refuse(fmt::format("{}: has no commit", branch_.repository));
     return commit;
@@ -227,9 +235,9 @@ bool GitCopy::IsAncestor(std::string const& ancestor, std::string const& descend
 }
 
 CommitNote GitCopy::NoteOf(std::string const& commit) {
-    std::istringstream out(FromCopy(
-        {"log", "-1", "--no-show-signature", "--format=%ct%n%an <%ae>%n%s", commit, "--"},
-        "the commit cannot be read"));
+    std::istringstream out(
+        FromCopy({"log", "-1", "--no-show-signature", "--format=%ct%n%an <%ae>%n%s", commit, "--"},
+                 "the commit cannot be read"));
     CommitNote note;
     std::string seconds;
     std::getline(out, seconds);
@@ -242,10 +250,10 @@ CommitNote GitCopy::NoteOf(std::string const& commit) {
 std::optional<std::string> GitCopy::SignerOf(std::string const& commit, std::string const& signers,
                                              std::string& why) {
     ReadInput(signers); // Throws if it cannot be read, which git would not say.
-    std::string const setting =
-        "gpg.ssh.allowedSignersFile=" + fs::absolute(signers).string();
+    std::string const setting = "gpg.ssh.allowedSignersFile=" + fs::absolute(signers).string();
     ChildResult const result = RunAt(
-        path_, {"-c", setting, "log", "-1", "--no-show-signature", "--format=%G?%n%GS", commit, "--"},
+        path_,
+        {"-c", setting, "log", "-1", "--no-show-signature", "--format=%G?%n%GS", commit, "--"},
         kMostSaid);
     std::istringstream out(result.out);
     std::string verdict, signer;
@@ -263,7 +271,8 @@ std::optional<std::string> GitCopy::SignerOf(std::string const& commit, std::str
 std::string GitCopy::Read(std::string const& commit, std::string const& path) {
     // "MODE TYPE OBJECT SIZE\tNAME": a link or a folder has no bytes that could be rules.
     std::istringstream out(
-        FromCopy({"--literal-pathspecs", "ls-tree", "-z", "--long", commit, "--", path}, "the commit cannot be read"));
+        FromCopy({"--literal-pathspecs", "ls-tree", "-z", "--long", commit, "--", path},
+                 "the commit cannot be read"));
     std::string mode, type, object;
     std::size_t size = 0;
     out >> mode >> type >> object >> size;

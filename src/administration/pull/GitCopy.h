@@ -23,7 +23,8 @@ struct Branch {
 /// else, or that no history could keep.
 void RequirePlainNames(Branch const& branch);
 
-/// Who made a commit, and when. Anybody can write anything there; only a signature tells who it was.
+/// Who made a commit, and when. Anybody can write anything there; only a signature tells who it
+/// was.
 struct CommitNote {
     std::string author;       ///< Name and address.
     std::string subject;      ///< The first line of its message.

@@ -22,8 +22,8 @@
 #include "commands/ClaimOptions.h"
 #include "commands/RunEdit.h"
 #include "commands/WaitForServices.h"
-#include "output/PullReport.h"
 #include "output/ProofText.h"
+#include "output/PullReport.h"
 
 namespace callrecordingctl {
 namespace {
@@ -243,8 +243,9 @@ class Puller {
     void Report(RuleEdit& edit, TakenCommit const& taken) const {
         std::string reason;
         try {
-            ReportPull(edit, taken, {options_.dryRun, context_.json, options_.analysis.calls,
-                                     options_.analysis.memory});
+            ReportPull(edit, taken,
+                       {options_.dryRun, context_.json, options_.analysis.calls,
+                        options_.analysis.memory});
             if (std::fflush(stdout) != 0)
                 reason = std::strerror(errno);
         } catch (std::exception const& error) {
@@ -265,10 +266,12 @@ class Puller {
         note.message = taken.note.subject;
         note.origin = OriginOf(taken);
         try {
-            SaveIfRecorded(context_.path, note, before_, edit.TextAfter(), [&edit] {
-                if (edit.IsChanged())
-                    edit.Save();
-            });
+            SaveIfRecorded(
+                context_.path, note, before_, edit.TextAfter(),
+                [&edit] {
+                    if (edit.IsChanged())
+                        edit.Save();
+                });
         } catch (std::exception const& error) {
             throw Failure(kExitUnsaved, error.what());
         }
@@ -318,26 +321,32 @@ ExitCode Pull(Context const& context, Options const& given) {
 
 void AddPull(CommandLine& line) {
     auto const options = std::make_shared<Options>();
-    CLI::App& pull =
-        line.AddCommand("pull", "Take the rules of a branch of a git repository", kHelp, options, Pull);
+    CLI::App& pull = line.AddCommand("pull", "Take the rules of a branch of a git repository",
+                                     kHelp, options, Pull);
     auto const text = [&](char const* name, char const* what, char const* help, auto& value) {
-        return AddText(pull, name, what, help, [&value](std::string const& given) { value = given; });
+        return AddText(pull, name, what, help,
+                       [&value](std::string const& given) { value = given; });
     };
-    text("REPOSITORY", "", "As git fetch takes it: a URL, or a directory", options->branch.repository)
+    text("REPOSITORY", "", "As git fetch takes it: a URL, or a directory",
+         options->branch.repository)
         ->required();
     text("--branch", "NAME", "The branch (default: main)", options->branch.name);
-    text("--path", "PATH", "The rule file in the repository\n(default: callrecordingdb)", options->path);
+    text("--path", "PATH", "The rule file in the repository\n(default: callrecordingdb)",
+         options->path);
     text("--signers", "FILE",
          "Take only what one of these has signed, as in\n\"ALLOWED SIGNERS\" of ssh-keygen(1)",
          options->signers);
-    text("--policy", "FILE", "Take only rules for which all of these claims are\nproved, as with prove",
+    text("--policy", "FILE",
+         "Take only rules for which all of these claims are\nproved, as with prove",
          options->policy);
-    text("--cache", "DIR", "Where the copy is kept\n(default: /var/lib/callrecording)", options->cache);
+    text("--cache", "DIR", "Where the copy is kept\n(default: /var/lib/callrecording)",
+         options->cache);
     text("--metrics", "FILE",
          "Write for a node exporter how it went; in a\ndirectory, to callrecording.prom",
          options->metrics);
     pull.add_flag("--over", options->over, "Also over edits that were made here");
-    pull.add_flag("--dry-run", options->dryRun, "Only show what would change; the cache may change");
+    pull.add_flag("--dry-run", options->dryRun,
+                  "Only show what would change; the cache may change");
     AddAnalysis(pull, options->analysis);
 }
 

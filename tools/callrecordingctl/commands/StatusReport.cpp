@@ -141,6 +141,7 @@ void PrintStatus(StatusReport const& status) {
 nlohmann::ordered_json ToJson(StatusReport const& status) {
     nlohmann::ordered_json json{{"file", status.path},
                                 {"file_state", StateToken(status.digest)},
+                                {"file_digest", status.digest},
                                 {"problem", status.problem},
                                 {"rules", nullptr},
                                 {"on", nullptr},

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "administration/history/When.h"
+#include "administration/pull/TakenCommit.h"
 #include "output/EditReport.h"
 #include "output/Screen.h"
 #include "text/Printable.h"
@@ -30,6 +31,27 @@ std::string Short(std::string const& command) {
     return words > 1 ? fmt::format("{} ... and {} more words", kept, words) : kept + " ...";
 }
 
+/// The lines of text, each behind mark.
+std::string Quoted(char const* mark, std::string const& text) {
+    std::string quoted;
+    for (std::size_t begin = 0; begin < text.size();) {
+        std::size_t const end = std::min(text.find('\n', begin), text.size());
+        quoted += Wrapped(std::string(kIndent, ' ') + mark +
+                              Printable(text.substr(begin, end - begin)),
+                          kIndent + 2);
+        begin = end + 1;
+    }
+    return quoted;
+}
+
+std::string OriginText(std::string const& origin) {
+    auto const taken = ParseOrigin(origin);
+    return taken ? fmt::format("commit {} of {}, branch {}, by {}{}", taken->commit.substr(0, 12),
+                               taken->branch.repository, taken->branch.name, taken->note.author,
+                               taken->signer.empty() ? "" : ", signed by " + taken->signer)
+                 : origin;
+}
+
 std::string Heading(HistoryEntry const& entry, StepStyle style) {
     std::string const number = entry.number > 0 ? std::to_string(entry.number) : "-";
     std::string const& command = entry.note.command;
@@ -40,15 +62,7 @@ std::string Heading(HistoryEntry const& entry, StepStyle style) {
                                           : entry.note.user + ": " +
                                                 (style.isVerbose ? command : Short(command)))),
                 kIndent);
-    for (std::size_t begin = 0; begin < entry.note.message.size();) {
-        std::size_t const end =
-            std::min(entry.note.message.find('\n', begin), entry.note.message.size());
-        text += Wrapped(std::string(kIndent, ' ') + "> " +
-                            Printable(entry.note.message.substr(begin, end - begin)),
-                        kIndent + 2);
-        begin = end + 1;
-    }
-    return text;
+    return text + Quoted("> ", entry.note.message) + Quoted("from ", OriginText(entry.note.origin));
 }
 
 std::string Line(std::string const& text) {
@@ -122,7 +136,9 @@ std::string ToText(EditStep const& step, StepStyle style) {
     if (!step.problem.empty() && !step.about)
         return text + Line(Printable(step.problem));
     if (step.changes.empty() && !step.about)
-        return text + Line("no rule changed; comments or other entries did");
+        return text + Line(step.entry.before == step.entry.after
+                               ? "the rule file stayed the same"
+                               : "no rule changed; comments or other entries did");
     return text + ChangesText(step, style);
 }
 
@@ -130,7 +146,8 @@ nlohmann::ordered_json ToJson(EditStep const& step) {
     HistoryEntry const& entry = step.entry;
     return {{"number", entry.number},          {"time", WhenText(entry.seconds)},
             {"user", entry.note.user},         {"command", entry.note.command},
-            {"message", entry.note.message},   {"outside", entry.IsOutside()},
+            {"message", entry.note.message},   {"origin", entry.note.origin},
+            {"outside", entry.IsOutside()},
             {"state", StateName(entry.state)}, {"undone", entry.note.undone},
             {"digest_before", entry.before},   {"digest_after", entry.after},
             {"problem", step.problem},         {"changes", ChangesToJson(step.changes)}};

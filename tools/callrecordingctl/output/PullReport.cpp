@@ -46,10 +46,10 @@ nlohmann::ordered_json ToJson(TakenCommit const& taken, char const* outcome,
 }
 
 std::string Summary(TakenCommit const& taken) {
-    return Printable(
-        fmt::format("commit {} of branch {} by {}{}: {}", taken.commit.substr(0, 12),
-                    taken.branch.name, taken.note.author,
-                    taken.signer.empty() ? "" : ", signed by " + taken.signer, taken.note.subject));
+    return Printable(fmt::format("commit {} of branch {} by {}{}: {}", taken.commit.substr(0, 12),
+                                 taken.branch.name, taken.note.author,
+                                 taken.signer.empty() ? "" : ", signed by " + taken.signer,
+                                 taken.note.subject));
 }
 
 } // namespace
@@ -74,8 +74,8 @@ void ReportPull(RuleEdit& edit, TakenCommit const& taken, PullReportOptions cons
         calls = Compare(before, edit.After(), options.memory, options.calls);
     std::vector<Change> const changes = ChangesBetween(before, edit.After());
     if (options.json) {
-        nlohmann::ordered_json json = ToJson(taken, options.isDryRun ? "dry_run" : "taken",
-                                             DigestOf(edit.TextAfter()));
+        nlohmann::ordered_json json =
+            ToJson(taken, options.isDryRun ? "dry_run" : "taken", DigestOf(edit.TextAfter()));
         json["changes"] = ChangesToJson(changes);
         if (calls)
             json["calls"] = ComparisonToJson(*calls, before, edit.After());
