@@ -36,9 +36,9 @@ std::string Quoted(char const* mark, std::string const& text) {
     std::string quoted;
     for (std::size_t begin = 0; begin < text.size();) {
         std::size_t const end = std::min(text.find('\n', begin), text.size());
-        quoted += Wrapped(std::string(kIndent, ' ') + mark +
-                              Printable(text.substr(begin, end - begin)),
-                          kIndent + 2);
+        quoted +=
+            Wrapped(std::string(kIndent, ' ') + mark + Printable(text.substr(begin, end - begin)),
+                    kIndent + 2);
         begin = end + 1;
     }
     return quoted;
@@ -144,13 +144,19 @@ std::string ToText(EditStep const& step, StepStyle style) {
 
 nlohmann::ordered_json ToJson(EditStep const& step) {
     HistoryEntry const& entry = step.entry;
-    return {{"number", entry.number},          {"time", WhenText(entry.seconds)},
-            {"user", entry.note.user},         {"command", entry.note.command},
-            {"message", entry.note.message},   {"origin", entry.note.origin},
+    return {{"number", entry.number},
+            {"time", WhenText(entry.seconds)},
+            {"user", entry.note.user},
+            {"command", entry.note.command},
+            {"message", entry.note.message},
+            {"origin", entry.note.origin},
             {"outside", entry.IsOutside()},
-            {"state", StateName(entry.state)}, {"undone", entry.note.undone},
-            {"digest_before", entry.before},   {"digest_after", entry.after},
-            {"problem", step.problem},         {"changes", ChangesToJson(step.changes)}};
+            {"state", StateName(entry.state)},
+            {"undone", entry.note.undone},
+            {"digest_before", entry.before},
+            {"digest_after", entry.after},
+            {"problem", step.problem},
+            {"changes", ChangesToJson(step.changes)}};
 }
 
 } // namespace callrecordingctl
