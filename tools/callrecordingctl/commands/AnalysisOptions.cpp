@@ -26,10 +26,6 @@ void AddAnalysis(CLI::App& command, CallKind& calls, std::size_t& memory) {
               [&memory](std::uint32_t mebibytes) { memory = std::size_t{mebibytes} << 20; });
 }
 
-char const* CallsName(CallKind calls) {
-    return calls == CallKind::Typed ? "typed" : "parties";
-}
-
 void NoteMalformed(RuleList const& rules, char const* whose) {
     auto const isMalformed = [](std::string const& pattern, CallType type) {
         return !pattern.empty() && ExplainStored(pattern, type);

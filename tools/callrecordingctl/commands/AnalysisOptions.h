@@ -22,9 +22,6 @@ inline void AddAnalysis(CLI::App& command, AnalysisOptions& options) {
     AddAnalysis(command, options.calls, options.memory);
 }
 
-/// The kind of calls as --calls names it: typed or parties.
-char const* CallsName(CallKind calls);
-
 /// Mentions enabled rules with malformed patterns; whose says which file has them.
 void NoteMalformed(RuleList const& rules, char const* whose = "");
 

@@ -56,31 +56,27 @@ struct Sides {
     Side here, there;
 };
 
-void Show(Comparison const& comparison, Sides const& sides, CallKind calls,
-          Context const& context) {
-    auto const& [here, there] = sides;
-    if (comparison.same == true)
-        PrintLines("both decide every call alike\n");
-    for (Difference const& difference : comparison.differences)
-        PrintLines("{}\n{}  {} {}\n  {} {}\n", CallText(difference.call),
-                   WrappedCommand("  " + DecideCommand(difference.call, calls, context), 4),
-                   here.name, DecisionText(here.rules, difference.here), there.name,
-                   DecisionText(there.rules, difference.there));
-}
-
-/// Whether two comparisons of the same lists find the same.
-bool FindTheSame(Comparison const& a, Comparison const& b) {
-    auto const isSamePair = [](Difference const& x, Difference const& y) {
-        return x.here == y.here && x.there == y.there;
-    };
-    return a.same == b.same && std::equal(a.differences.begin(), a.differences.end(),
-                                          b.differences.begin(), b.differences.end(), isSamePair);
-}
-
 char const* Summary(Comparison const& comparison) {
     return !comparison.same   ? "it is undecided"
            : *comparison.same ? "they are alike"
                               : "they differ";
+}
+
+void Show(ComparedCalls const& calls, Sides const& sides, Context const& context) {
+    auto const& [here, there] = sides;
+    CallKind const others = OtherThan(calls.kind);
+    if (calls.asked.same == true)
+        PrintLines("both decide every {} alike\n",
+                   calls.AreOtherwise() ? CallOf(calls.kind) : "call");
+    for (Difference const& difference : calls.asked.differences)
+        PrintLines("{}\n{}  {} {}\n  {} {}\n", CallText(difference.call),
+                   WrappedCommand("  " + DecideCommand(difference.call, calls.kind, context), 4),
+                   here.name, DecisionText(here.rules, difference.here), there.name,
+                   DecisionText(there.rules, difference.there));
+    if (calls.AreOtherwise())
+        PrintLines("with --calls {} {}, for {} {} of rules\n", CallsName(others),
+                   Summary(calls.other), calls.other.differences.size(),
+                   calls.other.differences.size() == 1 ? "pair" : "pairs");
 }
 
 /// The rules of a file, whatever it is that import reads. A rule that import would refuse may be in
@@ -155,25 +151,12 @@ ExitCode DiffCalls(Context const& context, Sides const& sides, Options const& op
     NoteMalformed(here);
     NoteMalformed(there, " of the other rules");
     CallKind const calls = options.analysis.calls;
-    CallKind const others = OtherThan(calls);
-    Comparison const comparison = Compare(here, there, options.analysis.memory, calls);
-    Comparison const other = Compare(here, there, options.analysis.memory, others);
-    bool const isOtherwise = !FindTheSame(comparison, other);
-    if (context.json) {
-        nlohmann::ordered_json json = ComparisonToJson(comparison, here, there);
-        json["other_calls"] = nullptr;
-        if (isOtherwise) {
-            json["other_calls"] = {{"calls", CallsName(others)}};
-            json["other_calls"].update(ComparisonToJson(other, here, there));
-        }
-        PrintJson(json);
-    } else {
-        Show(comparison, sides, calls, context);
-        if (isOtherwise)
-            PrintLines("with --calls {} {}, for {} {} of rules\n", CallsName(others),
-                       Summary(other), other.differences.size(),
-                       other.differences.size() == 1 ? "pair" : "pairs");
-    }
+    ComparedCalls const compared = CompareCalls(here, there, options.analysis.memory, calls);
+    Comparison const& comparison = compared.asked;
+    if (context.json)
+        PrintJson(ToJson(compared, here, there));
+    else
+        Show(compared, sides, context);
     if (IsIncomplete(comparison))
         Say("undecided{}: {}",
             comparison.differences.empty() ? "" : ", for pairs of rules other than these",

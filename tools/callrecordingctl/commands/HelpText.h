@@ -16,7 +16,8 @@ constexpr char kEscapeNote[] =
 constexpr char kMainHelp[] =
     R"(A rule has two sides, "from" (calling) and "to" (called), each with a call type
 and a pattern. Rules are tried in the order of list. The first that is on and
-whose two sides both match a call has it recorded; without one it is not.
+whose two sides both match a call decides: the call is recorded, or the rule
+forbids that. A call that no rule takes is not recorded.
 
 Call types: number (or 0), sip (1), number2 (2, numbers of a second kind), and
 any (3): every call; the pattern is then compared with the number or SIP user.

@@ -77,7 +77,7 @@ DryRun FindEffects(RuleEdit& edit, EditOptions const& options) {
     if (!options.replay.paths.empty())
         dryRun.replay = ReplayEdit(options.replay, edit);
     if (!isMalformed)
-        dryRun.calls = Compare(dryRun.before, dryRun.after);
+        dryRun.calls = CompareCalls(dryRun.before, dryRun.after);
     return dryRun;
 }
 

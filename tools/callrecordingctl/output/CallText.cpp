@@ -51,6 +51,10 @@ nlohmann::ordered_json ToJson(AddressPattern const& pattern) {
 
 } // namespace
 
+char const* CallsName(CallKind calls) {
+    return calls == CallKind::Typed ? "typed" : "parties";
+}
+
 std::string CallText(ExampleCall const& call) {
     return fmt::format("from {} to {}", PartyText(call.caller), PartyText(call.called));
 }

@@ -16,6 +16,9 @@
 
 namespace callrecordingctl {
 
+/// The kind of calls as --calls names it: typed or parties.
+char const* CallsName(CallKind calls);
+
 /// "from 201 to sip alice@pbx"; the call type is named unless it is number.
 std::string CallText(ExampleCall const& call);
 

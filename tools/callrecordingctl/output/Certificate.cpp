@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include "Failure.h"
-#include "commands/AnalysisOptions.h"
+#include "output/CallText.h"
 
 namespace callrecordingctl {
 namespace {

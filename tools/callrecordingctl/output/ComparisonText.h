@@ -3,6 +3,7 @@
 #ifndef CALLRECORDINGCTL_OUTPUT_COMPARISONTEXT_H
 #define CALLRECORDINGCTL_OUTPUT_COMPARISONTEXT_H
 
+#include <cstddef>
 #include <string>
 
 #include <nlohmann/json.hpp>
@@ -24,8 +25,28 @@ std::string WhyIncomplete(Comparison const& comparison, RuleList const& here,
 nlohmann::ordered_json ComparisonToJson(Comparison const& comparison, RuleList const& here,
                                         RuleList const& there);
 
+/// Two lists compared for the kind of calls that is asked about, and for the other one.
+struct ComparedCalls {
+    CallKind kind;
+    Comparison asked;
+    Comparison other;
+
+    /// Whether other pairs of rules decide calls of the other kind differently.
+    bool AreOtherwise() const;
+};
+
+ComparedCalls CompareCalls(RuleList const& here, RuleList const& there,
+                           std::size_t memory = kAnalysisMemory, CallKind kind = CallKind::Typed);
+
+/// "typed call" or "call of parties".
+char const* CallOf(CallKind kind);
+
+/// As ComparisonToJson, and other_calls: null, or what is otherwise for them.
+nlohmann::ordered_json ToJson(ComparedCalls const& calls, RuleList const& here,
+                              RuleList const& there);
+
 /// Prints which calls are decided differently, now, if the edit is made, or then.
-void PrintCallChanges(Comparison const& comparison, RuleList const& before, RuleList const& after,
+void PrintCallChanges(ComparedCalls const& calls, RuleList const& before, RuleList const& after,
                       bool isDryRun = true);
 
 } // namespace callrecordingctl

@@ -161,7 +161,7 @@ namespace {
 nlohmann::ordered_json ToJson(std::vector<Change> const& changes, DryRun const& dryRun) {
     nlohmann::ordered_json json{{"changes", ChangesToJson(changes)}, {"calls", nullptr}};
     if (dryRun.calls)
-        json["calls"] = ComparisonToJson(*dryRun.calls, dryRun.before, dryRun.after);
+        json["calls"] = ToJson(*dryRun.calls, dryRun.before, dryRun.after);
     if (dryRun.replay) {
         json["replay"] = DifferencesToJson(*dryRun.replay, dryRun.before, dryRun.after);
         json["replay"]["unreadable"] = UnreadableToJson(*dryRun.replay);

@@ -12,7 +12,7 @@
 
 #include "CommandLine.h"
 #include "administration/edit/Changes.h"
-#include "analysis/RuleAnalysis.h"
+#include "output/ComparisonText.h"
 #include "records/counting/Replay.h"
 
 namespace callrecordingctl {
@@ -30,7 +30,7 @@ nlohmann::ordered_json ChangesToJson(std::vector<Change> const& changes);
 struct DryRun {
     RuleList const& before;
     RuleList const& after;
-    std::optional<Comparison> calls;    ///< Nothing if the file before is malformed.
+    std::optional<ComparedCalls> calls; ///< Nothing if the file before is malformed.
     std::optional<ReplayReport> replay; ///< Of call records; nothing if none were given.
 };
 

@@ -6,7 +6,6 @@
 
 #include <fmt/format.h>
 
-#include "commands/AnalysisOptions.h"
 #include "output/CallText.h"
 #include "output/LossText.h"
 #include "output/Screen.h"

@@ -69,16 +69,16 @@ void ReportPull(RuleEdit& edit, TakenCommit const& taken, PullReportOptions cons
     static RuleList const none;
     bool const isMalformed = edit.Malformation().has_value();
     RuleList const& before = isMalformed ? none : edit.Before();
-    std::optional<Comparison> calls;
+    std::optional<ComparedCalls> calls;
     if (!isMalformed)
-        calls = Compare(before, edit.After(), options.memory, options.calls);
+        calls = CompareCalls(before, edit.After(), options.memory, options.calls);
     std::vector<Change> const changes = ChangesBetween(before, edit.After());
     if (options.json) {
         nlohmann::ordered_json json =
             ToJson(taken, options.isDryRun ? "dry_run" : "taken", DigestOf(edit.TextAfter()));
         json["changes"] = ChangesToJson(changes);
         if (calls)
-            json["calls"] = ComparisonToJson(*calls, before, edit.After());
+            json["calls"] = callrecordingctl::ToJson(*calls, before, edit.After());
         return PrintJson(json);
     }
     PrintLines("{}{}{}\n", options.isDryRun ? "dry run, to be taken: " : "taken: ", Summary(taken),
