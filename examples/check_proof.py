@@ -3,8 +3,8 @@
 
 It shares no code with the library: it reads the rule file and the patterns by itself, and tries every set of rules that
 an address can satisfy. It does not look for proofs; it only checks that the rules which the certificate names take all
-the calls that they are said to take. What it cannot read it does not accept: calls of parties, malformed patterns, and
-numbers in ranges from 2147483647 on.
+the calls that they are said to take, and prints what it checked, whatever the text in the certificate says. What it
+cannot read it does not accept: calls of parties, malformed patterns, and numbers in ranges from 2147483647 on.
 Usage: check_proof.py CERTIFICATE RULE-FILE. Exit status: 0 everything is true, 1 something is not, 2 it cannot say."""
 
 import hashlib
@@ -17,6 +17,7 @@ LITERALS = set(LETTERS + DIGITS + "#^/_=+%~@;().:$&'")
 HOST, PORT = "host mark", "port mark"  # The "@" and ":" that divide a SIP address; a user may hold others.
 ALL = "all"  # The state of a side that accepts whatever follows.
 ANY = ("*", 3)
+KINDS = ("number", "sip", "number2", "any")
 
 
 class Refused(Exception):
@@ -290,9 +291,29 @@ def require(condition, message):
         raise Wrong(message)
 
 
+def claim_text(entry):
+    """What the fields that are checked say; the text in the certificate might say anything."""
+    claim = entry["claim"]
+
+    def side(s):
+        return f"{KINDS[s['call_type']]} {json.dumps(s['stored'])}"
+
+    calls = [f"{word} {side(claim[word])}" for word in ("from", "to")]
+    calls += [f"except {word} {side(s)}" for word in ("from", "to") for s in claim["except_" + word]]
+    words = {"recorded": {True: "is recorded", False: "is left unrecorded"}.get(claim["recorded"])}
+    for key, what in (("record_to", "is recorded to "), ("recording_duration", "is recorded with the duration "),
+                      ("call_recording_type", "is recorded with type "), ("by_position", "is decided by rule #")):
+        words[key] = None if claim[key] is None else what + json.dumps(claim[key])
+    if not any(words.values()):
+        raise Refused("it claims nothing of " + ", ".join(calls))
+    return f"every call {', '.join(calls)}: {' and '.join(filter(None, words.values()))}"
+
+
 def check_claim(entry, rules):
     """Checks one proof. Positions are counted from 1."""
-    claim, proof = entry["claim"], entry["proof"]
+    claim, proof, by = entry["claim"], entry["proof"], entry["claim"]["by_position"]
+    require((by is None and claim["by"] is None) or (0 < by <= len(rules) and claim["by"] is not None and
+            int(rules[by - 1]["callrecordingrule_id"]) == claim["by"]), f"rule #{by} is not rule {claim['by']}")
     meant = tuple(Side(claim[s]["stored"], claim[s]["call_type"]) for s in ("from", "to"))
     exceptions = [(Side(s["stored"], s["call_type"]), Side(*ANY)) for s in claim["except_from"]] + \
         [(Side(*ANY), Side(s["stored"], s["call_type"])) for s in claim["except_to"]]
@@ -312,6 +333,10 @@ def check_claim(entry, rules):
         if at < end and is_on(rule) and not is_as_claimed(claim, rule, at):
             by = sides(others.get(at, []), at)
             require(is_covered([meant, sides_of(rule)], by), f"rule #{at} decides some calls otherwise")
+
+
+def hidden_text(entry):
+    return f"rule #{json.dumps(entry['rule'])} never decides"
 
 
 def check_hidden(entry, rules):
@@ -334,9 +359,12 @@ def main():
         print("only typed calls can be checked")
         return 2
     rules, result = read_rules(data), 0
-    jobs = [(check_claim, entry, entry["claim"]["text"]) for entry in certificate.get("claims", [])]
-    jobs += [(check_hidden, entry, f"rule #{entry['rule']} never decides") for entry in certificate.get("hidden", [])]
-    for check, entry, text in jobs:
+    jobs = [(check_claim, claim_text, entry) for entry in certificate.get("claims", [])]
+    jobs += [(check_hidden, hidden_text, entry) for entry in certificate.get("hidden", [])]
+    if not jobs:
+        raise Refused("the certificate claims nothing")
+    for check, text_of, entry in jobs:
+        text = text_of(entry)
         try:
             check(entry, rules)
             print("true:", text)
@@ -350,4 +378,8 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    try:
+        sys.exit(main())
+    except (Refused, OSError, ValueError, LookupError, TypeError, AttributeError, RecursionError) as fault:
+        print(f"this cannot be checked: {type(fault).__name__}: {fault}")
+        sys.exit(2)

@@ -467,7 +467,7 @@ TEST_F(CInterface, DecidesOnManyThreadsWhileOthersReload) {
     Open();
     std::atomic<bool> isDone{false};
     std::atomic<int> wrong{0};
-    std::atomic<std::uint64_t> asked{0};
+    std::atomic<std::size_t> asked{0};
     auto const decide = [&] {
         while (!isDone) {
             callrecording_rule const* rule = nullptr;

@@ -1,5 +1,5 @@
 """Certificates of random rules and claims: examples/check_proof.py accepts each, and rejects it when a rule is missing
-from it, when it claims something else that is not true, or for other rules. Usage: proof_test.py CLIENT SOURCE-DIR"""
+from it, when it claims something false, or nothing, or for other rules. Usage: proof_test.py CLIENT SOURCE-DIR"""
 
 import copy
 import json
@@ -41,13 +41,13 @@ def run(*words):
     return json.loads(output) if output else None
 
 
-def is_accepted(certificate):
+def is_accepted(certificate, statuses=(0, 1)):
     with open(certificate_file, "w", encoding="utf-8") as file:
         json.dump(certificate, file)
     checker = os.path.join(source, "examples/check_proof.py")
     done = subprocess.run([sys.executable, checker, certificate_file, rules_file], stdout=subprocess.PIPE, text=True,
                           check=False)
-    if done.returncode not in (0, 1):
+    if done.returncode not in statuses or "untrue" in done.stdout:
         sys.exit(f"{done.stdout} with exit status {done.returncode}, for {certificate}")
     return done.returncode == 0
 
@@ -91,6 +91,19 @@ def tamper_with_proof(certificate):
             expect_rejected(changed, "a proof without a rule that takes calls of another one")
 
 
+def tamper_with_words(certificate):
+    """What the text says is not printed, the rule named is the one meant, and what claims nothing is not accepted."""
+    changed = copy.deepcopy(certificate)
+    claim = changed["claims"][0]["claim"]
+    claim["text"] = "untrue"
+    expect(is_accepted(changed), "another text is rejected", changed)
+    claim["by"] = 99
+    expect(not is_accepted(changed, (1, 2)), "a rule of another name is accepted", changed)
+    claim.update({key: None for key in claim if key[:3] in ("rec", "by", "by_", "cal")})
+    for nothing in (changed, {**certificate, "claims": []}, {**certificate, "claims": [{}]}, {"claims": 1}, [], "x"):
+        expect(not is_accepted(nothing, (2,)), "what claims nothing is accepted", nothing)
+
+
 def tamper_with_claim(certificate, words):
     """About other calls the claim is rejected where it is false."""
     at = words.index("--to") + 1
@@ -112,6 +125,7 @@ for _ in range(40):
         certificate = certified("prove", *claim)
         if certificate:
             tamper_with_proof(certificate)
+            tamper_with_words(certificate)
             tamper_with_claim(certificate, claim)
             expect_rejected({**certificate, "sha256": certificate["sha256"][::-1]}, "a proof for other rules")
     hidden = certified("check")

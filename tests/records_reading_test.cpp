@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <random>
+
+#include <sys/stat.h>
 
 #include "common/Error.h"
 #include "records/reading/CallFiles.h"
@@ -234,6 +237,20 @@ TEST(CallReader, ReadsWhatEachSystemWrites) {
             ++compared;
         }
     EXPECT_EQ(compared, 18U);
+}
+
+TEST(CallFiles, AreThoseOfEachFolderOnceAlsoThroughLinks) {
+    namespace fs = std::filesystem;
+    TempDir const dir, other;
+    for (char const* const name : {"b", "in/a", ".hidden/c", "in/.d"})
+        dir.Write(name, "");
+    other.Write("e", "");
+    ASSERT_EQ(mkfifo(dir.Path("pipe").c_str(), 0600), 0);
+    fs::create_directory_symlink(other.Path(), dir.Path("link"));
+    fs::create_directory_symlink(dir.Path(), dir.Path("in/around"));
+    fs::create_directory_symlink(dir.Path("in"), other.Path("back"));
+    EXPECT_EQ(CallFilesIn({dir.Path()}),
+              (std::vector<std::string>{dir.Path("b"), dir.Path("in/a"), dir.Path("link/e")}));
 }
 
 std::string Packed(std::string const& tool, std::string const& text) {

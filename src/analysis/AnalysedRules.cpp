@@ -25,14 +25,14 @@ AnalysedRules::AnalysedRules(RuleParamsList const& rules, std::size_t memory, Ca
 }
 
 void AnalysedRules::NumberOutcomes() {
-    using Outcome = std::tuple<std::int32_t, std::string_view, std::string_view>;
-    std::map<Outcome, std::uint32_t> numbers;
+    using Effect = std::tuple<std::int32_t, std::string_view, std::string_view>;
+    std::map<Effect, std::uint32_t> numbers;
     for (std::size_t place = 0; place < rules_.size(); ++place) {
         CallRecordingRuleParams const& rule = rules_[place];
         bool const isForbidding = ForbidsRecording(rule);
-        Outcome const outcome{rule.call_recording_type, rule.record_to, rule.recording_duration};
+        Effect const effect{rule.call_recording_type, rule.record_to, rule.recording_duration};
         auto const number = static_cast<std::uint32_t>(numbers.size() + 1);
-        outcomes_.push_back(isForbidding ? 0 : numbers.emplace(outcome, number).first->second);
+        outcomes_.push_back(isForbidding ? 0 : numbers.emplace(effect, number).first->second);
         if (isForbidding && IsEnabled(place))
             forbidding_.push_back(place);
     }

@@ -43,7 +43,7 @@ class Writer {
         if (language_.IsNone(to))
             return true;
         auto const step = StepOf(symbols);
-        if (!step)
+        if (!step || (isWholeSip_ && hasAt_ && LeavesOutAt(*step)))
             return false;
         std::size_t const size = prefix_.size();
         bool const hadAt = hasAt_;
@@ -56,6 +56,11 @@ class Writer {
         hasAt_ = hadAt;
         hasColon_ = hadColon;
         return isWritten;
+    }
+
+    /// Whether step is a set with an "@". The last "@" divides an address, so its host has none.
+    static bool LeavesOutAt(std::string const& step) {
+        return step.size() > 1 && step.find('@') != std::string::npos;
     }
 
     /// What can follow, whatever it is. The text of a SIP address needs its "@" and ":".

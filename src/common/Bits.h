@@ -16,17 +16,21 @@ inline constexpr std::size_t kWordBits = 64;
 /// left the top six bits tell how far it was shifted.
 inline constexpr Word kSixBitsEach = 0x03f79d71b4cb0a89;
 
+constexpr std::size_t TopSixBits(Word word) {
+    return static_cast<std::size_t>(word >> (kWordBits - 6));
+}
+
 constexpr std::array<std::uint8_t, kWordBits> MakeShiftTable() {
     std::array<std::uint8_t, kWordBits> table{};
     for (std::size_t shift = 0; shift < kWordBits; ++shift)
-        table[(kSixBitsEach << shift) >> (kWordBits - 6)] = static_cast<std::uint8_t>(shift);
+        table[TopSixBits(kSixBitsEach << shift)] = static_cast<std::uint8_t>(shift);
     return table;
 }
 inline constexpr std::array<std::uint8_t, kWordBits> kShiftTable = MakeShiftTable();
 
 /// Returns the place of the lowest set bit. REQUIRES: word is not 0.
 constexpr std::size_t LowestBit(Word word) {
-    return kShiftTable[((word & (~word + 1)) * kSixBitsEach) >> (kWordBits - 6)];
+    return kShiftTable[TopSixBits((word & (~word + 1)) * kSixBitsEach)];
 }
 
 /// Returns how many bits are set, added up in pairs, fours and eights.

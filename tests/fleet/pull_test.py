@@ -38,7 +38,8 @@ def test_what_is_taken(folder):
     repository = fleet.repository(folder)
     ada, eve = Writer(folder, 'ada', repository), Writer(folder, 'eve', repository)
     pathlib.Path(folder, 'signers').write_text(ada.signer)
-    pathlib.Path(folder, 'policy').write_text("--to-type number --to 290 --not-recorded\n")
+    pathlib.Path(folder, 'policy').write_text('--to-type number --to 290 --not-recorded\n'
+                                              '--to-type number --to 450 --by 3\n')
     it = Machine(f'{folder}/it', client, repository, '--signers', f'{folder}/signers', '--policy', f'{folder}/policy')
     pulls(it, 'no branch', 3, 'has no branch main', '')
     first = ada.publish(number(1))
@@ -56,6 +57,7 @@ def test_what_is_taken(folder):
     refused('malformed', 3, ':1:', '{{\n')
     refused('a pattern that is malformed', 1, 'check finds faults', rules.replace('<200-249>', '<20'))
     refused('against the policy', 1, 'the call from 0 to 290 is recorded by', rules.replace('never:', 'archive:/x'))
+    refused('without a rule that the policy names', 1, 'policy:2: there is no rule 3', rules.replace('_id=3', '_id=9'))
     eve.git('pull', '-q', repository, 'main')
     eve.publish(number(2))
     pulls(it, 'of a stranger', 1, 'of none of the keys', number(1))

@@ -254,9 +254,14 @@ std::int64_t ParseTime(std::string const& option, std::string const& text) {
 
 RuleName ParseRuleName(std::string const& text) {
     bool const isPosition = text.compare(0, 1, "#") == 0;
-    std::uint32_t const number =
-        ParseNumber("ID", text.substr(isPosition ? 1 : 0), isPosition ? 1 : 0);
-    return {static_cast<std::int32_t>(number), isPosition};
+    try {
+        std::uint32_t const number =
+            ParseNumber("ID", text.substr(isPosition ? 1 : 0), isPosition ? 1 : 0);
+        return {static_cast<std::int32_t>(number), isPosition};
+    } catch (CLI::ValidationError const&) {
+        throw CLI::ValidationError(
+            "ID", fmt::format("\"{}\" is no identifier (7) and no position ('#5')", text));
+    }
 }
 
 void AddRuleName(CLI::App& command, RuleName& rule) {

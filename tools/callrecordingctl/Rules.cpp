@@ -90,7 +90,7 @@ bool HasRuleFile(std::string const& path) {
 
 RuleList LoadRules(std::string const& path, std::string& digest) {
     if (!HasRuleFile(path))
-        Say("{}: no such file, so there are no rules yet; \"add\" makes it", path);
+        Say("{}: no such file, so there are no rules; \"add\" makes it", path);
     try {
         std::string const text = HostPlatform::ReadFile(path).text;
         digest = DigestOf(text);

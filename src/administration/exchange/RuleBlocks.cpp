@@ -235,8 +235,8 @@ std::vector<std::size_t> PlacesNow(RuleEdit const& edit, OpenRules const& open) 
             ++next;
         if (next == now.size())
             throw Error(Error::Kind::Unsaved,
-                        fmt::format("nothing was changed: rule {} was changed by somebody else, or "
-                                    "moved, while it was open here",
+                        fmt::format("nothing was changed: rule {} was changed, moved or deleted by "
+                                    "somebody else while it was open here",
                                     rule.callrecordingrule_id));
         places.push_back(next++);
     }

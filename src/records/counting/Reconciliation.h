@@ -40,6 +40,13 @@ class Reconciliation {
                                       [](ByRule const& rules) { return !rules.empty(); });
     }
 
+    /// Whether of any call it is known if it was recorded.
+    bool TellsOfAny() const {
+        return std::any_of(
+            outcomes_.begin(), outcomes_.begin() + kUnknown,
+            [](ByRule const& rules) { return !rules.empty(); });
+    }
+
     /// By the rule that decided the calls: kNoRule where none did.
     using ByRule = std::map<Decision, Tally>;
     /// What was answered, whether the rules say that it is recorded, and whether it was.

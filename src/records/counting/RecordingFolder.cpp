@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "common/Error.h"
+#include "records/reading/CallFiles.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -38,16 +39,18 @@ std::string Encoded(std::string_view id) {
 
 RecordingFolder::RecordingFolder(std::string const& path) {
     try {
-        for (fs::directory_entry const& entry : fs::recursive_directory_iterator(path)) {
-            if (!entry.is_regular_file())
-                continue;
-            if (entry.file_size() == 0) {
-                ++emptyFiles_;
-                continue;
-            }
-            ++files_;
-            names_ += entry.path().filename().string() + "\n";
-        }
+        VisitFolder(
+            path, true,
+            [this](fs::directory_entry const& entry) {
+                if (!entry.is_regular_file())
+                    return;
+                if (entry.file_size() == 0) {
+                    ++emptyFiles_;
+                    return;
+                }
+                ++files_;
+                names_ += entry.path().filename().string() + "\n";
+            });
     } catch (fs::filesystem_error const& error) {
         throw Error(Error::Kind::Unreadable,
                     fmt::format("{}: cannot be read: {}", path, error.code().message()));

@@ -45,23 +45,25 @@ std::string StyleString(std::string const& text) {
     return string + "\"";
 }
 
-std::string RuleFileHtml(char const* name, RuleFileFacts const& file, std::string const& which) {
-    return fmt::format(
-        "<dt>{}</dt><dd>{}, {} rules{}<br><small>SHA-256 <code>{}</code></small></dd>\n", name,
-        Escaped(file.path), file.rules.size(), which,
-        file.digest.empty() ? "none: there is no such file" : file.digest);
+std::string RuleFileHtml(char const* name, RuleFileFacts const& file, std::string const& rules) {
+    return fmt::format("<dt>{}</dt><dd>{}{}<br><small>SHA-256 <code>{}</code></small></dd>\n", name,
+                       Escaped(file.path), rules,
+                       file.digest.empty() ? "none: there is no such file" : file.digest);
 }
 
 std::string FactsHtml(PageSource const& source) {
     auto const& [report, facts, page] = source;
-    std::string const which =
+    auto const count = [](RuleFileFacts const& file) {
+        return fmt::format(", {} rules", file.rules.size());
+    };
+    std::string const rules =
         facts.asked.areOfTheirTime
-            ? ", each call decided by those of its time; the digest is that of the file now"
-        : !facts.asked.asOf.empty() ? ", as of " + facts.asked.asOf
-                                    : ", as they are now";
-    std::string html = "<dl>\n" + RuleFileHtml("Rule file", facts.here, which);
+            ? ", calls are decided by the rules of their time; the digest is that of the file now"
+            : count(facts.here) +
+                  (facts.asked.asOf.empty() ? ", as they are now" : ", as of " + facts.asked.asOf);
+    std::string html = "<dl>\n" + RuleFileHtml("Rule file", facts.here, rules);
     if (facts.there)
-        html += RuleFileHtml("Compared with", *facts.there, "");
+        html += RuleFileHtml("Compared with", *facts.there, count(*facts.there));
     if (report.all.first)
         html += fmt::format("<dt>Calls from</dt><dd>{} to {}, zone {}</dd>\n",
                             TimeText(*report.all.first), TimeText(*report.all.last),

@@ -19,7 +19,7 @@ std::string SidesOf(PageSource const& source, std::size_t index) {
     return fmt::format("from {} to {}", Escaped(sides.from), Escaped(sides.to));
 }
 
-/// Where the rule stands in the last rules.
+/// Where the rule stands in the last rules that have calls.
 std::string PositionOf(PageSource const& source, std::size_t index) {
     std::vector<RuleSpan> const& spans = source.facts.spans;
     return spans.empty() || spans[index].isStillThere ? std::to_string(index + 1) : "";
@@ -30,7 +30,8 @@ std::string SpanHtml(PageSource const& source, std::size_t index) {
     if (spans.empty())
         return "";
     RuleSpan const& span = spans[index];
-    return fmt::format("<br>in force{}{}", span.since ? " since " + TimeText(*span.since) : "",
+    return fmt::format("<br>in states with calls{}{}",
+                       span.since ? " since " + TimeText(*span.since) : "",
                        !span.isStillThere && span.until ? " until " + TimeText(*span.until) : "");
 }
 

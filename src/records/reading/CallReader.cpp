@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include <fmt/format.h>
+
 #include "common/Error.h"
 #include "model/CallTypeNames.h"
 #include "records/reading/AttributeRecords.h"
@@ -65,7 +67,7 @@ void CallReader::Adopt(KnownFormat const* known) {
     for (Condition const& condition : format_.where)
         reading_.conditions.push_back(AsText(condition));
     if (!distinct.empty())
-        reading_.distinct = distinct.front();
+        reading_.distinct = fmt::format("{}", fmt::join(distinct, " or else "));
 }
 
 /// The first line shows the format; the reader for that format then reads the line again.

@@ -14,6 +14,11 @@ namespace {
 
 using nlohmann::ordered_json;
 
+/// A value of a record, which is empty where the record has none.
+std::string FieldOf(std::string const& value) {
+    return value.empty() ? kNoCopyField : CopyField(value);
+}
+
 /// The identifier of the rule, and what becomes of the call.
 std::string OutcomeFields(RuleList const& rules, Decision decision) {
     if (decision == kNoRule)
@@ -35,15 +40,14 @@ ordered_json OutcomeToJson(RuleList const& rules, Decision decision) {
 std::string EachCall::Begin(CallRecord const& record) const {
     std::string line;
     if (key_)
-        line = (*key_ < record.wanted.size() ? CopyField(record.wanted[*key_]) : kNoCopyField) +
-               std::string("\t");
+        line = FieldOf(*key_ < record.wanted.size() ? record.wanted[*key_] : std::string()) + "\t";
     return line + (record.time ? TimeText(*record.time) : kNoCopyField);
 }
 
 std::string EachCall::Text(DecidedCall const& call) const {
     std::string line = fmt::format(
-        "{}\t{}\t{}{}", Begin(call.record), CopyField(call.record.values[kColumnFrom]),
-        CopyField(call.record.values[kColumnTo]), OutcomeFields(facts_.here.rules, call.decision));
+        "{}\t{}\t{}{}", Begin(call.record), FieldOf(call.record.values[kColumnFrom]),
+        FieldOf(call.record.values[kColumnTo]), OutcomeFields(facts_.here.rules, call.decision));
     if (facts_.there)
         line += OutcomeFields(facts_.there->rules, *call.other);
     return line;

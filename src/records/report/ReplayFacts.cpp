@@ -12,7 +12,8 @@ namespace {
 auto Identity(Rule const& rule) {
     return std::tie(rule.callrecordingrule_id, rule.caller_pattern, rule.caller_call_type,
                     rule.called_pattern, rule.called_call_type, rule.call_recording_type,
-                    rule.record_to, rule.recording_duration, rule.description);
+                    rule.record_to, rule.recording_duration, rule.description,
+                    rule.recording_rule_state);
 }
 
 struct IdentityLess {

@@ -47,7 +47,8 @@ struct ClaimFacts {
     std::string verdict;
 };
 
-/// For which time a rule was in force, as far as calls show it.
+/// From when and until when a rule was in force, as far as calls show it: states that decided no
+/// call do not count.
 struct RuleSpan {
     bool isStillThere = true; ///< In the last rules that decided calls.
     std::optional<CallTime> since, until;
@@ -74,7 +75,7 @@ struct ReplayFacts {
 
 /// What was counted, in a form to which more can be added.
 struct ReplayState {
-    ReplayFacts facts; ///< With the edits since the first call.
+    ReplayFacts facts; ///< With the edits since the first call; in a part with all.
     std::map<std::size_t, EraFacts>
         eras; ///< Those that have calls, where rules of their time decide.
     CountedCalls calls;

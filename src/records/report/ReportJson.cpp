@@ -268,8 +268,10 @@ ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts) {
                       {"against", nullptr},
                       {"differences", nullptr},
                       {"interrupted", report.isInterrupted}};
-    if (facts.asked.areOfTheirTime)
+    if (facts.asked.areOfTheirTime) {
+        json["rule_file"]["rules"] = nullptr; // Of all the states that it had.
         json["without_rules"] = WithoutRulesToJson(report);
+    }
     if (facts.there) {
         json["against"] = RuleFileToJson(*facts.there);
         json["differences"] = DifferencesToJson(report, rules, facts.there->rules);

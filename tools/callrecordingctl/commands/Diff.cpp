@@ -86,6 +86,9 @@ RuleList ReadOther(std::string const& file, RuleList const& here) {
         throw Failure(kExitUnreadable, file + ": there is no such file");
     std::string const name = file == "-" ? "standard input" : file;
     std::string const text = ReadInput(file);
+    if (file == "-" && text.empty())
+        throw Failure(kExitUnreadable,
+                      "standard input: nothing came; no rules at all are [] in JSON");
     try {
         return RulesOf(text, name);
     } catch (Error const&) { // It is no rule file.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -66,9 +67,10 @@ void RequireEveryone(OpenRules const& open, ReadBlocks& read) {
 /// Has the text edited until it has no faults. No blocks: nothing is to be changed.
 std::vector<RuleBlock> EditBlocks(EditorFile const& file, OpenRules const& open, std::string shown,
                                   bool everyone) {
+    std::string last; // What the editor left behind before, with faults.
     for (bool hasFaults = false;; hasFaults = true) {
         std::string const text = file.Edit();
-        if (text == shown && hasFaults)
+        if (hasFaults && (text == shown || text == last))
             throw Failure(kExitNo, "nothing was changed, since these faults are still there");
         ReadBlocks read = ReadRuleBlocks(text, open);
         if (!everyone)
@@ -83,6 +85,7 @@ std::vector<RuleBlock> EditBlocks(EditorFile const& file, OpenRules const& open,
             message +=
                 fmt::format("{}{}:{}: {}", message.empty() ? "" : "\n", file.Path(), line, fault);
         SayNote(message);
+        last = text;
         shown = WithFaults(text, read.faults);
         file.Write(shown);
     }
@@ -149,18 +152,21 @@ ExitCode EditRules(Context const& context, EditOptions const& edit, Options cons
     OpenRules const open = Open(before.Before(), options.selection);
     std::string const text = kIntro + BlocksOf(open);
     EditorFile const file(text);
-    std::string const where = "the text is in " + file.Path();
+    auto const where = [&file] {
+        return std::filesystem::exists(file.Path()) ? "the text is in " + file.Path()
+                                                    : "nothing was changed";
+    };
     try {
         ExitCode const code = Edit(context, edit, options, open, file, text);
         if (edit.dryRun)
-            Say("{}", where);
+            Say("{}", where());
         else
             file.Remove();
         return code;
     } catch (Failure const& failure) {
-        throw Failure(failure.Code(), fmt::format("{}; {}", failure.what(), where));
+        throw Failure(failure.Code(), fmt::format("{}; {}", failure.what(), where()));
     } catch (Error const& error) {
-        throw Error(error.GetKind(), fmt::format("{}; {}", error.what(), where));
+        throw Error(error.GetKind(), fmt::format("{}; {}", error.what(), where()));
     }
 }
 

@@ -42,7 +42,9 @@ std::size_t Ahead(RuleList const& rules, Options const& options,
     }
     std::size_t const anchor = FindRule(rules, options.before ? *options.before : *options.after);
     if (std::find(moved.begin(), moved.end(), anchor) != moved.end())
-        throw Failure(kExitUsage, "a rule cannot move before or after itself");
+        throw Failure(kExitUsage, fmt::format("{}: rule {} is one of those that move",
+                                              options.before ? "--before" : "--after",
+                                              rules[anchor].callrecordingrule_id));
     auto const passed = static_cast<std::size_t>(
         std::lower_bound(moved.begin(), moved.end(), anchor) - moved.begin());
     return anchor - passed + (options.before ? 0 : 1);
@@ -69,7 +71,8 @@ ExitCode Move(RuleEdit& edit, Options const& options) {
     for (std::size_t i = down; i < moved.size(); ++i)
         moveOne(i);
     if (!isMoved)
-        Say("the rules are there already; nothing was changed");
+        Say("{} there already; nothing was changed",
+            moved.size() == 1 ? "the rule is" : "the rules are");
     return isMoved ? kExitYes : kExitNo;
 }
 

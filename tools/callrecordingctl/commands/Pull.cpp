@@ -22,6 +22,7 @@
 #include "commands/ClaimOptions.h"
 #include "commands/RunEdit.h"
 #include "commands/WaitForServices.h"
+#include "common/Error.h"
 #include "output/ProofText.h"
 #include "output/PullReport.h"
 
@@ -37,7 +38,8 @@ its newest commit, byte for byte and in one edit, if
 - the rules can be read, "check" finds nothing but notes in them, and
 - with --policy, every claim of that file of this machine is proved for them.
 An edit made here since the last pull, or rules that were here before the first
-one, stop it; --over takes the commit all the same.
+one, stop it; --over takes the commit all the same. A commit that is in force
+is not looked at again: other options count from the next one on.
 Exit status: 0 taken or nothing new; 1 refused; 3 the branch cannot be fetched,
 or the rules cannot be read; 4 not saved; 7 an edit made here.
 Example: callrecordingctl pull ssh://git@git.example.com/rules.git \
@@ -215,7 +217,9 @@ class Puller {
                 if (CodeOf(proof) != kExitYes)
                     broken += at + claim.Text() + ": " + ProofText(rules, proof);
             } catch (Failure const& failure) {
-                broken += at + failure.what(); // A rule that the policy names is missing, say.
+                broken += at + failure.what();
+            } catch (Error const& error) { // A rule that the policy names is missing.
+                broken += at + error.what();
             }
         }
         if (!broken.empty())

@@ -98,7 +98,8 @@ ReplayState Count(Context const& context, Options const& options) {
     if (options.each)
         PrintEach(how, EachCall(rules.Facts(), key), context.json);
     ReplayTruth const truth(options.truth, how);
-    ReplayState state = rules.StateOf(RunReplay(options.calls, rules.Here(), rules.There(), how));
+    ReplayState state = rules.StateOf(RunReplay(options.calls, rules.Here(), rules.There(), how),
+                                      options.isPartial);
     state.facts.options = options.given;
     return state;
 }
@@ -149,11 +150,11 @@ ExitCode ReplayCalls(Context const& context, Options const& options) {
         whole.facts.claims = ProveClaims(options.page.policy, whole);
     ReplayFacts const& facts = whole.facts;
     ReplayReport const& report = whole.report;
-    if (options.truth.isStrict && report.all.calls > 0 && !report.reconciliation.IsKnown())
-        throw Failure(
-            kExitUnreadable,
-            "--strict-recordings: nothing tells which of the calls were recorded; name it "
-            "with --recorded-column or --recordings");
+    if (options.truth.isStrict && report.all.calls > report.WithoutRules() &&
+        !report.reconciliation.TellsOfAny())
+        throw Failure(kExitUnreadable,
+                      "--strict-recordings: nothing tells which of the calls were recorded; see "
+                      "--recorded-column, --recordings and --id-column");
     if (options.isPartial)
         RequireNoDistinct(report);
     if (options.isPartial)

@@ -135,24 +135,23 @@ EditFacts ReplayRules::EditOf(std::size_t era, bool withChanges) {
     return edit;
 }
 
-/// All edits since the first call: parts that are added may have calls later than the last one
-/// here.
-void ReplayRules::AddEdits(ReplayState& state) {
+/// All edits since the first call, or of a part all there are.
+void ReplayRules::AddEdits(ReplayState& state, bool isPart) {
     std::optional<CallTime> first = state.calls.apart.all.first;
     for (auto const& [era, report] : state.calls.byEra)
         if (report.all.first)
             first = std::min(first.value_or(*report.all.first), *report.all.first);
-    if (!first || !timeline_)
+    if (!timeline_ || (!first && !isPart))
         return;
     std::vector<std::size_t> since;
     for (std::size_t i = kFirstRecorded; i < timeline_->Eras().size(); ++i)
-        if (OnTheWall(timeline_->Eras()[i].from) >= *first)
+        if (isPart || OnTheWall(timeline_->Eras()[i].from) >= *first)
             since.push_back(i);
     for (std::size_t const era : since)
         state.facts.edits.push_back(EditOf(era, era + kMostEdits >= timeline_->Eras().size()));
 }
 
-ReplayState ReplayRules::StateOf(CountedCalls&& calls) {
+ReplayState ReplayRules::StateOf(CountedCalls&& calls, bool isPart) {
     ReplayState state{facts_, {}, std::move(calls)};
     for (auto const& [index, report] : state.calls.byEra) {
         if (!facts_.asked.areOfTheirTime)
@@ -165,7 +164,7 @@ ReplayState ReplayRules::StateOf(CountedCalls&& calls) {
         facts.digest = era.digest;
         facts.rules = RulesIn(era).value_or(RuleList());
     }
-    AddEdits(state);
+    AddEdits(state, isPart);
     return state;
 }
 

@@ -26,8 +26,9 @@ class ReplayRules {
     RuleList const* There() const { return facts_.there ? &facts_.there->rules : nullptr; }
     ReplayFacts const& Facts() const { return facts_; }
 
-    /// What was counted by these rules, with all that a report says about them.
-    ReplayState StateOf(CountedCalls&& calls);
+    /// What was counted by these rules, with all that a report says about them. A part has all
+    /// edits: only with the other parts is it known which are between the first and the last call.
+    ReplayState StateOf(CountedCalls&& calls, bool isPart);
 
   private:
     void ReadNow();
@@ -36,7 +37,7 @@ class ReplayRules {
     void AskAsOf(std::string const& when);
     std::optional<RuleList> RulesIn(RuleEra const& era);
     EditFacts EditOf(std::size_t era, bool withChanges);
-    void AddEdits(ReplayState& state);
+    void AddEdits(ReplayState& state, bool isPart);
 
     std::string const path_;
     ReplayFacts facts_;

@@ -3,6 +3,8 @@
 #include "commands/ReplayTruth.h"
 
 #include <algorithm>
+#include <iterator>
+#include <string_view>
 
 namespace callrecordingctl {
 namespace {
@@ -13,7 +15,8 @@ bool SaysYes(std::string const& value) {
     for (char const c : value)
         if (c != ' ')
             plain += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    return !plain.empty() && plain != "0" && plain != "no" && plain != "false";
+    constexpr std::string_view kNo[] = {"", "0", "n", "no", "f", "false", "null", "\\n"};
+    return std::find(std::begin(kNo), std::end(kNo), plain) == std::end(kNo);
 }
 
 bool Lacks(CallRecord const& record, std::size_t wanted) {
@@ -27,8 +30,9 @@ void AddTruth(CLI::App& replay, TruthOptions& options) {
         replay
             .add_option(
                 "--recorded-column", options.recordedColumn,
-                "Column that tells whether the call was recorded:\nnot if it is empty, 0, no or "
-                "false (default: recordingfile,\nrecording_file, recording_path, record or "
+                "Column that tells whether the call was recorded:\nnot if it is empty, 0, n, no, "
+                "f, false, null or \\N (default:\nrecordingfile, recording_file, recording_path, "
+                "record or "
                 "recorded, "
                 "if there\nis one)")
             ->type_name("NAME");

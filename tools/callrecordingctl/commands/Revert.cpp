@@ -19,7 +19,8 @@ constexpr char kHelp[] =
     R"(NUMBER is the one that log shows. What that edit did to rules is taken back, and
 everything else stays as later edits have made it. If one of these touched the
 same rules, it is named, and nothing is changed: revert that one first. A rule
-that the edit deleted or moved goes back behind the rule that it followed.
+that the edit deleted or moved goes back behind the nearest of the rules before
+it that has not moved since.
 Comments stay as they are. "undo" takes a revert back like any other edit.
 Example: callrecordingctl revert 12 --dry-run
 )";

@@ -9,10 +9,21 @@
 namespace callrecordingctl {
 namespace {
 
+/// Reads part of text.
+RuleName NameIn(std::string const& text, std::string const& part) {
+    try {
+        return ParseRuleName(part);
+    } catch (CLI::ValidationError const&) {
+        throw CLI::ValidationError(
+            "ID", fmt::format("\"{}\" is no identifier (7), no position ('#5') and no range (1-5)",
+                              text));
+    }
+}
+
 /// Reads 5, '#5', 1-5, '#1-#5', or with no end 5- and '#5-'.
 RuleRange ParseRuleRange(std::string const& text) {
     std::size_t const dash = text.find('-');
-    RuleRange range{ParseRuleName(text.substr(0, dash))};
+    RuleRange range{NameIn(text, text.substr(0, dash))};
     if (dash == std::string::npos)
         return range;
     std::string const end = text.substr(dash + 1);
@@ -20,7 +31,7 @@ RuleRange ParseRuleRange(std::string const& text) {
         range.last = std::numeric_limits<std::int32_t>::max();
         return range;
     }
-    RuleName last = ParseRuleName(end);
+    RuleName last = NameIn(text, end);
     bool const isPosition = range.first.isPosition;
     if (last.isPosition && !isPosition)
         throw CLI::ValidationError(

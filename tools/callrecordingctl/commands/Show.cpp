@@ -28,10 +28,10 @@ void ExplainPattern(char const* side, std::string const& stored, CallType type) 
         Say("{}: an empty pattern never matches", side);
 }
 
-void PrintRule(Rule const& rule, std::size_t position, std::string const& state) {
+void PrintRule(Rule const& rule, std::size_t position, std::string const& state, bool isNow) {
     std::vector<std::string> names = ListHeaders();
     std::vector<std::string> values = ListRow(rule, position);
-    names.insert(names.end(), {"FROM, STORED", "TO, STORED", "FILE STATE"});
+    names.insert(names.end(), {"FROM, STORED", "TO, STORED", isNow ? "FILE STATE" : "STATE THEN"});
     values.insert(values.end(), {rule.caller_pattern, rule.called_pattern, state});
     for (std::size_t i = 0; i < names.size(); ++i)
         PrintText(Wrapped(fmt::format("{:<12}{}{}", names[i], values[i].empty() ? "" : "  ",
@@ -50,14 +50,14 @@ ExitCode Show(Context const& context, Options const& options) {
     std::string digest;
     RuleList const rules = RulesAt(context.path, options.at, digest);
     if (!options.rule) {
-        PrintRules(rules, digest, context.json);
+        PrintRules(rules, digest, context.json, !options.at);
         return kExitYes;
     }
     std::size_t const index = FindRule(rules, *options.rule);
     if (context.json)
         PrintJson(ToJson(rules[index], index + 1, digest));
     else
-        PrintRule(rules[index], index + 1, StateToken(digest));
+        PrintRule(rules[index], index + 1, StateToken(digest), !options.at);
     return kExitYes;
 }
 

@@ -124,7 +124,7 @@ StatusReport FindStatus(std::string const& path) {
 
 void PrintStatus(StatusReport const& status) {
     PrintItem("rule file",
-              fmt::format("{}{}, state {}", status.path, status.isMissing ? " (not there yet)" : "",
+              fmt::format("{}{}, state {}", status.path, status.isMissing ? " (not there)" : "",
                           StateToken(status.digest)));
     if (!status.problem.empty()) {
         PrintItem("rules", "cannot be read: " + status.problem);

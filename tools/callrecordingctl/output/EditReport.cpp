@@ -49,18 +49,23 @@ void PrintSentences(std::vector<Change> const& changes, ReportOptions const& opt
     char const* const prefix = options.dryRun != nullptr ? "dry run: " : "";
     std::size_t meant = 0;
     std::size_t others = 0;
+    auto const deleted = std::count_if(changes.begin(), changes.end(), [](Change const& change) {
+        return change.after == nullptr;
+    });
     for (Change const& change : changes) {
         ++(change.isMeant ? meant : others);
         if (!options.verbose && (!change.isMeant || meant > kMostSentences))
             continue;
         PrintLines("{}{}\n", prefix, Printable(Sentence(change, options.count)));
-        if (change.after != nullptr || options.dryRun != nullptr)
+        if (change.after != nullptr || options.dryRun != nullptr || deleted > 1)
             continue;
         if (auto const line = AddCommandFor(*change.before, change.beforePosition, context))
             PrintText(WrappedCommand("  to bring it back: " + Printable(*line), 4));
         else
             PrintLines("  to bring it back: callrecordingctl undo\n"); // No options describe it.
     }
+    if (deleted > 1 && options.dryRun == nullptr)
+        PrintLines("  to bring them back: callrecordingctl undo\n");
     if (options.verbose)
         return;
     if (meant > kMostSentences)

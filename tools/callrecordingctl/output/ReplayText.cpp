@@ -27,7 +27,7 @@ std::string WhenText(std::optional<CallTime> time) {
     return time ? TimeText(*time) : "";
 }
 
-/// "until 2026-11-12 10:00:00" for a rule that is not there any more.
+/// "until 2026-11-12 10:00:00" for a rule that the last rules with calls do not have.
 std::string SpanText(RuleSpan const& span) {
     return span.isStillThere ? (span.since ? "since " + WhenText(span.since) : "")
                              : "until " + WhenText(span.until);
@@ -42,7 +42,7 @@ void PrintRules(ReplayReport const& report, ReplayFacts const& facts) {
         headers.insert(headers.end(), {"FIRST", "LAST"});
     headers.push_back("EXAMPLE");
     if (!spans.empty())
-        headers.push_back("IN FORCE");
+        headers.push_back("SEEN");
     headers.insert(headers.end(), {"RECORD TO", "DESCRIPTION"});
     Table table(headers, hasTimes ? 7 : 5, 2);
     auto const add = [&](std::vector<std::string> row, Tally const& tally,
@@ -138,7 +138,7 @@ void PrintTotals(ReplayReport const& report) {
 void PrintRulesAsked(ReplayReport const& report, ReplayFacts const& facts) {
     RulesAsked const& asked = facts.asked;
     if (asked.areOfTheirTime)
-        PrintLines("each call decided by the rules that the file held at its time\n");
+        PrintLines("calls are decided by the rules that the file held at their time\n");
     else if (!asked.asOf.empty())
         PrintLines("decided by the rules as of {}, state {}\n", asked.asOf,
                    facts.here.digest.substr(0, 8));

@@ -88,7 +88,7 @@ nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& dige
 }
 
 void PrintRules(RuleList const& rules, std::vector<std::size_t> const& positions,
-                std::string const& digest, bool json) {
+                std::string const& digest, bool json, bool isNow) {
     if (json)
         return PrintJson(ToJson(rules, positions, digest));
     Table table(ListHeaders(), 6, 3);
@@ -99,11 +99,11 @@ void PrintRules(RuleList const& rules, std::vector<std::size_t> const& positions
         Say("there are no rules");
     else
         table.Print();
-    Say("the file is in state {}", StateToken(digest));
+    Say("the file {} in state {}", isNow ? "is" : "then was", StateToken(digest));
 }
 
-void PrintRules(RuleList const& rules, std::string const& digest, bool json) {
-    PrintRules(rules, AllPositions(rules), digest, json);
+void PrintRules(RuleList const& rules, std::string const& digest, bool json, bool isNow) {
+    PrintRules(rules, AllPositions(rules), digest, json, isNow);
 }
 
 void PrintJson(nlohmann::ordered_json const& document) {

@@ -42,11 +42,12 @@ std::vector<std::string> ListHeaders();
 nlohmann::ordered_json ListToJson(RuleList const& rules, std::string const& digest);
 
 /// Prints all rules as list does, with the state of their file, which has this digest.
-void PrintRules(RuleList const& rules, std::string const& digest, bool json);
+/// isNow: whether the file is in that state, and not only was.
+void PrintRules(RuleList const& rules, std::string const& digest, bool json, bool isNow = true);
 
 /// The same for some of the rules of the file, with their positions.
 void PrintRules(RuleList const& rules, std::vector<std::size_t> const& positions,
-                std::string const& digest, bool json);
+                std::string const& digest, bool json, bool isNow = true);
 
 /// Prints a document. Bytes that are not UTF-8 are printed as U+FFFD.
 void PrintJson(nlohmann::ordered_json const& document);
