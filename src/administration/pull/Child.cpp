@@ -97,19 +97,21 @@ std::string Trimmed(std::string const& text) {
     return text.substr(begin, text.find_last_not_of(" \t\r\n") - begin + 1);
 }
 
-/// Reads what is there; returns whether more may come.
-bool ReadSome(int file, std::string& text) {
+/// Reads what is there; looks at file no more at its end. Returns false if it cannot be read: what
+/// came so far is then not the whole.
+bool ReadSome(pollfd& file, std::string& text) {
     char buffer[65536];
     ssize_t const count =
-        HostPlatform::Uninterrupted([&] { return read(file, buffer, sizeof buffer); });
-    if (count <= 0)
-        return false;
-    text.append(buffer, static_cast<std::size_t>(count));
-    return true;
+        HostPlatform::Uninterrupted([&] { return read(file.fd, buffer, sizeof buffer); });
+    if (count > 0)
+        text.append(buffer, static_cast<std::size_t>(count));
+    if (count == 0)
+        file.fd = -1;
+    return count >= 0;
 }
 
-/// Reads both streams to their ends. Returns false if that takes longer than until end, or there is
-/// more output than wanted.
+/// Reads both streams to their ends. Returns false if that takes longer than until end, there is
+/// more output than wanted, or one cannot be read.
 bool ReadBoth(int out, int err, Clock::time_point end, std::size_t mostOutput,
               ChildResult& result) {
     constexpr std::size_t kMostSaid = 4000;
@@ -122,10 +124,9 @@ bool ReadBoth(int out, int err, Clock::time_point end, std::size_t mostOutput,
             return false;
         if (poll(polled, 2, static_cast<int>(std::min<std::int64_t>(left, 60000))) < 0)
             continue; // Interrupted.
-        if (polled[0].revents != 0 && !ReadSome(out, result.out))
-            polled[0].fd = -1;
-        if (polled[1].revents != 0 && !ReadSome(err, result.said))
-            polled[1].fd = -1;
+        if ((polled[0].revents != 0 && !ReadSome(polled[0], result.out)) ||
+            (polled[1].revents != 0 && !ReadSome(polled[1], result.said)))
+            return false;
         if (result.out.size() > mostOutput)
             return false;
         if (result.said.size() > kMostSaid)
@@ -158,8 +159,9 @@ ChildResult RunChild(std::vector<std::string> const& words, std::chrono::seconds
     if (!isWhole)
         kill(-child, SIGKILL); // With whatever it has started: they are a session of their own.
     int status = 0;
-    HostPlatform::Uninterrupted([&] { return waitpid(child, &status, 0); });
-    if (isWhole && WIFEXITED(status))
+    bool const hasEnded =
+        HostPlatform::Uninterrupted([&] { return waitpid(child, &status, 0); }) == child;
+    if (isWhole && hasEnded && WIFEXITED(status))
         result.status = WEXITSTATUS(status);
     result.said = Trimmed(result.said);
     return result;
