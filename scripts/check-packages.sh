@@ -33,7 +33,7 @@ check() {
 unpack() {
     mkdir -p "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/info"
     touch "$root/var/lib/dpkg/status"
-    local command=(dpkg --root="$root" --force-not-root --force-depends --force-bad-path)
+    local command=(dpkg --root="$root" --force-not-root --force-depends --force-bad-path --force-script-chrootless)
     [ "$(id -u)" -eq 0 ] || command=(fakeroot "${command[@]}")
     local architecture
     for architecture in "${@:2}"; do
