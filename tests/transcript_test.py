@@ -6,9 +6,10 @@
 A transcript is a file of lines "$ COMMAND", each followed by what the command prints, standard error after
 standard output, and by "[N]" for an exit status N other than 0. Lines before the first command are comments.
 Commands are run by a shell in a folder of their own with a copy of the sample rules, in which $QUVA_PATH
-names the folder; times and names that differ from run to run are replaced. --update writes what was printed
-into the transcripts instead: read the difference before it is committed.
+names the folder; times and names that differ from run to run are replaced, and JSON is laid out in fewer lines.
+--update writes what was printed into the transcripts instead: read the difference before it is committed.
 """
+import json
 import os
 import pathlib
 import re
@@ -26,6 +27,25 @@ REPLACED = [  # What differs from run to run, and what stands for it.
 ]
 
 
+def laid_out(value, before=''):
+    """JSON with each part that fits on one line there."""
+    line = json.dumps(value, ensure_ascii=False)
+    if len(before) + len(line) <= 116 or not isinstance(value, (dict, list)) or not value:
+        return line
+    inner = before + '  '
+    if isinstance(value, dict):
+        parts = [f'{inner}{json.dumps(name)}: {laid_out(part, inner)}' for name, part in value.items()]
+        return '{\n' + ',\n'.join(parts) + f'\n{before}}}'
+    return '[\n' + ',\n'.join(inner + laid_out(part, inner) for part in value) + f'\n{before}]'
+
+
+def in_fewer_lines(text):
+    try:
+        return laid_out(json.loads(text)) + '\n' if text[:1] in ('{', '[') else text
+    except json.JSONDecodeError:
+        return text
+
+
 def play(client, commands):
     """Yields what each command prints, and its status."""
     with tempfile.TemporaryDirectory() as folder:
@@ -37,7 +57,7 @@ def play(client, commands):
         for command in commands:
             run = subprocess.run(['sh', '-c', command], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
                                  capture_output=True, text=True, errors='backslashreplace', timeout=60)
-            text = (run.stdout + run.stderr).replace(folder + '/', '').replace(folder, '.')
+            text = (in_fewer_lines(run.stdout) + run.stderr).replace(folder + '/', '').replace(folder, '.')
             for pattern, replacement in REPLACED:
                 text = re.sub(pattern, replacement, text)
             text = re.sub(rf'\b{re.escape(user)}\b', 'USER', text)

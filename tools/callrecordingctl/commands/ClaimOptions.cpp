@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "common/Error.h"
 #include "model/CallTypeNames.h"
 #include "text/Printable.h"
 #include "validation/SidePattern.h"
@@ -151,10 +152,14 @@ NamedClaim::NamedClaim(ClaimOptions const& options, RuleList const& rules)
         exceptFrom_.push_back(Read({text, std::nullopt}, "--except-from"));
     for (std::string const& text : options.exceptTo)
         exceptTo_.push_back(Read({text, std::nullopt}, "--except-to"));
-    if (options.rule) {
+    if (!options.rule)
+        return;
+    try {
         place_ = FindRule(rules, *options.rule);
-        id_ = rules[*place_].callrecordingrule_id;
+    } catch (Error const& error) {
+        throw Failure(kExitNoSuchRule, error.what()); // Like the claim's other faults.
     }
+    id_ = rules[*place_].callrecordingrule_id;
 }
 
 /// A side without a type is of every type, unless its pattern is one of SIP addresses.

@@ -3,26 +3,18 @@
 #include "commands/PolicyClaims.h"
 
 #include <deque>
-#include <fstream>
 
 #include <fmt/format.h>
 
-#include "administration/check/Reasons.h"
 #include "commands/AnalysisOptions.h"
 #include "commands/ClaimOptions.h"
-#include "output/CallText.h"
-#include "output/RuleText.h"
+#include "output/ProofText.h"
 
 namespace callrecordingctl {
 namespace {
 
 std::string VerdictOf(Proof const& proof, RuleList const& rules) {
-    if (!proof.proved)
-        return "undecided: " + WhyUndecided(rules, proof.why);
-    if (!*proof.proved)
-        return fmt::format("false: the call {} is {}", CallText(*proof.counterexample),
-                           DecisionText(rules, proof.decidedBy));
-    return proof.isOfNoCall ? "true of no call: there is no such call" : "proved";
+    return CodeOf(proof) == kExitYes ? "proved" : ProofText(rules, proof);
 }
 
 /// The rules of one era.
@@ -39,7 +31,7 @@ class EraProver {
             Proof const parties = parties_.Prove(claim.ForAnalysis());
             std::string const first = VerdictOf(typed, era_.rules);
             std::string const second = VerdictOf(parties, era_.rules);
-            facts.isProved = first == "proved" && second == "proved";
+            facts.isProved = CodeOf(typed) == kExitYes && CodeOf(parties) == kExitYes;
             facts.verdict = first == second ? first
                                             : fmt::format("typed calls: {}; calls of parties: {}",
                                                           first, second);
@@ -66,29 +58,17 @@ class EraProver {
 } // namespace
 
 std::vector<ClaimFacts> ProveClaims(std::string const& policy, WholeReport const& report) {
-    std::ifstream file(policy);
-    if (!file)
-        throw Failure(kExitUnreadable, policy + ": cannot be read");
     std::deque<EraProver> eras;
     for (EraFacts const& era : report.eras)
         eras.emplace_back(era);
     std::vector<ClaimFacts> claims;
-    std::string text;
-    for (std::size_t line = 1; std::getline(file, text); ++line)
+    for (auto const& [line, options] : ReadPolicy(policy))
         try {
-            std::vector<std::string> const words = WordsOf(text);
-            if (words.empty())
-                continue;
-            ClaimOptions const options = ReadClaim(words);
             for (EraProver& era : eras)
                 claims.push_back(era.Prove(options, line));
         } catch (Failure const& failure) {
             throw Failure(failure.Code(), fmt::format("{}:{}: {}", policy, line, failure.what()));
         }
-    if (file.bad())
-        throw Failure(kExitUnreadable, policy + ": cannot be read");
-    if (claims.empty() && !eras.empty())
-        throw Failure(kExitUsage, policy + ": there is no claim in this file");
     return claims;
 }
 

@@ -22,7 +22,6 @@
 #include "commands/ClaimOptions.h"
 #include "commands/RunEdit.h"
 #include "commands/WaitForServices.h"
-#include "common/Error.h"
 #include "output/ProofText.h"
 #include "output/PullReport.h"
 
@@ -216,10 +215,8 @@ class Puller {
                 Proof const proof = analysis.Prove(claim.ForAnalysis());
                 if (CodeOf(proof) != kExitYes)
                     broken += at + claim.Text() + ": " + ProofText(rules, proof);
-            } catch (Failure const& failure) {
+            } catch (Failure const& failure) { // Such as a rule that is not there.
                 broken += at + failure.what();
-            } catch (Error const& error) { // A rule that the policy names is missing.
-                broken += at + error.what();
             }
         }
         if (!broken.empty())
