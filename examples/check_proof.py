@@ -3,8 +3,8 @@
 
 It shares no code with the library: it reads the rule file by itself, and patterns as expressions whose derivatives tell
 which sets of rules an address can satisfy. It does not look for proofs; it only checks that the rules which the
-certificate names take all the calls that they are said to take, and prints what it checked, whatever the text in the
-certificate says. It does not accept what it cannot read: groups with items such as 1-2-3.
+certificate names take all the calls that they are said to take, and prints what it checked. It does not accept what it
+cannot read: groups with items such as 1-2-3, and a certificate that says more than it checks.
 Usage: check_proof.py CERTIFICATE RULE-FILE. Exit status: 0 everything is true, 1 something is not, 2 it cannot say."""
 
 import hashlib
@@ -303,6 +303,12 @@ def require(condition, message):
         raise Wrong(message)
 
 
+def require_names(entry, *names):
+    """Refuses what has other members, which nothing would check."""
+    if sorted(entry) != sorted(" ".join(names).split()):
+        raise Refused("an entry of " + ", ".join(sorted(entry)))
+
+
 class Checker:
     """Checks what a certificate says of rules. Positions are counted from 1."""
 
@@ -313,6 +319,8 @@ class Checker:
         return addresses_of(pattern, kind, self.are_parties)
 
     def claimed_side(self, entry):
+        require_names(entry, "stored call_type")
+        require(isinstance(entry["stored"], str), "a pattern that is no text")
         return self.side(entry["stored"], entry["call_type"])
 
     def sides_of(self, position):
@@ -320,15 +328,17 @@ class Checker:
         return [self.side(rule.get(name + "_pattern", ""), "0123".find(rule.get(name + "_call_type", "") or " ") % 4)
                 for name in ("caller", "called")]
 
-    def require_cover(self, must, covering, message):
-        """Requires that every call that all of must match is matched by one of covering; all are pairs of sides."""
+    def is_covered(self, must, covering):
+        """Whether every call that all of must match is matched by one of covering; all are pairs of sides."""
         callers = accepted_sets([m[0] for m in must], [c[0] for c in covering], self.are_parties, lambda rests: True)
         for left in callers:
             if any(other < left for other in callers):
                 continue  # What the smaller set covers the larger one covers, too.
             called = accepted_sets([m[1] for m in must], [covering[i][1] for i in sorted(left)], self.are_parties,
                                    lambda rests: EVERYTHING not in rests)
-            require(frozenset() not in called, message)
+            if frozenset() in called:
+                return False
+        return True
 
     def check_claim(self, entry):
         claim, proof, by, rules = entry["claim"], entry["proof"], entry["claim"]["by_position"], self.rules
@@ -337,6 +347,7 @@ class Checker:
         meant, anybody = [self.claimed_side(claim[word]) for word in ("from", "to")], self.side("*", ANY)
         exceptions = [(self.claimed_side(entry), anybody) for entry in claim["except_from"]]
         exceptions += [(anybody, self.claimed_side(entry)) for entry in claim["except_to"]]
+        require(not self.is_covered([meant], exceptions), "there are no such calls")
 
         def covering(positions, before):
             for at in positions:
@@ -346,19 +357,22 @@ class Checker:
 
         end = len(rules) + 1
         if not is_as_claimed(claim, None, None):
-            self.require_cover([meant], covering(proof["covering"], end), "some calls are not covered")
+            require(self.is_covered([meant], covering(proof["covering"], end)), "some calls are not covered")
             end = max(proof["covering"], default=0)
+        for other in proof["others"]:
+            require_names(other, "rule covering")
         others = {other["rule"]: other["covering"] for other in proof["others"]}
         for at, rule in enumerate(rules[:end], 1):
             if at < end and is_on(rule) and not is_as_claimed(claim, rule, at):
-                self.require_cover([meant, self.sides_of(at)], covering(others.get(at, []), at),
-                                   f"rule #{at} decides some calls otherwise")
+                require(self.is_covered([meant, self.sides_of(at)], covering(others.get(at, []), at)),
+                        f"rule #{at} decides some calls otherwise")
 
     def check_hidden(self, entry):
         at, by = entry["rule"], entry["covering"]
         require(0 < at <= len(self.rules) and all(0 < other < at and is_on(self.rules[other - 1]) for other in by),
                 f"rule #{at}: these rules are no reason")
-        self.require_cover([self.sides_of(at)], [self.sides_of(other) for other in by], f"rule #{at} is not covered")
+        covering = [self.sides_of(other) for other in by]
+        require(self.is_covered([self.sides_of(at)], covering), f"rule #{at} is not covered")
 
 
 def shown(value):
@@ -366,8 +380,10 @@ def shown(value):
 
 
 def claim_text(entry):
-    """What the fields that are checked say; the text in the certificate might say anything."""
     claim = entry["claim"]
+    require_names(entry, "claim proof")
+    require_names(entry["proof"], "covering others")
+    require_names(claim, "from to except_from except_to by", *CLAIMED)
     sides = [(word, claim[word]) for word in ("from", "to")]
     sides += [("except " + word, entry) for word in ("from", "to") for entry in claim["except_" + word]]
     calls = ", ".join(f"{word} {KINDS[side['call_type']]} {shown(side['stored'])}" for word, side in sides)
@@ -380,6 +396,7 @@ def claim_text(entry):
 
 
 def hidden_text(entry):
+    require_names(entry, "rule covering")
     return f"rule #{shown(entry['rule'])} never decides"
 
 
@@ -392,11 +409,12 @@ def main():
         print("these are not the rules of the certificate")
         return 1
     kind, result = certificate["calls"], 0
+    require_names(certificate, "sha256 calls", "claims" if "claims" in certificate else "hidden")
     if kind not in ("typed", "parties"):
         raise Refused(f"calls of the kind {json.dumps(kind)}")
     checker = Checker(read_rules(data), kind == "parties")
-    jobs = [(checker.check_claim, claim_text, entry) for entry in certificate.get("claims", [])]
-    jobs += [(checker.check_hidden, hidden_text, entry) for entry in certificate.get("hidden", [])]
+    jobs = [(checker.check_claim, claim_text, entry) for entry in certificate.get("claims", [])] or \
+        [(checker.check_hidden, hidden_text, entry) for entry in certificate.get("hidden", [])]
     if not jobs:
         raise Refused("the certificate claims nothing")
     print(f"about {'calls of parties' if kind == 'parties' else 'typed calls'}:")

@@ -93,11 +93,15 @@ def tamper_with_proof(certificate):
 
 
 def tamper_with_words(certificate):
-    """What the text says is not printed, the rule named is the one meant, and what claims nothing is not accepted."""
+    """What is not checked is not accepted, the rule named is the one meant, and what claims nothing is not accepted."""
     changed = copy.deepcopy(certificate)
     claim = changed["claims"][0]["claim"]
     claim["text"] = "untrue"
-    expect(is_accepted(changed), "another text is rejected", changed)
+    expect(not is_accepted(changed, (2,)), "a text of its own is accepted", changed)
+    del claim["text"]
+    claim["to"]["stored"] = ""
+    expect(not is_accepted(changed, (1,)), "a claim about no call is accepted", changed)
+    claim["to"] = certificate["claims"][0]["claim"]["to"]
     claim["by"] = 99
     expect(not is_accepted(changed, (1, 2)), "a rule of another name is accepted", changed)
     claim.update({key: None for key in claim if key[:3] in ("rec", "by", "by_", "cal")})
@@ -112,7 +116,7 @@ def tamper_with_claim(certificate, words):
         answer = run("prove", *words[:at], pattern, *words[at + 1:], "--calls", certificate["calls"])
         if answer and answer["proved"] is False:
             changed = copy.deepcopy(certificate)
-            changed["claims"][0]["claim"]["to"] = answer["claim"]["to"]
+            changed["claims"][0]["claim"]["to"] = {key: answer["claim"]["to"][key] for key in ("stored", "call_type")}
             expect_rejected(changed, "a false claim")
 
 

@@ -55,7 +55,7 @@ ClaimAnswer ClaimProver::Find(NamedClaim const& named, bool allGaps) {
     if (CodeOf(other) != CodeOf(answer.proof))
         answer.other = std::move(other);
     if (CodeOf(answer.proof) == kExitYes)
-        proofs_.push_back({{"claim", named.ToJson()}, {"proof", ProofToJson(answer.proof)}});
+        proofs_.push_back(ProofToJson(named.ToJson(), answer.proof));
     return answer;
 }
 

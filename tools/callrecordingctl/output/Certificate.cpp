@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "Failure.h"
 #include "output/CallText.h"
@@ -24,13 +25,18 @@ nlohmann::ordered_json EmptyCertificate(std::string const& digest, CallKind call
     return {{"sha256", digest}, {"calls", CallsName(calls)}};
 }
 
-nlohmann::ordered_json ProofToJson(Proof const& proof) {
-    nlohmann::ordered_json json{{"covering", PositionsOf(proof.covering)},
-                                {"others", nlohmann::ordered_json::array()}};
+nlohmann::ordered_json ProofToJson(nlohmann::ordered_json claim, Proof const& proof) {
+    claim.erase("text");
+    for (char const* const side : {"from", "to"}) {
+        claim[side].erase("pattern");
+        for (nlohmann::ordered_json& exception : claim[std::string("except_") + side])
+            exception.erase("pattern");
+    }
+    auto others = nlohmann::ordered_json::array();
     for (Proof::Other const& other : proof.others)
-        json["others"].push_back(
-            {{"rule", other.rule + 1}, {"covering", PositionsOf(other.covering)}});
-    return json;
+        others.push_back({{"rule", other.rule + 1}, {"covering", PositionsOf(other.covering)}});
+    return {{"claim", std::move(claim)},
+            {"proof", {{"covering", PositionsOf(proof.covering)}, {"others", std::move(others)}}}};
 }
 
 nlohmann::ordered_json HiddenToJson(std::vector<FileFinding> const& findings) {

@@ -17,8 +17,9 @@ namespace callrecordingctl {
 /// A certificate without proofs, for the rule file with this SHA-256 digest.
 nlohmann::ordered_json EmptyCertificate(std::string const& digest, CallKind calls);
 
-/// The rules that prove a claim, by their positions.
-nlohmann::ordered_json ProofToJson(Proof const& proof);
+/// A claim, as "prove --json" prints it, with its proof: the rules by their positions. What only
+/// says the claim in other words is left out, so that all that a certificate says can be checked.
+nlohmann::ordered_json ProofToJson(nlohmann::ordered_json claim, Proof const& proof);
 
 /// The rules that never decide, of which findings says so, each with those that take its calls.
 nlohmann::ordered_json HiddenToJson(std::vector<FileFinding> const& findings);
