@@ -91,8 +91,9 @@ TEST(CallReader, ReadsEachFormatAndGoesOnBehindWhatIsNone) {
         {"from,b\n1,2\n", {"*--to-column (a number will do); --no-header"}},
         {"from,to\"\n", {"*:1: no row of column names: a quote"}},
         // Addresses as no telephone system hands them over.
-        {"from,to\n\"Doe, John (201)\",%2B4930\n201 (Doe),sip%3A5%40pbx\n+49 (30) 12,x (y)\n",
-         {"2 201>+4930", "3 201>sip:5@pbx", "4 +49 (30) 12>x (y)"}},
+        {"from,to\n\"Doe, John (201)\",%2B4930\n201 (Doe),sip%3A5%40pbx\n+49 (30) 12,x (y)\nA (B) "
+         "(7),8\n",
+         {"2 201>+4930", "3 201>sip:5@pbx", "4 +49 (30) 12>x (y)", "5 7>8"}},
         // A second file on the same stream, also with other columns.
         {"src,dst,n\n1,2,\nsrc,dst,n\n3,4,\n\xEF\xBB\xBF"
          "caller,callee,x\n\xEF\xBB\xBF"
@@ -110,6 +111,8 @@ TEST(CallReader, ReadsEachFormatAndGoesOnBehindWhatIsNone) {
         // Values between tabs have no quotes, but escapes, unless the names have quotes.
         {"clid\tsrc\tdst\n\"A\" <1>\t1\t2\n\"\t3\ta\\tb\\\\\n\\N\t\\N\t4\n",
          {"2 1>2", "3 3>a\tb\\", "4 >4"}},
+        {"src\tdst\n\"\"\"A\"\" <1>\"\t\"2\"\n3\t\"a\tb\"\n\"4\t5\n\"\"6\"\t7\n",
+         {"2 \"A\" <1>>2", "3 !as if a tab", "4 \"4>5", "5 \"\"6\">7"}},
         {"\"src\"\t\"dst\"\n\"1\"\t\"\"\"2\"\"\"\n", {"2 1>\"2\""}},
         // A column of types that has none.
         {"from,to,from_type\n1,2,internal\n3,4,0\n", {"2 1>2|internal,,", "3 3>4|0,,"}},

@@ -41,6 +41,8 @@ class CsvRows {
     /// fields by itself.
     bool HoldsARow(std::size_t fields) const { return spansLines_ && mostFields_ >= fields; }
     bool SpansLines() const { return spansLines_; }
+    /// Whether a quote is a quote and nothing more: see Tabs::Escaped.
+    bool AreQuotesPlain() const { return isEscaped_; }
     std::string const& Problem() const { return problem_; }
     std::size_t FieldCount() const { return fieldCount_; }
     std::string const& Field(std::size_t index) const { return fields_[index]; }

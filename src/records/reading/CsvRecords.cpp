@@ -34,6 +34,19 @@ bool HasDigit(std::string const& text) {
         text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+/// Takes the quotes away in which all of the field stands, as in CSV.
+void Unquote(std::string& field) {
+    if (field.size() < 2 || field.front() != '"' || field.back() != '"')
+        return;
+    std::string inner;
+    for (std::size_t at = 1; at + 1 < field.size(); ++at) {
+        inner += field[at];
+        if (field[at] == '"' && (++at + 1 >= field.size() || field[at] != '"'))
+            return;
+    }
+    field = inner;
+}
+
 } // namespace
 
 CsvRecords::CsvRecords(Lines& lines, CallFormat const& format, std::string path)
@@ -180,7 +193,20 @@ void CsvRecords::RefuseWhatAQuoteSwallowed() {
         rows_.Refuse("a quote is open at its end, and the lines that follow are rows of their own");
 }
 
+/// Whether values between tabs are quoted, though the row of names is not, and hold a tab.
+bool CsvRecords::HasSplitAQuote() const {
+    if (!rows_.AreQuotesPlain() || !hasNames_ || rows_.FieldCount() <= names_.size())
+        return false;
+    for (std::size_t i = 0; i < rows_.FieldCount(); ++i)
+        if (rows_.Field(i).rfind('"', 0) == 0)
+            return true;
+    return false;
+}
+
 void CsvRecords::Take(CallRecord& record) {
+    if (HasSplitAQuote())
+        record.problem = "it has more fields than there are names, and a quote begins one of them, "
+                         "as if a tab stood within quotes";
     record.wanted.resize(where_.size() - kColumnCount);
     record.lacks = 0;
     for (std::size_t i = 0; i < where_.size(); ++i) {
@@ -190,9 +216,11 @@ void CsvRecords::Take(CallRecord& record) {
             record.lacks |= i < kColumnCount ? 0 : 1U << (i - kColumnCount);
             continue;
         }
-        if (where_[i] < rows_.FieldCount())
+        if (where_[i] < rows_.FieldCount()) {
             value = rows_.Field(where_[i]);
-        else if (record.problem.empty())
+            if (i <= kColumnTo && rows_.AreQuotesPlain())
+                Unquote(value);
+        } else if (record.problem.empty())
             record.problem =
                 fmt::format("it has {} fields, and {} is number {}", rows_.FieldCount(),
                             (i < kColumnCount ? ColumnNames::Option(static_cast<Column>(i))

@@ -39,6 +39,7 @@ class CsvRecords : public RecordReader {
     std::string NoColumn(std::size_t place) const;
     bool IsNoCall();
     bool TakeNames();
+    bool HasSplitAQuote() const;
     void Take(CallRecord& record);
     void RefuseWhatAQuoteSwallowed();
 

@@ -25,7 +25,8 @@ std::string_view Trimmed(std::string_view text) {
 
 /// A name holds something that a number does not, and nothing that makes an address of it.
 bool IsName(std::string_view text) {
-    return text.find_first_not_of(kNumber) != kNone && text.find_first_of("@<>:;()") == kNone;
+    return text.find_first_not_of("0123456789+*#-. ()") != kNone &&
+           text.find_first_of("@<>:;") == kNone;
 }
 
 bool IsNumber(std::string_view text) {
@@ -62,8 +63,8 @@ std::string_view WithoutName(std::string_view text) {
     std::string_view const written = Trimmed(text);
     if (written.size() < 4 || written.back() != ')')
         return text;
-    std::size_t const open = written.find('(');
-    if (open == kNone || open == 0 || open != written.rfind('('))
+    std::size_t const open = written.rfind('(');
+    if (open == kNone || open == 0)
         return text;
     std::string_view const before = Trimmed(written.substr(0, open));
     std::string_view const within = Trimmed(written.substr(open + 1, written.size() - open - 2));
