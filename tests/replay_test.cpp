@@ -100,6 +100,18 @@ TEST(LeadingDigits, GroupEveryNumberOnce) {
 }
 
 /// The client as a process.
+/// A line of --answers; said is 0 for no, 1 for yes, and 2 if the service had no rules.
+std::string AnswerLine(std::string const& id, std::size_t said) {
+    nlohmann::json line{{"id", id}, {"recorded", nullptr}};
+    if (said < 2)
+        line["recorded"] = said == 1;
+    return line.dump() + "\n";
+}
+
+char const* OutcomeWord(bool wanted, bool was) {
+    return wanted ? was ? "recorded" : "missing" : was ? "unexpected" : "not_recorded";
+}
+
 class ReplayCommand : public testing::Test {
   protected:
     struct Outcome {
@@ -408,22 +420,35 @@ TEST_F(ReplayCommand, DecidesByTheRulesOfTheTime) {
     Database(dir.Path("telephony/callrecordingdb.history"), Database::Access::Write)
         .Run("UPDATE edits SET seconds = " + std::to_string(kStart) + " + number * " +
              std::to_string(5 * kDay));
-    std::string file, other;
-    std::map<std::string, int> counts, asOf;
+    std::string file, other, answers;
+    std::map<std::string, int> counts, asOf, outcomes{{"not_told", 1}};
     for (int i = 0; i < 600; ++i) {
         nlohmann::json call = calls.Call();
+        std::size_t const said = random() % 4;
+        bool const was = random() % 2 == 0;
+        call["id"] = "i" + std::to_string(i);
+        call["recorded"] = was;
+        if (said < 3)
+            answers += AnswerLine(call["id"], said);
         std::int64_t const time = kStart + static_cast<std::int64_t>(random() % (35 * kDay));
         call["time"] = TimeText(time);
         (random() % 2 == 0 ? file : other) += call.dump() + "\n";
         auto const era = static_cast<std::size_t>((time - kStart) / (5 * kDay));
-        ++counts[era == 0 ? "before"
-                          : Word(AnswerOf(
-                                RuleSet(RulesOf(texts[std::min<std::size_t>(era, 6)], "")), call))];
+        std::string const decided =
+            era == 0
+                ? "before"
+                : Word(AnswerOf(RuleSet(RulesOf(texts[std::min<std::size_t>(era, 6)], "")), call));
+        ++counts[decided];
+        ++outcomes[era == 0 && said >= 2
+                       ? "undecided"
+                       : OutcomeWord(said < 2 ? said == 1 : decided == "recorded", was)];
         ++asOf[Word(AnswerOf(RuleSet(RulesOf(texts[3], "")), call))];
     }
-    dir.Write("a", file + "{\"from\":1,\"to\":2}\n");
+    dir.Write("a", file + "{\"from\":1,\"to\":2,\"id\":3}\n");
     dir.Write("b", other);
-    std::string const both = dir.Path("a") + " " + dir.Path("b");
+    dir.Write("answers", answers);
+    std::string const known = " --id-column id --answers " + dir.Path("answers") + " ";
+    std::string const both = known + dir.Path("a") + " " + dir.Path("b");
     auto const expect = [](nlohmann::json const& report, std::map<std::string, int>& expected) {
         EXPECT_EQ(report["recorded"], expected["recorded"]);
         EXPECT_EQ(report["forbidden"], expected["forbidden"]);
@@ -438,17 +463,21 @@ TEST_F(ReplayCommand, DecidesByTheRulesOfTheTime) {
     EXPECT_EQ(report["without_rules"]["before_history"]["calls"], counts["before"]);
     EXPECT_EQ(report["without_rules"]["without_time"]["calls"], 1);
     EXPECT_EQ(report["edits"].size(), 6U);
-    ASSERT_EQ(Run("replay --as-of history --partial " + dir.Path("a") + " >" + dir.Path("p")).code,
-              0);
-    ASSERT_EQ(Run("replay --as-of history --partial " + dir.Path("b") + " >>" + dir.Path("p")).code,
-              0);
+    for (auto const& [outcome, count] : outcomes)
+        EXPECT_EQ(report["reconciliation"][outcome], count) << outcome;
+    for (char const* const part : {"a", "b"})
+        ASSERT_EQ(
+            Run("replay --as-of history --partial" + known + dir.Path(part) + " >>" + dir.Path("p"))
+                .code,
+            0);
     EXPECT_EQ(Json("replay --merge " + dir.Path("p")), report);
     asOf["none"] +=
         Word(AnswerOf(RuleSet(RulesOf(texts[3], "")), {{"from", "1"}, {"to", "2"}})) == "none";
     expect(Json("replay --as-of '" + TimeText(kStart + 16 * kDay) + "' " + both), asOf);
 }
 
-/// Four counts, however it is known which calls were recorded.
+/// Four counts, however it is known which calls were recorded: also by metadata, if the recording
+/// that it names is there.
 TEST_F(ReplayCommand, ComparesWithWhatWasRecorded) {
     std::mt19937 random(31);
     RandomCalls calls(37);
@@ -457,6 +486,7 @@ TEST_F(ReplayCommand, ComparesWithWhatWasRecorded) {
     RuleSet const rules(RulesOf(text, "rules"));
     std::string file, answers;
     std::map<std::string, std::uint64_t> byColumn, byFolder, byAnswer;
+    std::uint64_t lost = 0; // Metadata without a recording.
     dir.Write("recordings/2026/empty-call-0-x.wav", "");
     for (std::size_t i = 0; i < 300; ++i) {
         nlohmann::json call = calls.Call();
@@ -467,24 +497,20 @@ TEST_F(ReplayCommand, ComparesWithWhatWasRecorded) {
         bool const isThere = i != 0 && random() % 2 == 0;
         call["id"] = id;
         call["Recording_File"] = values[value];
-        if (isThere)
-            dir.Write("recordings/2026/" +
-                          std::string(i % 2 == 0 ? "call-" + std::to_string(i) + "%40host" : id) +
-                          "-0a.wav",
-                      "x");
+        std::string const encoded = "call-" + std::to_string(i) + "%40host-0a";
+        if (i % 3 == 0) {
+            dir.Write("recordings/metadata/rtpengine-meta-" + encoded + ".txt",
+                      "/gone/pcaps/" + encoded + ".pcap\n\n\nSDP mode: offer\n");
+            dir.Write("recordings/pcaps/" + encoded + ".pcap", std::string(isThere ? 25 : 24, 'x'));
+            lost += isThere ? 0 : 1;
+        } else if (isThere)
+            dir.Write("recordings/2026/" + (i % 2 == 0 ? encoded : id + "-0a") + ".wav", "x");
         std::size_t const said = random() % 4;
         if (said < 3)
-            answers += nlohmann::json{{"id", id},
-                                      {"recorded",
-                                       said == 2 ? nlohmann::json() : nlohmann::json(said == 1)}}
-                           .dump() +
-                       "\n";
-        auto const name = [](bool wanted, bool was) {
-            return wanted ? was ? "recorded" : "missing" : was ? "unexpected" : "not_recorded";
-        };
-        ++byColumn[name(should, value >= 4)];
-        ++byFolder[name(should, isThere)];
-        ++byAnswer[name(said < 2 ? said == 1 : should, isThere)];
+            answers += AnswerLine(id, said);
+        ++byColumn[OutcomeWord(should, value >= 4)];
+        ++byFolder[OutcomeWord(should, isThere)];
+        ++byAnswer[OutcomeWord(said < 2 ? said == 1 : should, isThere)];
         file += call.dump() + "\n";
     }
     dir.Write("calls", file);
@@ -497,6 +523,7 @@ TEST_F(ReplayCommand, ComparesWithWhatWasRecorded) {
           std::pair(folder + " --answers " + dir.Path("answers"), byAnswer)}) {
         nlohmann::json const found =
             Json("replay " + dir.Path("calls") + options)["reconciliation"];
+        EXPECT_EQ(found["lost"]["calls"], options.rfind(folder, 0) == 0 ? lost : 0);
         for (auto const& [outcome, count] : expected) {
             EXPECT_EQ(found[outcome], count) << outcome << options;
             std::uint64_t sum = 0;

@@ -2,6 +2,8 @@
 
 #include "records/counting/AnswersGiven.h"
 
+#include <algorithm>
+
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
@@ -21,6 +23,19 @@ Answer AnswerOf(nlohmann::json const& line) {
 
 } // namespace
 
+void AnswersGiven::Take(std::string const& id, Answer answer) {
+    if (id.empty())
+        return;
+    auto const known = byId_.find(id);
+    if (known != byId_.end()) {
+        known->second = answer;
+        return;
+    }
+    char* const kept = static_cast<char*>(ids_.allocate(id.size(), 1));
+    std::copy(id.begin(), id.end(), kept);
+    byId_.emplace(std::string_view(kept, id.size()), answer);
+}
+
 AnswersGiven::AnswersGiven(std::string const& path) {
     Input input(path);
     Lines lines(input);
@@ -29,9 +44,7 @@ AnswersGiven::AnswersGiven(std::string const& path) {
             continue;
         try {
             nlohmann::json const line = nlohmann::json::parse(lines.Text());
-            std::string const id = line.at("id");
-            if (!id.empty())
-                byId_[id] = AnswerOf(line);
+            Take(line.at("id").get_ref<std::string const&>(), AnswerOf(line));
         } catch (nlohmann::json::exception const&) {
             throw Error(Error::Kind::Unreadable,
                         fmt::format("{}:{}: no answer as callrecordingd writes it with --answers",

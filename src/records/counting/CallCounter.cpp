@@ -98,7 +98,7 @@ void CallCounter::CountDecision(DecidedCall const& call, RuleSet const& rules, R
     }
     if (time)
         report.timeline.Count(*time, call.decision);
-    Reconcile(call, Records(rule), report, example);
+    Reconcile(call.record, call.decision, Records(rule), report, example);
     if (!call.other || HaveSameOutcome(rule, RuleOf(*others_, *call.other)))
         return;
     report.different.Count(time, example);
@@ -106,21 +106,25 @@ void CallCounter::CountDecision(DecidedCall const& call, RuleSet const& rules, R
 }
 
 template <typename MakeExample>
-void CallCounter::Reconcile(DecidedCall const& call, bool byRules, ReplayReport& report,
+void CallCounter::Reconcile(CallRecord const& record, Decision decision,
+                            Reconciliation::ByRules byRules, ReplayReport& report,
                             MakeExample const& example) const {
     std::optional<WasRecorded> was;
     if (options_.wasRecorded)
-        was = options_.wasRecorded(call.record);
-    Answer const answer = options_.answerTo ? options_.answerTo(call.record) : Answer::None;
-    std::optional<CallTime> const time = call.record.time;
+        was = options_.wasRecorded(record);
+    if (was == WasRecorded::Lost) {
+        report.reconciliation.lost.Count(record.time, example);
+        was = WasRecorded::No;
+    }
+    Answer const answer = options_.answerTo ? options_.answerTo(record) : Answer::None;
     if (was)
         report.reconciliation
             .TallyOf(Reconciliation::OutcomeOf(Reconciliation::Should(answer, byRules), *was),
-                     call.decision)
-            .Count(time, example);
+                     decision)
+            .Count(record.time, example);
     if (options_.answerTo)
         report.reconciliation.TallyOf({answer, byRules, was.value_or(WasRecorded::Unknown)})
-            .Count(time, example);
+            .Count(record.time, example);
 }
 
 void CallCounter::Take(CallRecord const& record, RecordPlace place, std::string const& path) {
@@ -138,7 +142,8 @@ void CallCounter::Take(CallRecord const& record, RecordPlace place, std::string 
         Tally& undecided = !record.time ? report.withoutRulesOfNoTime
                            : era        ? report.withoutRulesNotKept
                                         : report.withoutRulesBefore;
-        return undecided.Count(record.time, example);
+        undecided.Count(record.time, example);
+        return Reconcile(record, kNotDecided, std::nullopt, report, example);
     }
     report.byRule.resize(rules->Rules().size());
     PartyCall const call{from.texts, to.texts};

@@ -58,8 +58,8 @@ class CallCounter {
     void CountDecision(DecidedCall const& call, RuleSet const& rules, ReplayReport& report,
                        MakeExample const& example) const;
     template <typename MakeExample>
-    void Reconcile(DecidedCall const& call, bool byRules, ReplayReport& report,
-                   MakeExample const& example) const;
+    void Reconcile(CallRecord const& record, Decision decision, Reconciliation::ByRules byRules,
+                   ReplayReport& report, MakeExample const& example) const;
     static Example ExampleOf(CallRecord const& record, RecordPlace place, std::string const& path);
     static ReplayReport::File& FileOf(ReplayReport& report, RecordPlace place,
                                       std::string const& path);

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <tuple>
 
 #include "records/counting/Tally.h"
@@ -15,13 +16,18 @@
 namespace CallRecordingUtils {
 
 /// By Reconciliation::Outcome.
-inline constexpr std::array<char const*, 5> kOutcomeNames{"recorded", "not_recorded", "missing",
-                                                          "unexpected", "unknown"};
+inline constexpr std::array<char const*, 6> kOutcomeNames{
+    "recorded", "not_recorded", "missing", "unexpected", "unknown", "undecided"};
 
 /// What a service answered when a call was set up.
 enum class Answer { Yes, No, Undecided, None };
 
-enum class WasRecorded { Yes, No, Unknown };
+enum class WasRecorded {
+    Yes,
+    No,
+    Unknown,
+    Lost ///< No, though something names a recording, which is not there.
+};
 
 class Reconciliation {
   public:
@@ -30,7 +36,8 @@ class Reconciliation {
         kNotRecorded, ///< As it should.
         kMissing,
         kUnexpected,
-        kUnknown, ///< It cannot be told whether it was recorded.
+        kUnknown,   ///< It cannot be told whether it was recorded.
+        kUndecided, ///< Neither rules nor an answer tell whether it should have been.
         kOutcomeCount
     };
     /// Whether anything is known of what was recorded or answered.
@@ -40,35 +47,43 @@ class Reconciliation {
                                       [](ByRule const& rules) { return !rules.empty(); });
     }
 
-    /// Whether of any call it is known if it was recorded.
-    bool TellsOfAny() const {
-        return std::any_of(
-            outcomes_.begin(), outcomes_.begin() + kUnknown,
-            [](ByRule const& rules) { return !rules.empty(); });
+    /// Of how many calls it is known both whether they were recorded and whether they should be.
+    std::uint64_t Compared() const {
+        std::uint64_t calls = 0;
+        for (Outcome const outcome : {kRecorded, kNotRecorded, kMissing, kUnexpected})
+            calls += Total(outcome).calls;
+        return calls;
     }
 
-    /// By the rule that decided the calls: kNoRule where none did.
+    /// By the rule that decided the calls.
     using ByRule = std::map<Decision, Tally>;
-    /// What was answered, whether the rules say that it is recorded, and whether it was.
-    using Case = std::tuple<Answer, bool, WasRecorded>;
+    /// Whether the rules say that a call is recorded; nothing where they are not known.
+    using ByRules = std::optional<bool>;
+    /// What was answered, what the rules say, and whether it was recorded.
+    using Case = std::tuple<Answer, ByRules, WasRecorded>;
 
     /// Whether a call should have been recorded: as it was answered or, where there is no such
     /// answer, as the rules say.
-    static bool Should(Answer answer, bool byRules) {
-        return answer == Answer::Yes || (answer != Answer::No && byRules);
+    static std::optional<bool> Should(Answer answer, ByRules byRules) {
+        return answer == Answer::Yes || answer == Answer::No ? answer == Answer::Yes : byRules;
     }
 
-    static Outcome OutcomeOf(bool should, WasRecorded was) {
+    static Outcome OutcomeOf(std::optional<bool> should, WasRecorded was) {
         if (was == WasRecorded::Unknown)
             return kUnknown;
+        if (!should)
+            return kUndecided;
         bool const isThere = was == WasRecorded::Yes;
-        return should == isThere ? (should ? kRecorded : kNotRecorded)
-                                 : (should ? kMissing : kUnexpected);
+        return *should == isThere ? (isThere ? kRecorded : kNotRecorded)
+                                  : (isThere ? kUnexpected : kMissing);
     }
 
     /// The tallies for a call.
     Tally& TallyOf(Outcome outcome, Decision decision) { return outcomes_[outcome][decision]; }
     Tally& TallyOf(Case const& which) { return cases_[which]; }
+
+    /// Of calls that were not recorded: those with the name of a recording that is not there.
+    Tally lost;
 
     ByRule const& Of(Outcome outcome) const { return outcomes_[outcome]; }
     Tally Total(Outcome outcome) const {
@@ -88,6 +103,7 @@ class Reconciliation {
                 outcomes_[outcome][newName(decision)].Add(tally);
         for (auto const& [which, tally] : other.cases_)
             cases_[which].Add(tally);
+        lost.Add(other.lost);
     }
 
     template <typename Visit>
@@ -97,6 +113,7 @@ class Reconciliation {
                 visit(entry.second);
         for (auto& entry : cases_)
             visit(entry.second);
+        visit(lost);
     }
 
   private:

@@ -1,41 +1,18 @@
-// Keeps the names sorted by each place at which an identifier may begin.
+// Sorts files into recordings and metadata that has lost its recording.
 
 #include "records/counting/RecordingFolder.h"
 
-#include <algorithm>
 #include <filesystem>
 
 #include <fmt/format.h>
 
 #include "common/Error.h"
+#include "records/counting/RtpengineMetadata.h"
 #include "records/reading/CallFiles.h"
 
 namespace CallRecordingUtils {
-namespace {
 
 namespace fs = std::filesystem;
-
-bool IsLetterOrDigit(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-/// Whether a word or number may begin or end between the two characters.
-bool IsBoundary(char before, char after) {
-    return !IsLetterOrDigit(before) || !IsLetterOrDigit(after);
-}
-
-/// id with %XX for all but letters, digits, and the characters that may stand in any URI.
-std::string Encoded(std::string_view id) {
-    std::string encoded;
-    for (char const c : id)
-        if (IsLetterOrDigit(c) || std::string_view("-_.~").find(c) != std::string_view::npos)
-            encoded += c;
-        else
-            encoded += fmt::format("%{:02X}", static_cast<unsigned char>(c));
-    return encoded;
-}
-
-} // namespace
 
 RecordingFolder::RecordingFolder(std::string const& path) {
     try {
@@ -44,49 +21,26 @@ RecordingFolder::RecordingFolder(std::string const& path) {
             [this](fs::directory_entry const& entry) {
                 if (!entry.is_regular_file())
                     return;
-                if (entry.file_size() == 0) {
-                    ++emptyFiles_;
-                    return;
-                }
-                ++files_;
-                names_ += entry.path().filename().string() + "\n";
+                fs::path const& file = entry.path();
+                if (HasNameOfMetadata(file) && HasLostItsRecording(file))
+                    lost_.Add(file.filename().string());
+                else if (HoldsRecording(file))
+                    recordings_.Add(file.filename().string());
             });
     } catch (fs::filesystem_error const& error) {
         throw Error(Error::Kind::Unreadable,
-                    fmt::format("{}: cannot be read: {}", path, error.code().message()));
+                    fmt::format("{}: cannot be read: {}",
+                                error.path1().empty() ? path : error.path1().string(),
+                                error.code().message()));
     }
-    for (std::size_t i = 0; i < names_.size(); ++i)
-        if (names_[i] != '\n' && (i == 0 || IsBoundary(names_[i - 1], names_[i])))
-            starts_.push_back(i);
-    std::sort(starts_.begin(), starts_.end(), [this](std::size_t left, std::size_t right) {
-        return RestOfName(left) < RestOfName(right);
-    });
+    recordings_.Sort();
+    lost_.Sort();
 }
 
-/// With the line end.
-std::string_view RecordingFolder::RestOfName(std::size_t start) const {
-    return std::string_view(names_).substr(start, names_.find('\n', start) - start + 1);
-}
-
-bool RecordingFolder::HasWhole(std::string_view id) const {
-    auto at = std::lower_bound(
-        starts_.begin(), starts_.end(), id,
-        [this](std::size_t start, std::string_view text) { return RestOfName(start) < text; });
-    for (; at != starts_.end(); ++at) {
-        std::string_view const rest = RestOfName(*at);
-        if (rest.substr(0, id.size()) != id)
-            return false;
-        if (rest.size() > id.size() && IsBoundary(id.back(), rest[id.size()]))
-            return true;
-    }
-    return false;
-}
-
-bool RecordingFolder::HasRecordingOf(std::string_view id) const {
-    if (id.empty())
-        return false;
-    std::string const encoded = Encoded(id);
-    return HasWhole(id) || (encoded != id && HasWhole(encoded));
+WasRecorded RecordingFolder::WasCallRecorded(std::string_view id) const {
+    return recordings_.HasNameWith(id) ? WasRecorded::Yes
+           : lost_.HasNameWith(id)     ? WasRecorded::Lost
+                                       : WasRecorded::No;
 }
 
 } // namespace CallRecordingUtils

@@ -66,7 +66,7 @@ void ReplayReport::AddFiles(ReplayReport const& other) {
 
 void ReplayReport::Add(ReplayReport const& other, std::vector<std::size_t> const* places) {
     auto const here = [places](Decision decision) {
-        return places == nullptr || decision == kNoRule ? decision : (*places)[decision];
+        return places == nullptr || !IsRule(decision) ? decision : (*places)[decision];
     };
     AddFiles(other);
     all.Add(other.all);

@@ -11,9 +11,14 @@
 
 namespace CallRecordingUtils {
 
-/// The place of the rule that decides a call, or kNoRule.
+/// The place of the rule that decides a call, kNoRule if none does, or kNotDecided if the rules of
+/// its time are not known.
 using Decision = std::size_t;
 constexpr Decision kNoRule = static_cast<Decision>(-1);
+constexpr Decision kNotDecided = static_cast<Decision>(-2);
+constexpr bool IsRule(Decision decision) {
+    return decision < kNotDecided;
+}
 
 /// Counts by the hour and, once that would be too many hours, by the day, the week, four weeks or
 /// 52 weeks, from 1990 to 2089: so its size does not grow with the calls, whatever their times.

@@ -9,13 +9,18 @@
 #include "records/page/Chart.h"
 #include "records/page/Html.h"
 #include "records/page/Sections.h"
+#include "records/report/ReconciliationReport.h"
 
 namespace CallRecordingUtils {
 namespace {
 
 constexpr char const* kOutcomeHtml[Reconciliation::kOutcomeCount] = {
-    "recorded, as it should be", "not recorded, as it should be", "missing", "unexpected",
-    "not known"};
+    "recorded, as it should be",
+    "not recorded, as it should be",
+    "missing",
+    "unexpected",
+    "not known",
+    "neither rules nor an answer tell whether to record"};
 
 std::string AnswersHtml(Reconciliation const& reconciliation) {
     if (reconciliation.Cases().empty())
@@ -24,11 +29,9 @@ std::string AnswersHtml(Reconciliation const& reconciliation) {
                     {"Answered", "By the rules", "Recorded", "#Calls", "Example"});
     for (auto const& [which, tally] : reconciliation.Cases()) {
         auto const& [answer, byRules, was] = which;
-        table.Add(Cell(AnswerWord(answer)) + Cell(byRules ? "yes" : "no") +
-                  Cell(was == WasRecorded::Unknown ? "not known"
-                       : was == WasRecorded::Yes   ? "yes"
-                                                   : "no") +
-                  CallsCell(tally.calls) + WideCell(ExampleHtml(tally.example)));
+        table.Add(Cell(AnswerWord(answer)) + Cell(ByRulesWord(byRules)) +
+                  Cell(WasRecordedWord(was)) + CallsCell(tally.calls) +
+                  WideCell(ExampleHtml(tally.example)));
     }
     return table.Html();
 }
@@ -52,15 +55,19 @@ std::string ReconciliationSection(PageSource const& source) {
     HtmlTable table("reconciliation", "Missing and unexpected recordings first",
                     {"Recording", "#Calls", "Rule", "First and last", "Example"});
     for (Reconciliation::Outcome const outcome :
-         {Reconciliation::kMissing, Reconciliation::kUnexpected, Reconciliation::kUnknown,
-          Reconciliation::kRecorded, Reconciliation::kNotRecorded})
+         {Reconciliation::kMissing, Reconciliation::kUnexpected, Reconciliation::kUndecided,
+          Reconciliation::kUnknown, Reconciliation::kRecorded, Reconciliation::kNotRecorded})
         for (auto const& [decision, tally] : reconciliation.Of(outcome))
             table.Add(Cell(kOutcomeHtml[outcome]) + CallsCell(tally.calls) +
-                          WideCell(decision == kNoRule ? "taken by no rule"
-                                                       : RuleHtml(source.Rules()[decision])) +
+                          WideCell(IsRule(decision)      ? RuleHtml(source.Rules()[decision])
+                                   : decision == kNoRule ? "taken by no rule"
+                                                         : "the rules of its time are not known") +
                           TimesCell(tally) + WideCell(ExampleHtml(tally.example)),
                       fmt::format(" class=\"{}\"", kOutcomeNames[outcome]));
-    return Heading("What was recorded, against what should have been") + table.Html() +
+    std::string sentences;
+    for (std::string const& sentence : ReconciliationSentences(source.report))
+        sentences += "<p>" + Escaped(sentence) + "</p>\n";
+    return Heading("What was recorded, against what should have been") + sentences + table.Html() +
            AnswersHtml(reconciliation);
 }
 

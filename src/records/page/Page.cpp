@@ -92,6 +92,10 @@ std::string FiguresHtml(PageSource const& source) {
                        "recordings missing");
         html += Figure("unexpected", report.reconciliation.Total(Reconciliation::kUnexpected).calls,
                        "recordings unexpected");
+        if (std::uint64_t const calls =
+                report.reconciliation.Total(Reconciliation::kUndecided).calls)
+            html +=
+                Figure("undecided", calls, "neither rules nor an answer tell whether to record");
     }
     auto const share = [&](char const* id, std::uint64_t count, char const* what) {
         html += Figure(id, count, fmt::format("{}, {}", what, PercentHtml(count, all)));

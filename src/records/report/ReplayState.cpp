@@ -17,7 +17,7 @@ namespace {
 using nlohmann::json;
 
 /// Changes with everything that a state holds: one version does not read the states of another.
-constexpr int kVersion = 2;
+constexpr int kVersion = 3;
 
 json Put(Rule const& rule) {
     return {rule.callrecordingrule_id,   ToUtf8(rule.caller_pattern),     rule.caller_call_type,
@@ -116,7 +116,7 @@ json PutEra(std::size_t era, ReplayState const& state) {
 /// Throws unless all decisions are about rules that there are.
 void RequireRules(ReplayReport const& report, std::size_t rules, std::size_t others) {
     auto const isAbout = [](Decision decision, std::size_t count) {
-        return decision == kNoRule || decision < count;
+        return !IsRule(decision) || decision < count;
     };
     bool isWhole = report.byRule.size() <= rules;
     for (auto const& entry : report.timeline.Totals())

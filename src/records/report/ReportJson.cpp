@@ -7,17 +7,20 @@
 #include <fmt/format.h>
 
 #include "records/report/Reading.h"
+#include "records/report/ReconciliationReport.h"
 #include "json/Names.h"
 #include "json/RuleJson.h"
 
 namespace CallRecordingUtils {
-namespace {
-
 using nlohmann::ordered_json;
+
+namespace {
 
 ordered_json TimeToJson(std::optional<CallTime> time) {
     return time ? ordered_json(TimeText(*time)) : ordered_json();
 }
+
+} // namespace
 
 ordered_json ExampleToJson(std::optional<Example> const& example) {
     if (!example)
@@ -29,6 +32,14 @@ ordered_json ExampleToJson(std::optional<Example> const& example) {
             {"line", example->line}};
 }
 
+ordered_json DecisionToJson(RuleList const& rules, Decision decision) {
+    if (!IsRule(decision))
+        return nullptr;
+    return OutcomeToJson(rules[decision], decision + 1);
+}
+
+namespace {
+
 void AddTally(ordered_json& json, Tally const& tally, std::uint64_t all) {
     json["calls"] = tally.calls;
     json["share"] = Share(tally.calls, all);
@@ -37,18 +48,11 @@ void AddTally(ordered_json& json, Tally const& tally, std::uint64_t all) {
     json["example"] = ExampleToJson(tally.example);
 }
 
-/// What the rule of this decision does with a call; null when no rule takes it.
-ordered_json OutcomeToJson(RuleList const& rules, Decision decision) {
-    if (decision == kNoRule)
-        return nullptr;
-    return OutcomeToJson(rules[decision], decision + 1);
-}
-
 ordered_json RulesToJson(ReplayReport const& report, ReplayFacts const& facts) {
     RuleList const& rules = facts.here.rules;
     auto list = ordered_json::array();
     for (std::size_t i = 0; i < rules.size(); ++i) {
-        ordered_json rule = OutcomeToJson(rules, i);
+        ordered_json rule = DecisionToJson(rules, i);
         rule[NameOf(RuleMember::Enabled)] = rules[i].recording_rule_state == RULE_ENABLED;
         if (!facts.spans.empty()) {
             if (!facts.spans[i].isStillThere)
@@ -142,42 +146,6 @@ ordered_json WithoutRulesToJson(ReplayReport const& report) {
     return json;
 }
 
-ordered_json AnswersToJson(Reconciliation const& reconciliation) {
-    auto list = ordered_json::array();
-    for (auto const& [which, tally] : reconciliation.Cases()) {
-        auto const& [answer, byRules, was] = which;
-        ordered_json entry{{"answered", AnswerWord(answer)},
-                           {"by_rules", byRules},
-                           {"recorded", nullptr},
-                           {"calls", tally.calls},
-                           {"example", ExampleToJson(tally.example)}};
-        if (was != WasRecorded::Unknown)
-            entry["recorded"] = was == WasRecorded::Yes;
-        list.push_back(entry);
-    }
-    return list;
-}
-
-ordered_json ReconciliationToJson(Reconciliation const& reconciliation, RuleList const& rules) {
-    if (!reconciliation.IsKnown())
-        return nullptr;
-    ordered_json json;
-    auto examples = ordered_json::object();
-    for (std::size_t i = 0; i < Reconciliation::kOutcomeCount; ++i) {
-        auto const outcome = static_cast<Reconciliation::Outcome>(i);
-        json[kOutcomeNames[i]] = reconciliation.Total(outcome).calls;
-        auto list = ordered_json::array();
-        for (auto const& [decision, tally] : reconciliation.Of(outcome))
-            list.push_back({{"calls", tally.calls},
-                            {"rule", OutcomeToJson(rules, decision)},
-                            {"example", ExampleToJson(tally.example)}});
-        examples[kOutcomeNames[i]] = list;
-    }
-    json["examples"] = examples;
-    json["answers"] = AnswersToJson(reconciliation);
-    return json;
-}
-
 ordered_json RuleFileToJson(RuleFileFacts const& file) {
     ordered_json json{{"path", file.path}, {"sha256", nullptr}, {"rules", file.rules.size()}};
     if (!file.digest.empty())
@@ -186,15 +154,6 @@ ordered_json RuleFileToJson(RuleFileFacts const& file) {
 }
 
 } // namespace
-
-char const* AnswerWord(Answer answer) {
-    switch (answer) {
-    case Answer::Yes: return "yes";
-    case Answer::No: return "no";
-    case Answer::Undecided: return "undecided";
-    default: return "none";
-    }
-}
 
 ordered_json UnreadableToJson(ReplayReport const& report) {
     auto list = ordered_json::array();
@@ -228,8 +187,8 @@ ordered_json DifferencesToJson(ReplayReport const& report, RuleList const& here,
     auto groups = ordered_json::array();
     for (auto const& [pair, tally] : report.differences)
         groups.push_back({{"calls", tally.calls},
-                          {"here", OutcomeToJson(here, pair.first)},
-                          {"there", OutcomeToJson(there, pair.second)},
+                          {"here", DecisionToJson(here, pair.first)},
+                          {"there", DecisionToJson(there, pair.second)},
                           {"example", ExampleToJson(tally.example)}});
     return {{"calls", report.different.calls},
             {"share", Share(report.different.calls, report.all.calls)},
@@ -257,7 +216,7 @@ ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts) {
                       {"not_recorded", NotRecordedToJson(report)},
                       {"never_applied", NeverApplied(report, rules)},
                       {"without_rules", nullptr},
-                      {"reconciliation", ReconciliationToJson(report.reconciliation, rules)},
+                      {"reconciliation", ReconciliationToJson(report, rules)},
                       {"asked",
                        {{"parties", report.asParties},
                         {"typed", report.asTyped},

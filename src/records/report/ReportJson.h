@@ -15,6 +15,12 @@ namespace CallRecordingUtils {
 
 nlohmann::ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts);
 
+/// A part of ToJson; null without an example.
+nlohmann::ordered_json ExampleToJson(std::optional<Example> const& example);
+
+/// What the rule of this decision does with a call; null when no rule takes it.
+nlohmann::ordered_json DecisionToJson(RuleList const& rules, Decision decision);
+
 /// The part of ToJson about calls that the other rules decide differently.
 nlohmann::ordered_json DifferencesToJson(ReplayReport const& report, RuleList const& here,
                                          RuleList const& there);
@@ -24,9 +30,6 @@ nlohmann::ordered_json UnreadableToJson(ReplayReport const& report);
 
 /// How the calls were asked about: "parties 12, typed 3, one side typed 1", without zeros.
 std::string QuestionsText(ReplayReport const& report);
-
-/// "yes", "no", "undecided", or "none" for a call about which nobody asked.
-char const* AnswerWord(Answer answer);
 
 /// The share of calls of all, from 0 to 1.
 double Share(std::uint64_t calls, std::uint64_t all);

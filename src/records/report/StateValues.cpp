@@ -124,8 +124,9 @@ json Put(Reconciliation const& reconciliation) {
             outcomes.push_back({i, decision, Put(tally)});
     json cases = json::array();
     for (auto const& [which, tally] : reconciliation.Cases())
-        cases.push_back({std::get<0>(which), std::get<1>(which), std::get<2>(which), Put(tally)});
-    return {outcomes, cases};
+        cases.push_back(
+            {std::get<0>(which), PutOptional(std::get<1>(which)), std::get<2>(which), Put(tally)});
+    return {outcomes, cases, Put(reconciliation.lost)};
 }
 
 Reconciliation GetReconciliation(json const& state) {
@@ -137,9 +138,14 @@ Reconciliation GetReconciliation(json const& state) {
         reconciliation.TallyOf(Reconciliation::Outcome(which), outcome.at(1)) =
             GetTally(outcome.at(2));
     }
-    for (json const& entry : state.at(1))
-        reconciliation.TallyOf({entry.at(0).get<Answer>(), entry.at(1).get<bool>(),
+    for (json const& entry : state.at(1)) {
+        Reconciliation::ByRules byRules;
+        if (!entry.at(1).is_null())
+            byRules = entry.at(1).get<bool>();
+        reconciliation.TallyOf({entry.at(0).get<Answer>(), byRules,
                                 entry.at(2).get<WasRecorded>()}) = GetTally(entry.at(3));
+    }
+    reconciliation.lost = GetTally(state.at(2));
     return reconciliation;
 }
 

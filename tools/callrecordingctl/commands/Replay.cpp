@@ -150,11 +150,11 @@ ExitCode ReplayCalls(Context const& context, Options const& options) {
         whole.facts.claims = ProveClaims(options.page.policy, whole);
     ReplayFacts const& facts = whole.facts;
     ReplayReport const& report = whole.report;
-    if (options.truth.isStrict && report.all.calls > report.WithoutRules() &&
-        !report.reconciliation.TellsOfAny())
+    if (options.truth.isStrict && report.all.calls > 0 && report.reconciliation.Compared() == 0)
         throw Failure(kExitUnreadable,
-                      "--strict-recordings: nothing tells which of the calls were recorded; see "
-                      "--recorded-column, --recordings and --id-column");
+                      "--strict-recordings: of no call is it known both whether it was recorded "
+                      "and whether it should be; see --recorded-column, --recordings, --id-column "
+                      "and --answers");
     if (options.isPartial)
         RequireNoDistinct(report);
     if (options.isPartial)

@@ -39,8 +39,9 @@ void AddTruth(CLI::App& replay, TruthOptions& options) {
     CLI::Option* const folder = replay
                                     .add_option("--recordings", options.folder,
                                                 "Folder of recordings, or of rtpengine's metadata: "
-                                                "a call was\nrecorded if a file has "
-                                                "its identifier in the name")
+                                                "a call was\nrecorded if a file that is not empty "
+                                                "has its identifier in\nthe name, and metadata its "
+                                                "recording")
                                     ->type_name("DIR")
                                     ->excludes(column);
     CLI::Option* const id =
@@ -68,7 +69,7 @@ ReplayTruth::ReplayTruth(TruthOptions const& options, Replay::Options& how) {
         how.wasRecorded = [this, id](CallRecord const& record) -> std::optional<WasRecorded> {
             if (Lacks(record, id) || record.wanted[id].empty())
                 return WasRecorded::Unknown;
-            return folder_->HasRecordingOf(record.wanted[id]) ? WasRecorded::Yes : WasRecorded::No;
+            return folder_->WasCallRecorded(record.wanted[id]);
         };
     } else {
         std::size_t const column = wanted.size();

@@ -10,6 +10,7 @@
 #include "output/Screen.h"
 #include "output/Table.h"
 #include "records/report/Reading.h"
+#include "records/report/ReconciliationReport.h"
 #include "text/Printable.h"
 
 namespace callrecordingctl {
@@ -83,40 +84,43 @@ void PrintEdit(EditFacts const& edit, bool withChanges) {
             PrintLines("    {}\n", Printable(change));
 }
 
-void PrintReconciliation(Reconciliation const& reconciliation, RuleList const& rules) {
-    if (!reconciliation.IsKnown())
-        return;
-    auto const count = [&](Reconciliation::Outcome outcome) {
-        return reconciliation.Total(outcome).calls;
-    };
-    PrintLines("\nrecorded as it should: {}, not recorded as it should: {}, missing: {}, "
-               "unexpected: {}{}\n",
-               count(Reconciliation::kRecorded), count(Reconciliation::kNotRecorded),
-               count(Reconciliation::kMissing), count(Reconciliation::kUnexpected),
-               count(Reconciliation::kUnknown) > 0
-                   ? fmt::format(", not known: {}", count(Reconciliation::kUnknown))
-                   : "");
+/// Missing and unexpected recordings, by what decided the calls.
+void PrintFaultyRecordings(Reconciliation const& reconciliation, RuleList const& rules) {
     Table table({"RECORDING", "CALLS", "ID", "RULE", "EXAMPLE"});
+    bool isAny = false;
     for (Reconciliation::Outcome const outcome :
          {Reconciliation::kMissing, Reconciliation::kUnexpected})
-        for (auto const& [decision, tally] : reconciliation.Of(outcome))
+        for (auto const& [decision, tally] : reconciliation.Of(outcome)) {
+            isAny = true;
             table.Add(
                 {kOutcomeNames[outcome], std::to_string(tally.calls),
-                 decision == kNoRule ? "-" : std::to_string(rules[decision].callrecordingrule_id),
-                 decision == kNoRule ? "taken by no rule" : rules[decision].description,
+                 IsRule(decision) ? std::to_string(rules[decision].callrecordingrule_id) : "-",
+                 IsRule(decision)      ? rules[decision].description
+                 : decision == kNoRule ? "taken by no rule"
+                                       : "decided by the answer alone",
                  ExampleText(tally.example)});
-    if (count(Reconciliation::kMissing) + count(Reconciliation::kUnexpected) > 0)
+        }
+    if (isAny)
         table.Print();
+}
+
+void PrintReconciliation(ReplayReport const& report, RuleList const& rules) {
+    Reconciliation const& reconciliation = report.reconciliation;
+    if (!reconciliation.IsKnown())
+        return;
+    PrintLines("\n");
+    for (std::string const& sentence : ReconciliationSentences(report))
+        PrintLines("{}\n", sentence);
+    PrintFaultyRecordings(reconciliation, rules);
     if (reconciliation.Cases().empty())
         return;
     PrintLines("\n");
     Table answers({"ANSWERED", "BY THE RULES", "RECORDED", "CALLS", "EXAMPLE"});
-    for (auto const& [which, tally] : reconciliation.Cases())
-        answers.Add({AnswerWord(std::get<0>(which)), std::get<1>(which) ? "yes" : "no",
-                     std::get<2>(which) == WasRecorded::Unknown ? "not known"
-                     : std::get<2>(which) == WasRecorded::Yes   ? "yes"
-                                                                : "no",
+    for (auto const& [which, tally] : reconciliation.Cases()) {
+        auto const& [answer, byRules, was] = which;
+        answers.Add({AnswerWord(answer), ByRulesWord(byRules), WasRecordedWord(was),
                      std::to_string(tally.calls), ExampleText(tally.example)});
+    }
     answers.Print();
 }
 
@@ -267,7 +271,7 @@ void PrintReplay(ReplayReport const& report, ReplayFacts const& facts) {
     for (ClaimFacts const& claim : facts.claims)
         PrintLines("claim in line {} ({}): {}: {}\n", claim.line, claim.rules,
                    Printable(claim.text), Printable(claim.verdict));
-    PrintReconciliation(report.reconciliation, facts.here.rules);
+    PrintReconciliation(report, facts.here.rules);
     if (facts.there) {
         PrintLines("\n");
         PrintDifferences(report, facts.here.rules, facts.there->rules,
