@@ -157,6 +157,7 @@ TEST(CallReader, TakesTheColumnsThatAreNamed) {
     bare.names.Name(kColumnFrom, "2");
     bare.names.Name(kColumnTo, "1");
     ExpectRead(Read("1;2\n3;4\n", bare), {"1 2>1", "2 4>3"}, "no header");
+    ExpectRead(Read("1;\"2\n3;4\n", bare), {"1 !never closed", "2 4>3"}, "no first call");
 }
 
 /// Random fields, quoted where they must be, are read as they were written, and no line is lost

@@ -5,6 +5,7 @@
 """
 
 import collections
+import json
 import pathlib
 import re
 import signal
@@ -119,6 +120,27 @@ def check_calls(proxy, calls):
           f'({time.monotonic() - begin:.0f} s)', flush=True)
 
 
+def check_replay(proxy, calls):
+    """A replay finds the recordings of these calls, which were just made, and misses one without media."""
+    table = proxy.folder / 'made.csv'
+    host = 'pbx.example.com'
+    table.write_text('id,from,to\n' + ''.join(f'meta-{number},sip:{caller}@{host},sip:{called}@{host}\n'
+                                              for number, (caller, called, *_) in enumerate(calls)))
+
+    def outcomes():
+        report = subprocess.run([CLIENT, 'replay', table, '--recordings', proxy.recordings / 'metadata', '--id-column',
+                                 'id', '--json', '--config-dir', proxy.folder], capture_output=True, check=True).stdout
+        found = json.loads(report)['reconciliation']
+        return [found[name] for name in ('recorded', 'missing', 'unexpected')] + [found['lost']['calls']]
+
+    count = sum(rule is not None for _, _, rule, _ in calls)
+    expect('a replay with the recordings', outcomes(), [count, 0, 0, 0])
+    pcap = next((proxy.recordings / 'pcaps').iterdir())
+    pcap.write_bytes(pcap.read_bytes()[:24])  # What rtpengine writes of a call without media.
+    expect('a replay without the packets of one', outcomes(), [count - 1, 1, 0, 1])
+    print(f'ok      a replay finds {count} recordings, and misses the one whose packets are taken away', flush=True)
+
+
 def check_untrusted_peer(proxy):
     stranger = [(caller, called, {'anonymous': None, '201': 3}[caller], header)
                 for caller, called, _, header in IDENTIFIED_CALLS]
@@ -199,6 +221,8 @@ def check_by_service():
         proxy.start_service(SERVICE)
         proxy.start_proxy('record_by_service.py')
         check_calls(proxy, CALLS + IDENTIFIED_CALLS)
+        proxy.expect_decided('calls to replay', CALLS)
+        check_replay(proxy, CALLS)
         check_untrusted_peer(proxy)
         check_durations(proxy)
         check_changes(proxy, all_processes_follow=True)
@@ -228,6 +252,8 @@ def check_quickly():
         proxy.start_service(SERVICE)
         proxy.start_proxy('record_by_service.py')
         check_calls(proxy, CALLS[:6] + IDENTIFIED_CALLS)
+        proxy.expect_decided('calls to replay', CALLS[:6])
+        check_replay(proxy, CALLS[:6])
         check_outages(proxy, [RECORDED_CALL, OTHER_CALL])
 
 

@@ -222,7 +222,8 @@ int CommandLine::RunCommand() {
     context_.path = RuleFilePath(context_.directory);
     try {
         int const code = command_(context_);
-        if (std::fflush(stdout) != 0)
+        // An earlier write may have failed, and what is left be nothing.
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
             throw Failure(kExitUnsaved, "standard output cannot be written");
         return code;
     } catch (Failure const& failure) {

@@ -8,6 +8,7 @@
 
 #include "common/Error.h"
 #include "records/reading/KnownFormats.h"
+#include "records/reading/WrittenAddress.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -34,27 +35,21 @@ bool HasDigit(std::string const& text) {
         text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-/// Takes the quotes away in which all of the field stands, as in CSV.
-void Unquote(std::string& field) {
-    if (field.size() < 2 || field.front() != '"' || field.back() != '"')
-        return;
-    std::string inner;
-    for (std::size_t at = 1; at + 1 < field.size(); ++at) {
-        inner += field[at];
-        if (field[at] == '"' && (++at + 1 >= field.size() || field[at] != '"'))
-            return;
-    }
-    field = inner;
-}
-
 } // namespace
 
 CsvRecords::CsvRecords(Lines& lines, CallFormat const& format, std::string path)
     : format_(format), path_(std::move(path)), rows_(lines, CsvRows::Tabs::Escaped) {
-    if (rows_.Next() && !rows_.Problem().empty())
-        throw Error(Error::Kind::Unreadable, fmt::format("{}:{}: no row of column names: {}", path_,
-                                                         rows_.Line(), rows_.Problem()));
-    names_ = Fields();
+    bool const isThere = rows_.Next();
+    bool const isCall =
+        !format.hasHeader || (format.known != nullptr && !format.known->row.empty());
+    if (isThere && !isCall && !rows_.Problem().empty())
+        throw Error(
+            Error::Kind::Unreadable,
+            fmt::format("{}:{}: no row of column names: {}; --format if you know the format", path_,
+                        rows_.Line(), rows_.Problem()));
+    isFirstACall_ = isThere;
+    if (rows_.Problem().empty())
+        names_ = Fields();
     fieldCount_ = names_.size();
 }
 
@@ -144,6 +139,7 @@ std::string CsvRecords::FindColumns() {
 
 void CsvRecords::BeginBehindNames() {
     hasNames_ = true;
+    isFirstACall_ = false;
     std::string const missing = FindColumns();
     if (!missing.empty())
         throw Error(Error::Kind::Unreadable, missing);
@@ -154,7 +150,6 @@ void CsvRecords::BeginWithCall(std::vector<std::string> names) {
     std::string const missing = FindColumns();
     if (!missing.empty())
         throw Error(Error::Kind::Unreadable, missing);
-    isFirstACall_ = rows_.FieldCount() > 0;
 }
 
 /// Files that were put together have rows of names among the calls. Such a row holds no digit.
@@ -219,7 +214,7 @@ void CsvRecords::Take(CallRecord& record) {
         if (where_[i] < rows_.FieldCount()) {
             value = rows_.Field(where_[i]);
             if (i <= kColumnTo && rows_.AreQuotesPlain())
-                Unquote(value);
+                value = Unquoted(value);
         } else if (record.problem.empty())
             record.problem =
                 fmt::format("it has {} fields, and {} is number {}", rows_.FieldCount(),

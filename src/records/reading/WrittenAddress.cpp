@@ -73,4 +73,16 @@ std::string_view WithoutName(std::string_view text) {
     return IsNumber(before) && IsName(within) ? before : text;
 }
 
+std::string Unquoted(std::string const& text) {
+    if (text.size() < 2 || text.front() != '"' || text.back() != '"')
+        return text;
+    std::string inner;
+    for (std::size_t at = 1; at + 1 < text.size(); ++at) {
+        inner += text[at];
+        if (text[at] == '"' && (++at + 1 >= text.size() || text[at] != '"'))
+            return text;
+    }
+    return inner;
+}
+
 } // namespace CallRecordingUtils

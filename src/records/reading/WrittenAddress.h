@@ -18,6 +18,9 @@ bool IsUrlEncoded(std::string_view text);
 /// other way round, "201 (Doe, John)"; all of text otherwise.
 std::string_view WithoutName(std::string_view text);
 
+/// text without the quotes in which all of it stands, as CSV has them; else text.
+std::string Unquoted(std::string const& text);
+
 } // namespace CallRecordingUtils
 
 #endif
