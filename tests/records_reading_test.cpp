@@ -373,7 +373,8 @@ TEST(CallTime, IsReadInEachFormat) {
     };
     for (auto const& [written, time] : rows) {
         auto const read = ReadCallTime(written);
-        EXPECT_EQ(read ? TimeText(*read) : "none", time != nullptr ? time : "none") << written;
+        EXPECT_EQ(read ? TimeText(read->shown) : "none", time != nullptr ? time : "none")
+            << written;
     }
 }
 

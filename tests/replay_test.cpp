@@ -178,12 +178,14 @@ class RandomCalls {
     std::string Rules() {
         std::string text;
         for (std::size_t id = 0; id < 12; ++id)
-            text +=
-                "{\ncallrecordingrule_id=" + std::to_string(id) + Side("caller") + Side("called") +
-                "\ncall_recording_type=0\nrecord_to=" + (Below(3) == 0 ? "never:" : "archive:") +
-                "\nrecording_duration=\ndescription=\nrecording_rule_state=" +
-                (Below(6) == 0 ? "0" : "1") + "\n}\n";
+            text += Rule(id, "");
         return text;
+    }
+    std::string Rule(std::size_t id, std::string const& description) {
+        return "{\ncallrecordingrule_id=" + std::to_string(id) + Side("caller") + Side("called") +
+               "\ncall_recording_type=0\nrecord_to=" + (Below(3) == 0 ? "never:" : "archive:") +
+               "\nrecording_duration=\ndescription=" + description +
+               "\nrecording_rule_state=" + (Below(6) == 0 ? "0" : "1") + "\n}\n";
     }
     nlohmann::json Call() {
         nlohmann::json call{{"from", Address()}, {"to", Address()}};
@@ -400,16 +402,28 @@ TEST_F(ReplayCommand, AddsPartsToTheReportOfOneRun) {
 }
 
 /// A month with edits: each call is decided by the rules that were in the file at its time, in one
-/// run and in parts; and by those of one time.
+/// run and in parts; and by those of one time. Rules are told with the time in which they were in
+/// force, also in states without calls, which lie between the calls of the parts.
 TEST_F(ReplayCommand, DecidesByTheRulesOfTheTime) {
+    setenv("SOURCE_DATE_EPOCH", "1795600000", 1);
     std::mt19937 random(23);
     RandomCalls calls(29);
-    std::vector<std::string> texts{calls.Rules()};
-    dir.WriteRules(texts.back());
-    for (int edit = 0; edit < 6; ++edit) {
-        texts.push_back(calls.Rules());
+    std::vector<std::vector<std::string>> states; // By identifiers: which edit made the rule.
+    std::vector<std::string> texts;
+    std::map<std::pair<std::size_t, std::string>, std::string> rules;
+    for (std::size_t edit = 0; edit <= 6; ++edit) {
+        states.push_back(edit == 0   ? std::vector<std::string>(12)
+                         : edit == 5 ? states[1]
+                                     : states.back());
+        texts.emplace_back();
+        for (std::size_t id = 0; id < 12; ++id) {
+            std::string& madeBy = states.back()[id];
+            if (edit != 5 && random() % 3 == 0)
+                madeBy = std::to_string(edit);
+            texts.back() += rules.try_emplace({id, madeBy}, calls.Rule(id, madeBy)).first->second;
+        }
         std::optional<HistoryWriter> writer;
-        if (edit != 3) // From outside, and found by the next edit.
+        if (edit != 0 && edit != 4) // From outside, and found by the next edit.
             writer.emplace(dir.Path("telephony/callrecordingdb"))
                 .Begin({"ann", "edit", "", "", 0}, dir.ReadRules(), texts.back());
         dir.WriteRules(texts.back());
@@ -424,20 +438,20 @@ TEST_F(ReplayCommand, DecidesByTheRulesOfTheTime) {
     std::map<std::string, int> counts, asOf, outcomes{{"not_told", 1}};
     for (int i = 0; i < 600; ++i) {
         nlohmann::json call = calls.Call();
+        std::int64_t const time = kStart + static_cast<std::int64_t>(random() % (30 * kDay));
+        auto const era = static_cast<std::size_t>((time - kStart) / (5 * kDay));
+        if (era == 2 || era == 3)
+            continue;
+        call["time"] = TimeText(time);
         std::size_t const said = random() % 4;
         bool const was = random() % 2 == 0;
         call["id"] = "i" + std::to_string(i);
         call["recorded"] = was;
         if (said < 3)
             answers += AnswerLine(call["id"], said);
-        std::int64_t const time = kStart + static_cast<std::int64_t>(random() % (35 * kDay));
-        call["time"] = TimeText(time);
-        (random() % 2 == 0 ? file : other) += call.dump() + "\n";
-        auto const era = static_cast<std::size_t>((time - kStart) / (5 * kDay));
+        (era < 2 ? file : other) += call.dump() + "\n";
         std::string const decided =
-            era == 0
-                ? "before"
-                : Word(AnswerOf(RuleSet(RulesOf(texts[std::min<std::size_t>(era, 6)], "")), call));
+            era == 0 ? "before" : Word(AnswerOf(RuleSet(RulesOf(texts[era], "")), call));
         ++counts[decided];
         ++outcomes[era == 0 && said >= 2
                        ? "undecided"
@@ -462,15 +476,45 @@ TEST_F(ReplayCommand, DecidesByTheRulesOfTheTime) {
     expect(report, counts);
     EXPECT_EQ(report["without_rules"]["before_history"]["calls"], counts["before"]);
     EXPECT_EQ(report["without_rules"]["without_time"]["calls"], 1);
-    EXPECT_EQ(report["edits"].size(), 6U);
+    EXPECT_EQ(report["edits"].size(), 5U);
     for (auto const& [outcome, count] : outcomes)
         EXPECT_EQ(report["reconciliation"][outcome], count) << outcome;
-    for (char const* const part : {"a", "b"})
-        ASSERT_EQ(
-            Run("replay --as-of history --partial" + known + dir.Path(part) + " >>" + dir.Path("p"))
-                .code,
-            0);
-    EXPECT_EQ(Json("replay --merge " + dir.Path("p")), report);
+    std::map<std::pair<std::size_t, std::string>, nlohmann::json> spans;
+    for (std::size_t era = 1; era < 6; ++era)
+        for (std::size_t id = 0; id < 12; ++id) {
+            auto const at = [](std::size_t edit) {
+                return TimeText(kStart + static_cast<CallTime>(edit) * 5 * kDay);
+            };
+            nlohmann::json& span = spans[{id, states[era][id]}];
+            if (span.is_null())
+                span = {{"since", at(era)}, {"breaks", nlohmann::json::array()}};
+            else if (span["until"] != at(era))
+                span["breaks"].push_back({{"since", span["until"]}, {"until", at(era)}});
+            span["until"] = at(era + 1);
+            span["isThere"] = states[5][id] == states[era][id];
+        }
+    EXPECT_EQ(report["rules"].size(), spans.size());
+    for (nlohmann::json const& rule : report["rules"])
+        EXPECT_EQ(nlohmann::json({{"since", rule["since"]},
+                                  {"until", rule["until"]},
+                                  {"breaks", rule["breaks"]},
+                                  {"isThere", !rule["position"].is_null()}}),
+                  (spans[{rule["callrecordingrule_id"], rule["description"]}]))
+            << rule;
+    for (std::string const part : {"a", "b"})
+        ASSERT_EQ(Run("replay --as-of history --partial" + known + dir.Path(part) + " >" +
+                      dir.Path("part-" + part))
+                      .code,
+                  0);
+    for (std::string const format : {"", " --json"}) {
+        std::string const page = format + " --html " + dir.Path("page");
+        std::string const one = Run("replay --as-of history " + both + page).out;
+        std::string const onePage = dir.Read("page");
+        EXPECT_EQ(Run("replay --merge " + dir.Path("part-a") + " " + dir.Path("part-b") + page).out,
+                  one);
+        EXPECT_EQ(dir.Read("page"), onePage);
+    }
+    unsetenv("SOURCE_DATE_EPOCH");
     asOf["none"] +=
         Word(AnswerOf(RuleSet(RulesOf(texts[3], "")), {{"from", "1"}, {"to", "2"}})) == "none";
     expect(Json("replay --as-of '" + TimeText(kStart + 16 * kDay) + "' " + both), asOf);

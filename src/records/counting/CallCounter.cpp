@@ -71,6 +71,10 @@ template <typename MakeExample>
 void CallCounter::CountCall(CallRecord const& record, AskedSide const& from, AskedSide const& to,
                             ReplayReport& report, MakeExample const& example) const {
     report.all.Count(record.time, example);
+    if (record.instant)
+        report.instants.Take(*record.instant);
+    else if (record.time)
+        report.shownTimes.Take(*record.time);
     for (std::size_t i = 0; i < kCleaningCount; ++i)
         report.cleaned[i] += (from.cleanings[i] ? 1U : 0U) + (to.cleanings[i] ? 1U : 0U);
     ++(from.type && to.type   ? report.asTyped
@@ -131,7 +135,7 @@ void CallCounter::Take(CallRecord const& record, RecordPlace place, std::string 
     if (!record.problem.empty())
         return TakeUnreadable(record, place, path);
     auto const example = [&] { return ExampleOf(record, place, path); };
-    std::optional<std::size_t> const era = rules_.EraOf(record.time);
+    std::optional<std::size_t> const era = rules_.EraOf(record.time, record.instant);
     RuleSet const* const rules = era ? rules_.In(*era) : nullptr;
     ReplayReport& report = rules != nullptr ? calls_.byEra[*era] : calls_.apart;
     ++FileOf(report, place, path).calls;

@@ -70,6 +70,8 @@ void ReplayReport::Add(ReplayReport const& other, std::vector<std::size_t> const
     };
     AddFiles(other);
     all.Add(other.all);
+    instants.Add(other.instants);
+    shownTimes.Add(other.shownTimes);
     for (std::size_t i = 0; i < other.byRule.size(); ++i) {
         byRule.resize(std::max(byRule.size(), here(i) + 1));
         byRule[here(i)].Add(other.byRule[i]);

@@ -43,6 +43,9 @@ struct ReplayReport {
 
     std::vector<File> files;
     Tally all;
+    /// When calls were: the instants where they are known, else what a clock showed. From these
+    /// comes the period of a state, which keeps it in their stead.
+    Extent instants, shownTimes;
     std::vector<Tally> byRule;    // By the index of the rule.
     Tally noRule;                 // Calls that no rule takes,
     Tally forbidden;              // and calls that a rule takes which forbids recording.

@@ -11,20 +11,19 @@ RulesOverTime::RulesOverTime(RuleList const& rules) : eras_(1) {
         eras_.front().isLoaded, [&] { eras_.front().rules.emplace(rules); });
 }
 
-/// Where a clock was set back, an era begins after the one behind it, and ends before it begins: it
-/// gets the beginning of the one behind it.
-RulesOverTime::RulesOverTime(std::vector<CallTime> begins, Load load)
-    : begins_(std::move(begins)), load_(std::move(load)), eras_(begins_.size()) {
-    for (std::size_t i = begins_.size(); i > 1; --i)
-        begins_[i - 2] = std::min(begins_[i - 2], begins_[i - 1]);
-}
+RulesOverTime::RulesOverTime(std::vector<Moment> begins, Load load)
+    : begins_(std::move(begins)), load_(std::move(load)), eras_(begins_.size()) {}
 
-std::optional<std::size_t> RulesOverTime::EraOf(std::optional<CallTime> time) const {
+std::optional<std::size_t> RulesOverTime::EraOf(std::optional<CallTime> time,
+                                                std::optional<Instant> instant) const {
     if (begins_.empty() && !eras_.empty())
         return 0;
     if (!time)
         return std::nullopt;
-    auto const next = std::upper_bound(begins_.begin(), begins_.end(), *time);
+    auto const next =
+        std::partition_point(begins_.begin(), begins_.end(), [&](Moment const& begin) {
+            return instant ? begin.instant <= *instant : begin.shown <= *time;
+        });
     if (next == begins_.begin())
         return std::nullopt;
     return static_cast<std::size_t>(next - begins_.begin()) - 1;

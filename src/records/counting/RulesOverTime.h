@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
-#include <limits>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -26,12 +25,15 @@ class RulesOverTime {
     /// One era, to which all calls belong, with a time or without.
     explicit RulesOverTime(RuleList const& rules);
 
-    /// Each era begins at one of these times. load is called once for each era that has calls,
-    /// never by two threads at once, and may throw.
-    RulesOverTime(std::vector<CallTime> begins, Load load);
+    /// Each era begins at one of these moments, and lasts until the next one, also by what clocks
+    /// show: where one was set back, an era may be empty. load is called once for each era that has
+    /// calls, never by two threads at once, and may throw.
+    RulesOverTime(std::vector<Moment> begins, Load load);
 
-    /// The era of a call; nothing for one before the first era or without a time.
-    std::optional<std::size_t> EraOf(std::optional<CallTime> time) const;
+    /// The era of a call; nothing for one before the first era or without a time. Where the instant
+    /// is not known, the time is compared with what a clock showed when the eras began.
+    std::optional<std::size_t> EraOf(std::optional<CallTime> time,
+                                     std::optional<Instant> instant) const;
 
     /// The rules of the era; null if they are not known.
     RuleSet const* In(std::size_t era) const;
@@ -42,7 +44,7 @@ class RulesOverTime {
         std::optional<RuleSet> rules;
     };
 
-    std::vector<CallTime> begins_; // Empty where all calls belong to one era.
+    std::vector<Moment> begins_; // Empty where all calls belong to one era.
     Load load_;
     mutable std::mutex loading_;
     mutable std::deque<Era> eras_;

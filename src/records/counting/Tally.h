@@ -25,10 +25,26 @@ struct Example {
     RecordPlace place{};
 };
 
-struct Tally {
+/// The first and the last of some times; nothing when there are none.
+struct Extent {
+    std::optional<std::int64_t> first, last;
+
+    void Take(std::int64_t time) {
+        first = std::min(first.value_or(time), time);
+        last = std::max(last.value_or(time), time);
+    }
+    void Add(Extent const& other) {
+        if (!other.first)
+            return;
+        Take(*other.first);
+        Take(*other.last);
+    }
+};
+
+/// With the times of those that have one.
+struct Tally : Extent {
     std::uint64_t calls = 0;
-    std::optional<CallTime> first, last; // Empty when no call had a time.
-    std::optional<Example> example;      // The first of the calls in their order.
+    std::optional<Example> example; // The first of the calls in their order.
 
     /// Counts a call that comes after all that were counted; example is called for the first one
     /// only.
@@ -37,7 +53,7 @@ struct Tally {
         if (calls++ == 0)
             example = makeExample();
         if (time)
-            Extend(*time, *time);
+            Take(*time);
     }
 
     /// Adds the calls of other, which may come before or after these or between them.
@@ -45,14 +61,7 @@ struct Tally {
         if (other.example && (!example || other.example->place < example->place))
             example = other.example;
         calls += other.calls;
-        if (other.first)
-            Extend(*other.first, *other.last);
-    }
-
-  private:
-    void Extend(CallTime from, CallTime to) {
-        first = std::min(first.value_or(from), from);
-        last = std::max(last.value_or(to), to);
+        Extent::Add(other);
     }
 };
 

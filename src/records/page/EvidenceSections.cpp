@@ -1,7 +1,7 @@
 // What was recorded against what should have been, who changed the rules, and what was claimed of
 // them.
 
-#include <limits>
+#include <algorithm>
 
 #include <fmt/format.h>
 
@@ -9,6 +9,7 @@
 #include "records/page/Chart.h"
 #include "records/page/Html.h"
 #include "records/page/Sections.h"
+#include "records/report/PeriodText.h"
 #include "records/report/ReconciliationReport.h"
 
 namespace CallRecordingUtils {
@@ -38,12 +39,8 @@ std::string AnswersHtml(Reconciliation const& reconciliation) {
 
 /// "2026-11-12 10:00:00" or, from outside, the time between which and this it was made.
 std::string WhenHtml(EditFacts const& edit) {
-    if (!edit.isOutside)
-        return TimeText(edit.time);
-    bool const isKnown = edit.earliest.value_or(edit.time) != std::numeric_limits<CallTime>::min();
-    return fmt::format("first seen {}{}", TimeText(edit.time),
-                       isKnown ? ", made after " + TimeText(edit.earliest.value_or(edit.time))
-                               : "");
+    return fmt::format("{}{}", edit.isOutside ? MadeText(edit) : TimeText(edit.time.shown),
+                       edit.isCertain ? "" : ", perhaps not between the first and the last call");
 }
 
 } // namespace
@@ -74,12 +71,17 @@ std::string ReconciliationSection(PageSource const& source) {
 std::string EditsSection(PageSource const& source) {
     ReplayFacts const& facts = source.facts;
     std::string html = Heading("Edits of the rules in this time");
+    for (std::string const& sentence : UnknownSentences(facts.unknown))
+        html += "<p class=\"warning\">Note: " + Escaped(sentence) + ".</p>\n";
     if (facts.edits.empty())
         return html + "<p>None that the history has.</p>\n";
+    bool const isAnyCertain = std::any_of(facts.edits.begin(), facts.edits.end(),
+                                          [](EditFacts const& edit) { return edit.isCertain; });
     if (!facts.asked.areOfTheirTime)
-        html += "<p class=\"warning\">The rules changed in this time, and the calls were not "
-                "decided by "
-                "the rules of their time.</p>\n";
+        html +=
+            fmt::format("<p class=\"warning\">The rules {} in this time, and the calls were not "
+                        "decided by the rules of their time.</p>\n",
+                        isAnyCertain ? "changed" : "may have changed");
     HtmlTable table("edits", "Who changed what", {"When", "Who", "Changes"});
     for (EditFacts const& edit : facts.edits) {
         std::string changes;

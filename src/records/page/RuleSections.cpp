@@ -8,6 +8,7 @@
 #include "records/page/Chart.h"
 #include "records/page/Html.h"
 #include "records/page/Sections.h"
+#include "records/report/PeriodText.h"
 
 namespace CallRecordingUtils {
 namespace {
@@ -19,7 +20,7 @@ std::string SidesOf(PageSource const& source, std::size_t index) {
     return fmt::format("from {} to {}", Escaped(sides.from), Escaped(sides.to));
 }
 
-/// Where the rule stands in the last rules that have calls.
+/// Where the rule stands in the last rules of the period.
 std::string PositionOf(PageSource const& source, std::size_t index) {
     std::vector<RuleSpan> const& spans = source.facts.spans;
     return spans.empty() || spans[index].isStillThere ? std::to_string(index + 1) : "";
@@ -29,10 +30,7 @@ std::string SpanHtml(PageSource const& source, std::size_t index) {
     std::vector<RuleSpan> const& spans = source.facts.spans;
     if (spans.empty())
         return "";
-    RuleSpan const& span = spans[index];
-    return fmt::format("<br>in states with calls{}{}",
-                       span.since ? " since " + TimeText(*span.since) : "",
-                       !span.isStillThere && span.until ? " until " + TimeText(*span.until) : "");
+    return "<br>in the file " + InFileText(spans[index]);
 }
 
 std::string TallyCells(PageSource const& source, Tally const& tally, std::uint64_t most) {

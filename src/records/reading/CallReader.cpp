@@ -134,6 +134,7 @@ bool CallReader::Read(CallRecord& record) {
 bool CallReader::Next(CallRecord& record) {
     while (Read(record)) {
         record.time.reset();
+        record.instant.reset();
         if (record.problem.empty() || !record.wanted.empty())
             Interpret(record);
         if (filter_.Takes(record))
@@ -188,14 +189,17 @@ void CallReader::ReadTime(CallRecord& record) const {
         text = date + " " + text;
     if (text.find('%') != std::string::npos)
         text = UrlDecoded(text);
-    if (!format_.timeFormat.empty()) {
-        record.time = ReadCallTimeAs(text, format_.timeFormat);
+    std::optional<WrittenTime> time;
+    if (!format_.timeFormat.empty())
+        time = ReadCallTimeAs(text, format_.timeFormat);
+    else if (format_.known != nullptr && !format_.known->timeFormat.empty())
+        time = ReadCallTimeAs(text, format_.known->timeFormat);
+    if (!time && format_.timeFormat.empty())
+        time = ReadCallTime(text);
+    if (!time)
         return;
-    }
-    if (format_.known != nullptr && !format_.known->timeFormat.empty())
-        record.time = ReadCallTimeAs(text, format_.known->timeFormat);
-    if (!record.time)
-        record.time = ReadCallTime(text);
+    record.time = time->shown;
+    record.instant = time->instant;
 }
 
 CallReading CallReader::Reading() const {

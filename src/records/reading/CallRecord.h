@@ -45,6 +45,7 @@ struct CallRecord {
     // What the values mean.
     Side from, to;
     std::optional<CallTime> time;
+    std::optional<Instant> instant; ///< Of the time, where its value tells.
 };
 
 class RecordReader {

@@ -15,12 +15,18 @@ namespace {
 
 constexpr char kDigits[] = "0123456789";
 
-/// The local time at an instant, in this computer's zone.
-std::optional<CallTime> LocalTime(std::time_t instant) {
+/// What a clock shows at an instant, in this computer's zone.
+std::optional<CallTime> ShownAt(Instant instant) {
+    std::time_t const seconds = instant;
     std::tm parts{};
-    if (localtime_r(&instant, &parts) == nullptr)
+    if (localtime_r(&seconds, &parts) == nullptr)
         return std::nullopt;
     return timegm(&parts);
+}
+
+std::optional<WrittenTime> TimeAt(Instant instant) {
+    std::optional<CallTime> const shown = ShownAt(instant);
+    return shown ? std::optional<WrittenTime>({*shown, instant}) : std::nullopt;
 }
 
 /// Reads 2026-11-25 03:08:16, which nearly every record has, at a tenth of the cost of strptime.
@@ -50,7 +56,7 @@ std::optional<CallTime> ReadUsual(std::string const& text) {
 }
 
 /// Seconds since 1970 have 9 or 10 digits, for times from 1973 to 2286.
-std::optional<CallTime> ReadSince1970(std::string const& text) {
+std::optional<WrittenTime> ReadSince1970(std::string const& text) {
     std::size_t const digits = std::string_view(text).find_first_not_of(kDigits);
     std::string const whole = text.substr(0, digits);
     if (digits != std::string::npos &&
@@ -65,7 +71,7 @@ std::optional<CallTime> ReadSince1970(std::string const& text) {
         divisor = 1000000;
     if (divisor == 0)
         return std::nullopt;
-    return LocalTime(std::stoll(whole) / divisor);
+    return TimeAt(std::stoll(whole) / divisor);
 }
 
 void SkipBlanks(std::string_view& text) {
@@ -87,7 +93,7 @@ bool TakeHalfOfDay(std::tm& parts, std::string_view& rest) {
 }
 
 /// Reads what follows the seconds: nothing, a fraction, AM or PM, a zone.
-std::optional<CallTime> WithRest(std::tm parts, std::string_view rest) {
+std::optional<WrittenTime> WithRest(std::tm parts, std::string_view rest) {
     if (!rest.empty() && (rest[0] == '.' || rest[0] == ','))
         rest.remove_prefix(std::min(rest.find_first_not_of(kDigits, 1), rest.size()));
     SkipBlanks(rest);
@@ -99,16 +105,16 @@ std::optional<CallTime> WithRest(std::tm parts, std::string_view rest) {
     if (parts.tm_mday != day) // There is no such day in the month.
         return std::nullopt;
     if (rest.empty())
-        return time;
+        return WrittenTime{time, std::nullopt};
     if (rest == "UTC" || rest == "GMT")
-        return LocalTime(time);
+        return TimeAt(time);
     std::tm zone{};
     std::string const text(rest);
     char const* const end = strptime(text.c_str(), "%z", &zone);
-    return end != nullptr && *end == '\0' ? LocalTime(time - zone.tm_gmtoff) : std::nullopt;
+    return end != nullptr && *end == '\0' ? TimeAt(time - zone.tm_gmtoff) : std::nullopt;
 }
 
-std::optional<CallTime> ReadAs(char const* text, char const* format) {
+std::optional<WrittenTime> ReadAs(char const* text, char const* format) {
     std::tm parts{};
     char const* const rest = strptime(text, format, &parts);
     return rest != nullptr ? WithRest(parts, rest) : std::nullopt;
@@ -116,11 +122,28 @@ std::optional<CallTime> ReadAs(char const* text, char const* format) {
 
 } // namespace
 
-std::optional<CallTime> ReadCallTime(std::string const& text) {
+Moment MomentAt(Instant instant) {
+    return {instant, ShownAt(instant).value_or(instant)};
+}
+
+Instants InstantsOf(CallTime shown) {
+    constexpr Instant kDay = Instant{24} * 3600; // Farther than any zone is from UTC.
+    auto const withOffsetAt = [shown](Instant instant) {
+        return shown - (MomentAt(instant).shown - instant);
+    };
+    Instant const before = withOffsetAt(shown - kDay);
+    Instant const after = withOffsetAt(shown + kDay);
+    bool const isBefore = MomentAt(before).shown == shown;
+    if (isBefore != (MomentAt(after).shown == shown))
+        return isBefore ? Instants{before, before} : Instants{after, after};
+    return {std::min(before, after), std::max(before, after)};
+}
+
+std::optional<WrittenTime> ReadCallTime(std::string const& text) {
     if (text.empty())
         return std::nullopt;
     if (auto const time = ReadUsual(text))
-        return time;
+        return WrittenTime{*time, std::nullopt};
     if (auto const time = ReadSince1970(text))
         return time;
     constexpr char const* kFormats[] = {
@@ -133,7 +156,7 @@ std::optional<CallTime> ReadCallTime(std::string const& text) {
     return std::nullopt;
 }
 
-std::optional<CallTime> ReadCallTimeAs(std::string const& text, std::string const& format) {
+std::optional<WrittenTime> ReadCallTimeAs(std::string const& text, std::string const& format) {
     return ReadAs(text.c_str(), format.c_str());
 }
 

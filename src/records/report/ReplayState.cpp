@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include "common/Error.h"
+#include "records/report/RuleValues.h"
 #include "records/report/StateValues.h"
 #include "text/Input.h"
 
@@ -17,43 +18,7 @@ namespace {
 using nlohmann::json;
 
 /// Changes with everything that a state holds: one version does not read the states of another.
-constexpr int kVersion = 3;
-
-json Put(Rule const& rule) {
-    return {rule.callrecordingrule_id,   ToUtf8(rule.caller_pattern),     rule.caller_call_type,
-            ToUtf8(rule.called_pattern), rule.called_call_type,           rule.call_recording_type,
-            ToUtf8(rule.record_to),      ToUtf8(rule.recording_duration), ToUtf8(rule.description),
-            rule.recording_rule_state};
-}
-
-Rule GetRule(json const& state) {
-    Rule rule;
-    rule.callrecordingrule_id = state.at(0);
-    rule.caller_pattern = GetText(state.at(1));
-    rule.caller_call_type = state.at(2);
-    rule.called_pattern = GetText(state.at(3));
-    rule.called_call_type = state.at(4);
-    rule.call_recording_type = state.at(5);
-    rule.record_to = GetText(state.at(6));
-    rule.recording_duration = GetText(state.at(7));
-    rule.description = GetText(state.at(8));
-    rule.recording_rule_state = state.at(9);
-    return rule;
-}
-
-json PutRules(RuleList const& rules) {
-    json state = json::array();
-    for (Rule const& rule : rules)
-        state.push_back(Put(rule));
-    return state;
-}
-
-RuleList GetRules(json const& state) {
-    RuleList rules;
-    for (json const& rule : state)
-        rules.push_back(GetRule(rule));
-    return rules;
-}
+constexpr int kVersion = 4;
 
 json Put(RuleFileFacts const& file) {
     return {ToUtf8(file.path), file.digest, PutRules(file.rules)};
@@ -64,20 +29,37 @@ RuleFileFacts GetRuleFile(json const& state) {
 }
 
 json Put(EditFacts const& edit) {
-    return {edit.number,
-            edit.time,
-            PutOptional(edit.earliest),
-            edit.isOutside,
-            ToUtf8(edit.user),
-            ToUtf8(edit.command),
-            ToUtf8(edit.message),
-            PutTexts(edit.changes)};
+    return {
+        edit.number,          Put(edit.time),        edit.earliest ? Put(*edit.earliest) : json(),
+        edit.isOutside,       ToUtf8(edit.user),     ToUtf8(edit.command),
+        ToUtf8(edit.message), PutTexts(edit.changes)};
 }
 
 EditFacts GetEdit(json const& state) {
-    return {state.at(0),          state.at(1),          GetTime(state.at(2)),
-            state.at(3),          GetText(state.at(4)), GetText(state.at(5)),
-            GetText(state.at(6)), GetTexts(state.at(7))};
+    EditFacts edit;
+    edit.number = state.at(0);
+    edit.time = GetMoment(state.at(1));
+    if (!state.at(2).is_null())
+        edit.earliest = GetMoment(state.at(2));
+    edit.isOutside = state.at(3);
+    edit.user = GetText(state.at(4));
+    edit.command = GetText(state.at(5));
+    edit.message = GetText(state.at(6));
+    edit.changes = GetTexts(state.at(7));
+    return edit;
+}
+
+json Put(std::optional<Period> const& period) {
+    if (!period)
+        return nullptr;
+    return {period->first.earliest, period->first.latest, period->last.earliest,
+            period->last.latest};
+}
+
+std::optional<Period> GetPeriod(json const& state) {
+    if (state.is_null())
+        return std::nullopt;
+    return Period{{state.at(0), state.at(1)}, {state.at(2), state.at(3)}};
 }
 
 json Put(ReplayFacts const& facts) {
@@ -104,15 +86,6 @@ ReplayFacts GetFacts(json const& state) {
     return facts;
 }
 
-/// What was counted in one era, with its rules where it has some of its own.
-json PutEra(std::size_t era, ReplayState const& state) {
-    json put{{"era", era}, {"report", Put(state.calls.byEra.at(era))}, {"rules", nullptr}};
-    if (auto const facts = state.eras.find(era); facts != state.eras.end())
-        put["rules"] = {PutOptional(facts->second.from), PutOptional(facts->second.to),
-                        facts->second.digest, PutRules(facts->second.rules)};
-    return put;
-}
-
 /// Throws unless all decisions are about rules that there are.
 void RequireRules(ReplayReport const& report, std::size_t rules, std::size_t others) {
     auto const isAbout = [](Decision decision, std::size_t count) {
@@ -130,17 +103,16 @@ void RequireRules(ReplayReport const& report, std::size_t rules, std::size_t oth
         throw std::runtime_error("it counts calls of rules that it does not have");
 }
 
-void GetEra(json const& put, ReplayState& state) {
-    std::size_t const era = put.at("era");
-    bool const hasOwnRules = state.facts.asked.areOfTheirTime;
-    if (hasOwnRules) {
-        json const& rules = put.at("rules");
-        state.eras[era] = {GetTime(rules.at(0)), GetTime(rules.at(1)), rules.at(2),
-                           GetRules(rules.at(3))};
+void GetReports(json const& puts, ReplayState& state) {
+    std::size_t const others = state.facts.there ? state.facts.there->rules.size() : 0;
+    for (json const& put : puts) {
+        std::size_t const era = put.at(0);
+        ReplayReport& report = state.calls.byEra[era] = GetReport(put.at(1));
+        RequireRules(report,
+                     state.facts.asked.areOfTheirTime ? state.eras.at(era).forms.size()
+                                                      : state.facts.here.rules.size(),
+                     others);
     }
-    ReplayReport& report = state.calls.byEra[era] = GetReport(put.at("report"));
-    RequireRules(report, (hasOwnRules ? state.eras[era].rules : state.facts.here.rules).size(),
-                 state.facts.there ? state.facts.there->rules.size() : 0);
 }
 
 ReplayState GetState(json const& state) {
@@ -148,10 +120,13 @@ ReplayState GetState(json const& state) {
         throw std::runtime_error("it was written by another version of this program");
     ReplayState read;
     read.facts = GetFacts(state.at("facts"));
+    read.period = GetPeriod(state.at("period"));
     read.calls.apart = GetReport(state.at("apart"));
     RequireRules(read.calls.apart, 0, 0);
-    for (json const& era : state.at("eras"))
-        GetEra(era, read);
+    RuleList const forms = GetRules(state.at("forms"));
+    read.forms.Take(forms); // They get the numbers that they had.
+    read.eras = GetEras(state.at("states"), forms.size());
+    GetReports(state.at("reports"), read);
     return read;
 }
 
@@ -172,8 +147,8 @@ std::string WayOf(ReplayFacts const& facts) {
 void AddEdits(std::vector<EditFacts>& edits, std::vector<EditFacts> const& others) {
     auto const isBefore = [](EditFacts const& left, EditFacts const& right) {
         // One that is not in the history yet comes last.
-        return std::tuple(left.number == 0, left.number, left.time) <
-               std::tuple(right.number == 0, right.number, right.time);
+        return std::tuple(left.number == 0, left.number, left.time.instant) <
+               std::tuple(right.number == 0, right.number, right.time.instant);
     };
     for (EditFacts const& edit : others) {
         auto const at = std::lower_bound(edits.begin(), edits.end(), edit, isBefore);
@@ -182,14 +157,21 @@ void AddEdits(std::vector<EditFacts>& edits, std::vector<EditFacts> const& other
     }
 }
 
-/// Returns whether the eras that both have are the same ones.
-bool AddEras(std::map<std::size_t, EraFacts>& eras, std::map<std::size_t, EraFacts> const& others) {
+/// Adds the states that other has. Returns whether those that both have are the same ones. Between
+/// the parts the last one may have ended, and rules may have been dropped from the history.
+bool AddEras(ReplayState& to, ReplayState const& other) {
     bool areAlike = true;
-    for (auto const& [era, facts] : others) {
-        EraFacts& known = eras.emplace(era, facts).first->second;
-        areAlike &= known.digest == facts.digest && known.from == facts.from;
-        if (facts.to) // It may have ended between the parts.
-            known.to = facts.to;
+    for (auto const& [index, era] : other.eras) {
+        auto const [known, isNew] = to.eras.try_emplace(index, era);
+        areAlike &= known->second.digest == era.digest &&
+                    known->second.from->instant == era.from->instant &&
+                    known->second.from->shown == era.from->shown;
+        if (isNew || (!known->second.problem.empty() && era.problem.empty())) {
+            known->second.problem = era.problem;
+            known->second.forms = to.forms.Take(other.forms.ListOf(era.forms));
+        }
+        if (era.to)
+            known->second.to = era.to;
     }
     return areAlike;
 }
@@ -197,13 +179,16 @@ bool AddEras(std::map<std::size_t, EraFacts>& eras, std::map<std::size_t, EraFac
 } // namespace
 
 std::string StateLine(ReplayState const& state) {
-    json eras = json::array();
-    for (auto const& entry : state.calls.byEra)
-        eras.push_back(PutEra(entry.first, state));
+    json reports = json::array();
+    for (auto const& [era, report] : state.calls.byEra)
+        reports.push_back({era, Put(report)});
     json const line{{"callrecording_replay_state", kVersion},
                     {"facts", Put(state.facts)},
+                    {"period", Put(state.period)},
                     {"apart", Put(state.calls.apart)},
-                    {"eras", eras}};
+                    {"forms", PutRules(state.forms.Rules())},
+                    {"states", PutEras(state.eras)},
+                    {"reports", reports}};
     return line.dump();
 }
 
@@ -243,10 +228,11 @@ void AddState(ReplayState& to, ReplayState&& state, std::string const& name) {
                     fmt::format("{}: counted by the rules of {}, and the parts before it by those "
                                 "of {}",
                                 name, WayOf(state.facts), WayOf(to.facts)));
-    if (!AddEras(to.eras, state.eras))
+    if (!AddEras(to, state))
         throw Error(Error::Kind::Unreadable,
                     name + ": counted by another history than the parts before it");
     AddEdits(to.facts.edits, state.facts.edits);
+    Widen(to.period, state.period);
     state.calls.MoveBehind(to.calls.apart.files.size());
     to.calls.Add(state.calls);
 }

@@ -2,8 +2,6 @@
 
 #include "records/report/ReportJson.h"
 
-#include <limits>
-
 #include <fmt/format.h>
 
 #include "records/report/Reading.h"
@@ -48,6 +46,13 @@ void AddTally(ordered_json& json, Tally const& tally, std::uint64_t all) {
     json["example"] = ExampleToJson(tally.example);
 }
 
+ordered_json BreaksToJson(RuleSpan const& span) {
+    auto list = ordered_json::array();
+    for (auto const& [since, until] : span.breaks)
+        list.push_back({{"since", TimeText(since)}, {"until", TimeText(until)}});
+    return list;
+}
+
 ordered_json RulesToJson(ReplayReport const& report, ReplayFacts const& facts) {
     RuleList const& rules = facts.here.rules;
     auto list = ordered_json::array();
@@ -59,6 +64,7 @@ ordered_json RulesToJson(ReplayReport const& report, ReplayFacts const& facts) {
                 rule[NameOf(RuleMember::Position)] = nullptr;
             rule["since"] = TimeToJson(facts.spans[i].since);
             rule["until"] = TimeToJson(facts.spans[i].until);
+            rule["breaks"] = BreaksToJson(facts.spans[i]);
         }
         AddTally(rule, report.byRule[i], report.all.calls);
         list.push_back(rule);
@@ -111,12 +117,13 @@ ordered_json RulesOfToJson(RulesAsked const& asked) {
 ordered_json EditsToJson(std::vector<EditFacts> const& edits) {
     auto list = ordered_json::array();
     for (EditFacts const& edit : edits) {
-        ordered_json entry{{"number", edit.number},   {"time", TimeText(edit.time)},
-                           {"earliest", nullptr},     {"outside", edit.isOutside},
-                           {"user", edit.user},       {"command", edit.command},
-                           {"message", edit.message}, {"changes", edit.changes}};
-        if (edit.earliest && *edit.earliest != std::numeric_limits<CallTime>::min())
-            entry["earliest"] = TimeText(*edit.earliest);
+        ordered_json entry{{"number", edit.number},     {"time", TimeText(edit.time.shown)},
+                           {"earliest", nullptr},       {"outside", edit.isOutside},
+                           {"certain", edit.isCertain}, {"user", edit.user},
+                           {"command", edit.command},   {"message", edit.message},
+                           {"changes", edit.changes}};
+        if (edit.earliest)
+            entry["earliest"] = TimeText(edit.earliest->shown);
         list.push_back(entry);
     }
     return list;
@@ -130,6 +137,18 @@ ordered_json ClaimsToJson(std::vector<ClaimFacts> const& claims) {
                         {"rules_of", claim.rules},
                         {"proved", claim.isProved},
                         {"reason", claim.verdict}});
+    return list;
+}
+
+ordered_json StatesToJson(std::vector<EraFacts> const& eras) {
+    auto list = ordered_json::array();
+    for (EraFacts const& era : eras) {
+        ordered_json const until = era.to ? ordered_json(TimeText(era.to->shown)) : ordered_json();
+        list.push_back({{"since", TimeText(era.from->shown)},
+                        {"until", until},
+                        {"sha256", era.digest},
+                        {"reason", era.problem}});
+    }
     return list;
 }
 
@@ -209,6 +228,7 @@ ordered_json ToJson(ReplayReport const& report, ReplayFacts const& facts) {
                       {"rules_of", RulesOfToJson(facts.asked)},
                       {"edits", EditsToJson(facts.edits)},
                       {"edits_since", facts.laterEdits},
+                      {"states_not_known", StatesToJson(facts.unknown)},
                       {"claims", ClaimsToJson(facts.claims)},
                       {"recorded", report.Recorded()},
                       {"forbidden", report.forbidden.calls},

@@ -11,8 +11,9 @@
 
 namespace callrecordingctl {
 
-/// Proves each claim of the file at policy for the rules of each era, for typed calls and for calls
-/// of parties. Throws a Failure that names the line.
+/// Proves each claim of the file at policy for the rules of each era, equal ones once, for typed
+/// calls and for calls of parties. Eras of which the same is said are told together. Throws a
+/// Failure that names the line.
 std::vector<ClaimFacts> ProveClaims(std::string const& policy, WholeReport const& report);
 
 } // namespace callrecordingctl

@@ -219,7 +219,8 @@ void AddReplay(CommandLine& line) {
         replay
             .add_option(
                 "--policy", options->page.policy,
-                "Prove the claims of this file about the rules,\nas \"prove --file\" takes them")
+                "Prove the claims of this file about the rules,\nas \"prove --file\" takes them; "
+                "with --as-of history\nabout all rules from the first to the last call")
             ->type_name("POLICY");
     CLI::Option* const asOf = AddText(
         replay, "--as-of", "history|WHEN",

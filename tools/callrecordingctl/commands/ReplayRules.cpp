@@ -2,9 +2,8 @@
 
 #include "commands/ReplayRules.h"
 
-#include <ctime>
+#include <algorithm>
 #include <filesystem>
-#include <limits>
 
 #include <fmt/format.h>
 
@@ -12,6 +11,7 @@
 #include "Rules.h"
 #include "administration/edit/Changes.h"
 #include "administration/inspection/ReadRules.h"
+#include "common/Error.h"
 #include "output/EditReport.h"
 
 namespace callrecordingctl {
@@ -29,11 +29,32 @@ RuleFileFacts ReadRuleFile(std::string const& path) {
     return facts;
 }
 
-/// What a clock on the wall shows at an instant.
-CallTime OnTheWall(std::int64_t seconds) {
-    std::time_t const instant = seconds;
-    std::tm parts{};
-    return localtime_r(&instant, &parts) != nullptr ? timegm(&parts) : seconds;
+/// When the first and the last call were.
+std::optional<Period> PeriodOf(CountedCalls const& calls) {
+    Extent instants = calls.apart.instants;
+    Extent shown = calls.apart.shownTimes;
+    for (auto const& entry : calls.byEra) {
+        instants.Add(entry.second.instants);
+        shown.Add(entry.second.shownTimes);
+    }
+    std::optional<Period> period;
+    if (instants.first)
+        period = Period{{*instants.first, *instants.first}, {*instants.last, *instants.last}};
+    if (shown.first)
+        Widen(period, Period{InstantsOf(*shown.first), InstantsOf(*shown.last)});
+    return period;
+}
+
+/// Where a clock was set back, an era begins after the one behind it, and ends before it begins: it
+/// gets the beginning of the one behind it.
+std::vector<Moment> BeginsOf(std::vector<RuleEra> const& eras) {
+    std::vector<Moment> begins(eras.size() - kFirstRecorded);
+    Moment next{RuleEra::kNow, RuleEra::kNow};
+    for (std::size_t i = begins.size(); i-- > 0; begins[i] = next) {
+        Moment const begin = MomentAt(eras[i + kFirstRecorded].from);
+        next = {std::min(begin.instant, next.instant), std::min(begin.shown, next.shown)};
+    }
+    return begins;
 }
 
 } // namespace
@@ -71,11 +92,9 @@ void ReplayRules::ReadTimeline(bool isNeeded) {
 void ReplayRules::AskOfTheirTime() {
     facts_.asked.areOfTheirTime = true;
     facts_.here.rules.clear();
-    std::vector<CallTime> begins;
-    for (std::size_t i = kFirstRecorded; i < timeline_->Eras().size(); ++i)
-        begins.push_back(OnTheWall(timeline_->Eras()[i].from));
-    rules_.emplace(std::move(begins), [this](std::size_t era) {
-        return RulesIn(timeline_->Eras()[era + kFirstRecorded]);
+    begins_ = BeginsOf(timeline_->Eras());
+    rules_.emplace(begins_, [this](std::size_t era) {
+        return Read(timeline_->Eras()[era + kFirstRecorded]).rules;
     });
 }
 
@@ -83,88 +102,122 @@ void ReplayRules::AskAsOf(std::string const& when) {
     std::int64_t const seconds = ParseTime("--as-of", when);
     RuleEra const& era = timeline_->At(seconds);
     if (era.from == RuleEra::kAlways)
-        throw Failure(kExitUnreadable,
-                      fmt::format("{}: the history of its rules begins later, at {}", path_,
-                                  TimeText(OnTheWall(timeline_->Eras()[kFirstRecorded].from))));
-    std::optional<RuleList> rules = RulesIn(era);
-    if (!rules)
-        throw Failure(kExitUnreadable, fmt::format("{}: the rules of {} are not kept any more",
-                                                   path_, TimeText(OnTheWall(seconds))));
-    facts_.asked.asOf = TimeText(OnTheWall(seconds));
-    facts_.here.rules = std::move(*rules);
+        throw Failure(
+            kExitUnreadable,
+            fmt::format("{}: the history of its rules begins later, at {}", path_,
+                        TimeText(MomentAt(timeline_->Eras()[kFirstRecorded].from).shown)));
+    facts_.asked.asOf = TimeText(MomentAt(seconds).shown);
+    Known known = Read(era);
+    if (!known.rules)
+        throw Failure(kExitUnreadable, fmt::format("{}: the rules of {}: {}", path_,
+                                                   facts_.asked.asOf, known.problem));
+    facts_.here.rules = std::move(*known.rules);
     facts_.here.digest = era.digest;
     rules_.emplace(facts_.here.rules);
 }
 
-std::optional<RuleList> ReplayRules::RulesIn(RuleEra const& era) {
-    std::optional<std::string> const text = timeline_->TextOf(era);
-    if (!text)
-        return std::nullopt;
-    return RulesOf(*text, fmt::format("{} in state {}", path_, era.digest.substr(0, 8)));
+ReplayRules::Known ReplayRules::Read(RuleEra const& era) {
+    Known known{era.digest, std::nullopt, ""};
+    try {
+        if (std::optional<std::string> const text = timeline_->TextOf(era))
+            known.rules =
+                RulesOf(*text, fmt::format("{} in state {}", path_, era.digest.substr(0, 8)));
+        else
+            known.problem = "not kept any more";
+    } catch (Error const& error) { // A file that a hand broke has a state like any other.
+        known.problem = error.what();
+    }
+    return known;
 }
 
-EditFacts ReplayRules::EditOf(std::size_t era, bool withChanges) {
+ReplayRules::Known const& ReplayRules::RulesIn(RuleEra const& era) {
+    auto const found = std::find_if(read_.begin(), read_.end(), [&era](Known const& known) {
+        return known.digest == era.digest;
+    });
+    if (found != read_.end()) {
+        read_.splice(read_.begin(), read_, found);
+        return read_.front();
+    }
+    read_.push_front(Read(era));
+    if (read_.size() > 2)
+        read_.pop_back();
+    return read_.front();
+}
+
+EditFacts ReplayRules::EditOf(std::size_t era) const {
     RuleEra const& after = timeline_->Eras()[era];
     HistoryEntry const& entry = *after.edit;
-    EditFacts edit{entry.number,    OnTheWall(after.from), std::nullopt,       entry.IsOutside(),
-                   entry.note.user, entry.note.command,    entry.note.message, {}};
-    if (edit.isOutside)
-        edit.earliest = after.mayBeginAt == RuleEra::kAlways ? std::numeric_limits<CallTime>::min()
-                                                             : OnTheWall(after.mayBeginAt);
-    if (!withChanges) {
-        edit.changes.emplace_back(
-            "what changed was not looked up: there are more than 100 later edits");
-        return edit;
-    }
-    std::optional<RuleList> const old = RulesIn(timeline_->Eras()[era - 1]);
-    std::optional<RuleList> const now = RulesIn(after);
-    if (!old || !now) {
-        edit.changes.emplace_back("what changed is not known: these rules are not kept any more");
-        return edit;
-    }
-    std::size_t others = 0;
-    for (Change const& change : ChangesBetween(*old, *now))
-        if (change.isMeant && edit.changes.size() < kMostChanges)
-            edit.changes.push_back(Sentence(change, now->size()));
-        else
-            others += change.isMeant ? 1 : 0;
-    if (others > 0)
-        edit.changes.push_back(fmt::format("and {} more", others));
-    if (edit.changes.empty())
-        edit.changes.emplace_back("no rule changed; comments or other entries did");
+    EditFacts edit;
+    edit.number = entry.number;
+    edit.time = MomentAt(after.from);
+    edit.isOutside = entry.IsOutside();
+    if (edit.isOutside && after.mayBeginAt != RuleEra::kAlways)
+        edit.earliest = MomentAt(after.mayBeginAt);
+    edit.user = entry.note.user;
+    edit.command = entry.note.command;
+    edit.message = entry.note.message;
     return edit;
 }
 
-/// All edits since the first call, or of a part all there are.
-void ReplayRules::AddEdits(ReplayState& state, bool isPart) {
-    std::optional<CallTime> first = state.calls.apart.all.first;
-    for (auto const& [era, report] : state.calls.byEra)
-        if (report.all.first)
-            first = std::min(first.value_or(*report.all.first), *report.all.first);
-    if (!timeline_ || (!first && !isPart))
-        return;
-    std::vector<std::size_t> since;
-    for (std::size_t i = kFirstRecorded; i < timeline_->Eras().size(); ++i)
-        if (isPart || OnTheWall(timeline_->Eras()[i].from) >= *first)
-            since.push_back(i);
-    for (std::size_t const era : since)
-        state.facts.edits.push_back(EditOf(era, era + kMostEdits >= timeline_->Eras().size()));
+std::vector<std::string> ReplayRules::ChangesOf(std::size_t era) {
+    std::vector<RuleEra> const& eras = timeline_->Eras();
+    if (era + kMostEdits < eras.size())
+        return {"what changed was not looked up: there are more than 100 later edits"};
+    Known const& old = RulesIn(eras[era - 1]);
+    Known const& now = RulesIn(eras[era]);
+    for (Known const* const known : {&old, &now})
+        if (!known->rules)
+            return {fmt::format("what changed is not known: the rules of state {}: {}",
+                                known->digest.substr(0, 8), known->problem)};
+    std::vector<std::string> sentences;
+    std::size_t others = 0;
+    for (Change const& change : ChangesBetween(*old.rules, *now.rules))
+        if (change.isMeant && sentences.size() < kMostChanges)
+            sentences.push_back(Sentence(change, now.rules->size()));
+        else
+            others += change.isMeant ? 1 : 0;
+    if (others > 0)
+        sentences.push_back(fmt::format("and {} more", others));
+    if (sentences.empty())
+        sentences.emplace_back("no rule changed; comments or other entries did");
+    return sentences;
+}
+
+/// Without its rules.
+EraFacts ReplayRules::EraOf(std::size_t era) const {
+    auto const begin = [this](std::size_t which) {
+        return Moment{begins_[which - kFirstRecorded].instant,
+                      MomentAt(timeline_->Eras()[which].from).shown};
+    };
+    EraFacts facts;
+    facts.from = begin(era);
+    if (era + 1 < timeline_->Eras().size())
+        facts.to = begin(era + 1);
+    facts.digest = timeline_->Eras()[era].digest;
+    return facts;
 }
 
 ReplayState ReplayRules::StateOf(CountedCalls&& calls, bool isPart) {
-    ReplayState state{facts_, {}, std::move(calls)};
-    for (auto const& [index, report] : state.calls.byEra) {
-        if (!facts_.asked.areOfTheirTime)
+    ReplayState state{facts_, PeriodOf(calls), {}, {}, std::move(calls)};
+    std::size_t const eras = timeline_ ? timeline_->Eras().size() : 0;
+    for (std::size_t i = kFirstRecorded; i < eras; ++i) {
+        if (facts_.asked.areOfTheirTime) {
+            EraFacts era = EraOf(i);
+            std::size_t const index = i - kFirstRecorded;
+            if (isPart || IsWithin(era, state.period) || state.calls.byEra.count(index) > 0) {
+                Known const& known = RulesIn(timeline_->Eras()[i]);
+                era.problem = known.problem;
+                if (known.rules)
+                    era.forms = state.forms.Take(*known.rules);
+                state.eras.emplace(index, std::move(era));
+            }
+        }
+        EditFacts edit = EditOf(i);
+        if (!isPart && (!state.period || edit.time.instant < state.period->first.earliest))
             continue;
-        RuleEra const& era = timeline_->Eras()[index + kFirstRecorded];
-        EraFacts& facts = state.eras[index];
-        facts.from = OnTheWall(era.from);
-        if (era.to != RuleEra::kNow)
-            facts.to = OnTheWall(era.to);
-        facts.digest = era.digest;
-        facts.rules = RulesIn(era).value_or(RuleList());
+        edit.changes = ChangesOf(i);
+        state.facts.edits.push_back(std::move(edit));
     }
-    AddEdits(state, isPart);
     return state;
 }
 

@@ -4,8 +4,11 @@
 #ifndef CALLRECORDINGCTL_COMMANDS_REPLAYRULES_H
 #define CALLRECORDINGCTL_COMMANDS_REPLAYRULES_H
 
+#include <cstddef>
+#include <list>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Names.h"
 #include "administration/history/RuleTimeline.h"
@@ -27,22 +30,32 @@ class ReplayRules {
     ReplayFacts const& Facts() const { return facts_; }
 
     /// What was counted by these rules, with all that a report says about them. A part has all
-    /// edits: only with the other parts is it known which are between the first and the last call.
+    /// edits and states: only with the other parts is it known which are of the period.
     ReplayState StateOf(CountedCalls&& calls, bool isPart);
 
   private:
-    void ReadNow();
+    /// The rules of a state, or why they are not known.
+    struct Known {
+        std::string digest;
+        std::optional<RuleList> rules;
+        std::string problem;
+    };
+
     void ReadTimeline(bool isNeeded);
     void AskOfTheirTime();
     void AskAsOf(std::string const& when);
-    std::optional<RuleList> RulesIn(RuleEra const& era);
-    EditFacts EditOf(std::size_t era, bool withChanges);
-    void AddEdits(ReplayState& state, bool isPart);
+    Known Read(RuleEra const& era);
+    Known const& RulesIn(RuleEra const& era);
+    EraFacts EraOf(std::size_t era) const;
+    EditFacts EditOf(std::size_t era) const;
+    std::vector<std::string> ChangesOf(std::size_t era);
 
     std::string const path_;
     ReplayFacts facts_;
     std::optional<RuleTimeline> timeline_;
+    std::vector<Moment> begins_; // Of the eras whose beginning is known, where calls ask for them.
     std::optional<RulesOverTime> rules_;
+    std::list<Known> read_; // The states that were asked for last: an edit is about two.
 };
 
 } // namespace callrecordingctl

@@ -2,13 +2,12 @@
 
 #include "output/ReplayText.h"
 
-#include <limits>
-
 #include <fmt/format.h>
 
 #include "output/RuleText.h"
 #include "output/Screen.h"
 #include "output/Table.h"
+#include "records/report/PeriodText.h"
 #include "records/report/Reading.h"
 #include "records/report/ReconciliationReport.h"
 #include "text/Printable.h"
@@ -28,12 +27,6 @@ std::string WhenText(std::optional<CallTime> time) {
     return time ? TimeText(*time) : "";
 }
 
-/// "until 2026-11-12 10:00:00" for a rule that the last rules with calls do not have.
-std::string SpanText(RuleSpan const& span) {
-    return span.isStillThere ? (span.since ? "since " + WhenText(span.since) : "")
-                             : "until " + WhenText(span.until);
-}
-
 void PrintRules(ReplayReport const& report, ReplayFacts const& facts) {
     RuleList const& rules = facts.here.rules;
     std::vector<RuleSpan> const& spans = facts.spans;
@@ -43,7 +36,7 @@ void PrintRules(ReplayReport const& report, ReplayFacts const& facts) {
         headers.insert(headers.end(), {"FIRST", "LAST"});
     headers.push_back("EXAMPLE");
     if (!spans.empty())
-        headers.push_back("SEEN");
+        headers.push_back("IN THE FILE");
     headers.insert(headers.end(), {"RECORD TO", "DESCRIPTION"});
     Table table(headers, hasTimes ? 7 : 5, 2);
     auto const add = [&](std::vector<std::string> row, Tally const& tally,
@@ -59,7 +52,7 @@ void PrintRules(ReplayReport const& report, ReplayFacts const& facts) {
     for (std::size_t i = 0; i < rules.size(); ++i) {
         std::vector<std::string> rest{RecordToText(rules[i]), rules[i].description};
         if (!spans.empty())
-            rest.insert(rest.begin(), SpanText(spans[i]));
+            rest.insert(rest.begin(), InFileText(spans[i]));
         add({spans.empty() || spans[i].isStillThere ? std::to_string(i + 1) : "-",
              std::to_string(rules[i].callrecordingrule_id), StateText(rules[i])},
             report.byRule[i], rest);
@@ -72,13 +65,11 @@ void PrintRules(ReplayReport const& report, ReplayFacts const& facts) {
 
 /// Who made an edit and, if wanted, what it changed.
 void PrintEdit(EditFacts const& edit, bool withChanges) {
-    bool const isKnown = edit.earliest.value_or(edit.time) != std::numeric_limits<CallTime>::min();
-    std::string const who =
-        edit.isOutside ? "changed outside the history, first seen then" +
-                             (isKnown ? ", made after " + WhenText(edit.earliest) : std::string())
-                       : edit.user + ": " + edit.command;
-    PrintLines("  {}  {}{}\n", TimeText(edit.time), Printable(who),
-               edit.message.empty() ? "" : Printable(" (" + edit.message + ")"));
+    std::string const who = edit.isOutside ? "changed outside the history, " + MadeText(edit)
+                                           : edit.user + ": " + edit.command;
+    PrintLines("  {}  {}{}{}\n", TimeText(edit.time.shown), Printable(who),
+               edit.message.empty() ? "" : Printable(" (" + edit.message + ")"),
+               edit.isCertain ? "" : "; perhaps not between the first and the last call");
     for (std::string const& change : edit.changes)
         if (withChanges)
             PrintLines("    {}\n", Printable(change));
@@ -151,15 +142,17 @@ void PrintRulesAsked(ReplayReport const& report, ReplayFacts const& facts) {
     std::pair<char const*, Tally const*> const tallies[] = {
         {"before the history of the rules begins", &report.withoutRulesBefore},
         {"without a time", &report.withoutRulesOfNoTime},
-        {"of a time whose rules are not kept any more", &report.withoutRulesNotKept}};
+        {"of a time whose rules are not known", &report.withoutRulesNotKept}};
     for (auto const& [what, tally] : tallies)
         if (tally->calls > 0)
             PrintLines("not decided: {} {}\n", Plural(tally->calls, "call"), what);
+    for (std::string const& sentence : UnknownSentences(facts.unknown))
+        PrintLines("{}\n", Printable(sentence));
     if (facts.edits.empty() && facts.laterEdits == 0)
         return;
     PrintLines(
-        "edits between the first and the last call: {}, later ones: {}{}\n", facts.edits.size(),
-        facts.laterEdits,
+        "edits between the first and the last call: {}, later ones: {}{}\n",
+        EditCountText(facts.edits), facts.laterEdits,
         asked.areOfTheirTime ? "" : "; --as-of history decides each call by the rules of its time");
     for (EditFacts const& edit : facts.edits)
         PrintEdit(edit, asked.areOfTheirTime);
