@@ -120,8 +120,7 @@ ReplayRules::Known ReplayRules::Read(RuleEra const& era) {
     Known known{era.digest, std::nullopt, ""};
     try {
         if (std::optional<std::string> const text = timeline_->TextOf(era))
-            known.rules =
-                RulesOf(*text, fmt::format("{} in state {}", path_, era.digest.substr(0, 8)));
+            known.rules = RulesOf(*text, "state " + era.digest.substr(0, 8));
         else
             known.problem = "not kept any more";
     } catch (Error const& error) { // A file that a hand broke has a state like any other.
@@ -167,7 +166,7 @@ std::vector<std::string> ReplayRules::ChangesOf(std::size_t era) {
     Known const& now = RulesIn(eras[era]);
     for (Known const* const known : {&old, &now})
         if (!known->rules)
-            return {fmt::format("what changed is not known: the rules of state {}: {}",
+            return {fmt::format("what changed is not known: the rules of state {} are not: {}",
                                 known->digest.substr(0, 8), known->problem)};
     std::vector<std::string> sentences;
     std::size_t others = 0;
