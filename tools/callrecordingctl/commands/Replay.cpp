@@ -66,7 +66,7 @@ void PrintEach(Replay::Options& how, EachCall const& each, bool json) {
     bool const isTerminal = isatty(STDOUT_FILENO) == 1;
     auto const print = [isTerminal](std::string const& line) {
         std::string_view rest = line; // No field has a tab.
-        for (std::size_t tab = 0; isTerminal && (tab = rest.find('\t')) != rest.npos;
+        for (std::size_t tab = 0; isTerminal && (tab = rest.find('\t')) != std::string_view::npos;
              rest.remove_prefix(tab + 1))
             fmt::print("{}\t", Printable(rest.substr(0, tab)));
         fmt::print("{}\n", isTerminal ? Printable(rest) : rest);
