@@ -43,7 +43,7 @@ std::vector<std::string> UnknownSentences(std::vector<EraFacts> const& unknown) 
     std::vector<std::string> sentences;
     for (auto first = unknown.begin(); first != unknown.end();) {
         auto end = first + 1;
-        while (end != unknown.end() && end->problem == first->problem &&
+        while (end != unknown.end() && end->problem == first->problem && (end - 1)->to &&
                end->from->instant == (end - 1)->to->instant)
             ++end;
         EraFacts const& last = *(end - 1);

@@ -56,7 +56,7 @@ class AllRules {
             span.since = era.from->shown;
             span.isNew = era.from->instant > begin_;
         } else if (last != before) {
-            span.breaks.emplace_back(last->to->shown, era.from->shown);
+            span.breaks.emplace_back(last->to.value_or(*era.from).shown, era.from->shown);
         }
         span.until = era.to ? std::optional(era.to->shown) : std::nullopt;
         last = &era;

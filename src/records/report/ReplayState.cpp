@@ -107,6 +107,8 @@ void GetReports(json const& puts, ReplayState& state) {
     std::size_t const others = state.facts.there ? state.facts.there->rules.size() : 0;
     for (json const& put : puts) {
         std::size_t const era = put.at(0);
+        if (state.facts.asked.areOfTheirTime && state.eras.count(era) == 0)
+            throw std::runtime_error("it counts calls of a state that it does not have");
         ReplayReport& report = state.calls.byEra[era] = GetReport(put.at(1));
         RequireRules(report,
                      state.facts.asked.areOfTheirTime ? state.eras.at(era).forms.size()

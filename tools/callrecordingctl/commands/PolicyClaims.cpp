@@ -79,7 +79,7 @@ std::string NameOf(EraFacts const& era) {
     return era.from ? fmt::format("from {}, {}", TimeText(era.from->shown), state) : state;
 }
 
-/// States of which the same is said. Each is named, unless the claim is proved for several.
+/// States of which the same is said. Each is named, unless that are all or the claim is proved.
 struct Group {
     Verdict verdict;
     std::size_t states = 0;
@@ -90,7 +90,7 @@ struct Group {
             names += (names.empty() ? "" : "; ") + NameOf(era);
     }
     std::string Names(std::size_t all) const {
-        if (!verdict.isProved || states == 1)
+        if (states == 1 || (states < all && !verdict.isProved))
             return names;
         return states == all ? fmt::format("all {} states", all)
                              : fmt::format("{} of {} states", states, all);
