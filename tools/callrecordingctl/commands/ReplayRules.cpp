@@ -204,10 +204,14 @@ ReplayState ReplayRules::StateOf(CountedCalls&& calls, bool isPart) {
             EraFacts era = EraOf(i);
             std::size_t const index = i - kFirstRecorded;
             if (isPart || IsWithin(era, state.period) || state.calls.byEra.count(index) > 0) {
-                Known const& known = RulesIn(timeline_->Eras()[i]);
-                era.problem = known.problem;
-                if (known.rules)
-                    era.forms = state.forms.Take(*known.rules);
+                if (state.calls.byEra.count(index) > 0) { // They were read for the calls.
+                    era.forms = state.forms.Take(rules_->In(index)->Rules());
+                } else {
+                    Known const& known = RulesIn(timeline_->Eras()[i]);
+                    era.problem = known.problem;
+                    if (known.rules)
+                        era.forms = state.forms.Take(*known.rules);
+                }
                 state.eras.emplace(index, std::move(era));
             }
         }
