@@ -16,9 +16,10 @@ constexpr std::size_t kNodeBytes = 128;
 } // namespace
 
 AddressSearch::AddressSearch(AutomatonPool& pool, std::vector<SideId> const& must,
-                             std::vector<SideId> const& others, Judge& judge, Allowance& allowance)
+                             std::vector<SideId> const& others, Judge& judge, Allowance& allowance,
+                             Prefer prefer)
     : pool_(pool), must_(must), others_(others), judge_(judge), allowance_(allowance),
-      known_(16, Hash{this}, Equal{this}) {}
+      prefer_(prefer), known_(16, Hash{this}, Equal{this}) {}
 
 AddressSearch::~AddressSearch() {
     allowance_.bytes += bytes_;
@@ -75,10 +76,11 @@ Cost AddressSearch::CostIn(Zone zone, Symbol symbol) const {
     // No character of a party's user compares as this one except odd ones.
     bool const isOdd =
         symbol == kBelowDigits && (zone >= Zone::PortBegin || pool_.Calls() == CallKind::Parties);
-    return isOdd ? kOddCost : CostOf(symbol);
+    bool const isUnwanted = symbol < kFirstLetter && prefer_ == Prefer::OtherSymbols;
+    return isOdd ? kOddCost : isUnwanted ? kEmptyCost : CostOf(symbol);
 }
 
-/// Of the symbols that all automata treat alike, the first one stands for all: it is the cheapest.
+/// Of the symbols that all automata treat alike, the cheapest one stands for all.
 void AddressSearch::Expand(NodeId node) {
     Zone const zone = nodes_[node].zone;
     SymbolSet special;
@@ -87,9 +89,12 @@ void AddressSearch::Expand(NodeId node) {
     special.Add(kHostMark); // Impossible in most zones; where one is not, it leads to another.
     special.Add(kPortMark);
     auto const behind = [&](Symbol symbol) { return ZoneBehind(pool_.Calls(), zone, symbol); };
-    Symbol rest = 0;
-    while (rest < kTextSymbols && (special.Has(rest) || !behind(rest)))
+    auto const isSpecial = [&](Symbol symbol) { return special.Has(symbol) || !behind(symbol); };
+    Symbol rest = prefer_ == Prefer::Digits ? 0 : kFirstLetter;
+    while (rest < kTextSymbols && isSpecial(rest))
         ++rest;
+    for (Symbol digit = 0; rest == kTextSymbols && digit < kFirstLetter; ++digit)
+        rest = isSpecial(digit) ? rest : digit;
     if (rest < kTextSymbols)
         special.Add(rest);
     special.ForEach([&](Symbol symbol) {

@@ -22,6 +22,10 @@ struct Allowance {
 
 enum class Outcome { Found, None, Undecided };
 
+/// Which of many addresses is found. Digits are what people like to see; where rules for many
+/// numbers take these, one without digits is the sooner found.
+enum class Prefer { Digits, OtherSymbols };
+
 /// One search. It runs all automata at once over all addresses ("subset construction" of automata
 /// side by side): a node is the set of states that they are in, and no node is met twice. It goes
 /// where the rest of an address that all of must accept is cheapest (A*), and so finds the cheapest
@@ -43,7 +47,8 @@ class AddressSearch {
 
     /// others is ascending.
     AddressSearch(AutomatonPool& pool, std::vector<SideId> const& must,
-                  std::vector<SideId> const& others, Judge& judge, Allowance& allowance);
+                  std::vector<SideId> const& others, Judge& judge, Allowance& allowance,
+                  Prefer prefer = Prefer::Digits);
     ~AddressSearch();
     AddressSearch(AddressSearch const&) = delete;
     AddressSearch& operator=(AddressSearch const&) = delete;
@@ -105,6 +110,7 @@ class AddressSearch {
     std::vector<SideId> const others_;
     Judge& judge_;
     Allowance& allowance_;
+    Prefer const prefer_;
     std::size_t bytes_ = 0; // Taken from the allowance, and given back in the end.
     bool isSpent_ = false;
     std::vector<StateId> states_;

@@ -109,16 +109,8 @@ AnalysedRules::Places AnalysedRules::MayMeet(RuleSpace::RuleId id, std::size_t b
 std::optional<AnalysedRules::Places> AnalysedRules::Matching(FoundCall const& call,
                                                              std::size_t end) {
     constexpr std::size_t kMost = 1000;
-    Places matching;
-    ExampleCall const shown = Shown(call);
-    auto place = decider_.PlaceFor(shown);
-    for (; place && *place < end && matching.size() < kMost; place = decider_.PlaceFor(shown)) {
-        matching.push_back(*place);
-        decider_.LeaveOut(*place);
-    }
-    for (std::size_t const found : matching)
-        decider_.TakeIn(found);
-    if (place && *place < end)
+    Places matching = decider_.PlacesFor(Shown(call), end, kMost);
+    if (matching.size() == kMost)
         return std::nullopt;
     auto const isUnreadable = [this](std::size_t rule) { return !space_.IsReadable(rule); };
     matching.erase(std::remove_if(matching.begin(), matching.end(), isUnreadable), matching.end());

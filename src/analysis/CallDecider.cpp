@@ -78,6 +78,21 @@ std::optional<std::size_t> CallDecider::PlaceWithout(std::size_t place, ExampleC
     return without;
 }
 
+std::vector<std::size_t> CallDecider::PlacesFor(ExampleCall const& call, std::size_t end,
+                                                std::size_t most) {
+    std::vector<std::size_t> places;
+    while (places.size() < most) {
+        auto const place = PlaceFor(call);
+        if (!place || *place >= end)
+            break;
+        places.push_back(*place);
+        LeaveOut(*place);
+    }
+    for (std::size_t const place : places)
+        TakeIn(place);
+    return places;
+}
+
 /// A decision looks at the state of a record when it comes to it, so the index need not know.
 void CallDecider::LeaveOut(std::size_t place) {
     rules_[place].recording_rule_state = RULE_DISABLED;

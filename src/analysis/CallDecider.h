@@ -31,6 +31,10 @@ class CallDecider {
     /// The same if the rule at place were not there.
     std::optional<std::size_t> PlaceWithout(std::size_t place, ExampleCall const& call);
 
+    /// The places before end of the rules that take part and match call, ascending, the first most
+    /// of them.
+    std::vector<std::size_t> PlacesFor(ExampleCall const& call, std::size_t end, std::size_t most);
+
     /// Leaves the rule at place out of all decisions to come, or takes it in again.
     void LeaveOut(std::size_t place);
     void TakeIn(std::size_t place);

@@ -4,18 +4,23 @@
 
 #include <algorithm>
 #include <iterator>
+#include <unordered_set>
 
 namespace CallRecordingUtils {
 namespace {
 
-// Where more rules than this take calls one after the other, all that may be in the way are looked
-// at together.
+// From this round on calls are preferred that rules for numbers do not take, and all rules are
+// avoided that take a call, since one of them may take the rest as well: "*251" behind "50*",
+// "60*" and so on.
+constexpr std::size_t kFewRounds = 8;
+// After so many rounds all rules that may be in the way are looked at together.
 constexpr std::size_t kMostRounds = 64;
 
 class Finder {
   public:
     Finder(RuleSpace& space, CallSought const& sought)
-        : space_(space), sought_(sought), avoid_(sought.avoid) {}
+        : space_(space), sought_(sought), avoid_(sought.avoid),
+          known_(avoid_.begin(), avoid_.end()) {}
 
     CallAnswer Run() {
         Allowance const begun = space_.BeginQuestion(sought_.importance);
@@ -29,7 +34,7 @@ class Finder {
     using RuleId = RuleSpace::RuleId;
 
     CallAnswer Find() {
-        while (takers_.size() < kMostRounds)
+        for (round_ = 0; round_ < kMostRounds; ++round_)
             if (auto answer = Round())
                 return *answer;
         return LookAtAll();
@@ -37,7 +42,8 @@ class Finder {
 
     /// Nothing: there is one more rule to avoid.
     std::optional<CallAnswer> Round() {
-        CallFinding const finding = space_.Search(sought_.must, avoid_, allowance_);
+        Prefer const prefer = round_ < kFewRounds ? Prefer::Digits : Prefer::OtherSymbols;
+        CallFinding const finding = space_.Search(sought_.must, avoid_, allowance_, prefer);
         if (finding.outcome == Outcome::Undecided)
             return Undecided({UndecidedReason::kLongSearch, std::nullopt});
         if (finding.outcome == Outcome::None)
@@ -49,12 +55,21 @@ class Finder {
         case Fate::kUnclear: return Undecided({UndecidedReason::kLongSearch, std::nullopt});
         case Fate::kTaken: break;
         }
-        bool const isKnown = std::find(avoid_.begin(), avoid_.end(), fate.rule) != avoid_.end();
-        if (isKnown)
+        if (!Avoid(fate.rule))
             return Undecided({UndecidedReason::kLongSearch, std::nullopt});
-        avoid_.push_back(fate.rule);
-        takers_.push_back(fate.rule);
+        if (round_ >= kFewRounds && sought_.allTaking)
+            for (RuleId const rule : sought_.allTaking(finding.call))
+                Avoid(rule);
         return std::nullopt;
+    }
+
+    /// Returns whether rule was not avoided before.
+    bool Avoid(RuleId rule) {
+        if (!known_.insert(rule).second)
+            return false;
+        avoid_.push_back(rule);
+        takers_.push_back(rule);
+        return true;
     }
 
     /// A rule without an automaton was avoided with more than what it matches.
@@ -75,10 +90,7 @@ class Finder {
 
     CallAnswer LookAtAll() {
         for (RuleId const rule : sought_.mayBeInTheWay())
-            if (std::find(takers_.begin(), takers_.end(), rule) == takers_.end()) {
-                avoid_.push_back(rule);
-                takers_.push_back(rule);
-            }
+            Avoid(rule);
         if (auto answer = Round())
             return *answer;
         return Undecided({UndecidedReason::kLongSearch, std::nullopt});
@@ -104,6 +116,8 @@ class Finder {
     Allowance allowance_{};
     RuleSpace::RuleIds avoid_;
     RuleSpace::RuleIds takers_;
+    std::unordered_set<RuleId> known_; // Those of avoid_.
+    std::size_t round_ = 0;
 };
 
 } // namespace

@@ -43,6 +43,9 @@ struct CallSought {
     RuleSpace::RuleIds avoid; ///< None of these does.
     /// Asks the matcher, whose answer counts also where a rule has no automaton.
     std::function<Fate(FoundCall const&)> fateOf;
+    /// All rules that take a call of fate kTaken, or some, for when the first ones of several calls
+    /// did not settle it. It may be empty.
+    std::function<RuleSpace::RuleIds(FoundCall const&)> allTaking{};
     /// Rules that may be in the way, for when too many were met one after the other.
     std::function<RuleSpace::RuleIds()> mayBeInTheWay;
     RuleSpace::Importance importance = RuleSpace::kMain;

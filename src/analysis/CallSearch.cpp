@@ -38,8 +38,8 @@ class InnerJudge final : public AddressSearch::Judge {
 /// Tries the other side for every address whose accepting sides are not known to be hopeless.
 class OuterJudge final : public AddressSearch::Judge {
   public:
-    OuterJudge(AutomatonPool& pool, Sides const& must, Allowance& allowance)
-        : pool_(pool), must_(must), allowance_(allowance) {}
+    OuterJudge(AutomatonPool& pool, Sides const& must, Allowance& allowance, Prefer prefer)
+        : pool_(pool), must_(must), allowance_(allowance), prefer_(prefer) {}
 
     void Avoid(SideId outerSide, SideId innerSide) { innerOf_[outerSide].push_back(innerSide); }
 
@@ -74,7 +74,8 @@ class OuterJudge final : public AddressSearch::Judge {
         if (Meet(must_, avoid))
             return Outcome::None;
         InnerJudge judge;
-        Outcome const outcome = AddressSearch(pool_, must_, avoid, judge, allowance_).Run();
+        Outcome const outcome =
+            AddressSearch(pool_, must_, avoid, judge, allowance_, prefer_).Run();
         inner = judge.found;
         return outcome;
     }
@@ -82,6 +83,7 @@ class OuterJudge final : public AddressSearch::Judge {
     AutomatonPool& pool_;
     Sides const& must_;
     Allowance& allowance_;
+    Prefer const prefer_;
     std::unordered_map<SideId, Sides> innerOf_;
     std::vector<Sides> failed_;
 };
@@ -136,7 +138,7 @@ Outcome CheapestAddresses::Find(Sides const& sides, Allowance& allowance, Addres
 
 CallFinding SearchCall(AutomatonPool& pool, std::vector<SidePair> const& must,
                        std::vector<SidePair> const& avoid, CheapestAddresses& cheapest,
-                       Allowance& allowance) {
+                       Allowance& allowance, Prefer prefer) {
     Sides mustBe[2];
     Sides others[2];
     for (SidePair const& rule : must) {
@@ -152,16 +154,18 @@ CallFinding SearchCall(AutomatonPool& pool, std::vector<SidePair> const& must,
         MakeSet(others[side]);
         LeaveOutEvery(pool, mustBe[side]);
     }
-    CallFinding const first = TryCheapest(pool, mustBe, avoid, cheapest, allowance);
-    if (first.outcome != Outcome::Undecided || allowance.steps == 0)
-        return first;
+    if (prefer == Prefer::Digits) {
+        CallFinding const first = TryCheapest(pool, mustBe, avoid, cheapest, allowance);
+        if (first.outcome != Outcome::Undecided || allowance.steps == 0)
+            return first;
+    }
     int const outer = others[0].size() <= others[1].size() ? 0 : 1;
-    OuterJudge judge(pool, mustBe[1 - outer], allowance);
+    OuterJudge judge(pool, mustBe[1 - outer], allowance, prefer);
     for (SidePair const& rule : avoid)
         judge.Avoid(outer == 0 ? rule.caller : rule.called, outer == 0 ? rule.called : rule.caller);
     // A side that must accept does so in any case.
     Outcome const outcome =
-        AddressSearch(pool, mustBe[outer], others[outer], judge, allowance).Run();
+        AddressSearch(pool, mustBe[outer], others[outer], judge, allowance, prefer).Run();
     if (outer == 0)
         return {outcome, {judge.outer, judge.inner}};
     return {outcome, {judge.inner, judge.outer}};

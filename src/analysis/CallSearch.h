@@ -48,7 +48,7 @@ class CheapestAddresses {
 /// smaller than one that failed is given up at once.
 CallFinding SearchCall(AutomatonPool& pool, std::vector<SidePair> const& must,
                        std::vector<SidePair> const& avoid, CheapestAddresses& cheapest,
-                       Allowance& allowance);
+                       Allowance& allowance, Prefer prefer);
 
 } // namespace CallRecordingUtils
 

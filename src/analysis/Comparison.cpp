@@ -44,6 +44,21 @@ struct Enabled {
     std::optional<std::size_t> Place(std::size_t at) const {
         return at < Count() ? std::optional(places[at]) : std::nullopt;
     }
+    /// Some rules before the one at at that match call and have automata, the first ones.
+    RuleSpace::RuleIds Taking(FoundCall const& call, std::size_t at, RuleSpace& space) {
+        constexpr std::size_t kMost = 32;
+        RuleSpace::RuleIds taking;
+        std::size_t const end = at < Count() ? places[at] : rules.size();
+        for (std::size_t const place :
+             decider.PlacesFor(ExampleOf(call, space.Calls()), end, kMost))
+            if (std::size_t const i = IndexOf(place);
+                i < Count() && places[i] == place && space.IsReadable(ids[i]))
+                taking.push_back(ids[i]);
+        return taking;
+    }
+    RuleSpace::RuleIds Before(std::size_t at) const {
+        return {ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(at)};
+    }
     std::size_t IndexOf(std::size_t place) const {
         auto const at = std::lower_bound(places.begin(), places.end(), place);
         return static_cast<std::size_t>(at - places.begin());
@@ -57,11 +72,16 @@ struct Enabled {
     MeetIndex index{}; // By called side.
 };
 
+RuleSpace::RuleIds Both(RuleSpace::RuleIds rules, RuleSpace::RuleIds const& others) {
+    rules.insert(rules.end(), others.begin(), others.end());
+    return rules;
+}
+
 class Comparer {
   public:
     Comparer(RuleParamsList const& here, RuleParamsList const& there, std::size_t memory,
-             CallKind calls)
-        : space_(calls, memory), here_(here, space_), there_(there, space_),
+             CallKind calls, std::size_t mostPairsOfRule)
+        : most_(mostPairsOfRule), space_(calls, memory), here_(here, space_), there_(there, space_),
           copyInThere_(CopiesIn(there_, here_)), copyInHere_(CopiesIn(here_, there_)) {
         FindStaying();
     }
@@ -71,6 +91,7 @@ class Comparer {
     /// two are the same rule and say different things.
     Comparison Run() {
         for (std::size_t a = 0; a < here_.Count(); ++a) {
+            takers_.clear();
             if (isStayingHere_[a])
                 Look(a, copyInThere_[a]);
             else
@@ -78,6 +99,7 @@ class Comparer {
             Look(a, there_.Count());
         }
         for (std::size_t b = 0; b < there_.Count(); ++b) {
+            takers_.clear();
             if (!isStayingThere_[b])
                 LookAtStayingHere(b);
             Look(here_.Count(), b);
@@ -137,14 +159,44 @@ class Comparer {
     }
 
     void LookAtAllThere(std::size_t a) {
-        for (std::size_t const b : MayMeet(here_.ids[a], there_))
-            Look(a, b);
+        if (Decides(here_, a))
+            LookAtEach(
+                MayMeet(here_.ids[a], there_), [&](std::size_t b) { Look(a, b); });
     }
 
     void LookAtStayingHere(std::size_t b) {
-        for (std::size_t const a : MayMeet(there_.ids[b], here_))
+        auto const look = [&](std::size_t a) {
             if (isStayingHere_[a])
                 Look(a, b);
+        };
+        if (Decides(there_, b))
+            LookAtEach(MayMeet(there_.ids[b], here_), look);
+    }
+
+    /// Whether the rule decides any call in its list, or that is undecided.
+    bool Decides(Enabled& list, std::size_t at) {
+        CallSought sought;
+        sought.must = {list.ids[at]};
+        sought.fateOf = [&](FoundCall const& call) {
+            auto const place = list.decider.PlaceFor(call);
+            return place && *place < list.places[at] ? TakenBy(list, *place) : Fate{Fate::kWanted};
+        };
+        sought.mayBeInTheWay = [&] { return list.Before(at); };
+        sought.importance = RuleSpace::kFurther;
+        return FindCall(space_, sought).outcome != Outcome::None;
+    }
+
+    /// Looks at the pairs of a rule with its partners, which are ascending.
+    template <typename Looking>
+    void LookAtEach(std::vector<std::size_t> const& partners, Looking const& look) {
+        std::size_t const before = result_.differences.size();
+        for (std::size_t const partner : partners) {
+            if (result_.differences.size() - before >= most_) {
+                result_.areAllLookedFor = false;
+                return;
+            }
+            look(partner);
+        }
     }
 
     std::vector<std::size_t> MayMeet(RuleSpace::RuleId id, Enabled const& list) const {
@@ -177,14 +229,11 @@ class Comparer {
         if (b < there_.Count())
             sought.must.push_back(there_.ids[b]);
         sought.fateOf = [&](FoundCall const& call) { return FateOf(a, b, sought.must, call); };
-        sought.mayBeInTheWay = [&] {
-            RuleSpace::RuleIds rules(here_.ids.begin(),
-                                     here_.ids.begin() + static_cast<std::ptrdiff_t>(a));
-            rules.insert(rules.end(), there_.ids.begin(),
-                         there_.ids.begin() + static_cast<std::ptrdiff_t>(b));
-            return rules;
+        sought.allTaking = [&](FoundCall const& call) {
+            return Both(here_.Taking(call, a, space_), there_.Taking(call, b, space_));
         };
-        CallAnswer const answer = FindCall(space_, sought);
+        sought.mayBeInTheWay = [&] { return Both(here_.Before(a), there_.Before(b)); };
+        CallAnswer const answer = FindCallFast(sought);
         if (answer.outcome == Outcome::Found) {
             result_.differences.push_back(
                 {ExampleOf(answer.call, space_.Calls()), here_.Place(a), there_.Place(b)});
@@ -193,21 +242,46 @@ class Comparer {
             AddUndecided(a, b, *answer.why);
     }
 
+    /// Mostly what took calls from the rule before takes these, too. Where that makes the search
+    /// too long, it is one without.
+    CallAnswer FindCallFast(CallSought& sought) {
+        if (!takers_.empty()) {
+            sought.avoid = takers_;
+            sought.importance = RuleSpace::kFurther;
+            CallAnswer const answer = FindCall(space_, sought);
+            if (answer.outcome != Outcome::Undecided)
+                return answer;
+            sought.avoid.clear();
+            sought.importance = RuleSpace::kMain;
+        }
+        return FindCall(space_, sought);
+    }
+
     Fate FateOf(std::size_t a, std::size_t b, RuleSpace::RuleIds const& must,
                 FoundCall const& found) {
         ExampleCall const call = ExampleOf(found, space_.Calls());
         auto const here = here_.decider.PlaceFor(call);
         auto const there = there_.decider.PlaceFor(call);
         if (here && here_.IndexOf(*here) < a)
-            return {Fate::kTaken, here_.ids[here_.IndexOf(*here)]};
+            return TakenBy(here_, *here);
         if (there && there_.IndexOf(*there) < b)
-            return {Fate::kTaken, there_.ids[there_.IndexOf(*there)]};
+            return TakenBy(there_, *there);
         if (here == here_.Place(a) && there == there_.Place(b))
             return {Fate::kWanted};
         for (RuleSpace::RuleId const rule : must)
             if (!space_.IsReadable(rule))
                 return {Fate::kNotMatched, rule};
         return {Fate::kUnclear};
+    }
+
+    /// What takes a call from one pair of a rule takes it from later ones, too: they come in the
+    /// order of the lists.
+    Fate TakenBy(Enabled const& list, std::size_t place) {
+        constexpr std::size_t kMost = 16;
+        RuleSpace::RuleId const rule = list.ids[list.IndexOf(place)];
+        if (takers_.size() < kMost && space_.IsReadable(rule))
+            takers_.push_back(rule);
+        return {Fate::kTaken, rule};
     }
 
     void AddUndecided(std::size_t a, std::size_t b, UndecidedReason why) {
@@ -223,6 +297,7 @@ class Comparer {
         result_.undecided.push_back({here_.Place(a), there_.Place(b), why, isThere});
     }
 
+    std::size_t const most_;
     RuleSpace space_;
     Enabled here_;
     Enabled there_;
@@ -230,14 +305,15 @@ class Comparer {
     std::vector<std::size_t> copyInHere_;  // and there.
     std::vector<bool> isStayingHere_;
     std::vector<bool> isStayingThere_;
+    RuleSpace::RuleIds takers_; // Of calls of the rule whose pairs are looked at.
     Comparison result_;
 };
 
 } // namespace
 
 Comparison Compare(RuleParamsList const& here, RuleParamsList const& there, std::size_t memory,
-                   CallKind calls) {
-    return Comparer(here, there, memory, calls).Run();
+                   CallKind calls, std::size_t mostPairsOfRule) {
+    return Comparer(here, there, memory, calls, mostPairsOfRule).Run();
 }
 
 } // namespace CallRecordingUtils

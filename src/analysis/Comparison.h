@@ -4,6 +4,7 @@
 #define ANALYSIS_COMPARISON_H
 
 #include <cstddef>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -32,13 +33,18 @@ struct Comparison {
     /// destination and duration, or by neither. Empty: undecided; then there are no differences.
     std::optional<bool> same;
     std::vector<Difference> differences;  ///< One for each pair of rules that some call shows.
+    bool areAllLookedFor = true;          ///< No pair was left out because there are too many.
     std::vector<UndecidedPair> undecided; ///< Also beside differences.
 };
 
+inline constexpr std::size_t kAllPairs = std::numeric_limits<std::size_t>::max();
+
 /// Compares two lists. What cannot be said of a pattern is no difference where both lists have the
-/// rule. memory is in bytes.
+/// rule. memory is in bytes. A rule that has moved, or is in one list only, may differ from
+/// thousands: once that many pairs were found of it, no more are looked for.
 Comparison Compare(RuleParamsList const& here, RuleParamsList const& there,
-                   std::size_t memory = kAnalysisMemory, CallKind calls = CallKind::Typed);
+                   std::size_t memory = kAnalysisMemory, CallKind calls = CallKind::Typed,
+                   std::size_t mostPairsOfRule = kAllPairs);
 
 } // namespace CallRecordingUtils
 

@@ -215,8 +215,8 @@ Gaps RuleAnalysis::FindGaps(Claim const& claim, std::size_t mostPatterns,
     return CallRecordingUtils::FindGaps(rules_, claim, mostPatterns, mostExamples);
 }
 
-Explanation RuleAnalysis::Explain(std::size_t place, std::size_t mostPatterns,
-                                  std::size_t mostTakers) {
+Explanation RuleAnalysis::Explain(std::size_t place, std::size_t mostPairs,
+                                  std::size_t mostPatterns, std::size_t mostTakers) {
     Explanation explanation{Report(place, mostTakers), {false, {}, {}}, {}, true, {}, {}};
     if (explanation.report.standing == RuleReport::kDecides) {
         CallSet decided{
@@ -229,11 +229,11 @@ Explanation RuleAnalysis::Explain(std::size_t place, std::size_t mostPatterns,
     CallKind const calls = rules_.Space().Calls();
     RuleParamsList changed = rules_.Rules();
     changed[place].recording_rule_state = RULE_DISABLED;
-    explanation.ifGone = Compare(rules_.Rules(), changed, memory_, calls);
+    explanation.ifGone = Compare(rules_.Rules(), changed, memory_, calls, mostPairs);
     changed = rules_.Rules();
     auto const rule = changed.begin() + static_cast<std::ptrdiff_t>(place);
     std::rotate(changed.begin(), rule, rule + 1);
-    explanation.ifFirst = Compare(rules_.Rules(), changed, memory_, calls);
+    explanation.ifFirst = Compare(rules_.Rules(), changed, memory_, calls, mostPairs);
     auto const placeNow = [place](std::optional<std::size_t> there) {
         return !there ? there
                       : std::optional(*there == 0 ? place : *there - (*there <= place ? 1 : 0));

@@ -123,9 +123,9 @@ class RuleAnalysis {
     Gaps FindGaps(Claim const& claim, std::size_t mostPatterns = 200,
                   std::size_t mostExamples = 20);
 
-    /// Everything about the rule at place.
-    Explanation Explain(std::size_t place, std::size_t mostPatterns = 200,
-                        std::size_t mostTakers = 100);
+    /// Everything about the rule at place; mostPairs as Compare takes it.
+    Explanation Explain(std::size_t place, std::size_t mostPairs = kAllPairs,
+                        std::size_t mostPatterns = 200, std::size_t mostTakers = 100);
 
     /// A call that taker decides and the rule at place, behind it, also matches.
     std::optional<ExampleCall> CallTaken(std::size_t taker, std::size_t place);

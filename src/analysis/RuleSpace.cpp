@@ -85,7 +85,8 @@ bool RuleSpace::Covers(RuleId rule, RuleIds const& must) const {
         must.begin(), must.end(), [&](RuleId other) { return HaveSameSides(rule, other); });
 }
 
-CallFinding RuleSpace::Search(RuleIds const& must, RuleIds const& avoid, Allowance& allowance) {
+CallFinding RuleSpace::Search(RuleIds const& must, RuleIds const& avoid, Allowance& allowance,
+                              Prefer prefer) {
     SideOutline caller;
     SideOutline called;
     std::vector<SidePair> mustSides;
@@ -105,7 +106,7 @@ CallFinding RuleSpace::Search(RuleIds const& must, RuleIds const& avoid, Allowan
             caller.Meets(pool_.OutlineOf(sides.caller)))
             avoidSides.push_back(sides);
     }
-    return SearchCall(pool_, mustSides, avoidSides, cheapest_, allowance);
+    return SearchCall(pool_, mustSides, avoidSides, cheapest_, allowance, prefer);
 }
 
 } // namespace CallRecordingUtils

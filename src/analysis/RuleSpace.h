@@ -59,7 +59,8 @@ class RuleSpace {
 
     /// Whether a call is matched by all of must and by none of avoid. A side that has no automaton
     /// counts as matching all that it may.
-    CallFinding Search(RuleIds const& must, RuleIds const& avoid, Allowance& allowance);
+    CallFinding Search(RuleIds const& must, RuleIds const& avoid, Allowance& allowance,
+                       Prefer prefer = Prefer::Digits);
 
     /// Others hold this many bytes of the memory, from now on.
     void Reserve(std::size_t bytes) { reserved_ += bytes; }

@@ -34,6 +34,7 @@ inline constexpr Symbol kHostMark = kTextSymbols;
 inline constexpr Symbol kPortMark = kTextSymbols + 1;
 inline constexpr std::size_t kSymbols = kTextSymbols + 2;
 
+inline constexpr Symbol kFirstLetter = 10; // Behind the digits.
 inline constexpr Symbol kFirstOdd = static_cast<Symbol>(kTextBytes.find(';'));
 inline constexpr Symbol kAt = static_cast<Symbol>(kTextBytes.find('@'));
 inline constexpr Symbol kColon = static_cast<Symbol>(kTextBytes.find(':'));
@@ -77,7 +78,7 @@ inline constexpr Cost kOddCost = 100000;
 
 constexpr Cost CostOf(Symbol symbol) {
     return symbol >= kTextSymbols     ? 0
-           : symbol < 10              ? kDigitCost
+           : symbol < kFirstLetter    ? kDigitCost
            : IsLetter(ByteOf(symbol)) ? kLetterCost
            : symbol < kFirstOdd       ? kPunctuationCost
                                       : kOddCost;

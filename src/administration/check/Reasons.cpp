@@ -14,10 +14,9 @@ std::string WhyHidden(RuleReport const& report, RuleList const& rules) {
     if (takers.empty())
         return "can never decide: rules before it take all its calls";
     std::string const names = RulesText(rules, takers);
-    if (takers.size() == 1 && report.isComplete)
+    if (takers.size() == 1)
         return fmt::format("can never decide: {} matches every call that it matches", names);
-    return fmt::format("can never decide: {} {} all its calls{}", names,
-                       takers.size() == 1 ? "takes" : "together take",
+    return fmt::format("can never decide: {} together match every call that it matches{}", names,
                        report.isComplete ? "" : " (fewer of them might be enough)");
 }
 
@@ -31,8 +30,8 @@ std::string WhyItDecidesNothing(RuleReport const& report, RuleList const& rules)
         return fmt::format("can never decide: nothing satisfies its {} side", side);
     case RuleReport::kUndecided:
         return "whether it decides calls is undecided: " + WhyUndecided(rules, report.why);
-    case RuleReport::kDecides:
-    case RuleReport::kOff: break;
+    case RuleReport::kOff: return "is off, and decides no call";
+    case RuleReport::kDecides: break;
     }
     return "";
 }

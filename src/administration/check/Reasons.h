@@ -12,8 +12,8 @@
 namespace CallRecordingUtils {
 
 /// Returns why a rule of rules decides nothing, by its report, as the end of a sentence that begins
-/// with the rule: "can never decide: rule 3 matches every call that it matches". Empty when the
-/// rule decides or is disabled.
+/// with the rule: "can never decide: rule 3 matches every call that it matches". Where that is
+/// undecided it is a sentence of its own. Empty when the rule decides.
 std::string WhyItDecidesNothing(RuleReport const& report, RuleList const& rules);
 
 /// Returns why a question about rules could not be answered.

@@ -26,6 +26,17 @@ void AddAnalysis(CLI::App& command, CallKind& calls, std::size_t& memory) {
               [&memory](std::uint32_t mebibytes) { memory = std::size_t{mebibytes} << 20; });
 }
 
+void AddRuleQuestion(CLI::App& command, RuleQuestion& question) {
+    AddRuleName(command, question.rule);
+    AddAnalysis(command, question.analysis);
+}
+
+ExitCode CodeOf(RuleReport const& report) {
+    if (report.standing == RuleReport::kUndecided)
+        return kExitUndecided;
+    return report.standing == RuleReport::kDecides ? kExitYes : kExitNo;
+}
+
 void NoteMalformed(RuleList const& rules, char const* whose) {
     auto const isMalformed = [](std::string const& pattern, CallType type) {
         return !pattern.empty() && ExplainStored(pattern, type);

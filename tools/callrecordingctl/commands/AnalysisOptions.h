@@ -22,6 +22,16 @@ inline void AddAnalysis(CLI::App& command, AnalysisOptions& options) {
     AddAnalysis(command, options.calls, options.memory);
 }
 
+/// What the commands about one rule are asked.
+struct RuleQuestion {
+    RuleName rule;
+    AnalysisOptions analysis;
+};
+void AddRuleQuestion(CLI::App& command, RuleQuestion& question);
+
+/// Yes if the rule decides calls, no if it never does.
+ExitCode CodeOf(RuleReport const& report);
+
 /// Mentions enabled rules with malformed patterns; whose says which file has them.
 void NoteMalformed(RuleList const& rules, char const* whose = "");
 

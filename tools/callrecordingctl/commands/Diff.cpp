@@ -29,7 +29,9 @@ constexpr char kHelp[] =
     R"(Two sets of rules decide a call alike if both record it with the same recording
 type, destination and duration, or neither records it. Identifiers, descriptions
 and the order alone make no difference. All calls that there can be are examined;
-one call is shown for each pair of rules that decide it differently. FILE is a
+one call is shown for each pair of rules that decide it differently, of a rule
+that has changed or moved for 10 such pairs at most: --all and --json have the
+others, of which there can be thousands. FILE is a
 rule file, or what export prints on another machine; "-" is standard input. --at
 takes the rules here as they were then, and compares them with FILE or, without
 one, with the rules now. --rules says how the rules themselves differ instead.
@@ -43,6 +45,7 @@ struct Options {
     std::string file;
     std::optional<std::int64_t> at;
     bool comparesRules = false;
+    bool all = false;
     AnalysisOptions analysis;
 };
 
@@ -73,10 +76,11 @@ void Show(ComparedCalls const& calls, Sides const& sides, Context const& context
                    WrappedCommand("  " + DecideCommand(difference.call, calls.kind, context), 4),
                    here.name, DecisionText(here.rules, difference.here), there.name,
                    DecisionText(there.rules, difference.there));
+    if (!calls.asked.areAllLookedFor)
+        PrintLines("and perhaps calls for more pairs of rules, which --all shows\n");
     if (calls.AreOtherwise())
-        PrintLines("with --calls {} {}, for {} {} of rules\n", CallsName(others),
-                   Summary(calls.other), calls.other.differences.size(),
-                   calls.other.differences.size() == 1 ? "pair" : "pairs");
+        PrintLines("with --calls {} {}, for {} of rules\n", CallsName(others), Summary(calls.other),
+                   PairsText(calls.other.differences.size(), calls.other.areAllLookedFor));
 }
 
 /// The rules of a file, whatever it is that import reads. A rule that import would refuse may be in
@@ -154,7 +158,8 @@ ExitCode DiffCalls(Context const& context, Sides const& sides, Options const& op
     NoteMalformed(here);
     NoteMalformed(there, " of the other rules");
     CallKind const calls = options.analysis.calls;
-    ComparedCalls const compared = CompareCalls(here, there, options.analysis.memory, calls);
+    std::size_t const most = options.all || context.json ? kAllPairs : kPairsOfRuleShown;
+    ComparedCalls const compared = CompareCalls(here, there, most, options.analysis.memory, calls);
     Comparison const& comparison = compared.asked;
     if (context.json)
         PrintJson(ToJson(compared, here, there));
@@ -185,6 +190,7 @@ void AddDiff(CommandLine& line) {
             [options](std::string const& text) { options->file = text; });
     AddAt(diff, "The rules here as they were then", options->at);
     diff.add_flag("--rules", options->comparesRules, "Show how the rules differ, not the calls");
+    diff.add_flag("--all", options->all, "Show a call for each pair of rules, however many");
     AddAnalysis(diff, options->analysis);
 }
 

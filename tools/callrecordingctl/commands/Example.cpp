@@ -24,30 +24,12 @@ Exit status: 0 it decides calls, 1 it never does, 6 undecided.
 Example: callrecordingctl example 7
 )";
 
-struct Options {
-    RuleName rule;
-    AnalysisOptions analysis;
-};
-
-std::string SideName(WhichSide side) {
-    return side == WhichSide::Caller ? "from" : "to";
-}
-
-std::string Sentence(RuleReport const& report, RuleList const& rules) {
-    std::string const takers = RulesText(rules, report.takenBy);
-    switch (report.standing) {
-    case RuleReport::kDecides: return "decides the call " + CallText(*report.call);
-    case RuleReport::kHidden:
-        return report.takenBy.empty()
-                   ? "never decides: rules before it take all its calls"
-                   : fmt::format("never decides: {} before it {} all its calls", takers,
-                                 report.takenBy.size() == 1 ? "takes" : "take");
-    case RuleReport::kMatchesNothing:
-        return fmt::format("never decides: nothing satisfies its {} side", SideName(report.side));
-    case RuleReport::kOff: return "never decides: it is off";
-    case RuleReport::kUndecided: break;
-    }
-    return "undecided: " + WhyUndecided(rules, report.why);
+/// What the rule that is called name does.
+std::string Sentence(std::string const& name, RuleReport const& report, RuleList const& rules) {
+    if (report.standing == RuleReport::kDecides)
+        return fmt::format("{} decides the call {}", name, CallText(*report.call));
+    char const* const between = report.standing == RuleReport::kUndecided ? ": " : " ";
+    return name + between + WhyItDecidesNothing(report, rules);
 }
 
 /// Which other rules take calls of it.
@@ -70,7 +52,8 @@ nlohmann::ordered_json ToJson(RuleReport const& report) {
 
 void Print(RuleReport const& report, RuleList const& rules, std::size_t place, CallKind calls,
            Context const& context) {
-    PrintLines("rule {} {}\n", rules[place].callrecordingrule_id, Sentence(report, rules));
+    std::string const name = fmt::format("rule {}", rules[place].callrecordingrule_id);
+    PrintLines("{}\n", Sentence(name, report, rules));
     if (report.standing != RuleReport::kDecides)
         return;
     PrintText(WrappedCommand("  " + DecideCommand(*report.call, calls, context), 4));
@@ -79,11 +62,11 @@ void Print(RuleReport const& report, RuleList const& rules, std::size_t place, C
         PrintLines("{}\n", takers);
 }
 
-ExitCode Example(Context const& context, Options const& options) {
+ExitCode Example(Context const& context, RuleQuestion const& question) {
     RuleList const rules = LoadRules(context.path);
     NoteMalformed(rules);
-    std::size_t const place = FindRule(rules, options.rule);
-    auto const& [calls, memory] = options.analysis;
+    std::size_t const place = FindRule(rules, question.rule);
+    auto const& [calls, memory] = question.analysis;
     RuleReport const report = RuleAnalysis(rules, memory, calls).Report(place);
     RuleReport const other = RuleAnalysis(rules, memory, OtherThan(calls)).Report(place, 0);
     bool const isOtherwise = other.standing != report.standing;
@@ -102,23 +85,20 @@ ExitCode Example(Context const& context, Options const& options) {
     } else {
         Print(report, rules, place, calls, context);
         if (isOtherwise)
-            PrintLines("with --calls {} it {}\n", CallsName(OtherThan(calls)),
-                       Sentence(other, rules));
+            PrintLines("with --calls {} {}\n", CallsName(OtherThan(calls)),
+                       Sentence("it", other, rules));
     }
-    if (report.standing == RuleReport::kUndecided)
-        return kExitUndecided;
-    return report.standing == RuleReport::kDecides ? kExitYes : kExitNo;
+    return CodeOf(report);
 }
 
 } // namespace
 
 void AddExample(CommandLine& line) {
-    auto const options = std::make_shared<Options>();
-    CLI::App& example =
-        line.AddCommand("example", "Show a call that a rule decides, or why there is none", kHelp,
-                        options, Example);
-    AddRuleName(example, options->rule);
-    AddAnalysis(example, options->analysis);
+    auto const question = std::make_shared<RuleQuestion>();
+    AddRuleQuestion(line.AddCommand("example",
+                                    "Show a call that a rule decides, or why there is none", kHelp,
+                                    question, Example),
+                    *question);
 }
 
 } // namespace callrecordingctl

@@ -29,11 +29,6 @@ Exit status: 0 it decides calls, 1 it never does, 6 undecided.
 Example: callrecordingctl explain 7
 )";
 
-struct Options {
-    RuleName rule;
-    AnalysisOptions analysis;
-};
-
 class Explainer {
   public:
     Explainer(RuleList const& rules, std::size_t place, CallKind calls,
@@ -77,9 +72,7 @@ class Explainer {
 
     void PrintDecided() const {
         RuleReport const& report = explanation_.report;
-        if (report.standing == RuleReport::kOff) {
-            PrintLines("it is off, and decides no call\n");
-        } else if (report.standing == RuleReport::kUndecided) {
+        if (report.standing == RuleReport::kUndecided) {
             PrintLines("{}\n", WhyItDecidesNothing(report, rules_));
         } else if (report.standing != RuleReport::kDecides) {
             PrintLines("it {}\n", WhyItDecidesNothing(report, rules_));
@@ -107,8 +100,10 @@ class Explainer {
         if (comparison.same == true)
             PrintLines("{} no call would be decided differently\n", when);
         if (!comparison.differences.empty())
-            PrintLines("{} calls would be decided differently; one for each pair of rules:\n",
-                       when);
+            PrintLines("{} calls would be decided differently; one for {} of rules{}:\n", when,
+                       comparison.areAllLookedFor ? "each pair"
+                                                  : PairsText(comparison.differences.size(), true),
+                       comparison.areAllLookedFor ? "" : ", and --json has all");
         for (Difference const& difference : comparison.differences)
             PrintLines("  {}\n    now {}\n    then {}\n", CallText(difference.call),
                        DecisionText(rules_, difference.here),
@@ -125,31 +120,30 @@ class Explainer {
     Explanation const& explanation_;
 };
 
-ExitCode Explain(Context const& context, Options const& options) {
+ExitCode Explain(Context const& context, RuleQuestion const& question) {
     RuleList const rules = LoadRules(context.path);
     NoteMalformed(rules);
-    std::size_t const place = FindRule(rules, options.rule);
-    auto const& [calls, memory] = options.analysis;
-    Explanation const explanation = RuleAnalysis(rules, memory, calls).Explain(place);
+    std::size_t const place = FindRule(rules, question.rule);
+    auto const& [calls, memory] = question.analysis;
+    Explanation const explanation =
+        RuleAnalysis(rules, memory, calls)
+            .Explain(place, context.json ? kAllPairs : kPairsOfRuleShown);
     Explainer const explainer(rules, place, calls, explanation);
     if (context.json)
         PrintJson(explainer.ToJson());
     else
         explainer.Print();
-    if (explanation.report.standing == RuleReport::kUndecided)
-        return kExitUndecided;
-    return explanation.report.standing == RuleReport::kDecides ? kExitYes : kExitNo;
+    return CodeOf(explanation.report);
 }
 
 } // namespace
 
 void AddExplain(CommandLine& line) {
-    auto const options = std::make_shared<Options>();
-    CLI::App& explain =
-        line.AddCommand("explain", "Say which calls a rule decides, loses and is needed for", kHelp,
-                        options, Explain);
-    AddRuleName(explain, options->rule);
-    AddAnalysis(explain, options->analysis);
+    auto const question = std::make_shared<RuleQuestion>();
+    AddRuleQuestion(line.AddCommand("explain",
+                                    "Say which calls a rule decides, loses and is needed for",
+                                    kHelp, question, Explain),
+                    *question);
 }
 
 } // namespace callrecordingctl

@@ -70,14 +70,15 @@ std::string WhatChanged(RuleEdit const& edit, std::string const& token) {
     }
 }
 
-DryRun FindEffects(RuleEdit& edit, EditOptions const& options) {
+DryRun FindEffects(RuleEdit& edit, EditOptions const& options, bool json) {
     static RuleList const none;
     bool const isMalformed = edit.Malformation().has_value();
     DryRun dryRun{isMalformed ? none : edit.Before(), edit.After(), {}, {}};
     if (!options.replay.paths.empty())
         dryRun.replay = ReplayEdit(options.replay, edit);
     if (!isMalformed)
-        dryRun.calls = CompareCalls(dryRun.before, dryRun.after);
+        dryRun.calls =
+            CompareCalls(dryRun.before, dryRun.after, json ? kAllPairs : kPairsOfRuleShown);
     return dryRun;
 }
 
@@ -172,7 +173,7 @@ ExitCode RunEdit(Context const& context, EditOptions const& options, Changer con
         Report(edit, options, nullptr, context, isSaved);
         return code;
     }
-    DryRun const dryRun = FindEffects(edit, options);
+    DryRun const dryRun = FindEffects(edit, options, context.json);
     Report(edit, options, &dryRun, context, false);
     return code == kExitYes ? CodeOf(dryRun) : code;
 }

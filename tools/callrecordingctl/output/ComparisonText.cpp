@@ -75,10 +75,14 @@ nlohmann::ordered_json ComparisonToJson(Comparison const& comparison, RuleList c
     return json;
 }
 
-ComparedCalls CompareCalls(RuleList const& here, RuleList const& there, std::size_t memory,
-                           CallKind kind) {
-    return {kind, Compare(here, there, memory, kind),
-            Compare(here, there, memory, OtherThan(kind))};
+ComparedCalls CompareCalls(RuleList const& here, RuleList const& there, std::size_t mostPairsOfRule,
+                           std::size_t memory, CallKind kind) {
+    return {kind, Compare(here, there, memory, kind, mostPairsOfRule),
+            Compare(here, there, memory, OtherThan(kind), mostPairsOfRule)};
+}
+
+std::string PairsText(std::size_t count, bool areAll) {
+    return fmt::format("{}{} {}", areAll ? "" : "at least ", count, count == 1 ? "pair" : "pairs");
 }
 
 bool ComparedCalls::AreOtherwise() const {
@@ -107,6 +111,7 @@ void PrintCallChanges(ComparedCalls const& calls, RuleList const& before, RuleLi
     char const* const prefix = isDryRun ? "dry run: " : "";
     std::vector<Difference> const differences = DifferencesOf(calls);
     constexpr std::size_t kMost = 20;
+    bool const areAll = calls.asked.areAllLookedFor && calls.other.areAllLookedFor;
     for (std::size_t i = 0; i < std::min(differences.size(), kMost); ++i) {
         auto const& [call, here, there] = differences[i];
         bool const isAsked = i < calls.asked.differences.size();
@@ -116,8 +121,10 @@ void PrintCallChanges(ComparedCalls const& calls, RuleList const& before, RuleLi
                    isDryRun ? "then" : "now", DecisionText(after, there));
     }
     if (differences.size() > kMost)
-        PrintLines("{}and a call for each of {} more pairs of rules\n", prefix,
-                   differences.size() - kMost);
+        PrintLines("{}and a call for each of {} of rules more\n", prefix,
+                   PairsText(differences.size() - kMost, areAll));
+    else if (!areAll)
+        PrintLines("{}and perhaps calls for more pairs of rules\n", prefix);
     bool const isOfAll = !calls.AreOtherwise();
     PrintOthers(calls.asked, isOfAll ? "call" : CallOf(calls.kind), prefix, before, after);
     if (!isOfAll)

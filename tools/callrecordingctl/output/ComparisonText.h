@@ -35,8 +35,14 @@ struct ComparedCalls {
     bool AreOtherwise() const;
 };
 
-ComparedCalls CompareCalls(RuleList const& here, RuleList const& there,
+/// How many pairs of rules with one that has changed a text shows. JSON has all.
+inline constexpr std::size_t kPairsOfRuleShown = 10;
+
+ComparedCalls CompareCalls(RuleList const& here, RuleList const& there, std::size_t mostPairsOfRule,
                            std::size_t memory = kAnalysisMemory, CallKind kind = CallKind::Typed);
+
+/// "103 pairs", or "at least 103 pairs" where not all were looked for.
+std::string PairsText(std::size_t count, bool areAll);
 
 /// "typed call" or "call of parties".
 char const* CallOf(CallKind kind);

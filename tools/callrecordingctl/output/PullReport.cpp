@@ -71,7 +71,8 @@ void ReportPull(RuleEdit& edit, TakenCommit const& taken, PullReportOptions cons
     RuleList const& before = isMalformed ? none : edit.Before();
     std::optional<ComparedCalls> calls;
     if (!isMalformed)
-        calls = CompareCalls(before, edit.After(), options.memory, options.calls);
+        calls = CompareCalls(before, edit.After(), options.json ? kAllPairs : kPairsOfRuleShown,
+                             options.memory, options.calls);
     std::vector<Change> const changes = ChangesBetween(before, edit.After());
     if (options.json) {
         nlohmann::ordered_json json =
