@@ -5,72 +5,14 @@
 
 #include <algorithm>
 #include <limits>
-#include <map>
-#include <set>
 #include <utility>
+
+#include "analysis/ComparedRules.h"
 
 namespace CallRecordingUtils {
 namespace {
 
 constexpr std::size_t kNowhere = std::numeric_limits<std::size_t>::max();
-using Key = std::pair<SideId, SideId>;
-
-/// The enabled rules of one of the lists, without those that have the sides of one before. The
-/// index that is their number means no rule.
-struct Enabled {
-    Enabled(RuleParamsList const& list, RuleSpace& space)
-        : rules(list), decider(list, space.Calls()) {
-        std::set<Key> known;
-        for (std::size_t place = 0; place < rules.size(); ++place) {
-            if (rules[place].recording_rule_state != RULE_ENABLED)
-                continue;
-            RuleSpace::RuleId const id = space.Add(SidesOf(rules[place]));
-            SidePair const& sides = space.SidesIn(id);
-            if (!known.insert({sides.caller, sides.called}).second)
-                continue;
-            indexOf[{sides.caller, sides.called}] = ids.size();
-            places.push_back(place);
-            ids.push_back(id);
-            index.Add(static_cast<std::uint32_t>(ids.size() - 1),
-                      space.Pool().OutlineOf(sides.called));
-        }
-        space.Reserve(rules.size() * CallDecider::kBytesForRule + index.Bytes());
-    }
-
-    std::size_t Count() const { return ids.size(); }
-    CallRecordingRuleParams const* Rule(std::size_t at) const {
-        return at < Count() ? &rules[places[at]] : nullptr;
-    }
-    std::optional<std::size_t> Place(std::size_t at) const {
-        return at < Count() ? std::optional(places[at]) : std::nullopt;
-    }
-    /// Some rules before the one at at that match call and have automata, the first ones.
-    RuleSpace::RuleIds Taking(FoundCall const& call, std::size_t at, RuleSpace& space) {
-        constexpr std::size_t kMost = 32;
-        RuleSpace::RuleIds taking;
-        std::size_t const end = at < Count() ? places[at] : rules.size();
-        for (std::size_t const place :
-             decider.PlacesFor(ExampleOf(call, space.Calls()), end, kMost))
-            if (std::size_t const i = IndexOf(place);
-                i < Count() && places[i] == place && space.IsReadable(ids[i]))
-                taking.push_back(ids[i]);
-        return taking;
-    }
-    RuleSpace::RuleIds Before(std::size_t at) const {
-        return {ids.begin(), ids.begin() + static_cast<std::ptrdiff_t>(at)};
-    }
-    std::size_t IndexOf(std::size_t place) const {
-        auto const at = std::lower_bound(places.begin(), places.end(), place);
-        return static_cast<std::size_t>(at - places.begin());
-    }
-
-    RuleParamsList const& rules;
-    CallDecider decider;
-    std::vector<std::size_t> places{};
-    RuleSpace::RuleIds ids{};
-    std::map<Key, std::size_t> indexOf{};
-    MeetIndex index{}; // By called side.
-};
 
 RuleSpace::RuleIds Both(RuleSpace::RuleIds rules, RuleSpace::RuleIds const& others) {
     rules.insert(rules.end(), others.begin(), others.end());
@@ -122,13 +64,10 @@ class Comparer {
 
   private:
     /// For each rule of from, the one of in that has its sides.
-    std::vector<std::size_t> CopiesIn(Enabled const& in, Enabled const& from) const {
+    std::vector<std::size_t> CopiesIn(ComparedRules const& in, ComparedRules const& from) const {
         std::vector<std::size_t> copies;
-        for (RuleSpace::RuleId const id : from.ids) {
-            SidePair const& sides = space_.SidesIn(id);
-            auto const found = in.indexOf.find({sides.caller, sides.called});
-            copies.push_back(found != in.indexOf.end() ? found->second : kNowhere);
-        }
+        for (RuleSpace::RuleId const id : from.ids)
+            copies.push_back(in.IndexOf(space_.SidesIn(id)).value_or(kNowhere));
         return copies;
     }
 
@@ -161,7 +100,7 @@ class Comparer {
     void LookAtAllThere(std::size_t a) {
         if (Decides(here_, a))
             LookAtEach(
-                MayMeet(here_.ids[a], there_), [&](std::size_t b) { Look(a, b); });
+                there_.MayMeet(here_.ids[a]), [&](std::size_t b) { Look(a, b); });
     }
 
     void LookAtStayingHere(std::size_t b) {
@@ -170,11 +109,11 @@ class Comparer {
                 Look(a, b);
         };
         if (Decides(there_, b))
-            LookAtEach(MayMeet(there_.ids[b], here_), look);
+            LookAtEach(here_.MayMeet(there_.ids[b]), look);
     }
 
     /// Whether the rule decides any call in its list, or that is undecided.
-    bool Decides(Enabled& list, std::size_t at) {
+    bool Decides(ComparedRules& list, std::size_t at) {
         CallSought sought;
         sought.must = {list.ids[at]};
         sought.fateOf = [&](FoundCall const& call) {
@@ -199,16 +138,6 @@ class Comparer {
         }
     }
 
-    std::vector<std::size_t> MayMeet(RuleSpace::RuleId id, Enabled const& list) const {
-        SideOutline const& called = space_.Pool().OutlineOf(space_.SidesIn(id).called);
-        std::vector<std::size_t> meeting;
-        for (std::size_t const at :
-             list.index.Find(called, 0, static_cast<std::uint32_t>(list.Count())))
-            if (space_.MayMeet(id, list.ids[at]))
-                meeting.push_back(at);
-        return meeting;
-    }
-
     void Look(std::size_t a, std::size_t b) {
         if (MayBothDecide(a, b) && !HaveSameOutcome(here_.Rule(a), there_.Rule(b)))
             Search(a, b);
@@ -230,7 +159,7 @@ class Comparer {
             sought.must.push_back(there_.ids[b]);
         sought.fateOf = [&](FoundCall const& call) { return FateOf(a, b, sought.must, call); };
         sought.allTaking = [&](FoundCall const& call) {
-            return Both(here_.Taking(call, a, space_), there_.Taking(call, b, space_));
+            return Both(here_.Taking(call, a), there_.Taking(call, b));
         };
         sought.mayBeInTheWay = [&] { return Both(here_.Before(a), there_.Before(b)); };
         CallAnswer const answer = FindCallFast(sought);
@@ -276,7 +205,7 @@ class Comparer {
 
     /// What takes a call from one pair of a rule takes it from later ones, too: they come in the
     /// order of the lists.
-    Fate TakenBy(Enabled const& list, std::size_t place) {
+    Fate TakenBy(ComparedRules const& list, std::size_t place) {
         constexpr std::size_t kMost = 16;
         RuleSpace::RuleId const rule = list.ids[list.IndexOf(place)];
         if (takers_.size() < kMost && space_.IsReadable(rule))
@@ -299,8 +228,8 @@ class Comparer {
 
     std::size_t const most_;
     RuleSpace space_;
-    Enabled here_;
-    Enabled there_;
+    ComparedRules here_;
+    ComparedRules there_;
     std::vector<std::size_t> copyInThere_; // By index among the enabled rules here,
     std::vector<std::size_t> copyInHere_;  // and there.
     std::vector<bool> isStayingHere_;

@@ -59,7 +59,7 @@ HiddenRule RuleAnalysis::Judge(std::size_t place, std::vector<std::size_t> const
     // Returns whether other takes a call of the rule.
     auto const isTaken = [&](std::size_t other) {
         CallAnswer const taken = rules_.FindTaken(other, place);
-        if (taken.outcome == Outcome::Undecided)
+        if (taken.outcome == Outcome::Undecided && !hidden.call)
             hidden.isTakenAlike.reset();
         if (taken.outcome != Outcome::Found)
             return false;
@@ -83,6 +83,8 @@ HiddenRule RuleAnalysis::Judge(std::size_t place, std::vector<std::size_t> const
         });
     hidden.isBehindWider =
         takenBy.size() == 1 && !rules_.AreAlike(takenBy[0], place) && !IsCovered(takenBy[0], place);
+    if (hidden.isBehindWider && !hidden.isForbidden)
+        isTaken(takenBy[0]); // Of all calls that show it, one that this rule takes is the clearest.
     return hidden;
 }
 

@@ -100,10 +100,11 @@ class Explainer {
         if (comparison.same == true)
             PrintLines("{} no call would be decided differently\n", when);
         if (!comparison.differences.empty())
-            PrintLines("{} calls would be decided differently; one for {} of rules{}:\n", when,
-                       comparison.areAllLookedFor ? "each pair"
-                                                  : PairsText(comparison.differences.size(), true),
-                       comparison.areAllLookedFor ? "" : ", and --json has all");
+            PrintLines("{} calls would be decided differently; one for {}:\n", when,
+                       comparison.areAllLookedFor
+                           ? "each pair of rules"
+                           : fmt::format("each of {} pairs of rules, while --json has all",
+                                         comparison.differences.size()));
         for (Difference const& difference : comparison.differences)
             PrintLines("  {}\n    now {}\n    then {}\n", CallText(difference.call),
                        DecisionText(rules_, difference.here),

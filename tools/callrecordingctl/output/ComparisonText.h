@@ -41,7 +41,7 @@ inline constexpr std::size_t kPairsOfRuleShown = 10;
 ComparedCalls CompareCalls(RuleList const& here, RuleList const& there, std::size_t mostPairsOfRule,
                            std::size_t memory = kAnalysisMemory, CallKind kind = CallKind::Typed);
 
-/// "103 pairs", or "at least 103 pairs" where not all were looked for.
+/// "103 pairs", or "at least 103 pairs" where they are not all.
 std::string PairsText(std::size_t count, bool areAll);
 
 /// "typed call" or "call of parties".
