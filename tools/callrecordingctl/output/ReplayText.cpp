@@ -119,7 +119,7 @@ void PrintTotals(ReplayReport const& report) {
     PrintLines("\n{} in {}", Plural(report.all.calls, "call"), Plural(report.files.size(), "file"));
     if (report.all.first)
         PrintLines(" from {} to {}", WhenText(report.all.first), WhenText(report.all.last));
-    PrintLines(": {} recorded ({}), ", report.Recorded(),
+    PrintLines(": {} to be recorded ({}), ", report.Recorded(),
                Percent(report.Recorded(), report.all.calls));
     if (report.forbidden.calls > 0)
         PrintLines("{} forbidden ({}), {} that no rule takes\n", report.forbidden.calls,
