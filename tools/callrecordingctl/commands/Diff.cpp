@@ -30,7 +30,7 @@ constexpr char kHelp[] =
 type, destination and duration, or neither records it. Identifiers, descriptions
 and the order alone make no difference. All calls that there can be are examined;
 one call is shown for each pair of rules that decide it differently, of a rule
-that has changed or moved for 10 such pairs at most: --all and --json have the
+that has changed or moved for about ten such pairs: --all and --json have the
 others, of which there can be thousands. FILE is a
 rule file, or what export prints on another machine; "-" is standard input. --at
 takes the rules here as they were then, and compares them with FILE or, without

@@ -103,7 +103,7 @@ class Explainer {
             PrintLines("{} calls would be decided differently; one for {}:\n", when,
                        comparison.areAllLookedFor
                            ? "each pair of rules"
-                           : fmt::format("each of {} pairs of rules, while --json has all",
+                           : fmt::format("each of {} pairs of rules; --json has all",
                                          comparison.differences.size()));
         for (Difference const& difference : comparison.differences)
             PrintLines("  {}\n    now {}\n    then {}\n", CallText(difference.call),
