@@ -21,7 +21,7 @@ constexpr char const* kOutcomeHtml[Reconciliation::kOutcomeCount] = {
     "missing",
     "unexpected",
     "not known",
-    "neither rules nor an answer tell whether to record"};
+    "neither the rules nor an answer say whether to record"};
 
 std::string AnswersHtml(Reconciliation const& reconciliation) {
     if (reconciliation.Cases().empty())

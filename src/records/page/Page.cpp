@@ -95,7 +95,7 @@ std::string FiguresHtml(PageSource const& source) {
         if (std::uint64_t const calls =
                 report.reconciliation.Total(Reconciliation::kUndecided).calls)
             html +=
-                Figure("undecided", calls, "neither rules nor an answer tell whether to record");
+                Figure("undecided", calls, "neither the rules nor an answer say whether to record");
     }
     auto const share = [&](char const* id, std::uint64_t count, char const* what) {
         html += Figure(id, count, fmt::format("{}, {}", what, PercentHtml(count, all)));

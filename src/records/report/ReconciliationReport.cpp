@@ -66,7 +66,7 @@ std::vector<std::string> ReconciliationSentences(ReplayReport const& report) {
     if (std::uint64_t const calls = count(Reconciliation::kUnknown) + NotTold(report); calls > 0)
         sentences.push_back(fmt::format("not compared: {}, not known whether recorded", calls));
     if (std::uint64_t const calls = count(Reconciliation::kUndecided); calls > 0)
-        sentences.push_back(fmt::format("not compared: {}, neither rules nor an answer tell "
+        sentences.push_back(fmt::format("not compared: {}, neither the rules nor an answer say "
                                         "whether to record",
                                         calls));
     if (reconciliation.lost.calls > 0)
