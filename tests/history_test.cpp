@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -152,11 +154,18 @@ class Life {
 
     /// The file as it was at the end of every second in which something happened.
     void CompareEras() const {
-        RuleTimeline timeline(path_);
+        std::optional<RuleTimeline> asked;
+        std::vector<HistoryEntry> entries;
+        std::time_t second = 0;
+        do { // A change from outside that is seen now is one of this second.
+            second = std::time(nullptr);
+            asked.emplace(path_);
+            entries = History(path_).Entries(text_);
+        } while (second != std::time(nullptr));
+        RuleTimeline& timeline = *asked;
         std::vector<RuleEra> const& eras = timeline.Eras();
         EXPECT_EQ(timeline.TextOf(eras.back()), text_);
         EXPECT_TRUE(eras.front().from == RuleEra::kAlways && eras.back().to == RuleEra::kNow);
-        std::vector<HistoryEntry> const entries = History(path_).Entries(text_);
         std::size_t era = 0;
         for (std::size_t i = 0; i < past_.size(); ++i) {
             if (!past_[i].isKnown)
