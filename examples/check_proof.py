@@ -17,6 +17,7 @@ LITERALS = LETTERS | DIGITS | frozenset("#^/_=+%~@;().:$&'")
 HOST, PORT = "host mark", "port mark"  # The "@" and ":" that divide a SIP address; a user may hold others.
 TEXT = frozenset(map(chr, range(256)))
 SYMBOLS = TEXT | {HOST, PORT}
+MARKS = {"@": HOST, ":": PORT}
 MOST = 2 ** 31 - 1  # Greater numbers count as this one.
 KINDS = ("number", "sip", "number2", "any")
 CLAIMED = {"recorded": "", "record_to": "is recorded to ", "recording_duration": "is recorded for ",
@@ -123,16 +124,21 @@ def but_not(texts):
     return {NOTHING: EVERYTHING, EVERYTHING: NOTHING}.get(texts) or Texts("not", texts)
 
 
+def like(characters):
+    """One of them, or a mark that is compared as one of them."""
+    return one(set(characters) | {mark for c, mark in MARKS.items() if c in characters})
+
+
 def literally(text):
-    return then(*(one(TEXT if c == "?" else {c}) for c in text), EMPTY)
+    return then(*(one(SYMBOLS) if c == "?" else like({c}) for c in text), EMPTY)
 
 
 def bound(digits, compare):
     """Texts as long as digits that are not below it, or not above it."""
     result = EMPTY
     for at in range(len(digits) - 1, -1, -1):
-        apart = one(c for c in TEXT if compare(c, digits[at]) and c != digits[at])
-        result = either(then(one(digits[at]), result), then(apart, *[one(TEXT)] * (len(digits) - at - 1), EMPTY))
+        apart = like({c for c in TEXT if compare(c, digits[at]) and c != digits[at]})
+        result = either(then(one(digits[at]), result), then(apart, *[one(SYMBOLS)] * (len(digits) - at - 1), EMPTY))
     return result
 
 
@@ -151,8 +157,8 @@ def numbers(low, high):
     least, most = max(min(int(low), MOST), 1), int(high) if int(high) < MOST else 10 ** len(high) - 1
     by_width = [between(str(max(least, 10 ** (n - 1))), str(min(most, 10 ** n - 1)))
                 for n in range(len(str(least)), len(str(most)) + 1) if least <= most]
-    leading = then(both(either(*by_width), some(DIGITS)), either(EMPTY, then(one(TEXT - DIGITS), EVERYTHING)))
-    widths = either(*(then(*[one(TEXT)] * n, EMPTY) for n in range(len(low), len(high) + 1)))
+    leading = then(both(either(*by_width), some(DIGITS)), either(EMPTY, then(one(SYMBOLS - DIGITS), EVERYTHING)))
+    widths = either(*(then(*[one(SYMBOLS)] * n, EMPTY) for n in range(len(low), len(high) + 1)))
     return either(both(leading, widths), literally("0") if low == "0" else NOTHING)
 
 
@@ -185,12 +191,12 @@ def read_pattern(pattern):
             end = pattern.find("]" if c == "[" else ">", at)
             if end < 0:
                 return NOTHING
-            parts.append(both(items(pattern[at + 1:end]), one(TEXT) if c == "[" else some(TEXT)))
+            parts.append(both(items(pattern[at + 1:end]), one(SYMBOLS) if c == "[" else some(SYMBOLS)))
             at = end
         elif c == "?":
             parts.append(one(SYMBOLS))
         elif c in LITERALS:
-            parts.append(one({c} | {"@": {HOST}, ":": {PORT}}.get(c, set())))
+            parts.append(like({c}))
         else:
             parts.append(EVERYTHING)
             if c != "*":
