@@ -7,6 +7,7 @@
 #include "Fuzzing.h"
 
 #include "analysis/RuleAnalysis.h"
+#include "calls/Party.h"
 
 using namespace CallRecordingUtils;
 using fuzzing::Require;
@@ -15,14 +16,20 @@ namespace {
 
 constexpr std::size_t kMemory = std::size_t{1} << 20;
 
+/// Whether a telephony process can have read a party with these parts: the host in lower case, no
+/// separators behind a "+", and so on.
+bool IsParty(CallParty const& party) {
+    CallParams const& parts = party.params;
+    Party const read = ReadParty(parts.user, parts.host, parts.port);
+    return read.user == parts.user && read.host == parts.host && read.port == parts.port;
+}
+
 /// Looks for an address that both the side and the address, read as a pattern, take.
 void CompareWithMatcher(RuleSide const& side, std::string const& address, CallKind calls) {
     for (CallType const type : {CALL_TYPE_NUMBER, CALL_TYPE_SIP, CALL_TYPE_NUMBER2}) {
         CallParty const party = ReadCallParty(address, type);
-        bool const hasOddPort =
-            party.params.port.find_first_not_of("0123456789") != std::string::npos;
-        if (calls == CallKind::Parties && hasOddPort)
-            continue; // Such an address is read as a party without a host.
+        if (calls == CallKind::Parties && !IsParty(party))
+            continue;
         RuleSide const exact{address, type};
         RuleSpace space(calls, kMemory);
         auto const rule = space.Add({side, {"*", CALL_TYPE_ANY}});
