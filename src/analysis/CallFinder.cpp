@@ -116,7 +116,7 @@ class Finder {
     Allowance allowance_{};
     RuleSpace::RuleIds avoid_;
     RuleSpace::RuleIds takers_;
-    std::unordered_set<RuleId> known_; // Those of avoid_.
+    std::unordered_set<RuleId> known_; // What avoid_ holds.
     std::size_t round_ = 0;
 };
 

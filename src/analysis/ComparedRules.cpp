@@ -41,7 +41,7 @@ RuleSpace::RuleIds ComparedRules::Taking(FoundCall const& call, std::size_t at) 
     RuleSpace::RuleIds taking;
     std::size_t const end = at < Count() ? places[at] : rules.size();
     for (std::size_t const place : decider.PlacesFor(ExampleOf(call, space.Calls()), end, kMost)) {
-        std::size_t const i = IndexOf(place); // Another one if its sides are those of one before.
+        std::size_t const i = IndexOf(place); // Maybe of an earlier rule with the same sides.
         if (i < Count() && places[i] == place && space.IsReadable(ids[i]))
             taking.push_back(ids[i]);
     }

@@ -1,4 +1,4 @@
-// The recordings in a folder, to find those of a call.
+// Finds the recordings of a call in a folder.
 
 #ifndef RECORDS_COUNTING_RECORDINGFOLDER_H
 #define RECORDS_COUNTING_RECORDINGFOLDER_H
